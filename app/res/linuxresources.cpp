@@ -1,0 +1,53 @@
+// The same strings and version record for the Linux program, in the form that its platform layer serves.
+#include "app/res/version.h"
+#include "platform/linux/moduleresources.h"
+#include "platform/linux/versionblock.h"
+
+namespace {
+
+constexpr Platform::ModuleString Strings[] = {
+#define MESSAGE(id, name, text) {id, u"" text},
+#include "app/res/messages.inc"
+#undef MESSAGE
+};
+
+constexpr Platform::VersionString VersionStrings[] = {
+    {u"CompanyName", u"" CORVANE_COMPANY_NAME},
+    {u"FileDescription", u"" CORVANE_FILE_DESCRIPTION},
+    {u"FileVersion", u"" CORVANE_FILE_VERSION},
+    {u"InternalName", u"" CORVANE_INTERNAL_NAME},
+    {u"LegalCopyright", u"" CORVANE_LEGAL_COPYRIGHT},
+    {u"OriginalFilename", u"" CORVANE_ORIGINAL_FILENAME},
+    {u"ProductVersion", u"" CORVANE_PRODUCT_VERSION},
+};
+
+constexpr std::uint32_t Version(std::uint32_t high, std::uint32_t low) { return high << 16 | low; }
+
+constexpr std::uint32_t VersionMS = Version(CORVANE_FILE_VERSION_MAJOR, CORVANE_FILE_VERSION_MINOR);
+constexpr std::uint32_t VersionLS = Version(CORVANE_FILE_VERSION_PATCH, CORVANE_FILE_VERSION_BUILD);
+
+constexpr Platform::FixedFileInfo Fixed{
+    .dwSignature = 0xFEEF04BD,
+    .dwStrucVersion = 0x00010000,
+    .dwFileVersionMS = VersionMS,
+    .dwFileVersionLS = VersionLS,
+    .dwProductVersionMS = VersionMS,
+    .dwProductVersionLS = VersionLS,
+    .dwFileFlagsMask = 0x3F, // VS_FFI_FILEFLAGSMASK
+    .dwFileFlags = 0,
+    .dwFileOS = 0x00040004, // VOS_NT_WINDOWS32
+    .dwFileType = 1,        // VFT_APP
+    .dwFileSubtype = 0,
+    .dwFileDateMS = 0,
+    .dwFileDateLS = 0,
+};
+
+constexpr std::uint32_t Translation = Version(0x0409, 1200); // English (United States), UTF-16
+
+__attribute__((section(TESSARIX_VERSION_SECTION), used)) alignas(4) constexpr auto VersionRecord =
+    Platform::VersionBlockBuilder<1024>().Build(Fixed, Translation, u"040904b0", VersionStrings);
+
+} // namespace
+
+extern "C" PLATFORM_EXPORT const Platform::ModuleResources TessarixModuleResources;
+const Platform::ModuleResources TessarixModuleResources{std::size(Strings), Strings};

@@ -1,0 +1,49 @@
+# Language level, warnings, sanitizers and the few switches that differ by system. Everything of ours is compiled with these.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+add_library(corvane_settings INTERFACE)
+target_include_directories(corvane_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(corvane_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-qual -Wformat=2 -Wundef)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # gcc 12 sees overlaps in the string concatenation of its own library where there are none.
+    target_compile_options(corvane_settings INTERFACE -Wno-restrict)
+endif()
+if(CORVANE_WARNINGS_AS_ERRORS)
+    target_compile_options(corvane_settings INTERFACE -Werror)
+endif()
+if(CORVANE_FAULTS)
+    target_compile_definitions(corvane_settings INTERFACE PLATFORM_FAULTS)
+endif()
+
+if(WIN32)
+    # dllexport is all that the executable's four functions and its marker need on Windows.
+    target_compile_definitions(corvane_settings INTERFACE "PLATFORM_EXPORT=__attribute__((dllexport))")
+    target_link_options(corvane_settings INTERFACE
+        -static -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
+    target_link_libraries(corvane_settings INTERFACE pthread)
+else()
+    target_compile_definitions(corvane_settings INTERFACE
+        "PLATFORM_EXPORT=__attribute__((visibility(\"default\")))")
+    target_link_options(corvane_settings INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
+# Sanitizers are set for the whole build, the test framework included, so that containers are instrumented alike.
+if(CORVANE_SANITIZERS)
+    add_compile_options(-fsanitize=${CORVANE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+    add_link_options(-fsanitize=${CORVANE_SANITIZERS})
+endif()

@@ -1,0 +1,59 @@
+// Who serves memory: the interface of memory managers, the thread's current one, and the allocation policies of classes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Tsx {
+
+class IMemoryManager {
+public:
+    virtual ~IMemoryManager() = default;
+    /// A block of `size` bytes, aligned to 16; never null: raises CMemoryException.
+    virtual void* Alloc(std::int32_t size) = 0;
+    /// Takes back a block of this manager; null is ignored.
+    virtual void Free(void* block) = 0;
+};
+
+/// The C runtime's heap. Any thread.
+class CRuntimeHeapManager : public IMemoryManager {
+public:
+    void* Alloc(std::int32_t size) override;
+    void Free(void* block) override;
+};
+
+/// The manager that serves this thread. So far every thread is served by the runtime heap.
+IMemoryManager* CurrentMemoryManager();
+
+/// Allocates through the current manager. The manager is noted in front of the block, so that the release finds it from any thread and
+/// whatever manager is current then. Raises CMemoryException.
+void* AllocateFromCurrentManager(std::int64_t size);
+/// Null is ignored.
+void FreeToOwnManager(void* block) noexcept;
+
+/// Serves the calling thread from the runtime heap for a scope: the paths of failures and messages must not depend on a manager that may
+/// be what is failing.
+class CRuntimeHeapSwitcher {
+public:
+    CRuntimeHeapSwitcher() = default;
+    ~CRuntimeHeapSwitcher() {} // NOLINT(modernize-use-equals-default): a guard is used by its lifetime
+    CRuntimeHeapSwitcher(const CRuntimeHeapSwitcher&) = delete;
+    CRuntimeHeapSwitcher& operator=(const CRuntimeHeapSwitcher&) = delete;
+};
+
+/// Tag of the runtime heap as a class's allocation policy.
+struct RuntimeHeap;
+
+/// Base of classes whose objects live on the heap that the tag names. `new` gives null, and constructs nothing, when memory is exhausted.
+template <class THeap>
+class CAllocatedOn;
+
+template <>
+class CAllocatedOn<RuntimeHeap> {
+public:
+    static void* operator new(std::size_t size) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void* block) noexcept;
+};
+
+} // namespace Tsx

@@ -1,0 +1,157 @@
+// The growing array of the foundation.
+#pragma once
+
+#include "foundation/inc/alloc.h"
+#include "foundation/inc/assertion.h"
+#include "foundation/inc/errorsfwd.h"
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+namespace Tsx {
+
+/// An array that owns its elements: built and destroyed in place, the last one destroyed first, in a buffer from the current memory
+/// manager. An index outside the array is an assertion; a failed allocation raises CMemoryException and leaves the array as it was.
+///
+/// Growing to n elements sets the capacity to the old capacity plus the largest of half the old capacity, 8, and what is missing:
+///
+///   capacity   0 -> 8 -> 16 -> 24 -> 36 -> 54 ...    one element at a time
+///   capacity   0 -> 20                               20 elements at once
+template <class T>
+class CArray {
+    static_assert(std::is_nothrow_move_constructible_v<T>, "growth moves elements and must not fail half-way");
+
+public:
+    CArray() = default;
+    CArray(const CArray& other) { AppendAll(other); }
+    CArray(CArray&& other) noexcept { Swap(other); }
+    ~CArray() { FreeBuffer(); }
+
+    CArray& operator=(const CArray& other) {
+        if (this != &other) {
+            CArray copy(other);
+            Swap(copy);
+        }
+        return *this;
+    }
+    CArray& operator=(CArray&& other) noexcept {
+        Swap(other);
+        return *this;
+    }
+
+    std::int32_t Size() const { return count; }
+    std::int32_t Capacity() const { return capacity; }
+    bool IsEmpty() const { return count == 0; }
+
+    T* Data() { return elements; }
+    const T* Data() const { return elements; }
+    T* begin() { return elements; }
+    T* end() { return elements + count; }
+    const T* begin() const { return elements; }
+    const T* end() const { return elements + count; }
+
+    T& operator[](std::int32_t index) {
+        CheckIndex(index);
+        return elements[index];
+    }
+    const T& operator[](std::int32_t index) const {
+        CheckIndex(index);
+        return elements[index];
+    }
+
+    /// Adds one element at the end. The argument may be an element of this array.
+    T& Append(T element) {
+        Grow(std::int64_t{count} + 1);
+        return *new (elements + count++) T(std::move(element));
+    }
+
+    void AppendAll(const CArray& other) {
+        const std::int32_t added = other.count;
+        Grow(std::int64_t{count} + added);
+        for (std::int32_t i = 0; i < added; ++i) {
+            new (elements + count) T(other.elements[i]);
+            ++count;
+        }
+    }
+
+    void InsertAt(std::int32_t index, T element) {
+        TSX_ASSERT(index >= 0 && index <= count, u"inc\\array");
+        Append(std::move(element));
+        std::rotate(elements + index, elements + count - 1, elements + count);
+    }
+
+    void RemoveAt(std::int32_t index) {
+        CheckIndex(index);
+        std::move(elements + index + 1, elements + count, elements + index);
+        elements[--count].~T();
+    }
+
+    /// Sets the number of elements: new ones are value-initialised, surplus ones destroyed from the end.
+    void SetSize(std::int32_t size) {
+        TSX_ASSERT(size >= 0, u"inc\\array");
+        Grow(size);
+        while (count > size) {
+            elements[--count].~T();
+        }
+        while (count < size) {
+            new (elements + count) T();
+            ++count;
+        }
+    }
+
+    /// Makes room for exactly `wanted` elements if there is less.
+    void Reserve(std::int32_t wanted) {
+        if (wanted > capacity) {
+            SetCapacity(wanted);
+        }
+    }
+
+    void RemoveAll() { SetSize(0); }
+
+    /// Destroys the elements and gives the buffer back.
+    void FreeBuffer() {
+        while (count > 0) {
+            elements[--count].~T();
+        }
+        FreeToOwnManager(elements);
+        elements = nullptr;
+        capacity = 0;
+    }
+
+    void Swap(CArray& other) noexcept {
+        std::swap(count, other.count);
+        std::swap(elements, other.elements);
+        std::swap(capacity, other.capacity);
+    }
+
+private:
+    std::int32_t count = 0;
+    T* elements = nullptr;
+    std::int32_t capacity = 0;
+
+    void CheckIndex(std::int32_t index) const { TSX_ASSERT(index >= 0 && index < count, u"inc\\array"); }
+
+    void Grow(std::int64_t needed) {
+        if (needed > capacity) {
+            SetCapacity(capacity + std::max({std::int64_t{capacity} / 2, std::int64_t{8}, needed - capacity}));
+        }
+    }
+
+    void SetCapacity(std::int64_t newCapacity) {
+        if (newCapacity > std::numeric_limits<std::int32_t>::max()) {
+            GenerateMemoryException();
+        }
+        auto* buffer = static_cast<T*>(AllocateFromCurrentManager(newCapacity * static_cast<std::int64_t>(sizeof(T))));
+        std::uninitialized_move_n(elements, count, buffer);
+        std::destroy_n(elements, count);
+        FreeToOwnManager(elements);
+        elements = buffer;
+        capacity = static_cast<std::int32_t>(newCapacity);
+    }
+};
+
+} // namespace Tsx

@@ -1,0 +1,110 @@
+// Failures: the exception family and the functions that raise it. Exceptions are thrown and caught as pointers; the catcher owns the
+// object and deletes it. Where a thread must not throw (static construction and destruction) a failure is shown at once instead, and
+// the raising function returns; those marked noreturn throw in any case.
+#pragma once
+
+#include "foundation/inc/alloc.h"
+#include "foundation/inc/assertion.h"
+#include "foundation/inc/errorsfwd.h"
+#include "foundation/inc/message.h"
+#include "foundation/inc/unicodestring.h"
+
+namespace Tsx {
+
+class CException : public CAllocatedOn<RuntimeHeap> {
+public:
+    CException() = default;
+    virtual ~CException() = default;
+    CException(const CException&) = delete;
+    CException& operator=(const CException&) = delete;
+
+    /// The complete text of the failure.
+    virtual CUnicodeString GetMessageText() const = 0;
+    /// Shows the text through DisplayMessage.
+    virtual void ReportToUser() const;
+};
+
+/// What a user can cause, raised by message.
+class CCheckException : public CException {
+public:
+    CCheckException(const CMessageName& message, const char16_t* param0, const char16_t* param1);
+    CUnicodeString GetMessageText() const override;
+
+    const CMessageName* message;
+    CUnicodeString param0;
+    CUnicodeString param1;
+    CUnicodeString param2;
+};
+
+/// A failed file operation.
+class CFileException : public CException {
+public:
+    CFileException(std::uint32_t lastError, std::uint32_t cause, const CUnicodeString& fileName);
+    CUnicodeString GetMessageText() const override;
+
+    std::uint32_t lastError; // Windows code, 0 if unknown
+    std::uint32_t cause;     // see GetFileCause
+    CUnicodeString fileName;
+};
+
+/// A broken assumption.
+class CInternalError : public CException {
+public:
+    CInternalError(std::uint32_t kind, const char16_t* file, std::uint32_t line, std::uint32_t code);
+    CUnicodeString GetMessageText() const override;
+    void ReportToUser() const override;
+
+    const char16_t* file; // a literal
+    std::int32_t line;
+    std::uint32_t kind;
+    std::uint32_t code;
+};
+
+/// A failed Windows call.
+class CLastErrorException : public CException {
+public:
+    explicit CLastErrorException(std::uint32_t windowsCode) : code(windowsCode) {}
+    CUnicodeString GetMessageText() const override;
+
+    std::uint32_t code;
+};
+
+/// Memory is exhausted; the text is fixed.
+class CMemoryException : public CException {
+public:
+    CUnicodeString GetMessageText() const override;
+};
+
+/// What had to be said has been said: no text, no report.
+class CUserException : public CException {
+public:
+    CUnicodeString GetMessageText() const override { return {}; }
+    void ReportToUser() const override {}
+};
+
+void GenerateCheckException(const CMessageName& message, const char16_t* param0, const char16_t* param1);
+void GenerateLastErrorException(std::uint32_t code);
+[[noreturn]] void GenerateUserException();
+[[noreturn]] void GenerateFileException(std::uint32_t lastError, const CUnicodeString& fileName);
+[[noreturn]] void GenerateFileCauseException(std::uint32_t cause, const CUnicodeString& fileName);
+/// Raises from the calling thread's last error: code 8 is the memory failure, any other CLastErrorException.
+void GenerateExceptionFromLastError();
+
+/// The texts that the exceptions render.
+CUnicodeString GetLastErrorText(std::uint32_t code);
+CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, const CUnicodeString& fileName);
+CUnicodeString ComposeInternalErrorText(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
+                                        const char16_t* file, std::uint32_t line, std::uint32_t code);
+
+/// Shows an internal failure without any exception and marks the thread. A second one inside the first ends the process.
+void ReportInternalFailure(const CUnicodeString& text);
+
+/// The cause of a file failure by its Windows code: 2 to 15 for the codes that have one, 1 for all others. Code 0 is an internal error.
+std::uint32_t GetFileCause(std::uint32_t lastError);
+
+constexpr const char16_t* FoundationTitle = u"Tessarix";
+constexpr const char16_t* NotEnoughMemoryText = u"Not enough memory!";
+constexpr const char16_t* DoubleErrorText = u"Double internal error!\nApplication terminated.";
+constexpr std::uint32_t FatalMessageStyle = 4112; // MB_ICONHAND and MB_SYSTEMMODAL
+
+} // namespace Tsx

@@ -1,0 +1,23 @@
+// Where message texts come from: the modules that carry them, and the interface language.
+#pragma once
+
+#include "foundation/inc/unicodestring.h"
+
+namespace Tsx {
+
+constexpr std::uint32_t NoLanguage = 0xFFFFFFFF;
+
+/// The modules with message tables. So far the program's own module is the only one and no language can be chosen.
+class CResourceBase {
+public:
+    /// The text of a message by name; false if no module has one.
+    bool LookupMessage(const char16_t* name, CUnicodeString& text);
+    /// The index of a language number among the languages that can be chosen; NoLanguage for any other.
+    std::uint32_t FindLanguage(std::uint32_t language);
+    /// Makes a language the current one. It must be known: an internal error otherwise.
+    void SetCurrentLanguage(std::uint32_t language);
+};
+
+CResourceBase& GetResourceBase();
+
+} // namespace Tsx

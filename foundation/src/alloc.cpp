@@ -1,0 +1,53 @@
+#include "foundation/inc/alloc.h"
+
+#include "foundation/inc/errorsfwd.h"
+#include "foundation/src/statics.h"
+#include "platform/inc/memory.h"
+#include <limits>
+
+namespace Tsx {
+
+namespace {
+
+// In front of each block of the current manager's policy; 16 bytes keep the block's alignment.
+struct alignas(16) BlockHeader {
+    IMemoryManager* manager;
+};
+
+} // namespace
+
+void* CRuntimeHeapManager::Alloc(std::int32_t size) {
+    void* block = Platform::AllocateRuntimeHeap(static_cast<std::size_t>(size));
+    if (!block) {
+        GenerateMemoryException();
+    }
+    return block;
+}
+
+void CRuntimeHeapManager::Free(void* block) { Platform::FreeRuntimeHeap(block); }
+
+IMemoryManager* CurrentMemoryManager() { return &GetRuntimeHeapManager(); }
+
+void* AllocateFromCurrentManager(std::int64_t size) {
+    const std::int64_t whole = size + static_cast<std::int64_t>(sizeof(BlockHeader));
+    if (whole > std::numeric_limits<std::int32_t>::max()) {
+        GenerateMemoryException();
+    }
+    IMemoryManager* manager = CurrentMemoryManager();
+    auto* header = static_cast<BlockHeader*>(manager->Alloc(static_cast<std::int32_t>(whole)));
+    header->manager = manager;
+    return header + 1;
+}
+
+void FreeToOwnManager(void* block) noexcept {
+    if (block) {
+        BlockHeader* header = static_cast<BlockHeader*>(block) - 1;
+        header->manager->Free(header);
+    }
+}
+
+void* CAllocatedOn<RuntimeHeap>::operator new(std::size_t size) noexcept { return Platform::AllocateRuntimeHeap(size); }
+
+void CAllocatedOn<RuntimeHeap>::operator delete(void* block) noexcept { Platform::FreeRuntimeHeap(block); }
+
+} // namespace Tsx

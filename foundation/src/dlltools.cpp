@@ -1,0 +1,60 @@
+#include "foundation/inc/DllTools.h"
+
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/messagenames.h"
+#include "foundation/inc/threadobject.h"
+#include "platform/inc/modules.h"
+
+namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\dlltools";
+
+} // namespace
+
+CDll::~CDll() {
+    CDll::Free();
+}
+
+void CDll::Free() {
+    if (!Handle) {
+        return;
+    }
+    if (Ownership == 1) {
+        Platform::FreeLibrary(Handle);
+    } else {
+        TSX_ASSERT_AT(Ownership == 0, ModuleName, 73);
+    }
+    Handle = nullptr;
+}
+
+void CDll::Load(const char16_t* name) {
+    TSX_ASSERT_AT(!Handle, ModuleName, 34);
+    Ownership = 1;
+    // A library's start-up code may run foundation code of its own and change the mode.
+    CThreadErrorMode& mode = *ThreadErrorMode.Get();
+    const bool noExceptions = mode.NoExceptions;
+    Handle = Platform::LoadLibraryEx(name, Platform::LoadWithAlteredSearchPath);
+    mode.NoExceptions = noExceptions;
+    if (!Handle) {
+        GenerateExceptionFromLastError();
+    }
+}
+
+CUnicodeString CDll::GetPath() const {
+    TSX_ASSERT_AT(Handle, ModuleName, 81);
+    return FileSystem::GetModulePath(Handle);
+}
+
+Platform::Procedure CDll::GetProcedure(const char* name) const {
+    TSX_ASSERT_AT(Handle, ModuleName, 93);
+    const Platform::Procedure entry = Platform::GetProcAddress(Handle, name);
+    if (!entry) {
+        const CUnicodeString place = CUnicodeString::Format(u"%s (%s)", GetPath(), CUnicodeString(name, AnsiCodePage));
+        GenerateCheckException(ERR_CANT_LOAD_DLL, place.Text(), u"");
+    }
+    return entry;
+}
+
+} // namespace Tsx

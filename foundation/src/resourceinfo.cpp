@@ -1,0 +1,28 @@
+#include "foundation/inc/resourceinfo.h"
+
+#include "foundation/inc/assertion.h"
+#include "foundation/src/statics.h"
+#include "platform/inc/modules.h"
+
+namespace Tsx {
+
+CResourceBase& GetResourceBase() { return ResourceBase; }
+
+bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
+    using GetResourceIDFunction = std::uint32_t(const char16_t*);
+    const Platform::Module module = Platform::GetProgramModule();
+    auto* getResourceId = reinterpret_cast<GetResourceIDFunction*>(Platform::GetProcAddress(module, "GetResourceID"));
+    const std::uint32_t id = getResourceId ? getResourceId(name) : 0;
+    return id != 0 && text.LoadString(module, id);
+}
+
+std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
+    static_cast<void>(language);
+    return NoLanguage;
+}
+
+void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
+    TSX_ASSERT(FindLanguage(language) != NoLanguage, u"src\\resourceinfo");
+}
+
+} // namespace Tsx

@@ -1,0 +1,69 @@
+// Every static object of the foundation, in the order in which it comes up; destruction is the reverse. The priority puts all of them in
+// front of the static objects of every other source, and within this file the order is that of the text. Each group says why it
+// precedes the next.
+#include "foundation/src/statics.h"
+
+#include "foundation/inc/messagenames.h"
+#include "foundation/inc/nativefilesystem.h"
+#include "foundation/inc/threadobject.h"
+
+// 101 is the first priority that programs may use.
+#define TSX_STATIC __attribute__((init_priority(101)))
+
+namespace Tsx {
+
+namespace {
+
+// Failures during static construction and destruction are shown and not thrown: nobody is there to catch them. The main guard of the
+// program lifts this while it runs.
+class CStaticStage {
+public:
+    CStaticStage() { ThreadErrorMode.Get()->NoExceptions = true; }
+};
+
+} // namespace
+
+// Locks: everything below may be used by several threads.
+TSX_STATIC CCriticalSection MessageListLock;
+TSX_STATIC CCriticalSection HandlerLock;
+TSX_STATIC CCriticalSection ApplicationNameLock;
+TSX_STATIC CCriticalSection FoundationLock;
+
+// Thread data: the first failure asks it whether it may throw.
+TSX_STATIC CThreadObject<CErrorGuardState> ErrorGuardState;
+TSX_STATIC CThreadObject<CThreadErrorMode> ThreadErrorMode;
+TSX_STATIC static const CStaticStage StaticStage;
+
+// Memory: strings and arrays take it from here. The manager is never destroyed, for blocks find it through their header at any time.
+CRuntimeHeapManager& GetRuntimeHeapManager() {
+    alignas(CRuntimeHeapManager) static std::byte room[sizeof(CRuntimeHeapManager)];
+    static auto* const manager = new (room) CRuntimeHeapManager;
+    return *manager;
+}
+CStringBlockAllocator StringAllocator;
+
+// Character sets: trimming and numbers use them.
+TSX_STATIC const CUnicodeCharSet WhiteSpaceChars(
+    u"\x09\x0A\x0B\x0C\x0D\x20\x85\xA0\x1680\x2000\x2001\x2002\x2003\x2004\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029\x202F"
+    u"\x3000");
+TSX_STATIC const CUnicodeCharSet DigitChars(u"0123456789");
+
+// Message names, before anything that could fail with one.
+#define TSX_DEFINE_MESSAGE(name) TSX_STATIC CMessageName name(u## #name);
+TSX_FOUNDATION_MESSAGES(TSX_DEFINE_MESSAGE)
+#undef TSX_DEFINE_MESSAGE
+
+// Strings, empty until the start of the foundation and the application fill them.
+TSX_STATIC CUnicodeString StoredApplicationName;
+TSX_STATIC CUnicodeString UserRegistryPath;
+TSX_STATIC CUnicodeString MachineRegistryPath;
+
+// What shows texts, and where texts come from.
+TSX_STATIC CMessageBoxHandler StaticMessageBoxHandler;
+TSX_STATIC CResourceBase ResourceBase;
+
+// File systems, last: their failures use all of the above.
+TSX_STATIC static CNativeFileSystem NativeFileSystemObject;
+CFileSystemBase& NativeFileSystem = NativeFileSystemObject;
+
+} // namespace Tsx

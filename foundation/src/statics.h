@@ -1,0 +1,28 @@
+// The foundation's static objects that only its own sources reach. All of them are defined in statics.cpp, in one order.
+#pragma once
+
+#include "foundation/inc/alloc.h"
+#include "foundation/inc/criticalsection.h"
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/resourceinfo.h"
+#include "foundation/inc/unicodestring.h"
+
+namespace Tsx {
+
+CRuntimeHeapManager& GetRuntimeHeapManager();
+
+extern CCriticalSection MessageListLock;
+extern CCriticalSection HandlerLock;
+extern CCriticalSection ApplicationNameLock;
+extern CCriticalSection FoundationLock;
+
+extern CUnicodeString StoredApplicationName;
+extern CUnicodeString UserRegistryPath;
+extern CUnicodeString MachineRegistryPath;
+
+extern CMessageBoxHandler StaticMessageBoxHandler;
+extern CResourceBase ResourceBase;
+extern CFileSystemBase& NativeFileSystem;
+
+} // namespace Tsx

@@ -1,0 +1,201 @@
+#include "foundation/inc/unicodestring.h"
+
+#include "foundation/inc/assertion.h"
+#include "platform/inc/resources.h"
+#include "platform/inc/text.h"
+#include <cerrno>
+#include <limits>
+
+namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\unicodestring";
+
+std::uint32_t ResolveCodePage(std::uint32_t selector) {
+    if (selector == AnsiCodePage) {
+        return Platform::GetACP();
+    }
+    return selector == OemCodePage ? Platform::GetOEMCP() : selector;
+}
+
+// The code pages for which the conversions take no flags.
+bool TakesNoFlags(std::uint32_t codePage) {
+    constexpr std::uint32_t single[] = {42, 50220, 50221, 50222, 50225, 50227, 50229, 52936, 54936, 65000, 65001};
+    return (codePage >= 57002 && codePage <= 57011) ||
+           std::find(std::begin(single), std::end(single), codePage) != std::end(single);
+}
+
+constexpr std::uint32_t ToBytesFlags = 544; // WC_COMPOSITECHECK and WC_SEPCHARS
+constexpr std::uint32_t ToWideFlags = 9;    // MB_PRECOMPOSED and MB_USEGLYPHCHARS
+
+std::int32_t CountAtEnd(std::u16string_view text, const CUnicodeCharSet& set) {
+    std::int32_t count = 0;
+    while (static_cast<std::size_t>(count) < text.size() && set.Contains(text[text.size() - 1 - static_cast<std::size_t>(count)])) {
+        ++count;
+    }
+    return count;
+}
+
+} // namespace
+
+CString CString::FromWide(const char16_t* text, std::int32_t count, std::uint32_t codePage) {
+    CString result;
+    if (count <= 0) {
+        return result;
+    }
+    const std::uint32_t page = ResolveCodePage(codePage);
+    const std::uint32_t flags = TakesNoFlags(page) ? 0 : ToBytesFlags;
+    const std::int32_t size = Platform::WideCharToMultiByte(page, flags, text, count, nullptr, 0);
+    if (size > 0) {
+        char* buffer = result.GetBuffer(size);
+        const std::int32_t written = Platform::WideCharToMultiByte(page, flags, text, count, buffer, size);
+        buffer[written] = '\0';
+        result.FinishAtTerminator();
+    }
+    return result;
+}
+
+CUnicodeString::CUnicodeString(const char* text, std::uint32_t codePage) {
+    const std::size_t count = text ? std::char_traits<char>::length(text) : 0;
+    if (count == 0 || count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+        return;
+    }
+    const auto length = static_cast<std::int32_t>(count);
+    const std::uint32_t page = ResolveCodePage(codePage);
+    const std::uint32_t flags = TakesNoFlags(page) ? 0 : ToWideFlags;
+    const std::int32_t size = Platform::MultiByteToWideChar(page, flags, text, length, nullptr, 0);
+    if (size > 0) {
+        char16_t* buffer = GetBuffer(size);
+        const std::int32_t written = Platform::MultiByteToWideChar(page, flags, text, length, buffer, size);
+        buffer[written] = u'\0';
+        FinishAtTerminator();
+    }
+}
+
+CUnicodeString CUnicodeString::FormatList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
+    CUnicodeString result;
+    const auto count = static_cast<std::int32_t>(arguments.size());
+    for (std::int32_t capacity = 256;; capacity *= 2) {
+        const std::int32_t length = FormatText(result.GetBuffer(capacity), capacity, format, arguments.begin(), count);
+        if (length >= 0) {
+            result.SetLength(length);
+            return result;
+        }
+        if (capacity > std::numeric_limits<std::int32_t>::max() / 2) {
+            GenerateMemoryException();
+        }
+    }
+}
+
+CUnicodeString CUnicodeString::FromInt(std::int32_t value, std::int32_t radix) {
+    TSX_ASSERT(radix >= 2 && radix <= 36, ModuleName);
+    char16_t digits[40];
+    char16_t* const end = std::end(digits);
+    char16_t* first = end;
+    const bool negative = value < 0 && radix == 10;
+    auto rest = static_cast<std::uint32_t>(value);
+    rest = negative ? 0 - rest : rest;
+    do {
+        *--first = u"0123456789abcdefghijklmnopqrstuvwxyz"[rest % static_cast<std::uint32_t>(radix)];
+        rest /= static_cast<std::uint32_t>(radix);
+    } while (rest != 0);
+    if (negative) {
+        *--first = u'-';
+    }
+    return {first, static_cast<std::int32_t>(end - first)};
+}
+
+CUnicodeString CUnicodeString::FromHex(std::uint32_t value) { return FromInt(static_cast<std::int32_t>(value), 16); }
+
+CUnicodeString CUnicodeString::FromBool(bool value) { return value ? u"true" : u"false"; }
+
+bool CUnicodeString::ToInt(std::int32_t& value) const {
+    CUnicodeString text = *this;
+    text.Trim();
+    const bool negative = text[0] == u'-';
+    std::int32_t i = negative || text[0] == u'+' ? 1 : 0;
+    if (i == text.Length()) {
+        return false;
+    }
+    const std::int64_t limit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + (negative ? 1 : 0);
+    std::int64_t number = 0;
+    for (; i < text.Length(); ++i) {
+        if (!DigitChars.Contains(text[i])) {
+            return false;
+        }
+        number = number * 10 + (text[i] - u'0');
+        if (number > limit) {
+            return false;
+        }
+    }
+    value = static_cast<std::int32_t>(negative ? -number : number);
+    return true;
+}
+
+bool CUnicodeString::ToBool(bool& value) const {
+    struct Word {
+        const char16_t* text;
+        bool value;
+    };
+    constexpr Word words[] = {{u"true", true},   {u"on", true},   {u"yes", true}, {u"1", true},
+                              {u"false", false}, {u"off", false}, {u"no", false}, {u"0", false}};
+    CUnicodeString text = *this;
+    text.Trim();
+    for (const Word& word : words) {
+        if (text.CompareNoCase(word.text) == 0) {
+            value = word.value;
+            return true;
+        }
+    }
+    return false;
+}
+
+void CUnicodeString::TrimRight(const CUnicodeCharSet& set) {
+    if (const std::int32_t surplus = CountAtEnd(View(), set); surplus > 0) {
+        *this = Left(Length() - surplus);
+    }
+}
+
+void CUnicodeString::TrimLeft(const CUnicodeCharSet& set) {
+    std::int32_t surplus = 0;
+    while (surplus < Length() && set.Contains((*this)[surplus])) {
+        ++surplus;
+    }
+    if (surplus > 0) {
+        *this = Mid(surplus);
+    }
+}
+
+void CUnicodeString::Trim(const CUnicodeCharSet& set) {
+    TrimRight(set);
+    TrimLeft(set);
+}
+
+void CUnicodeString::MakeLower() {
+    char16_t* buffer = GetBuffer(Length());
+    std::transform(buffer, buffer + Length(), buffer, &Platform::towlower);
+}
+
+std::int32_t CUnicodeString::CompareNoCase(const char16_t* other) const { return Platform::wcsicmp(Text(), other); }
+
+bool CUnicodeString::LoadString(Platform::Module module, std::uint32_t id) {
+    TSX_ASSERT(module, ModuleName);
+    std::int32_t count = 0;
+    std::int32_t limit = 127;
+    for (;; limit *= 2) {
+        const std::int32_t capacity = 2 * limit; // only half of the buffer is ever used
+        count = Platform::LoadString(module, id, GetBuffer(capacity), limit);
+        TSX_ASSERT(count < capacity, ModuleName);
+        SetLength(count);
+        if (count < limit - 1) {
+            break;
+        }
+    }
+    if (count == 0) {
+        Clear();
+    }
+    return count != 0;
+}
+
+} // namespace Tsx

@@ -1,0 +1,51 @@
+#include "mapi/MapiMailSender.h"
+
+#include "mapi/SimpleMapiMessage.h"
+
+using namespace Tsx;
+
+CMessageName ERR_TOOLS_INVALID_MAPI_DLL(u"ERR_TOOLS_INVALID_MAPI_DLL");
+
+namespace {
+
+/// Unloads the library when a delivery ends, however it ends.
+class CUnloadScope {
+public:
+    explicit CUnloadScope(CMapiMailSender& toUnload) : sender(toUnload) {}
+    ~CUnloadScope() { sender.Free(); }
+    CUnloadScope(const CUnloadScope&) = delete;
+    CUnloadScope& operator=(const CUnloadScope&) = delete;
+
+private:
+    CMapiMailSender& sender;
+};
+
+} // namespace
+
+CMapiMailSender::~CMapiMailSender() { CMapiMailSender::Free(); }
+
+void CMapiMailSender::Free() {
+    CDll::Free();
+    uiParameter = 0;
+}
+
+std::uint32_t CMapiMailSender::Send(std::uintptr_t parentHandle, const CUnicodeString& subject,
+                                    const CArray<CNamedAddress>& attachments, const CUnicodeString& body,
+                                    const CUnicodeString& address, const CUnicodeString& name,
+                                    const CUnicodeString& originator, std::uint32_t flags) {
+    static_cast<void>(parentHandle);
+    static_cast<void>(flags);
+    CSimpleMapiMessage message(subject, attachments, body, address, name, originator);
+    return Deliver(message.Record());
+}
+
+std::uint32_t CMapiMailSender::Deliver(MapiMessage& message) {
+    uiParameter = 0;
+    const CUnloadScope scope(*this);
+    if (!IsLoaded()) {
+        Load(u"MAPI32.dll");
+        deliveryEntry = reinterpret_cast<Mapi::SendMailEntry*>(GetProcedure("MAPISendMail"));
+    }
+    RequireEntry(deliveryEntry, ERR_TOOLS_INVALID_MAPI_DLL);
+    return deliveryEntry(0, uiParameter, &message, Mapi::FlagLogonUi | Mapi::FlagDialog, 0);
+}

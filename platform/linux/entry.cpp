@@ -1,0 +1,3 @@
+#include "platform/inc/process.h"
+
+int main() { return ProgramMain(); }

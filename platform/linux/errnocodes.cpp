@@ -1,0 +1,60 @@
+#include "platform/linux/errnocodes.h"
+
+#include "platform/inc/lasterror.h"
+#include <cerrno>
+
+namespace Platform {
+
+namespace {
+
+struct Row {
+    int errnoValue;
+    std::uint32_t code;
+};
+
+constexpr Row Rows[] = {
+    {EACCES, ErrorAccessDenied},
+    {EPERM, ErrorAccessDenied},
+    {EISDIR, ErrorAccessDenied}, // opening a folder as a file is refused as an access
+    {ETXTBSY, ErrorSharingViolation},
+    {EBUSY, ErrorSharingViolation},
+    {ENOENT, ErrorFileNotFound},
+    {ENOTDIR, ErrorPathNotFound},
+    {ELOOP, ErrorPathNotFound},
+    {EEXIST, ErrorAlreadyExists},
+    {EMFILE, ErrorTooManyOpenFiles},
+    {ENFILE, ErrorTooManyOpenFiles},
+    {ENOMEM, ErrorNotEnoughMemory},
+    {ENOSPC, ErrorDiskFull},
+    {EDQUOT, ErrorDiskFull},
+    {EFBIG, ErrorDiskFull},
+    {EROFS, ErrorWriteProtect},
+    {ENAMETOOLONG, ErrorFilenameExcedRange},
+    {EBADF, ErrorInvalidHandle},
+    {EINVAL, ErrorInvalidParameter},
+    {EPIPE, ErrorBrokenPipe},
+    {ESPIPE, ErrorSeekOnDevice},
+    {EIO, ErrorIoDevice},
+};
+
+} // namespace
+
+std::uint32_t WindowsErrorCode(int errnoValue) {
+    for (const Row& row : Rows) {
+        if (row.errnoValue == errnoValue) {
+            return row.code;
+        }
+    }
+    return ErrorGeneralFailure;
+}
+
+void SetLastErrorFromErrno() { SetLastError(WindowsErrorCode(errno)); }
+
+bool Fail(std::uint32_t code) {
+    SetLastError(code);
+    return false;
+}
+
+bool FailFromErrno() { return Fail(WindowsErrorCode(errno)); }
+
+} // namespace Platform

@@ -1,0 +1,115 @@
+#include "platform/linux/faulthook.h"
+
+#include "platform/inc/lasterror.h"
+#include <atomic>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace Platform {
+
+#ifdef PLATFORM_FAULTS
+
+namespace {
+
+struct Plan {
+    std::string function;
+    std::int32_t nth = 0;
+    std::uint32_t code = 0;
+    FaultMode mode = FaultMode::Once;
+    std::int32_t seen = 0;
+};
+
+// Read without the lock, so that an unarmed hook costs one load.
+std::atomic<bool> armed{false};
+
+std::mutex& PlanLock() {
+    static std::mutex lock;
+    return lock;
+}
+
+Plan& CurrentPlan() {
+    static Plan plan;
+    return plan;
+}
+
+template <class TNumber>
+TNumber ReadNumber(std::string_view text) {
+    TNumber value{};
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+}
+
+std::string_view TakeField(std::string_view& text) {
+    const std::size_t end = text.find(':');
+    const std::string_view field = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return field;
+}
+
+// The plan that a test gives to a whole process.
+__attribute__((constructor)) void ArmFromEnvironment() {
+    const char* value = std::getenv("TESSARIX_FAULT");
+    if (!value) {
+        return;
+    }
+    std::string_view text = value;
+    const std::string function{TakeField(text)};
+    const auto nth = ReadNumber<std::int32_t>(TakeField(text));
+    const auto code = ReadNumber<std::uint32_t>(TakeField(text));
+    ArmFault(function.c_str(), nth, code, text == "on" ? FaultMode::FromThenOn : FaultMode::Once);
+}
+
+} // namespace
+
+bool FaultsAvailable() { return true; }
+
+void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode) {
+    const std::lock_guard guard(PlanLock());
+    CurrentPlan() = Plan{function, nth, code, mode, 0};
+    armed = true;
+}
+
+void DisarmFaults() {
+    const std::lock_guard guard(PlanLock());
+    armed = false;
+}
+
+std::int32_t FaultCallsSeen() {
+    const std::lock_guard guard(PlanLock());
+    return CurrentPlan().seen;
+}
+
+bool FaultDue(const char* function) noexcept {
+    if (!armed.load(std::memory_order_relaxed)) {
+        return false;
+    }
+    const std::lock_guard guard(PlanLock());
+    Plan& plan = CurrentPlan();
+    if (!armed || (plan.function != "*" && plan.function != function)) {
+        return false;
+    }
+    ++plan.seen;
+    const bool due = plan.mode == FaultMode::Once ? plan.seen == plan.nth : plan.seen >= plan.nth;
+    if (due) {
+        SetLastError(plan.code);
+    }
+    return due;
+}
+
+#else
+
+bool FaultsAvailable() { return false; }
+
+void ArmFault(const char*, std::int32_t, std::uint32_t, FaultMode) {}
+
+void DisarmFaults() {}
+
+std::int32_t FaultCallsSeen() { return 0; }
+
+#endif
+
+} // namespace Platform

@@ -1,0 +1,25 @@
+// The resources of a program or library of ours on this system, in place of what the Windows linker would add: strings in a table under
+// one exported symbol, and the version block, in the same form as on Windows, in a section of its own that can be read from the file.
+#pragma once
+
+#include <cstdint>
+
+namespace Platform {
+
+struct ModuleString {
+    std::uint32_t id;
+    const char16_t* text;
+};
+
+struct ModuleResources {
+    std::uint32_t stringCount;
+    const ModuleString* strings; // by ascending id
+};
+
+/// The symbol under which a module exports its ModuleResources.
+constexpr const char* ModuleResourcesSymbol = "TessarixModuleResources";
+
+/// The section that holds a module's version block.
+#define TESSARIX_VERSION_SECTION ".tessarix.version"
+
+} // namespace Platform

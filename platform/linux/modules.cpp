@@ -1,0 +1,141 @@
+#include "platform/inc/modules.h"
+
+#include "platform/inc/lasterror.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/faulthook.h"
+#include "platform/linux/nativetext.h"
+#include "platform/linux/paths.h"
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <link.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace Platform {
+
+namespace {
+
+constexpr const char* ProgramLink = "/proc/self/exe";
+
+// The native path of a link's target or of a file with all its links resolved; empty on failure.
+std::string Resolve(const char* native) {
+    std::array<char, PATH_MAX> buffer{};
+    return realpath(native, buffer.data()) ? std::string(buffer.data()) : std::string();
+}
+
+std::string ProgramFolder() {
+    const std::string program = Resolve(ProgramLink);
+    return program.substr(0, program.find_last_of('/') + 1);
+}
+
+std::vector<std::string> SearchFolders() {
+    const std::string program = ProgramFolder();
+    std::vector<std::string> folders{program, program + PLATFORM_MODULE_FOLDER, "."};
+    const char* path = std::getenv("PATH");
+    std::string_view rest = path ? path : "";
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(':'), rest.size());
+        folders.emplace_back(rest.substr(0, end));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return folders;
+}
+
+// The names to look for: as given, and with ".so" in place of ".dll".
+std::vector<std::u16string> CandidateNames(std::u16string_view name) {
+    std::vector<std::u16string> names{std::u16string(name)};
+    constexpr std::u16string_view ending = u".dll";
+    if (name.size() > ending.size() && NamesEqual(name.substr(name.size() - ending.size()), ending)) {
+        names.push_back(std::u16string(name.substr(0, name.size() - ending.size())) + u".so");
+    }
+    return names;
+}
+
+bool IsPlainName(std::u16string_view name) { return name.find_first_of(u"\\/:") == std::u16string_view::npos; }
+
+std::vector<std::string> CandidateFiles(std::u16string_view name) {
+    std::vector<std::string> files;
+    std::string native;
+    if (!IsPlainName(name)) {
+        for (const std::u16string& candidate : CandidateNames(name)) {
+            if (MapPath(candidate, native)) {
+                files.push_back(native);
+            }
+        }
+        return files;
+    }
+    for (const std::string& folder : SearchFolders()) {
+        for (const std::u16string& candidate : CandidateNames(name)) {
+            if (MapPath(WideName(folder) + u"/" + candidate, native)) {
+                files.push_back(native);
+            }
+        }
+    }
+    return files;
+}
+
+} // namespace
+
+Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
+    PLATFORM_FAULT(LoadLibraryEx, nullptr);
+    static_cast<void>(flags); // a library's own dependencies are found by what it was linked with
+    for (const std::string& file : CandidateFiles(name)) {
+        if (access(file.c_str(), F_OK) != 0) {
+            continue;
+        }
+        void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!module) {
+            SetLastError(access(file.c_str(), R_OK) == 0 ? ErrorBadExeFormat : ErrorAccessDenied);
+        }
+        return static_cast<Module>(module);
+    }
+    // Last, where the loader itself would look: LD_LIBRARY_PATH and the system's library folders.
+    for (const std::u16string& candidate : CandidateNames(name)) {
+        if (void* module = IsPlainName(name) ? dlopen(NativeName(candidate).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr) {
+            return static_cast<Module>(module);
+        }
+    }
+    SetLastError(ErrorModuleNotFound);
+    return nullptr;
+}
+
+bool FreeLibrary(Module module) { return dlclose(module) == 0 || Fail(ErrorInvalidHandle); }
+
+Procedure GetProcAddress(Module module, const char* name) {
+    PLATFORM_FAULT(GetProcAddress, nullptr);
+    auto entry = reinterpret_cast<Procedure>(dlsym(module, name));
+    if (!entry) {
+        SetLastError(ErrorProcedureNotFound);
+    }
+    return entry;
+}
+
+Module GetProgramModule() {
+    static const auto program = static_cast<Module>(dlopen(nullptr, RTLD_NOW));
+    return program;
+}
+
+std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t size) {
+    PLATFORM_FAULT(GetModuleFileName, 0);
+    const link_map* map = nullptr;
+    if (module && module != GetProgramModule() && dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) {
+        SetLastError(ErrorModuleNotFound);
+        return 0;
+    }
+    const std::u16string path = WindowsPath(Resolve(map ? map->l_name : ProgramLink));
+    if (path.size() < size) {
+        *std::copy(path.begin(), path.end(), buffer) = u'\0';
+        return static_cast<std::uint32_t>(path.size());
+    }
+    if (size > 0) {
+        *std::copy_n(path.begin(), size - 1, buffer) = u'\0';
+    }
+    SetLastError(ErrorInsufficientBuffer);
+    return size;
+}
+
+} // namespace Platform

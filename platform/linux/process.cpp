@@ -1,0 +1,28 @@
+#include "platform/inc/process.h"
+
+#include "platform/linux/commandline.h"
+#include <cstdlib>
+
+namespace Platform {
+
+namespace {
+
+int argumentCount = 0;
+char** argumentVector = nullptr;
+
+// The C library hands the program's arguments to initialisers too, so that they are known in every program, however it starts.
+__attribute__((constructor)) void KeepArguments(int count, char** arguments, char**) {
+    argumentCount = count;
+    argumentVector = arguments;
+}
+
+} // namespace
+
+const char16_t* GetCommandLine() {
+    static const std::u16string line = JoinArguments(argumentCount, argumentVector);
+    return line.c_str();
+}
+
+void Abort() { std::abort(); }
+
+} // namespace Platform

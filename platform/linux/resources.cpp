@@ -1,0 +1,116 @@
+#include "platform/inc/resources.h"
+
+#include "platform/inc/lasterror.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/faulthook.h"
+#include "platform/linux/moduleresources.h"
+#include "platform/linux/paths.h"
+#include "platform/linux/versionblock.h"
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <dlfcn.h>
+#include <elf.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Platform {
+
+namespace {
+
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+bool ReadAt(const File& file, std::uint64_t offset, void* buffer, std::size_t size) {
+    return std::fseek(file.get(), static_cast<long>(offset), SEEK_SET) == 0 &&
+           std::fread(buffer, 1, size, file.get()) == size;
+}
+
+// The section headers of an ELF file of this machine; empty for any other file.
+std::vector<Elf64_Shdr> ReadSectionHeaders(const File& file, std::size_t& nameSection) {
+    Elf64_Ehdr header{};
+    if (!ReadAt(file, 0, &header, sizeof(header)) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+        header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_shentsize != sizeof(Elf64_Shdr) ||
+        header.e_shstrndx >= header.e_shnum) {
+        return {};
+    }
+    std::vector<Elf64_Shdr> sections(header.e_shnum);
+    if (!ReadAt(file, header.e_shoff, sections.data(), sections.size() * sizeof(Elf64_Shdr))) {
+        return {};
+    }
+    nameSection = header.e_shstrndx;
+    return sections;
+}
+
+// Reads the version section of the module at `path`. False with the last error set if it has none.
+bool ReadVersionSection(const char16_t* path, std::vector<std::byte>& block) {
+    std::string native;
+    if (!MapPath(path, native)) {
+        return false;
+    }
+    const File file(std::fopen(native.c_str(), "rbe"), &std::fclose);
+    if (!file) {
+        return FailFromErrno();
+    }
+    std::size_t nameSection = 0;
+    const std::vector<Elf64_Shdr> sections = ReadSectionHeaders(file, nameSection);
+    constexpr std::uint64_t mostBytes = 0xFFFF; // a version block's own length has 16 bits
+    for (const Elf64_Shdr& section : sections) {
+        char name[sizeof(TESSARIX_VERSION_SECTION)] = {};
+        if (section.sh_type == SHT_PROGBITS && section.sh_size <= mostBytes &&
+            ReadAt(file, sections[nameSection].sh_offset + section.sh_name, name, sizeof(name)) &&
+            std::memcmp(name, TESSARIX_VERSION_SECTION, sizeof(name)) == 0) {
+            block.resize(section.sh_size);
+            return ReadAt(file, section.sh_offset, block.data(), block.size()) || Fail(ErrorResourceDataNotFound);
+        }
+    }
+    return Fail(ErrorResourceDataNotFound);
+}
+
+} // namespace
+
+std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
+    PLATFORM_FAULT(LoadString, 0);
+    const auto* resources = static_cast<const ModuleResources*>(dlsym(module, ModuleResourcesSymbol));
+    if (!resources || size <= 0) {
+        SetLastError(resources ? ErrorInvalidParameter : ErrorResourceDataNotFound);
+        return 0;
+    }
+    const ModuleString* end = resources->strings + resources->stringCount;
+    const ModuleString* found = std::lower_bound(
+        resources->strings, end, id, [](const ModuleString& string, std::uint32_t wanted) { return string.id < wanted; });
+    if (found == end || found->id != id) {
+        SetLastError(ErrorResourceNameNotFound);
+        return 0;
+    }
+    const std::u16string_view text = found->text;
+    const std::size_t length = std::min(text.size(), static_cast<std::size_t>(size) - 1);
+    *std::copy_n(text.begin(), length, buffer) = u'\0';
+    return static_cast<std::int32_t>(length);
+}
+
+std::uint32_t GetFileVersionInfoSize(const char16_t* path) {
+    PLATFORM_FAULT(GetFileVersionInfoSize, 0);
+    std::vector<std::byte> block;
+    return ReadVersionSection(path, block) ? static_cast<std::uint32_t>(block.size()) : 0;
+}
+
+bool GetFileVersionInfo(const char16_t* path, std::uint32_t size, void* block) {
+    PLATFORM_FAULT(GetFileVersionInfo, false);
+    std::vector<std::byte> bytes;
+    if (!ReadVersionSection(path, bytes)) {
+        return false;
+    }
+    std::copy_n(bytes.begin(), std::min<std::size_t>(size, bytes.size()), static_cast<std::byte*>(block));
+    return true;
+}
+
+bool VerQueryValue(const void* block, std::uint32_t size, const char16_t* subBlock, const void*& value,
+                   std::uint32_t& length) {
+    PLATFORM_FAULT(VerQueryValue, false);
+    const std::span<const std::byte> bytes(static_cast<const std::byte*>(block), block ? size : 0);
+    return QueryVersionBlock(bytes, subBlock, value, length) || Fail(ErrorResourceTypeNotFound);
+}
+
+} // namespace Platform

@@ -1,0 +1,53 @@
+#include "platform/inc/threads.h"
+
+#include "platform/inc/lasterror.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/faulthook.h"
+#include <pthread.h>
+
+namespace Platform {
+
+static_assert(sizeof(CriticalSection) >= sizeof(pthread_mutex_t) && alignof(CriticalSection) >= alignof(pthread_mutex_t));
+
+namespace {
+
+pthread_mutex_t* Native(CriticalSection& section) { return reinterpret_cast<pthread_mutex_t*>(section.room); }
+
+} // namespace
+
+void InitializeCriticalSection(CriticalSection& section) {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    pthread_mutex_init(Native(section), &attributes);
+    pthread_mutexattr_destroy(&attributes);
+}
+
+void DeleteCriticalSection(CriticalSection& section) { pthread_mutex_destroy(Native(section)); }
+
+void EnterCriticalSection(CriticalSection& section) { pthread_mutex_lock(Native(section)); }
+
+void LeaveCriticalSection(CriticalSection& section) { pthread_mutex_unlock(Native(section)); }
+
+std::uint32_t TlsAlloc() {
+    PLATFORM_FAULT(TlsAlloc, TlsOutOfIndexes);
+    pthread_key_t key = 0;
+    const int result = pthread_key_create(&key, nullptr);
+    if (result != 0) {
+        SetLastError(WindowsErrorCode(result));
+        return TlsOutOfIndexes;
+    }
+    return key;
+}
+
+bool TlsFree(std::uint32_t index) { return pthread_key_delete(index) == 0 || Fail(ErrorInvalidParameter); }
+
+void* TlsGetValue(std::uint32_t index) { return pthread_getspecific(index); }
+
+bool TlsSetValue(std::uint32_t index, void* value) {
+    PLATFORM_FAULT(TlsSetValue, false);
+    const int result = pthread_setspecific(index, value);
+    return result == 0 || Fail(WindowsErrorCode(result));
+}
+
+} // namespace Platform

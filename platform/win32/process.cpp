@@ -1,0 +1,12 @@
+#include "platform/inc/process.h"
+
+#include "platform/win32/windowsapi.h"
+#include <cstdlib>
+
+namespace Platform {
+
+const char16_t* GetCommandLine() { return reinterpret_cast<const char16_t*>(::GetCommandLineW()); }
+
+void Abort() { std::abort(); }
+
+} // namespace Platform

@@ -1,0 +1,37 @@
+// windows.h for the sources of this folder: included last, by sources alone. Its macros would rename the functions of this layer, so
+// they are taken away again; the sources call the wide functions by their full names.
+#pragma once
+
+#define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX // the standard library may have it already
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#undef CreateFile
+#undef FindFirstFile
+#undef FormatMessage
+#undef GetCommandLine
+#undef GetFileVersionInfo
+#undef GetFileVersionInfoSize
+#undef GetModuleFileName
+#undef GetModuleHandle
+#undef LoadLibraryEx
+#undef LoadString
+#undef MessageBox
+#undef VerQueryValue
+#undef WriteConsole
+#undef Yield
+
+#include "platform/inc/types.h"
+
+namespace Platform {
+
+// On this system wchar_t and char16_t are the same 16 bits under two names.
+inline const wchar_t* Wide(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
+inline wchar_t* Wide(char16_t* text) { return reinterpret_cast<wchar_t*>(text); }
+
+inline HMODULE Native(Module module) { return reinterpret_cast<HMODULE>(module); }
+inline HWND Native(Window window) { return reinterpret_cast<HWND>(window); }
+
+} // namespace Platform
