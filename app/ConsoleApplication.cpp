@@ -15,7 +15,8 @@ using namespace Tsx;
 namespace Console {
 
 CMessageName ERR_TOOLS_CONSOLE_APPLICATION_INVALID_ARGUMENT(u"ERR_TOOLS_CONSOLE_APPLICATION_INVALID_ARGUMENT");
-CMessageName ERR_TOOLS_CONSOLE_APPLICATION_INVALID_LANGUAGE_CODE(u"ERR_TOOLS_CONSOLE_APPLICATION_INVALID_LANGUAGE_CODE");
+CMessageName
+    ERR_TOOLS_CONSOLE_APPLICATION_INVALID_LANGUAGE_CODE(u"ERR_TOOLS_CONSOLE_APPLICATION_INVALID_LANGUAGE_CODE");
 CMessageName MSG_TOOLS_CONSOLE_APPLICATION_COMMON_COMMAND_LINE_ARGUMENTS_HELP(
     u"MSG_TOOLS_CONSOLE_APPLICATION_COMMON_COMMAND_LINE_ARGUMENTS_HELP");
 CMessageName MSG_TOOLS_CONSOLE_APPLICATION_LOGO_TEMPLATE(u"MSG_TOOLS_CONSOLE_APPLICATION_LOGO_TEMPLATE");
@@ -25,7 +26,9 @@ namespace {
 constexpr const char16_t* ModuleName = u"..\\Src\\ConsoleApplication";
 constexpr const char16_t* OutputFormat = u"\n%s\n\n";
 
-bool IsOption(const CUnicodeString& token) { return token.Length() >= 2 && (token[0] == u'/' || token[0] == u'-'); }
+bool IsOption(const CUnicodeString& token) {
+    return token.Length() >= 2 && (token[0] == u'/' || token[0] == u'-');
+}
 
 CConsoleArgument ParseToken(const CUnicodeString& token) {
     if (!IsOption(token)) {
@@ -79,7 +82,8 @@ void CConsoleApplication::ParseCommandLine() {
     }
 }
 
-bool CConsoleApplication::IsOptionName(const CUnicodeString& name, const char16_t* fullName, const char16_t* shortName) {
+bool CConsoleApplication::IsOptionName(const CUnicodeString& name, const char16_t* fullName,
+                                       const char16_t* shortName) {
     const CUnicodeString full(fullName);
     const CUnicodeString shortest(shortName);
     if (shortest.IsEmpty()) {
@@ -121,7 +125,9 @@ void CConsoleApplication::ChooseLanguage(const CUnicodeString& value) {
     resources.SetCurrentLanguage(static_cast<std::uint32_t>(number));
 }
 
-void CConsoleApplication::Run() { PrintLogoOnce(); }
+void CConsoleApplication::Run() {
+    PrintLogoOnce();
+}
 
 void CConsoleApplication::PrintLogoOnce() {
     if (ShowLogo) {

@@ -1,5 +1,6 @@
-// The skeleton of a console program: it starts and stops the foundation around the run, parses the command line, knows the common options,
-// prints logo, help and errors, and holds the exit code. It is the message handler of the run, so that texts go to the console.
+// The skeleton of a console program: it starts and stops the foundation around the run, parses the command line, knows
+// the common options, prints logo, help and errors, and holds the exit code. It is the message handler of the run, so
+// that texts go to the console.
 #pragma once
 
 #include "foundation/inc/array.h"
@@ -30,12 +31,12 @@ public:
     CConsoleApplication() = default;
     ~CConsoleApplication() override = default;
 
-    /// Runs the whole program and returns the exit code: 0 after a normal run, -1 after help or an error. Raises what the reporting of an
-    /// error or the foundation's stop raises.
+    /// Runs the whole program and returns the exit code: 0 after a normal run, -1 after help or an error. Raises what
+    /// the reporting of an error or the foundation's stop raises.
     std::int32_t Execute();
 
-    /// Whether an option name means an option, in any case: the whole word, or with a short form every beginning of the word from the short
-    /// form on. The short form must be a beginning of the full name.
+    /// Whether an option name means an option, in any case: the whole word, or with a short form every beginning of the
+    /// word from the short form on. The short form must be a beginning of the full name.
     static bool IsOptionName(const Tsx::CUnicodeString& name, const char16_t* fullName, const char16_t* shortName);
 
 protected:

@@ -5,7 +5,6 @@
 #include "mapi/MapiMailSender.h"
 
 using namespace Tsx;
-using Console::CConsoleApplication;
 using Console::CConsoleArgument;
 
 CMessageName ERR_NO_RECIPIENTS(u"ERR_NO_RECIPIENTS");
@@ -13,7 +12,9 @@ CMessageName MSG_HELP(u"MSG_HELP");
 
 namespace {
 
-bool FileExists(const CUnicodeString& path) { return FileSystem::GetFileSystem(path).CheckFile(path, FA_Exists); }
+bool FileExists(const CUnicodeString& path) {
+    return FileSystem::GetFileSystem(path).CheckFile(path, FA_Exists);
+}
 
 } // namespace
 
@@ -85,8 +86,8 @@ void CCorvaneApplication::RunExtendedRoute() {
 }
 
 void CCorvaneApplication::RunSimpleRoute() {
-    // AS DESIGNED: each attachment that exists adds the whole list, missing ones included, and not just itself. With n attachments of
-    // which k exist the mail client gets k times all n; with one attachment that is what one expects.
+    // AS DESIGNED: each attachment that exists adds the whole list, missing ones included, and not just itself. With n
+    // attachments of which k exist the mail client gets k times all n; with one attachment that is what one expects.
     CArray<CNamedAddress> list;
     for (const CNamedAddress& attachment : Attachments) {
         if (FileExists(attachment.Address)) {

@@ -12,8 +12,8 @@ public:
     CCorvaneApplication() = default;
     ~CCorvaneApplication() override = default;
 
-    /// Splits "Name <address>" at the last `<` in front of a closing `>`; both parts are trimmed. Any other text is all address, as it
-    /// stands. An empty text is an assertion.
+    /// Splits "Name <address>" at the last `<` in front of a closing `>`; both parts are trimmed. Any other text is all
+    /// address, as it stands. An empty text is an assertion.
     ///
     ///   Ann Lee <ann>    name "Ann Lee", address "ann"
     ///   a <b> <c>        name "a <b>", address "c"

@@ -1,4 +1,5 @@
-// The guard around the program: what it raises becomes an exit code, and a program whose static construction failed does not start.
+// The guard around the program: what it raises becomes an exit code, and a program whose static construction failed
+// does not start.
 #include "app/CorvaneApplication.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"

@@ -4,10 +4,12 @@
 
 using namespace Tsx;
 
-bool IsExtendedMapiAvailable() { return false; }
+bool IsExtendedMapiAvailable() {
+    return false;
+}
 
-std::int32_t SendThroughExtendedMapi(CMapiContext&, const CUnicodeString&, const CUnicodeString&, const CArray<CNamedAddress>&,
-                                     const CArray<CUnicodeString>&) {
+std::int32_t SendThroughExtendedMapi(CMapiContext&, const CUnicodeString&, const CUnicodeString&,
+                                     const CArray<CNamedAddress>&, const CArray<CUnicodeString>&) {
     FailAssertion(u"..\\Src\\ExtendedMapi", __LINE__); // the probe never selects this route
     return 2;
 }

@@ -22,7 +22,9 @@ private:
 
 } // namespace
 
-CMapiMailSender::~CMapiMailSender() { CMapiMailSender::Free(); }
+CMapiMailSender::~CMapiMailSender() {
+    CMapiMailSender::Free();
+}
 
 void CMapiMailSender::Free() {
     CDll::Free();

@@ -17,10 +17,10 @@ public:
     /// Unloads the library if it is loaded.
     void Free() override;
 
-    /// Shows the message in the mail client's dialog and returns what MAPISendMail returned, the user's cancel and every failure included.
-    /// Blocks while the dialog is open. Raises CLastErrorException when the library cannot be loaded, ERR_CANT_LOAD_DLL when it lacks
-    /// the entry, and what filling the message raises; the library is unloaded then too.
-    /// AS DESIGNED: `parentHandle` and `flags` are not read; the dialog is asked for in any case.
+    /// Shows the message in the mail client's dialog and returns what MAPISendMail returned, the user's cancel and
+    /// every failure included. Blocks while the dialog is open. Raises CLastErrorException when the library cannot be
+    /// loaded, ERR_CANT_LOAD_DLL when it lacks the entry, and what filling the message raises; the library is unloaded
+    /// then too. AS DESIGNED: `parentHandle` and `flags` are not read; the dialog is asked for in any case.
     std::uint32_t Send(std::uintptr_t parentHandle, const Tsx::CUnicodeString& subject,
                        const Tsx::CArray<CNamedAddress>& attachments, const Tsx::CUnicodeString& body,
                        const Tsx::CUnicodeString& address, const Tsx::CUnicodeString& name,

@@ -1,5 +1,5 @@
-// The published records, constants and entry of Simple MAPI, as this tool uses them. Field for field those of the system's <mapi.h>; a test
-// of the Windows build compares sizes and offsets.
+// The published records, constants and entry of Simple MAPI, as this tool uses them. Field for field those of the
+// system's <mapi.h>; a test of the Windows build compares sizes and offsets.
 #pragma once
 
 #include <cstdint>
@@ -46,13 +46,13 @@ constexpr std::uint32_t NoPosition = 0xFFFFFFFF;      // MapiFileDesc::nPosition
 constexpr std::uint32_t FlagLogonUi = 0x1; // MAPI_LOGON_UI
 constexpr std::uint32_t FlagDialog = 0x8;  // MAPI_DIALOG
 
-constexpr std::uint32_t SuccessSuccess = 0;             // SUCCESS_SUCCESS
-constexpr std::uint32_t ErrorUserAbort = 1;             // MAPI_E_USER_ABORT
-constexpr std::uint32_t ErrorFailure = 2;               // MAPI_E_FAILURE
-constexpr std::uint32_t ErrorDiskFull = 4;              // MAPI_E_DISK_FULL
-constexpr std::uint32_t ErrorInsufficientMemory = 5;    // MAPI_E_INSUFFICIENT_MEMORY
-constexpr std::uint32_t ErrorAttachmentNotFound = 11;   // MAPI_E_ATTACHMENT_NOT_FOUND
-constexpr std::uint32_t ErrorAttachmentOpenFailure = 12; // MAPI_E_ATTACHMENT_OPEN_FAILURE
+constexpr std::uint32_t SuccessSuccess = 0;               // SUCCESS_SUCCESS
+constexpr std::uint32_t ErrorUserAbort = 1;               // MAPI_E_USER_ABORT
+constexpr std::uint32_t ErrorFailure = 2;                 // MAPI_E_FAILURE
+constexpr std::uint32_t ErrorDiskFull = 4;                // MAPI_E_DISK_FULL
+constexpr std::uint32_t ErrorInsufficientMemory = 5;      // MAPI_E_INSUFFICIENT_MEMORY
+constexpr std::uint32_t ErrorAttachmentNotFound = 11;     // MAPI_E_ATTACHMENT_NOT_FOUND
+constexpr std::uint32_t ErrorAttachmentOpenFailure = 12;  // MAPI_E_ATTACHMENT_OPEN_FAILURE
 constexpr std::uint32_t ErrorAttachmentWriteFailure = 13; // MAPI_E_ATTACHMENT_WRITE_FAILURE
 
 /// MAPISendMail: delivers or shows a message and returns one of the codes above.

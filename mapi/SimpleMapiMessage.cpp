@@ -11,8 +11,8 @@ constexpr const char16_t* ModuleName = u"..\\Src\\MapiMailSender";
 } // namespace
 
 CSimpleMapiMessage::CSimpleMapiMessage(const CUnicodeString& subject, const CArray<CNamedAddress>& attachments,
-                                       const CUnicodeString& body, const CUnicodeString& address, const CUnicodeString& name,
-                                       const CUnicodeString& originator) {
+                                       const CUnicodeString& body, const CUnicodeString& address,
+                                       const CUnicodeString& name, const CUnicodeString& originator) {
     message.lpszSubject = AddNarrowUnlessEmpty(subject);
     message.lpszNoteText = AddNarrowUnlessEmpty(body);
     AddOriginator(originator);
@@ -39,8 +39,8 @@ void CSimpleMapiMessage::AddOriginator(const CUnicodeString& originator) {
     message.lpOriginator = originators.Data();
 }
 
-// AS DESIGNED: a bare address gives no recipient, though it could well stand as its own name; the user then fills in the To line. The
-// other route of delivery uses the address.
+// AS DESIGNED: a bare address gives no recipient, though it could well stand as its own name; the user then fills in
+// the To line. The other route of delivery uses the address.
 void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnicodeString& name) {
     if (name.IsEmpty()) {
         return;

@@ -5,8 +5,9 @@
 #include "foundation/inc/namedaddress.h"
 #include "mapi/SimpleMapi.h"
 
-/// Filled once, before anything is loaded or called, so that the records can be looked at by themselves. Texts are in the system's ANSI
-/// code page; one that cannot be converted comes out empty. The records stay valid as long as the object.
+/// Filled once, before anything is loaded or called, so that the records can be looked at by themselves. Texts are in
+/// the system's ANSI code page; one that cannot be converted comes out empty. The records stay valid as long as the
+/// object.
 class CSimpleMapiMessage {
 public:
     /// Raises CInternalError for an attachment without a name or a path, CMemoryException.
@@ -15,8 +16,8 @@ public:
     ///   name empty                         no recipient at all, whatever the address
     ///   attachments                        path as it stands; the name without any folder in it
     CSimpleMapiMessage(const Tsx::CUnicodeString& subject, const Tsx::CArray<CNamedAddress>& attachments,
-                       const Tsx::CUnicodeString& body, const Tsx::CUnicodeString& address, const Tsx::CUnicodeString& name,
-                       const Tsx::CUnicodeString& originator);
+                       const Tsx::CUnicodeString& body, const Tsx::CUnicodeString& address,
+                       const Tsx::CUnicodeString& name, const Tsx::CUnicodeString& originator);
     CSimpleMapiMessage(const CSimpleMapiMessage&) = delete;
     CSimpleMapiMessage& operator=(const CSimpleMapiMessage&) = delete;
 

@@ -12,16 +12,15 @@ constexpr Platform::ModuleString Strings[] = {
 };
 
 constexpr Platform::VersionString VersionStrings[] = {
-    {u"CompanyName", u"" CORVANE_COMPANY_NAME},
-    {u"FileDescription", u"" CORVANE_FILE_DESCRIPTION},
-    {u"FileVersion", u"" CORVANE_FILE_VERSION},
-    {u"InternalName", u"" CORVANE_INTERNAL_NAME},
-    {u"LegalCopyright", u"" CORVANE_LEGAL_COPYRIGHT},
-    {u"OriginalFilename", u"" CORVANE_ORIGINAL_FILENAME},
+    {u"CompanyName", u"" CORVANE_COMPANY_NAME},       {u"FileDescription", u"" CORVANE_FILE_DESCRIPTION},
+    {u"FileVersion", u"" CORVANE_FILE_VERSION},       {u"InternalName", u"" CORVANE_INTERNAL_NAME},
+    {u"LegalCopyright", u"" CORVANE_LEGAL_COPYRIGHT}, {u"OriginalFilename", u"" CORVANE_ORIGINAL_FILENAME},
     {u"ProductVersion", u"" CORVANE_PRODUCT_VERSION},
 };
 
-constexpr std::uint32_t Version(std::uint32_t high, std::uint32_t low) { return high << 16 | low; }
+constexpr std::uint32_t Version(std::uint32_t high, std::uint32_t low) {
+    return high << 16 | low;
+}
 
 constexpr std::uint32_t VersionMS = Version(CORVANE_FILE_VERSION_MAJOR, CORVANE_FILE_VERSION_MINOR);
 constexpr std::uint32_t VersionLS = Version(CORVANE_FILE_VERSION_PATCH, CORVANE_FILE_VERSION_BUILD);
@@ -44,7 +43,7 @@ constexpr Platform::FixedFileInfo Fixed{
 
 constexpr std::uint32_t Translation = Version(0x0409, 1200); // English (United States), UTF-16
 
-__attribute__((section(TESSARIX_VERSION_SECTION), used)) alignas(4) constexpr auto VersionRecord =
+alignas(4) __attribute__((section(TESSARIX_VERSION_SECTION), used)) constexpr auto VersionRecord =
     Platform::VersionBlockBuilder<1024>().Build(Fixed, Translation, u"040904b0", VersionStrings);
 
 } // namespace

@@ -1,4 +1,5 @@
-// What the executable exports: the message table that the catalogue asks for names and ids, and the mark that it is built on Tessarix.
+// What the executable exports: the message table that the catalogue asks for names and ids, and the mark that it is
+// built on Tessarix.
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
@@ -18,7 +19,9 @@ constexpr MessageRow Rows[] = {
 #undef MESSAGE
 };
 
-constexpr bool NameLess(const MessageRow& row, std::u16string_view name) { return row.name < name; }
+constexpr bool NameLess(const MessageRow& row, std::u16string_view name) {
+    return row.name < name;
+}
 
 static_assert(std::is_sorted(std::begin(Rows), std::end(Rows),
                              [](const MessageRow& a, const MessageRow& b) { return NameLess(a, b.name); }));
@@ -43,12 +46,18 @@ std::uint32_t GetResourceID(const char16_t* name) {
     return row != std::end(Rows) && row->name == wanted ? row->id : 0;
 }
 
-std::int32_t NumberOfMessages() { return static_cast<std::int32_t>(std::size(Rows)); }
+std::int32_t NumberOfMessages() {
+    return static_cast<std::int32_t>(std::size(Rows));
+}
 
 /// The name in a row; the caller keeps the index in range.
-const char16_t* GetMessageName(std::int32_t index) { return Rows[index].name; }
+const char16_t* GetMessageName(std::int32_t index) {
+    return Rows[index].name;
+}
 
-std::uint32_t GetMessageSystemVersion() { return InterfaceVersion; }
+std::uint32_t GetMessageSystemVersion() {
+    return InterfaceVersion;
+}
 
 std::int32_t __TessarixUsed = 0; // NOLINT(bugprone-reserved-identifier)
 }

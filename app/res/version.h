@@ -1,5 +1,5 @@
-// The program's version record, for the resource script and for the record of the Linux program. Plain macros: the resource compiler
-// reads this file too.
+// The program's version record, for the resource script and for the record of the Linux program. Plain macros: the
+// resource compiler reads this file too.
 #pragma once
 
 #define CORVANE_FILE_VERSION_MAJOR 5

@@ -19,7 +19,8 @@ public:
     /// Unloads the library if this object loaded it, and forgets it. Nothing when none is loaded.
     virtual void Free();
 
-    /// Loads a library by name or path. Raises CLastErrorException, or CMemoryException for error 8; the object is loadable again then.
+    /// Loads a library by name or path. Raises CLastErrorException, or CMemoryException for error 8; the object is
+    /// loadable again then.
     void Load(const char16_t* name);
     bool IsLoaded() const { return Handle != nullptr; }
     /// The path of the loaded module.
@@ -28,7 +29,8 @@ public:
     Platform::Procedure GetProcedure(const char* name) const;
 
 protected:
-    /// The last check before an entry is called: a null one is an internal error, and `message` is raised where that did not throw.
+    /// The last check before an entry is called: a null one is an internal error, and `message` is raised where that
+    /// did not throw.
     template <class TEntry>
     static void RequireEntry(TEntry* entry, const CMessageName& message) {
         if (!entry) {

@@ -1,4 +1,5 @@
-// Who serves memory: the interface of memory managers, the thread's current one, and the allocation policies of classes.
+// Who serves memory: the interface of memory managers, the thread's current one, and the allocation policies of
+// classes.
 #pragma once
 
 #include <cstddef>
@@ -25,14 +26,14 @@ public:
 /// The manager that serves this thread. So far every thread is served by the runtime heap.
 IMemoryManager* CurrentMemoryManager();
 
-/// Allocates through the current manager. The manager is noted in front of the block, so that the release finds it from any thread and
-/// whatever manager is current then. Raises CMemoryException.
+/// Allocates through the current manager. The manager is noted in front of the block, so that the release finds it from
+/// any thread and whatever manager is current then. Raises CMemoryException.
 void* AllocateFromCurrentManager(std::int64_t size);
 /// Null is ignored.
 void FreeToOwnManager(void* block) noexcept;
 
-/// Serves the calling thread from the runtime heap for a scope: the paths of failures and messages must not depend on a manager that may
-/// be what is failing.
+/// Serves the calling thread from the runtime heap for a scope: the paths of failures and messages must not depend on a
+/// manager that may be what is failing.
 class CRuntimeHeapSwitcher {
 public:
     CRuntimeHeapSwitcher() = default;
@@ -44,7 +45,8 @@ public:
 /// Tag of the runtime heap as a class's allocation policy.
 struct RuntimeHeap;
 
-/// Base of classes whose objects live on the heap that the tag names. `new` gives null, and constructs nothing, when memory is exhausted.
+/// Base of classes whose objects live on the heap that the tag names. `new` gives null, and constructs nothing, when
+/// memory is exhausted.
 template <class THeap>
 class CAllocatedOn;
 

@@ -14,10 +14,12 @@
 
 namespace Tsx {
 
-/// An array that owns its elements: built and destroyed in place, the last one destroyed first, in a buffer from the current memory
-/// manager. An index outside the array is an assertion; a failed allocation raises CMemoryException and leaves the array as it was.
+/// An array that owns its elements: built and destroyed in place, the last one destroyed first, in a buffer from the
+/// current memory manager. An index outside the array is an assertion; a failed allocation raises CMemoryException and
+/// leaves the array as it was.
 ///
-/// Growing to n elements sets the capacity to the old capacity plus the largest of half the old capacity, 8, and what is missing:
+/// Growing to n elements sets the capacity to the old capacity plus the largest of half the old capacity, 8, and what
+/// is missing:
 ///
 ///   capacity   0 -> 8 -> 16 -> 24 -> 36 -> 54 ...    one element at a time
 ///   capacity   0 -> 20                               20 elements at once

@@ -11,10 +11,10 @@ constexpr std::uint32_t InternalAssertLastError = 1;
 constexpr std::uint32_t InternalPresume = 2;
 constexpr std::uint32_t InternalPresumeLastError = 3;
 
-/// Raises CInternalError, or shows the failure and returns false where this thread must not throw. `code` is a Windows error code for the
-/// kinds that carry one and 0 otherwise. `file` must be a literal: the exception keeps the pointer.
-bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression, const char16_t* file,
-                           std::uint32_t line, std::uint32_t code);
+/// Raises CInternalError, or shows the failure and returns false where this thread must not throw. `code` is a Windows
+/// error code for the kinds that carry one and 0 otherwise. `file` must be a literal: the exception keeps the pointer.
+bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
+                           const char16_t* file, std::uint32_t line, std::uint32_t code);
 
 /// The failing end of an assertion; the second one adds the calling thread's last error to the report.
 void FailAssertion(const char16_t* file, std::uint32_t line);
@@ -22,8 +22,9 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line);
 
 } // namespace Tsx
 
-/// TSX_ASSERT(count >= 0, u"src\\alloc") names the line of our source; TSX_ASSERT_AT takes a line where reports must stay comparable from
-/// version to version. The expression is not part of the report. Evaluates the condition once, in every build.
+/// TSX_ASSERT(count >= 0, u"src\\alloc") names the line of our source; TSX_ASSERT_AT takes a line where reports must
+/// stay comparable from version to version. The expression is not part of the report. Evaluates the condition once, in
+/// every build.
 #define TSX_ASSERT_AT(condition, file, line)                                                                           \
     (__builtin_expect(static_cast<bool>(condition), 1) ? static_cast<void>(0) : ::Tsx::FailAssertion(file, line))
 #define TSX_ASSERT(condition, file) TSX_ASSERT_AT(condition, file, __LINE__)

@@ -6,9 +6,9 @@
 
 namespace Tsx {
 
-/// Appends the tokens of a line to `target`. White space separates; quotes keep it; inside them a doubled quote is one quote; a backslash
-/// is a plain character. `@file` stands for the tokens of that text file, `@@x` for the token `@x`. Raises CFileException, with
-/// `target` as it was.
+/// Appends the tokens of a line to `target`. White space separates; quotes keep it; inside them a doubled quote is one
+/// quote; a backslash is a plain character. `@file` stands for the tokens of that text file, `@@x` for the token `@x`.
+/// Raises CFileException, with `target` as it was.
 ///
 ///   a  b             a, b
 ///   "a  b" -s:"x y"  a  b, -s:x y

@@ -1,6 +1,6 @@
-// Failures: the exception family and the functions that raise it. Exceptions are thrown and caught as pointers; the catcher owns the
-// object and deletes it. Where a thread must not throw (static construction and destruction) a failure is shown at once instead, and
-// the raising function returns; those marked noreturn throw in any case.
+// Failures: the exception family and the functions that raise it. Exceptions are thrown and caught as pointers; the
+// catcher owns the object and deletes it. Where a thread must not throw (static construction and destruction) a failure
+// is shown at once instead, and the raising function returns; those marked noreturn throw in any case.
 #pragma once
 
 #include "foundation/inc/alloc.h"
@@ -27,7 +27,7 @@ public:
 /// What a user can cause, raised by message.
 class CCheckException : public CException {
 public:
-    CCheckException(const CMessageName& message, const char16_t* param0, const char16_t* param1);
+    CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second);
     CUnicodeString GetMessageText() const override;
 
     const CMessageName* message;
@@ -39,7 +39,7 @@ public:
 /// A failed file operation.
 class CFileException : public CException {
 public:
-    CFileException(std::uint32_t lastError, std::uint32_t cause, const CUnicodeString& fileName);
+    CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name);
     CUnicodeString GetMessageText() const override;
 
     std::uint32_t lastError; // Windows code, 0 if unknown
@@ -50,7 +50,8 @@ public:
 /// A broken assumption.
 class CInternalError : public CException {
 public:
-    CInternalError(std::uint32_t kind, const char16_t* file, std::uint32_t line, std::uint32_t code);
+    CInternalError(std::uint32_t failureKind, const char16_t* sourceFile, std::uint32_t sourceLine,
+                   std::uint32_t windowsCode);
     CUnicodeString GetMessageText() const override;
     void ReportToUser() const override;
 
@@ -69,10 +70,14 @@ public:
     std::uint32_t code;
 };
 
-/// Memory is exhausted; the text is fixed.
+/// Memory is exhausted; the text is fixed. Lives in a pool and gives its slot back when it is deleted.
 class CMemoryException : public CException {
 public:
+    ~CMemoryException() override;
     CUnicodeString GetMessageText() const override;
+
+    static void* operator new(std::size_t, void* slot) noexcept { return slot; }
+    static void operator delete(void*) noexcept {}
 };
 
 /// What had to be said has been said: no text, no report.
@@ -96,10 +101,12 @@ CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, co
 CUnicodeString ComposeInternalErrorText(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
                                         const char16_t* file, std::uint32_t line, std::uint32_t code);
 
-/// Shows an internal failure without any exception and marks the thread. A second one inside the first ends the process.
+/// Shows an internal failure without any exception and marks the thread. A second one inside the first ends the
+/// process.
 void ReportInternalFailure(const CUnicodeString& text);
 
-/// The cause of a file failure by its Windows code: 2 to 15 for the codes that have one, 1 for all others. Code 0 is an internal error.
+/// The cause of a file failure by its Windows code: 2 to 15 for the codes that have one, 1 for all others. Code 0 is an
+/// internal error.
 std::uint32_t GetFileCause(std::uint32_t lastError);
 
 constexpr const char16_t* FoundationTitle = u"Tessarix";

@@ -1,4 +1,5 @@
-// Paths as text, and the choice of the file system that serves one. Paths have Windows syntax; `\` and `/` are equal everywhere.
+// Paths as text, and the choice of the file system that serves one. Paths have Windows syntax; `\` and `/` are equal
+// everywhere.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

@@ -20,9 +20,11 @@ public:
 
     template <std::integral T>
     CFormatArgument(T number) // NOLINT(google-explicit-constructor): made at the call of a formatted operation
-        : Kind(std::is_signed_v<T> ? EKind::Signed : EKind::Unsigned), Bits(static_cast<std::uint64_t>(number)), Size(sizeof(T)) {}
+        : Kind(std::is_signed_v<T> ? EKind::Signed : EKind::Unsigned), Bits(static_cast<std::uint64_t>(number)),
+          Size(sizeof(T)) {}
     CFormatArgument(const char16_t* text) : Kind(EKind::Text), Pointer(text) {} // NOLINT(google-explicit-constructor)
-    CFormatArgument(const void* address) : Kind(EKind::Pointer), Pointer(address) {} // NOLINT(google-explicit-constructor)
+    CFormatArgument(const void* address)
+        : Kind(EKind::Pointer), Pointer(address) {} // NOLINT(google-explicit-constructor)
     template <WideTextHolder T>
     CFormatArgument(const T& text) : CFormatArgument(text.Text()) {} // NOLINT(google-explicit-constructor)
 
@@ -36,10 +38,10 @@ public:
 
 /// Writes the formatted text, not terminated, into `capacity` characters and returns its length; -1 if it does not fit.
 ///
-/// Conversions: %d %i %u %x %X %o %c %s %p %%, with the flags "-+ 0#", a width, a precision (both may be `*`) and any of the length
-/// words h l ll I64 w, which are read and ignored: the argument's own size counts. An argument of another kind than its conversion
-/// asks for, a missing one or an unknown conversion is an internal error.
-std::int32_t FormatText(char16_t* buffer, std::int32_t capacity, const char16_t* format, const CFormatArgument* arguments,
-                        std::int32_t count);
+/// Conversions: %d %i %u %x %X %o %c %s %p %%, with the flags "-+ 0#", a width, a precision (both may be `*`) and any
+/// of the length words h l ll I64 w, which are read and ignored: the argument's own size counts. An argument of another
+/// kind than its conversion asks for, a missing one or an unknown conversion is an internal error.
+std::int32_t FormatText(char16_t* buffer, std::int32_t capacity, const char16_t* format,
+                        const CFormatArgument* arguments, std::int32_t count);
 
 } // namespace Tsx

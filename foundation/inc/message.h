@@ -6,8 +6,8 @@
 
 namespace Tsx {
 
-/// The static record of one message name. Code refers to a message by this record; the process-wide list of all records holds exactly
-/// the names that the linked code can ask for. Static storage only.
+/// The static record of one message name. Code refers to a message by this record; the process-wide list of all records
+/// holds exactly the names that the linked code can ask for. Static storage only.
 class CMessageName {
 public:
     explicit CMessageName(const char16_t* name);
@@ -16,8 +16,8 @@ public:
     CMessageName& operator=(const CMessageName&) = delete;
 
     const char16_t* Name;
-    CMessageName* Next;
-    CMessageName* Prev;
+    CMessageName* Next = nullptr;
+    CMessageName* Prev = nullptr;
 };
 
 /// Whether a module has a text for the name.
@@ -27,8 +27,8 @@ CUnicodeString GetMessage(const CMessageName& name);
 /// The catalogue's text once the foundation is initialised and if there is one; `builtIn` otherwise.
 CUnicodeString GetMessageOrBuiltIn(const CMessageName& name, const char16_t* builtIn);
 
-/// Fills a text: %N becomes parameter N, nothing if there are fewer; a percent sign without digits, or with a number beyond 32 signed
-/// bits, stays as it stands.
+/// Fills a text: %N becomes parameter N, nothing if there are fewer; a percent sign without digits, or with a number
+/// beyond 32 signed bits, stays as it stands.
 ///
 ///   "%1 of %0" with a, b     "b of a"
 ///   "100%", "50% off"        unchanged

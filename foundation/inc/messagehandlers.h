@@ -6,7 +6,8 @@
 
 namespace Tsx {
 
-/// Receives text for people. The style is the Windows message-box word, also for handlers that show no box; the result is the button.
+/// Receives text for people. The style is the Windows message-box word, also for handlers that show no box; the result
+/// is the button.
 class CMessageHandler {
 public:
     CMessageHandler() = default;
@@ -31,8 +32,8 @@ public:
                                 std::uint32_t style) override;
 };
 
-/// Installs a handler for the process over a block and puts the one before back; finding another one in its place then is an internal
-/// error, which is swallowed.
+/// Installs a handler for the process over a block and puts the one before back; finding another one in its place then
+/// is an internal error, which is swallowed.
 class CMessageHandlerScope {
 public:
     explicit CMessageHandlerScope(CMessageHandler* toInstall);
@@ -42,7 +43,7 @@ public:
 
 private:
     CMessageHandler* handler;
-    CMessageHandler* previous;
+    CMessageHandler* previous = nullptr;
 };
 
 /// Shows a text with the application's name as title, on any thread, one at a time.

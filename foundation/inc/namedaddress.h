@@ -1,4 +1,5 @@
-// A named address: a recipient's display name and mail address, or the name under which an attachment is shown and its path.
+// A named address: a recipient's display name and mail address, or the name under which an attachment is shown and its
+// path.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

@@ -1,4 +1,5 @@
-// What the wide and the narrow string have in common: one pointer to a counted block, copied by sharing, written after copy.
+// What the wide and the narrow string have in common: one pointer to a counted block, copied by sharing, written after
+// copy.
 #pragma once
 
 #include "foundation/inc/errorsfwd.h"
@@ -31,15 +32,17 @@ struct CStringBlock {
     }
 };
 
-/// The block of all empty strings. It is not counted, so that its 2 stays, and too small for any text, so that every writer moves off it.
+/// The block of all empty strings. It is not counted, so that its 2 stays, and too small for any text, so that every
+/// writer moves off it.
 template <class TChar>
 constinit inline CStringBlock<TChar> EmptyStringBlock{2, 0, sizeof(TChar), {0}};
 
-/// Any thread may share, copy and drop strings; one string object is for one thread at a time. A block with more than one owner is never
-/// written. A failed allocation raises CMemoryException and leaves the string as it was.
+/// Any thread may share, copy and drop strings; one string object is for one thread at a time. A block with more than
+/// one owner is never written. A failed allocation raises CMemoryException and leaves the string as it was.
 ///
-/// Growth: a writer that needs n characters writes in place if the block is its own and big enough. Otherwise it takes a new block, of
-/// n characters if that is up to 128 bytes, and of the larger of n and the present length plus a fifth beyond that.
+/// Growth: a writer that needs n characters writes in place if the block is its own and big enough. Otherwise it takes
+/// a new block, of n characters if that is up to 128 bytes, and of the larger of n and the present length plus a fifth
+/// beyond that.
 template <class TDerived, class TChar>
 class CStringBase {
     using Block = CStringBlock<TChar>;
@@ -57,6 +60,7 @@ public:
     CStringBase(CStringBase&& other) noexcept : block(other.block) { other.block = &EmptyStringBlock<TChar>; }
     ~CStringBase() { Release(block); }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): the new reference is taken before the old one is given up
     CStringBase& operator=(const CStringBase& other) {
         Block* old = block;
         Share(other.block);
@@ -76,7 +80,8 @@ public:
     std::basic_string_view<TChar> View() const { return {Text(), static_cast<std::size_t>(Length())}; }
     TChar operator[](std::int32_t index) const { return block->Characters[index]; }
 
-    /// The part of up to `count` characters from `first` on, cut to what there is; an empty part shares the empty block.
+    /// The part of up to `count` characters from `first` on, cut to what there is; an empty part shares the empty
+    /// block.
     TDerived Mid(std::int32_t first, std::int32_t count) const {
         first = std::clamp(first, 0, Length());
         count = std::clamp(count, 0, Length() - first);
@@ -86,7 +91,8 @@ public:
     TDerived Left(std::int32_t count) const { return Mid(0, count); }
     TDerived Right(std::int32_t count) const { return Mid(Length() - std::clamp(count, 0, Length()), count); }
 
-    /// The index of a character at `from` or behind it, -1 if there is none; FindLast takes the last one of the whole string.
+    /// The index of a character at `from` or behind it, -1 if there is none; FindLast takes the last one of the whole
+    /// string.
     std::int32_t Find(TChar c, std::int32_t from = 0) const {
         return static_cast<std::int32_t>(View().find(c, static_cast<std::size_t>(std::max(from, 0))));
     }
@@ -125,7 +131,8 @@ public:
         Finish(count);
     }
 
-    /// A private block with room for `length` characters and the terminator written there; the string's length stays until SetLength.
+    /// A private block with room for `length` characters and the terminator written there; the string's length stays
+    /// until SetLength.
     TChar* GetBuffer(std::int32_t length) {
         MakeRoom(length);
         block->Characters[length] = 0;

@@ -5,7 +5,8 @@
 
 namespace Tsx {
 
-/// The whole text of a file: UTF-16 or UTF-8 after a byte-order mark, the system's ANSI code page without one. Raises CFileException.
+/// The whole text of a file: UTF-16 or UTF-8 after a byte-order mark, the system's ANSI code page without one. Raises
+/// CFileException.
 CUnicodeString ReadTextFile(const CUnicodeString& path);
 
 } // namespace Tsx

@@ -18,6 +18,9 @@ public:
 
     /// The calling thread's value, all zero at first; never null. Raises CMemoryException.
     void* GetValue();
+    /// The same, but null when the value does not exist and cannot be made: for the path that tells of exhausted
+    /// memory.
+    void* TryGetValue();
 
 private:
     std::size_t valueSize;
@@ -32,6 +35,7 @@ class CThreadObject : public CThreadObjectFamily {
 public:
     CThreadObject() : CThreadObjectFamily(sizeof(T)) {}
     T* Get() { return static_cast<T*>(GetValue()); }
+    T* TryGet() { return static_cast<T*>(TryGetValue()); }
 };
 
 /// What the failure paths remember of a thread.
@@ -48,8 +52,8 @@ struct CThreadErrorMode {
 extern CThreadObject<CErrorGuardState> ErrorGuardState;
 extern CThreadObject<CThreadErrorMode> ThreadErrorMode;
 
-/// Stands around the processing of a failure: kind 0 builds an exception, kind 1 shows an internal error. The thread is served from the
-/// runtime heap meanwhile. A second internal error inside the first ends the process with a notice.
+/// Stands around the processing of a failure: kind 0 builds an exception, kind 1 shows an internal error. The thread is
+/// served from the runtime heap meanwhile. A second internal error inside the first ends the process with a notice.
 class CReentryScope {
 public:
     explicit CReentryScope(std::int32_t kind);
@@ -58,6 +62,7 @@ public:
     CReentryScope& operator=(const CReentryScope&) = delete;
 
 private:
+    CErrorGuardState* state; // null when there is no memory even for this
     CErrorGuardState kept;
 };
 

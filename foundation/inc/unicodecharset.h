@@ -9,8 +9,8 @@
 
 namespace Tsx {
 
-/// A set of 16-bit characters in two levels: the top 6 bits of a character pick a leaf of 1024 bits, absent while it is empty.
-/// Filled at construction; safe to read from any thread after.
+/// A set of 16-bit characters in two levels: the top 6 bits of a character pick a leaf of 1024 bits, absent while it is
+/// empty. Filled at construction; safe to read from any thread after.
 class CUnicodeCharSet {
 public:
     explicit CUnicodeCharSet(std::u16string_view members);

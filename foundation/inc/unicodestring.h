@@ -17,7 +17,8 @@ class CUnicodeString : public CStringBase<CUnicodeString, char16_t> {
 public:
     using CStringBase::CStringBase;
     CUnicodeString() = default;
-    /// From narrow text in a code page or a selector of one; cut at the first 0. What cannot be converted at all comes out empty.
+    /// From narrow text in a code page or a selector of one; cut at the first 0. What cannot be converted at all comes
+    /// out empty.
     CUnicodeString(const char* text, std::uint32_t codePage);
 
     /// Text in the language of wide print; see FormatText.
@@ -33,10 +34,11 @@ public:
 
     CString ToNarrow(std::uint32_t codePage) const { return CString::FromWide(Text(), Length(), codePage); }
 
-    /// A decimal number with optional sign and white space around it; false, and `value` as it was, for anything else and for a number
-    /// out of the range of 32 signed bits.
+    /// A decimal number with optional sign and white space around it; false, and `value` as it was, for anything else
+    /// and for a number out of the range of 32 signed bits.
     bool ToInt(std::int32_t& value) const;
-    /// "true", "on", "yes", "1" and "false", "off", "no", "0", in any case, with white space around; false for anything else.
+    /// "true", "on", "yes", "1" and "false", "off", "no", "0", in any case, with white space around; false for anything
+    /// else.
     bool ToBool(bool& value) const;
 
     /// Removes members of a set from the ends.

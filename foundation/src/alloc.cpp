@@ -24,9 +24,13 @@ void* CRuntimeHeapManager::Alloc(std::int32_t size) {
     return block;
 }
 
-void CRuntimeHeapManager::Free(void* block) { Platform::FreeRuntimeHeap(block); }
+void CRuntimeHeapManager::Free(void* block) {
+    Platform::FreeRuntimeHeap(block);
+}
 
-IMemoryManager* CurrentMemoryManager() { return &GetRuntimeHeapManager(); }
+IMemoryManager* CurrentMemoryManager() {
+    return &GetRuntimeHeapManager();
+}
 
 void* AllocateFromCurrentManager(std::int64_t size) {
     const std::int64_t whole = size + static_cast<std::int64_t>(sizeof(BlockHeader));
@@ -46,8 +50,12 @@ void FreeToOwnManager(void* block) noexcept {
     }
 }
 
-void* CAllocatedOn<RuntimeHeap>::operator new(std::size_t size) noexcept { return Platform::AllocateRuntimeHeap(size); }
+void* CAllocatedOn<RuntimeHeap>::operator new(std::size_t size) noexcept {
+    return Platform::AllocateRuntimeHeap(size);
+}
 
-void CAllocatedOn<RuntimeHeap>::operator delete(void* block) noexcept { Platform::FreeRuntimeHeap(block); }
+void CAllocatedOn<RuntimeHeap>::operator delete(void* block) noexcept {
+    Platform::FreeRuntimeHeap(block);
+}
 
 } // namespace Tsx

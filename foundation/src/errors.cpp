@@ -3,6 +3,7 @@
 #include "foundation/inc/foundation.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
+#include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/messagebox.h"
@@ -16,7 +17,9 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\errors";
 
-bool MayThrow() { return AreExceptionsEnabled() && !ThreadErrorMode.Get()->NoExceptions; }
+bool MayThrow() {
+    return AreExceptionsEnabled() && !ThreadErrorMode.Get()->NoExceptions;
+}
 
 template <class TException, class... TArguments>
 [[noreturn]] void Throw(TArguments&&... arguments) {
@@ -36,7 +39,8 @@ struct KindTexts {
 const KindTexts& TextsOf(std::uint32_t kind) {
     static const KindTexts texts[] = {
         {MSG_ASSERT, u"Internal Program Error:\nAssertion failed: ( %0 )\n%2, %3.\n( %1 )."},
-        {MSG_ASSERTLASTERROR, u"Internal Program Error:\nAssertion failed: ( %0 )\n%2, %3.\n( %1 ).\nError code: %4 - %5"},
+        {MSG_ASSERTLASTERROR,
+         u"Internal Program Error:\nAssertion failed: ( %0 )\n%2, %3.\n( %1 ).\nError code: %4 - %5"},
         {MSG_PRESUME, u"Internal Program Error:\nPresumption failed: ( %0 )\n%2, %3.\n( %1 )."},
         {MSG_PRESUMELASTERROR,
          u"Internal Program Error:\nPresumption failed: ( %0 )\n%2, %3.\n( %1 ).\nError code: %4 - %5"},
@@ -45,23 +49,33 @@ const KindTexts& TextsOf(std::uint32_t kind) {
     return texts[kind];
 }
 
-bool CarriesCode(std::uint32_t kind) { return kind == InternalAssertLastError || kind == InternalPresumeLastError; }
+bool CarriesCode(std::uint32_t kind) {
+    return kind == InternalAssertLastError || kind == InternalPresumeLastError;
+}
 
-CUnicodeString CodeText(std::uint32_t code) { return u"0x" + CUnicodeString::FromHex(code); }
+CUnicodeString CodeText(std::uint32_t code) {
+    return u"0x" + CUnicodeString::FromHex(code);
+}
 
 } // namespace
 
-void CException::ReportToUser() const { DisplayMessage(GetMessageText(), Platform::MbOk); }
+void CException::ReportToUser() const {
+    DisplayMessage(GetMessageText(), Platform::MbOk);
+}
 
 CCheckException::CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second)
     : message(&name), param0(first), param1(second) {}
 
-CUnicodeString CCheckException::GetMessageText() const { return FormatMessage(*message, param0, param1, param2); }
+CUnicodeString CCheckException::GetMessageText() const {
+    return FormatMessage(*message, param0, param1, param2);
+}
 
 CFileException::CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name)
     : lastError(windowsCode), cause(fileCause), fileName(name) {}
 
-CUnicodeString CFileException::GetMessageText() const { return GetFileErrorText(cause, lastError, fileName); }
+CUnicodeString CFileException::GetMessageText() const {
+    return GetFileErrorText(cause, lastError, fileName);
+}
 
 CInternalError::CInternalError(std::uint32_t failureKind, const char16_t* sourceFile, std::uint32_t sourceLine,
                                std::uint32_t windowsCode)
@@ -73,16 +87,28 @@ CUnicodeString CInternalError::GetMessageText() const {
     const char16_t* const parameters[] = {file, lineText.Text(), codeText.Text()};
     if (CarriesCode(kind)) {
         return SubstituteParams(
-            GetMessageOrBuiltIn(MSG_INTERNAL_ERROR_WITH_CODE, u"Internal Program Error:\n%0, %1.\nError code: %2"), parameters, 3);
+            GetMessageOrBuiltIn(MSG_INTERNAL_ERROR_WITH_CODE, u"Internal Program Error:\n%0, %1.\nError code: %2"),
+            parameters, 3);
     }
-    return SubstituteParams(GetMessageOrBuiltIn(MSG_INTERNAL_ERROR, u"Internal Program Error:\n%0, %1."), parameters, 2);
+    return SubstituteParams(GetMessageOrBuiltIn(MSG_INTERNAL_ERROR, u"Internal Program Error:\n%0, %1."), parameters,
+                            2);
 }
 
-void CInternalError::ReportToUser() const { DisplayMessage(GetMessageText(), FatalMessageStyle); }
+void CInternalError::ReportToUser() const {
+    DisplayMessage(GetMessageText(), FatalMessageStyle);
+}
 
-CUnicodeString CLastErrorException::GetMessageText() const { return GetLastErrorText(code); }
+CUnicodeString CLastErrorException::GetMessageText() const {
+    return GetLastErrorText(code);
+}
 
-CUnicodeString CMemoryException::GetMessageText() const { return NotEnoughMemoryText; }
+CMemoryException::~CMemoryException() {
+    ReleaseMemoryException(this);
+}
+
+CUnicodeString CMemoryException::GetMessageText() const {
+    return NotEnoughMemoryText;
+}
 
 void FailAssertion(const char16_t* file, std::uint32_t line) {
     GenerateInternalError(InternalAssert, u"", u"", file, line, 0);
@@ -92,8 +118,8 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line) {
     GenerateInternalError(InternalAssertLastError, u"", u"", file, line, Platform::GetLastError());
 }
 
-bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression, const char16_t* file,
-                           std::uint32_t line, std::uint32_t code) {
+bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
+                           const char16_t* file, std::uint32_t line, std::uint32_t code) {
     const CReentryScope scope(0);
     if (MayThrow()) {
         Throw<CInternalError>(kind, file, line, code);
@@ -132,12 +158,13 @@ void GenerateUserException() {
 }
 
 void GenerateMemoryException() {
-    auto* exception = new CMemoryException;
-    if (!exception) {
+    const CReentryScope scope(0);
+    void* slot = MemoryExceptionPool.TakeSlot();
+    if (!slot) {
         Platform::MessageBox(nullptr, NotEnoughMemoryText, FoundationTitle, FatalMessageStyle);
         Platform::Abort();
     }
-    throw exception;
+    throw new (slot) CMemoryException;
 }
 
 void GenerateFileException(std::uint32_t lastError, const CUnicodeString& fileName) {

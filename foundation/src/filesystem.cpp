@@ -28,7 +28,8 @@ PathFields FindFields(const CUnicodeString& path) {
 
 void FileSystem::SplitName(const CUnicodeString& path, CUnicodeString& drive, CUnicodeString& dir, CUnicodeString& name,
                            CUnicodeString& ext) {
-    const CUnicodeString whole = path; // an output may be the path itself
+    // An output may be the path itself.
+    const CUnicodeString whole = path; // NOLINT(performance-unnecessary-copy-initialization)
     const PathFields fields = FindFields(whole);
     drive = whole.Left(fields.dir);
     dir = whole.Mid(fields.dir, fields.name - fields.dir);
@@ -41,9 +42,13 @@ CUnicodeString FileSystem::GetName(const CUnicodeString& path) {
     return path.Mid(fields.name, fields.ext - fields.name);
 }
 
-CUnicodeString FileSystem::GetExt(const CUnicodeString& path) { return path.Mid(FindFields(path).ext); }
+CUnicodeString FileSystem::GetExt(const CUnicodeString& path) {
+    return path.Mid(FindFields(path).ext);
+}
 
-CUnicodeString FileSystem::GetNameAndExt(const CUnicodeString& path) { return path.Mid(FindFields(path).name); }
+CUnicodeString FileSystem::GetNameAndExt(const CUnicodeString& path) {
+    return path.Mid(FindFields(path).name);
+}
 
 CUnicodeString FileSystem::GetModulePath(Platform::Module module) {
     CUnicodeString path;
@@ -61,7 +66,9 @@ CUnicodeString FileSystem::GetModulePath(Platform::Module module) {
     }
 }
 
-CUnicodeString FileSystem::GetProgramPath() { return GetModulePath(nullptr); }
+CUnicodeString FileSystem::GetProgramPath() {
+    return GetModulePath(nullptr);
+}
 
 CFileSystemBase& FileSystem::GetFileSystem(const CUnicodeString& path) {
     static_cast<void>(path);

@@ -79,7 +79,8 @@ private:
             ++format;
             const CFormatArgument* argument = Next();
             const bool fits = argument && argument->Kind == CFormatArgument::EKind::Signed;
-            return fits ? static_cast<std::int32_t>(std::clamp(static_cast<std::int64_t>(argument->Bits), -most, most)) : 0;
+            return fits ? static_cast<std::int32_t>(std::clamp(static_cast<std::int64_t>(argument->Bits), -most, most))
+                        : 0;
         }
         std::int64_t number = 0;
         for (; *format >= u'0' && *format <= u'9'; ++format) {
@@ -90,12 +91,23 @@ private:
 
     static bool ReadFlag(char16_t c, Directive& directive) {
         switch (c) {
-        case u'-': directive.leftAligned = true; return true;
-        case u'+': directive.plus = true; return true;
-        case u' ': directive.blank = true; return true;
-        case u'#': directive.alternate = true; return true;
-        case u'0': directive.zeros = true; return true;
-        default: return false;
+        case u'-':
+            directive.leftAligned = true;
+            return true;
+        case u'+':
+            directive.plus = true;
+            return true;
+        case u' ':
+            directive.blank = true;
+            return true;
+        case u'#':
+            directive.alternate = true;
+            return true;
+        case u'0':
+            directive.zeros = true;
+            return true;
+        default:
+            return false;
         }
     }
 
@@ -125,23 +137,33 @@ private:
         if (!argument) {
             return false;
         }
-        const bool isNumber = argument->Kind == CFormatArgument::EKind::Signed ||
-                              argument->Kind == CFormatArgument::EKind::Unsigned;
+        const bool isNumber =
+            argument->Kind == CFormatArgument::EKind::Signed || argument->Kind == CFormatArgument::EKind::Unsigned;
         switch (directive.conversion) {
         case u'd':
-        case u'i': return isNumber && PutSigned(directive, *argument);
-        case u'u': return isNumber && PutUnsigned(directive, *argument, 10, u"");
-        case u'o': return isNumber && PutUnsigned(directive, *argument, 8, directive.alternate ? u"0" : u"");
-        case u'x': return isNumber && PutUnsigned(directive, *argument, 16, directive.alternate ? u"0x" : u"");
-        case u'X': return isNumber && PutUnsigned(directive, *argument, 16, directive.alternate ? u"0X" : u"");
-        case u'c': return isNumber && PutCharacter(directive, *argument);
-        case u's': return argument->Kind == CFormatArgument::EKind::Text && PutString(directive, *argument);
-        case u'p': return !isNumber && PutPointer(directive, *argument);
-        default: return false;
+        case u'i':
+            return isNumber && PutSigned(directive, *argument);
+        case u'u':
+            return isNumber && PutUnsigned(directive, *argument, 10, u"");
+        case u'o':
+            return isNumber && PutUnsigned(directive, *argument, 8, directive.alternate ? u"0" : u"");
+        case u'x':
+            return isNumber && PutUnsigned(directive, *argument, 16, directive.alternate ? u"0x" : u"");
+        case u'X':
+            return isNumber && PutUnsigned(directive, *argument, 16, directive.alternate ? u"0X" : u"");
+        case u'c':
+            return isNumber && PutCharacter(directive, *argument);
+        case u's':
+            return argument->Kind == CFormatArgument::EKind::Text && PutString(directive, *argument);
+        case u'p':
+            return !isNumber && PutPointer(directive, *argument);
+        default:
+            return false;
         }
     }
 
-    void PutPadded(const Directive& directive, std::u16string_view prefix, std::int64_t zeros, std::u16string_view body) {
+    void PutPadded(const Directive& directive, std::u16string_view prefix, std::int64_t zeros,
+                   std::u16string_view body) {
         const auto size = static_cast<std::int64_t>(prefix.size() + body.size()) + zeros;
         const std::int64_t padding = std::max<std::int64_t>(directive.width - size, 0);
         Repeat(u' ', directive.leftAligned ? 0 : padding);
@@ -181,7 +203,8 @@ private:
         return PutDigits(directive, negative ? 0 - argument.Bits : argument.Bits, 10, sign);
     }
 
-    bool PutUnsigned(const Directive& directive, const CFormatArgument& argument, unsigned radix, const char16_t* prefix) {
+    bool PutUnsigned(const Directive& directive, const CFormatArgument& argument, unsigned radix,
+                     const char16_t* prefix) {
         const std::uint64_t value = OwnBits(argument);
         return PutDigits(directive, value, radix, value == 0 ? u"" : prefix);
     }
@@ -212,8 +235,8 @@ private:
 
 } // namespace
 
-std::int32_t FormatText(char16_t* buffer, std::int32_t capacity, const char16_t* format, const CFormatArgument* arguments,
-                        std::int32_t count) {
+std::int32_t FormatText(char16_t* buffer, std::int32_t capacity, const char16_t* format,
+                        const CFormatArgument* arguments, std::int32_t count) {
     return CFormatter(buffer, capacity, arguments, count).Run(format);
 }
 

@@ -21,9 +21,13 @@ void StoreRegistryPath(CUnicodeString& target, const char16_t* path) {
 
 } // namespace
 
-TFoundationState GetFoundationState() { return foundationState; }
+TFoundationState GetFoundationState() {
+    return foundationState;
+}
 
-bool AreExceptionsEnabled() { return true; }
+bool AreExceptionsEnabled() {
+    return true;
+}
 
 bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* machineRegistryPath) {
     const CCriticalSectionLock guard(FoundationLock);
@@ -52,6 +56,8 @@ void DeinitializeFoundation() {
     }
 }
 
-CUnicodeString GetProgramTitle() { return FileSystem::GetName(FileSystem::GetProgramPath()); }
+CUnicodeString GetProgramTitle() {
+    return FileSystem::GetName(FileSystem::GetProgramPath());
+}
 
 } // namespace Tsx

@@ -15,14 +15,16 @@ std::int32_t ReadIndex(const CUnicodeString& text, std::int32_t& position) {
     const std::int32_t start = position;
     std::int64_t number = 0;
     for (; position < text.Length() && DigitChars.Contains(text[position]); ++position) {
-        number = std::min<std::int64_t>(number * 10 + (text[position] - u'0'), std::numeric_limits<std::int64_t>::max() / 16);
+        number = std::min<std::int64_t>(number * 10 + (text[position] - u'0'),
+                                        std::numeric_limits<std::int64_t>::max() / 16);
     }
-    return position > start && number <= std::numeric_limits<std::int32_t>::max() ? static_cast<std::int32_t>(number) : -1;
+    return position > start && number <= std::numeric_limits<std::int32_t>::max() ? static_cast<std::int32_t>(number)
+                                                                                  : -1;
 }
 
 } // namespace
 
-CMessageName::CMessageName(const char16_t* name) : Name(name), Next(nullptr), Prev(nullptr) {
+CMessageName::CMessageName(const char16_t* name) : Name(name) {
     const CCriticalSectionLock guard(MessageListLock);
     Next = firstMessageName;
     if (Next) {

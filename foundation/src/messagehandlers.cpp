@@ -60,7 +60,7 @@ std::int32_t CMessageBoxHandler::ShowMessageBox(Window owner, const char16_t* te
     return MessageBox(owner, text, title, style);
 }
 
-CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall) : handler(toInstall), previous(nullptr) {
+CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall) : handler(toInstall) {
     const CCriticalSectionLock guard(HandlerLock);
     previous = processHandler;
     processHandler = handler;

@@ -6,7 +6,9 @@
 
 namespace Tsx {
 
-CResourceBase& GetResourceBase() { return ResourceBase; }
+CResourceBase& GetResourceBase() {
+    return ResourceBase;
+}
 
 bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
     using GetResourceIDFunction = std::uint32_t(const char16_t*);

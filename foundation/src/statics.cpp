@@ -1,10 +1,11 @@
-// Every static object of the foundation, in the order in which it comes up; destruction is the reverse. The priority puts all of them in
-// front of the static objects of every other source, and within this file the order is that of the text. Each group says why it
-// precedes the next.
+// Every static object of the foundation, in the order in which it comes up; destruction is the reverse. The priority
+// puts all of them in front of the static objects of every other source, and within this file the order is that of the
+// text. Each group says why it precedes the next.
 #include "foundation/src/statics.h"
 
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/nativefilesystem.h"
+#include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
 
 // 101 is the first priority that programs may use.
@@ -14,8 +15,8 @@ namespace Tsx {
 
 namespace {
 
-// Failures during static construction and destruction are shown and not thrown: nobody is there to catch them. The main guard of the
-// program lifts this while it runs.
+// Failures during static construction and destruction are shown and not thrown: nobody is there to catch them. The main
+// guard of the program lifts this while it runs.
 class CStaticStage {
 public:
     CStaticStage() { ThreadErrorMode.Get()->NoExceptions = true; }
@@ -34,7 +35,8 @@ TSX_STATIC CThreadObject<CErrorGuardState> ErrorGuardState;
 TSX_STATIC CThreadObject<CThreadErrorMode> ThreadErrorMode;
 TSX_STATIC static const CStaticStage StaticStage;
 
-// Memory: strings and arrays take it from here. The manager is never destroyed, for blocks find it through their header at any time.
+// Memory: strings and arrays take it from here. The manager is never destroyed, for blocks find it through their header
+// at any time.
 CRuntimeHeapManager& GetRuntimeHeapManager() {
     alignas(CRuntimeHeapManager) static std::byte room[sizeof(CRuntimeHeapManager)];
     static auto* const manager = new (room) CRuntimeHeapManager;
@@ -42,10 +44,13 @@ CRuntimeHeapManager& GetRuntimeHeapManager() {
 }
 CStringBlockAllocator StringAllocator;
 
+// The pool of memory exceptions: from here on exhausted memory can be told.
+TSX_STATIC CMemoryExceptionPool MemoryExceptionPool;
+
 // Character sets: trimming and numbers use them.
-TSX_STATIC const CUnicodeCharSet WhiteSpaceChars(
-    u"\x09\x0A\x0B\x0C\x0D\x20\x85\xA0\x1680\x2000\x2001\x2002\x2003\x2004\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029\x202F"
-    u"\x3000");
+TSX_STATIC const CUnicodeCharSet WhiteSpaceChars(u"\x09\x0A\x0B\x0C\x0D\x20\x85\xA0\x1680\x2000\x2001\x2002\x2003\x2004"
+                                                 u"\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029\x202F"
+                                                 u"\x3000");
 TSX_STATIC const CUnicodeCharSet DigitChars(u"0123456789");
 
 // Message names, before anything that could fail with one.

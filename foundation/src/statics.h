@@ -1,4 +1,5 @@
-// The foundation's static objects that only its own sources reach. All of them are defined in statics.cpp, in one order.
+// The foundation's static objects that only its own sources reach. All of them are defined in statics.cpp, in one
+// order.
 #pragma once
 
 #include "foundation/inc/alloc.h"

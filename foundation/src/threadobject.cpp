@@ -18,30 +18,44 @@ CThreadObjectFamily::~CThreadObjectFamily() {
 }
 
 void* CThreadObjectFamily::GetValue() {
+    void* value = TryGetValue();
+    if (!value) {
+        GenerateMemoryException();
+    }
+    return value;
+}
+
+void* CThreadObjectFamily::TryGetValue() {
     if (void* value = Platform::TlsGetValue(slot)) {
         return value;
     }
     void* value = Platform::AllocateRuntimeHeap(valueSize);
-    if (!value) {
-        GenerateMemoryException();
+    if (value) {
+        std::memset(value, 0, valueSize);
+        Platform::TlsSetValue(slot, value);
+        const CCriticalSectionLock guard(lock);
+        values.push_back(value);
     }
-    std::memset(value, 0, valueSize);
-    Platform::TlsSetValue(slot, value);
-    const CCriticalSectionLock guard(lock);
-    values.push_back(value);
     return value;
 }
 
-CReentryScope::CReentryScope(std::int32_t kind) : kept(*ErrorGuardState.Get()) {
-    CErrorGuardState& state = *ErrorGuardState.Get();
-    if (state.InInternalError && kind == 1) {
+CReentryScope::CReentryScope(std::int32_t kind) : state(ErrorGuardState.TryGet()), kept() {
+    if (!state) {
+        return;
+    }
+    kept = *state;
+    if (state->InInternalError && kind == 1) {
         DisplayMessage(DoubleErrorText, FatalMessageStyle);
         Platform::Abort();
     }
-    state.InInternalError = state.InInternalError || kind == 1;
-    state.Raising = state.Raising || kind == 0;
+    state->InInternalError = state->InInternalError || kind == 1;
+    state->Raising = state->Raising || kind == 0;
 }
 
-CReentryScope::~CReentryScope() { *ErrorGuardState.Get() = kept; }
+CReentryScope::~CReentryScope() {
+    if (state) {
+        *state = kept;
+    }
+}
 
 } // namespace Tsx

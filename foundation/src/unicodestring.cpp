@@ -31,7 +31,8 @@ constexpr std::uint32_t ToWideFlags = 9;    // MB_PRECOMPOSED and MB_USEGLYPHCHA
 
 std::int32_t CountAtEnd(std::u16string_view text, const CUnicodeCharSet& set) {
     std::int32_t count = 0;
-    while (static_cast<std::size_t>(count) < text.size() && set.Contains(text[text.size() - 1 - static_cast<std::size_t>(count)])) {
+    while (static_cast<std::size_t>(count) < text.size() &&
+           set.Contains(text[text.size() - 1 - static_cast<std::size_t>(count)])) {
         ++count;
     }
     return count;
@@ -106,9 +107,13 @@ CUnicodeString CUnicodeString::FromInt(std::int32_t value, std::int32_t radix) {
     return {first, static_cast<std::int32_t>(end - first)};
 }
 
-CUnicodeString CUnicodeString::FromHex(std::uint32_t value) { return FromInt(static_cast<std::int32_t>(value), 16); }
+CUnicodeString CUnicodeString::FromHex(std::uint32_t value) {
+    return FromInt(static_cast<std::int32_t>(value), 16);
+}
 
-CUnicodeString CUnicodeString::FromBool(bool value) { return value ? u"true" : u"false"; }
+CUnicodeString CUnicodeString::FromBool(bool value) {
+    return value ? u"true" : u"false";
+}
 
 bool CUnicodeString::ToInt(std::int32_t& value) const {
     CUnicodeString text = *this;
@@ -177,7 +182,9 @@ void CUnicodeString::MakeLower() {
     std::transform(buffer, buffer + Length(), buffer, &Platform::towlower);
 }
 
-std::int32_t CUnicodeString::CompareNoCase(const char16_t* other) const { return Platform::wcsicmp(Text(), other); }
+std::int32_t CUnicodeString::CompareNoCase(const char16_t* other) const {
+    return Platform::wcsicmp(Text(), other);
+}
 
 bool CUnicodeString::LoadString(Platform::Module module, std::uint32_t id) {
     TSX_ASSERT(module, ModuleName);

@@ -1,5 +1,6 @@
-// Fault injection for tests: "the n-th call of this function fails with this code, once or from then on". Compiled into the Linux layer
-// of test builds; a release build has the declarations and nothing behind them, and FaultsAvailable says so.
+// Fault injection for tests: "the n-th call of this function fails with this code, once or from then on". Compiled into
+// the Linux layer of test builds; a release build has the declarations and nothing behind them, and FaultsAvailable
+// says so.
 #pragma once
 
 #include <cstdint>
@@ -11,9 +12,10 @@ enum class FaultMode { Once, FromThenOn };
 /// True in builds that have the hook.
 bool FaultsAvailable();
 
-/// Makes the `nth` call (from 1) of the platform function `function` fail with `code`; "*" counts the calls of all functions. Replaces
-/// any plan before it. A plan is for the whole process and safe to reach from any thread. The same plan can be given to a process in
-/// the environment variable TESSARIX_FAULT as "function:nth:code:once" or "function:nth:code:on".
+/// Makes the `nth` call (from 1) of the platform function `function` fail with `code`; "*" counts the calls of all
+/// functions. Replaces any plan before it. A plan is for the whole process and safe to reach from any thread. The same
+/// plan can be given to a process in the environment variable TESSARIX_FAULT as "function:nth:code:once" or
+/// "function:nth:code:on".
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode);
 void DisarmFaults();
 

@@ -1,4 +1,5 @@
-// Files by handle, and the search by name. Paths are terminated, in Windows syntax; the Linux layer maps them (see its paths.h).
+// Files by handle, and the search by name. Paths are terminated, in Windows syntax; the Linux layer maps them (see its
+// paths.h).
 #pragma once
 
 #include "platform/inc/types.h"
@@ -27,8 +28,8 @@ constexpr std::uint32_t FileTypeRemote = 0x8000; // FILE_TYPE_REMOTE
 constexpr std::uint32_t SemFailCriticalErrors = 0x0001; // SEM_FAILCRITICALERRORS
 constexpr std::uint32_t SemNoOpenFileErrorBox = 0x8000; // SEM_NOOPENFILEERRORBOX
 
-/// Opens an existing file for reading; the caller closes the handle. Access, share mode and the rest of the Windows arguments come
-/// with the native file objects. InvalidHandle() on failure.
+/// Opens an existing file for reading; the caller closes the handle. Access, share mode and the rest of the Windows
+/// arguments come with the native file objects. InvalidHandle() on failure.
 Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
                   std::uint32_t attributes);
 bool CloseHandle(Handle handle);
@@ -37,7 +38,8 @@ bool CloseHandle(Handle handle);
 bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& read);
 bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32_t& written);
 
-/// Moves the position by `distance` bytes as `method` (FileBegin, FileCurrent, FileEnd) says; `position` is the new one.
+/// Moves the position by `distance` bytes as `method` (FileBegin, FileCurrent, FileEnd) says; `position` is the new
+/// one.
 bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position, std::uint32_t method);
 bool GetFileSizeEx(Handle file, std::int64_t& size);
 
@@ -50,7 +52,8 @@ struct FindData {
     char16_t name[260] = {};
 };
 
-/// Starts a search for a path whose last component may hold wildcards; InvalidHandle() when nothing is found. Ended by FindClose.
+/// Starts a search for a path whose last component may hold wildcards; InvalidHandle() when nothing is found. Ended by
+/// FindClose.
 Handle FindFirstFile(const char16_t* path, FindData& data);
 bool FindClose(Handle search);
 

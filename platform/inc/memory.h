@@ -1,5 +1,5 @@
-// The run-time heap. Every allocation of the foundation that is not the system's own comes through here, so that a test build can
-// make the n-th one fail.
+// The run-time heap. Every allocation of the foundation that is not the system's own comes through here, so that a test
+// build can make the n-th one fail.
 #pragma once
 
 #include <cstddef>

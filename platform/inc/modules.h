@@ -9,8 +9,9 @@ namespace Platform {
 constexpr std::uint32_t LoadWithAlteredSearchPath = 8; // LOAD_WITH_ALTERED_SEARCH_PATH
 
 /// Loads a library; null on failure. Each success is matched by one FreeLibrary.
-/// A plain name is searched in the program's folder, the system folder, the current folder and the folders of PATH, in this order.
-/// On Linux a name ending in ".dll" is looked up as given and then with ".so", and the system folder is that of the shipped modules.
+/// A plain name is searched in the program's folder, the system folder, the current folder and the folders of PATH, in
+/// this order. On Linux a name ending in ".dll" is looked up as given and then with ".so", and the system folder is
+/// that of the shipped modules.
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags);
 bool FreeLibrary(Module module);
 
@@ -20,8 +21,8 @@ Procedure GetProcAddress(Module module, const char* name);
 /// The program's own module; not to be freed.
 Module GetProgramModule();
 
-/// Writes the path of a module (null: the program), terminated and cut to `size` characters, and returns the length written without
-/// the terminator; `size` when it was cut (last error 122), 0 on failure.
+/// Writes the path of a module (null: the program), terminated and cut to `size` characters, and returns the length
+/// written without the terminator; `size` when it was cut (last error 122), 0 on failure.
 std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t size);
 
 } // namespace Platform

@@ -8,8 +8,8 @@ std::int32_t ProgramMain();
 
 namespace Platform {
 
-/// The whole command line as one terminated text that lives as long as the process. On Linux it is put together from the arguments
-/// in the quoting that the program's own splitter undoes, so that each argument arrives as it was given.
+/// The whole command line as one terminated text that lives as long as the process. On Linux it is put together from
+/// the arguments in the quoting that the program's own splitter undoes, so that each argument arrives as it was given.
 const char16_t* GetCommandLine();
 
 /// Ends the process at once and abnormally.

@@ -24,7 +24,8 @@ struct FixedFileInfo {
 };
 static_assert(sizeof(FixedFileInfo) == 52);
 
-/// Copies the string resource `id` of a module, terminated and cut to `size` - 1 characters; returns the length, 0 if there is none.
+/// Copies the string resource `id` of a module, terminated and cut to `size` - 1 characters; returns the length, 0 if
+/// there is none.
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size);
 
 /// The size in bytes of the version block of the file at `path`, 0 if it has none.
@@ -33,9 +34,10 @@ std::uint32_t GetFileVersionInfoSize(const char16_t* path);
 /// Reads the version block of the file at `path` into `block`, which has room for `size` bytes.
 bool GetFileVersionInfo(const char16_t* path, std::uint32_t size, void* block);
 
-/// Finds a value in a version block of `size` bytes: "\", "\VarFileInfo\Translation" or "\StringFileInfo\LLLLCCCC\Name". `value`
-/// points into the block; `length` counts characters (terminator included) for strings and bytes otherwise. A null block is false.
-/// The Linux layer never reads beyond `size`; the Windows namesake takes no size.
+/// Finds a value in a version block of `size` bytes: "\", "\VarFileInfo\Translation" or
+/// "\StringFileInfo\LLLLCCCC\Name". `value` points into the block; `length` counts characters (terminator included) for
+/// strings and bytes otherwise. A null block is false. The Linux layer never reads beyond `size`; the Windows namesake
+/// takes no size.
 bool VerQueryValue(const void* block, std::uint32_t size, const char16_t* subBlock, const void*& value,
                    std::uint32_t& length);
 

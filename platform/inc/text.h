@@ -11,22 +11,24 @@ constexpr std::uint32_t CodePageUtf8 = 65001; // CP_UTF8
 std::uint32_t GetACP();
 std::uint32_t GetOEMCP();
 
-/// Converts `length` characters (-1: a terminated text, terminator included) to bytes of a code page. With `size` 0 only the size
-/// needed is returned. 0 on failure. What the page cannot express becomes its default character (U+FFFD's bytes in UTF-8).
+/// Converts `length` characters (-1: a terminated text, terminator included) to bytes of a code page. With `size` 0
+/// only the size needed is returned. 0 on failure. What the page cannot express becomes its default character (U+FFFD's
+/// bytes in UTF-8).
 std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, const char16_t* text, std::int32_t length,
                                  char* buffer, std::int32_t size);
 /// The way back. Bytes that mean nothing in the page become its replacement character.
 std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text, std::int32_t length,
                                  char16_t* buffer, std::int32_t size);
 
-/// Writes the system's text for an error code, line end included, as FORMAT_MESSAGE_FROM_SYSTEM gives it; returns its length, cut to
-/// `size` - 1 characters and terminated; 0 if the system has no text.
+/// Writes the system's text for an error code, line end included, as FORMAT_MESSAGE_FROM_SYSTEM gives it; returns its
+/// length, cut to `size` - 1 characters and terminated; 0 if the system has no text.
 std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t* buffer, std::uint32_t size);
 
 /// The run-time's setlocale(LC_ALL, ""): from here on the operations below use the user's locale.
 void SetUserLocale();
 
-/// Compares without regard to case, as _wcsicmp and _wcsnicmp do in the current locale; the sign of the result is the order.
+/// Compares without regard to case, as _wcsicmp and _wcsnicmp do in the current locale; the sign of the result is the
+/// order.
 std::int32_t wcsicmp(const char16_t* a, const char16_t* b);
 std::int32_t wcsnicmp(const char16_t* a, const char16_t* b, std::int32_t count);
 char16_t towlower(char16_t c);

@@ -6,8 +6,8 @@
 
 namespace Platform {
 
-/// Room for the system's section; entered again by the thread that holds it. 40 bytes is sizeof(CRITICAL_SECTION) on x86-64 and
-/// sizeof(pthread_mutex_t) in glibc; each platform's source checks its own.
+/// Room for the system's section; entered again by the thread that holds it. 40 bytes is sizeof(CRITICAL_SECTION) on
+/// x86-64 and sizeof(pthread_mutex_t) in glibc; each platform's source checks its own.
 struct CriticalSection {
     alignas(8) std::byte room[40];
 };

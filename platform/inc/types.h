@@ -1,4 +1,5 @@
-// The handle types that cross the platform border. They are opaque above it: compared, stored and handed back, never looked into.
+// The handle types that cross the platform border. They are opaque above it: compared, stored and handed back, never
+// looked into.
 #pragma once
 
 #include <cstdint>

@@ -7,9 +7,11 @@ namespace Platform {
 
 namespace {
 
-// Quotes are harmless, a missing one is not: only a word of plain characters goes without. White space beyond ASCII splits as well.
+// Quotes are harmless, a missing one is not: only a word of plain characters goes without. White space beyond ASCII
+// splits as well.
 bool NeedsQuotes(const std::u16string& word) {
-    return word.empty() || std::any_of(word.begin(), word.end(), [](char16_t c) { return c <= u' ' || c == u'"' || c >= 0x7F; });
+    return word.empty() ||
+           std::any_of(word.begin(), word.end(), [](char16_t c) { return c <= u' ' || c == u'"' || c >= 0x7F; });
 }
 
 } // namespace

@@ -44,6 +44,8 @@ bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, st
     return true;
 }
 
-std::uint32_t GetConsoleOutputCP() { return CodePageUtf8; }
+std::uint32_t GetConsoleOutputCP() {
+    return CodePageUtf8;
+}
 
 } // namespace Platform

@@ -1,3 +1,5 @@
 #include "platform/inc/process.h"
 
-int main() { return ProgramMain(); }
+int main() {
+    return ProgramMain();
+}

@@ -65,7 +65,9 @@ __attribute__((constructor)) void ArmFromEnvironment() {
 
 } // namespace
 
-bool FaultsAvailable() { return true; }
+bool FaultsAvailable() {
+    return true;
+}
 
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode) {
     const std::lock_guard guard(PlanLock());
@@ -102,13 +104,17 @@ bool FaultDue(const char* function) noexcept {
 
 #else
 
-bool FaultsAvailable() { return false; }
+bool FaultsAvailable() {
+    return false;
+}
 
 void ArmFault(const char*, std::int32_t, std::uint32_t, FaultMode) {}
 
 void DisarmFaults() {}
 
-std::int32_t FaultCallsSeen() { return 0; }
+std::int32_t FaultCallsSeen() {
+    return 0;
+}
 
 #endif
 

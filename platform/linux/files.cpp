@@ -139,29 +139,29 @@ bool CloseHandle(Handle handle) {
     return file && (close(file->descriptor) == 0 || FailFromErrno());
 }
 
-bool ReadFile(Handle handle, void* buffer, std::uint32_t count, std::uint32_t& read) {
+bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& read) {
     read = 0;
     PLATFORM_FAULT(ReadFile, false);
-    const FileObject* file = FileOf(handle);
-    if (!file) {
+    const FileObject* object = FileOf(file);
+    if (!object) {
         return false;
     }
-    const ssize_t done = Retry([&] { return ::read(file->descriptor, buffer, count); });
+    const ssize_t done = Retry([&] { return ::read(object->descriptor, buffer, count); });
     read = done < 0 ? 0 : static_cast<std::uint32_t>(done);
     return done >= 0 || FailFromErrno();
 }
 
 // A pipe or a terminal may take a part at a time; Windows returns when all of it is written.
-bool WriteFile(Handle handle, const void* buffer, std::uint32_t count, std::uint32_t& written) {
+bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32_t& written) {
     written = 0;
     PLATFORM_FAULT(WriteFile, false);
-    const FileObject* file = FileOf(handle);
-    if (!file) {
+    const FileObject* object = FileOf(file);
+    if (!object) {
         return false;
     }
     const auto* bytes = static_cast<const char*>(buffer);
     while (written < count) {
-        const ssize_t done = Retry([&] { return write(file->descriptor, bytes + written, count - written); });
+        const ssize_t done = Retry([&] { return write(object->descriptor, bytes + written, count - written); });
         if (done < 0) {
             return FailFromErrno();
         }
@@ -170,40 +170,40 @@ bool WriteFile(Handle handle, const void* buffer, std::uint32_t count, std::uint
     return true;
 }
 
-bool SetFilePointerEx(Handle handle, std::int64_t distance, std::int64_t& position, std::uint32_t method) {
+bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position, std::uint32_t method) {
     PLATFORM_FAULT(SetFilePointerEx, false);
-    const FileObject* file = FileOf(handle);
-    if (!file) {
+    const FileObject* object = FileOf(file);
+    if (!object) {
         return false;
     }
     constexpr int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
     if (method >= std::size(whence)) {
         return Fail(ErrorInvalidParameter);
     }
-    position = lseek(file->descriptor, distance, whence[method]);
+    position = lseek(object->descriptor, distance, whence[method]);
     if (position >= 0) {
         return true;
     }
     return errno == EINVAL ? Fail(ErrorNegativeSeek) : FailFromErrno();
 }
 
-bool GetFileSizeEx(Handle handle, std::int64_t& size) {
+bool GetFileSizeEx(Handle file, std::int64_t& size) {
     PLATFORM_FAULT(GetFileSizeEx, false);
-    const FileObject* file = FileOf(handle);
+    const FileObject* object = FileOf(file);
     struct stat status {};
-    if (!file || fstat(file->descriptor, &status) != 0) {
-        return file && FailFromErrno();
+    if (!object || fstat(object->descriptor, &status) != 0) {
+        return object && FailFromErrno();
     }
     size = status.st_size;
     return true;
 }
 
-std::uint32_t GetFileType(Handle handle) {
+std::uint32_t GetFileType(Handle file) {
     PLATFORM_FAULT(GetFileType, FileTypeUnknown);
-    const FileObject* file = FileOf(handle);
+    const FileObject* object = FileOf(file);
     struct stat status {};
-    if (!file || fstat(file->descriptor, &status) != 0) {
-        if (file) {
+    if (!object || fstat(object->descriptor, &status) != 0) {
+        if (object) {
             SetLastErrorFromErrno();
         }
         return FileTypeUnknown;

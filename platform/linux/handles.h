@@ -1,4 +1,5 @@
-// What a handle points to on this system. A handle is made by CreateFile or GetStdHandle and taken apart by CloseHandle.
+// What a handle points to on this system. A handle is made by CreateFile or GetStdHandle and taken apart by
+// CloseHandle.
 #pragma once
 
 #include "platform/inc/types.h"

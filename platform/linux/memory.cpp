@@ -10,6 +10,8 @@ void* AllocateRuntimeHeap(std::size_t size) noexcept {
     return std::malloc(size);
 }
 
-void FreeRuntimeHeap(void* block) noexcept { std::free(block); }
+void FreeRuntimeHeap(void* block) noexcept {
+    std::free(block);
+}
 
 } // namespace Platform

@@ -55,7 +55,9 @@ std::vector<std::u16string> CandidateNames(std::u16string_view name) {
     return names;
 }
 
-bool IsPlainName(std::u16string_view name) { return name.find_first_of(u"\\/:") == std::u16string_view::npos; }
+bool IsPlainName(std::u16string_view name) {
+    return name.find_first_of(u"\\/:") == std::u16string_view::npos;
+}
 
 std::vector<std::string> CandidateFiles(std::u16string_view name) {
     std::vector<std::string> files;
@@ -103,7 +105,9 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     return nullptr;
 }
 
-bool FreeLibrary(Module module) { return dlclose(module) == 0 || Fail(ErrorInvalidHandle); }
+bool FreeLibrary(Module module) {
+    return dlclose(module) == 0 || Fail(ErrorInvalidHandle);
+}
 
 Procedure GetProcAddress(Module module, const char* name) {
     PLATFORM_FAULT(GetProcAddress, nullptr);
@@ -115,7 +119,7 @@ Procedure GetProcAddress(Module module, const char* name) {
 }
 
 Module GetProgramModule() {
-    static const auto program = static_cast<Module>(dlopen(nullptr, RTLD_NOW));
+    static auto* const program = static_cast<Module>(dlopen(nullptr, RTLD_NOW));
     return program;
 }
 

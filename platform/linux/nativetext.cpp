@@ -10,11 +10,17 @@ namespace {
 
 constexpr char32_t Replacement = 0xFFFD;
 
-bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c < 0xDC00; }
-bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c < 0xE000; }
+bool IsHighSurrogate(char32_t c) {
+    return c >= 0xD800 && c < 0xDC00;
+}
+bool IsLowSurrogate(char32_t c) {
+    return c >= 0xDC00 && c < 0xE000;
+}
 
 void AppendUtf8(std::string& out, char32_t c) {
-    const auto byte = [&out](char32_t value) { out.push_back(static_cast<char>(value)); };
+    const auto byte = [&out](char32_t value) {
+        out.push_back(static_cast<char>(value));
+    };
     if (c < 0x80) {
         byte(c);
     } else if (c < 0x800) {
@@ -49,7 +55,9 @@ struct Piece {
 
 // The lead byte decides the length and the range of the second byte; all later bytes are 80 to BF.
 Piece ReadUtf8(std::string_view text) {
-    const auto at = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const auto at = [&text](std::size_t i) {
+        return static_cast<unsigned char>(text[i]);
+    };
     const unsigned lead = at(0);
     if (lead < 0x80) {
         return {1, true, lead};

@@ -13,15 +13,17 @@ namespace Platform {
 
 namespace {
 
-bool IsSeparator(char16_t c) { return c == u'\\' || c == u'/'; }
+bool IsSeparator(char16_t c) {
+    return c == u'\\' || c == u'/';
+}
 
 bool Exists(const std::string& native) {
     struct stat status {};
     return lstat(native.c_str(), &status) == 0;
 }
 
-// Removes a drive and tells the folder that stands for it: "/" or the mapped folder for an absolute path, that of the current folder
-// otherwise. A mapped drive has no current folder of its own but its root.
+// Removes a drive and tells the folder that stands for it: "/" or the mapped folder for an absolute path, that of the
+// current folder otherwise. A mapped drive has no current folder of its own but its root.
 bool TakeDrive(std::u16string_view& path, std::string& start) {
     char16_t letter = u'Z';
     if (path.size() >= 2 && path[1] == u':') {
@@ -82,7 +84,7 @@ bool MapPath(std::u16string_view path, std::string& native) {
     }
     native = start;
     while (!path.empty()) {
-        const auto end = std::find_if(path.begin(), path.end(), IsSeparator);
+        const auto* const end = std::find_if(path.begin(), path.end(), IsSeparator);
         const auto length = static_cast<std::size_t>(end - path.begin());
         if (length > 0) {
             AppendComponent(native, path.substr(0, length));

@@ -10,7 +10,8 @@ namespace {
 int argumentCount = 0;
 char** argumentVector = nullptr;
 
-// The C library hands the program's arguments to initialisers too, so that they are known in every program, however it starts.
+// The C library hands the program's arguments to initialisers too, so that they are known in every program, however it
+// starts.
 __attribute__((constructor)) void KeepArguments(int count, char** arguments, char**) {
     argumentCount = count;
     argumentVector = arguments;
@@ -23,6 +24,8 @@ const char16_t* GetCommandLine() {
     return line.c_str();
 }
 
-void Abort() { std::abort(); }
+void Abort() {
+    std::abort();
+}
 
 } // namespace Platform

@@ -78,8 +78,9 @@ std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::
         return 0;
     }
     const ModuleString* end = resources->strings + resources->stringCount;
-    const ModuleString* found = std::lower_bound(
-        resources->strings, end, id, [](const ModuleString& string, std::uint32_t wanted) { return string.id < wanted; });
+    const ModuleString* found =
+        std::lower_bound(resources->strings, end, id,
+                         [](const ModuleString& string, std::uint32_t wanted) { return string.id < wanted; });
     if (found == end || found->id != id) {
         SetLastError(ErrorResourceNameNotFound);
         return 0;

@@ -15,7 +15,8 @@ namespace Platform {
 
 namespace {
 
-// UTF-8 is the only page so far. As on Windows an empty source is refused, and so are the flags that have no meaning for UTF-8.
+// UTF-8 is the only page so far. As on Windows an empty source is refused, and so are the flags that have no meaning
+// for UTF-8.
 bool CheckConversion(std::uint32_t codePage, std::uint32_t flags, std::int32_t length) {
     if (codePage != CodePageUtf8 || length == 0 || length < -1) {
         return Fail(ErrorInvalidParameter);
@@ -49,9 +50,13 @@ std::int32_t Deliver(const std::basic_string<TChar>& converted, TChar* buffer, s
 
 } // namespace
 
-std::uint32_t GetACP() { return CodePageUtf8; }
+std::uint32_t GetACP() {
+    return CodePageUtf8;
+}
 
-std::uint32_t GetOEMCP() { return CodePageUtf8; }
+std::uint32_t GetOEMCP() {
+    return CodePageUtf8;
+}
 
 std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, const char16_t* text, std::int32_t length,
                                  char* buffer, std::int32_t size) {
@@ -77,7 +82,9 @@ std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t
     return static_cast<std::uint32_t>(text.size());
 }
 
-void SetUserLocale() { std::setlocale(LC_ALL, ""); }
+void SetUserLocale() {
+    std::setlocale(LC_ALL, "");
+}
 
 std::int32_t wcsicmp(const char16_t* a, const char16_t* b) {
     return wcsnicmp(a, b, std::numeric_limits<std::int32_t>::max());
@@ -93,10 +100,16 @@ std::int32_t wcsnicmp(const char16_t* a, const char16_t* b, std::int32_t count) 
     return 0;
 }
 
-char16_t towlower(char16_t c) { return static_cast<char16_t>(std::towlower(c)); }
+char16_t towlower(char16_t c) {
+    return static_cast<char16_t>(std::towlower(c));
+}
 
-char16_t towupper(char16_t c) { return static_cast<char16_t>(std::towupper(c)); }
+char16_t towupper(char16_t c) {
+    return static_cast<char16_t>(std::towupper(c));
+}
 
-bool iswspace(char16_t c) { return std::iswspace(c) != 0; }
+bool iswspace(char16_t c) {
+    return std::iswspace(c) != 0;
+}
 
 } // namespace Platform

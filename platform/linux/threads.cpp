@@ -7,11 +7,14 @@
 
 namespace Platform {
 
-static_assert(sizeof(CriticalSection) >= sizeof(pthread_mutex_t) && alignof(CriticalSection) >= alignof(pthread_mutex_t));
+static_assert(sizeof(CriticalSection) >= sizeof(pthread_mutex_t)); // NOLINT(misc-redundant-expression): equal by design
+static_assert(alignof(CriticalSection) >= alignof(pthread_mutex_t)); // NOLINT(misc-redundant-expression)
 
 namespace {
 
-pthread_mutex_t* Native(CriticalSection& section) { return reinterpret_cast<pthread_mutex_t*>(section.room); }
+pthread_mutex_t* Native(CriticalSection& section) {
+    return reinterpret_cast<pthread_mutex_t*>(section.room);
+}
 
 } // namespace
 
@@ -23,11 +26,17 @@ void InitializeCriticalSection(CriticalSection& section) {
     pthread_mutexattr_destroy(&attributes);
 }
 
-void DeleteCriticalSection(CriticalSection& section) { pthread_mutex_destroy(Native(section)); }
+void DeleteCriticalSection(CriticalSection& section) {
+    pthread_mutex_destroy(Native(section));
+}
 
-void EnterCriticalSection(CriticalSection& section) { pthread_mutex_lock(Native(section)); }
+void EnterCriticalSection(CriticalSection& section) {
+    pthread_mutex_lock(Native(section));
+}
 
-void LeaveCriticalSection(CriticalSection& section) { pthread_mutex_unlock(Native(section)); }
+void LeaveCriticalSection(CriticalSection& section) {
+    pthread_mutex_unlock(Native(section));
+}
 
 std::uint32_t TlsAlloc() {
     PLATFORM_FAULT(TlsAlloc, TlsOutOfIndexes);
@@ -40,9 +49,13 @@ std::uint32_t TlsAlloc() {
     return key;
 }
 
-bool TlsFree(std::uint32_t index) { return pthread_key_delete(index) == 0 || Fail(ErrorInvalidParameter); }
+bool TlsFree(std::uint32_t index) {
+    return pthread_key_delete(index) == 0 || Fail(ErrorInvalidParameter);
+}
 
-void* TlsGetValue(std::uint32_t index) { return pthread_getspecific(index); }
+void* TlsGetValue(std::uint32_t index) {
+    return pthread_getspecific(index);
+}
 
 bool TlsSetValue(std::uint32_t index, void* value) {
     PLATFORM_FAULT(TlsSetValue, false);

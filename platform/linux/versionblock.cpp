@@ -19,7 +19,9 @@ struct Node {
     std::size_t size = 0; // bytes up to the next node of the same parent
 };
 
-std::size_t Aligned(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
+std::size_t Aligned(std::size_t offset) {
+    return (offset + 3) & ~std::size_t{3};
+}
 
 std::uint16_t Read16(Bytes bytes, std::size_t offset) {
     std::uint16_t value = 0;
@@ -27,7 +29,9 @@ std::uint16_t Read16(Bytes bytes, std::size_t offset) {
     return value;
 }
 
-Bytes From(Bytes bytes, std::size_t offset) { return offset < bytes.size() ? bytes.subspan(offset) : Bytes(); }
+Bytes From(Bytes bytes, std::size_t offset) {
+    return offset < bytes.size() ? bytes.subspan(offset) : Bytes();
+}
 
 // Reads the node at the start of `bytes`; nothing when its lengths don't fit.
 std::optional<Node> ReadNode(Bytes bytes) {

@@ -1,5 +1,6 @@
-// The version block: a tree of nodes, each with a 16-bit length, value length and type, a wide key, and its value and children on 32-bit
-// borders. Built here at compile time, so that the file carries the very bytes that a Windows resource would.
+// The version block: a tree of nodes, each with a 16-bit length, value length and type, a wide key, and its value and
+// children on 32-bit borders. Built here at compile time, so that the file carries the very bytes that a Windows
+// resource would.
 #pragma once
 
 #include "platform/inc/resources.h"
@@ -24,7 +25,8 @@ bool QueryVersionBlock(std::span<const std::byte> block, std::u16string_view pat
 template <std::size_t Size>
 class VersionBlockBuilder {
 public:
-    /// `translation` is the language in the upper and the code page in the lower half, `key` the same in eight hexadecimal digits.
+    /// `translation` is the language in the upper and the code page in the lower half, `key` the same in eight
+    /// hexadecimal digits.
     constexpr std::array<std::byte, Size> Build(const FixedFileInfo& fixed, std::uint32_t translation,
                                                 std::u16string_view key, std::span<const VersionString> strings) {
         const std::size_t root = Open(u"VS_VERSION_INFO", sizeof(FixedFileInfo), 0);

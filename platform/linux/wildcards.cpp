@@ -4,7 +4,9 @@
 
 namespace Platform {
 
-bool HasWildcards(std::u16string_view pattern) { return pattern.find_first_of(u"*?") != std::u16string_view::npos; }
+bool HasWildcards(std::u16string_view pattern) {
+    return pattern.find_first_of(u"*?") != std::u16string_view::npos;
+}
 
 bool MatchesPattern(std::u16string_view name, std::u16string_view pattern) {
     if (pattern == u"*.*") {

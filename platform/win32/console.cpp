@@ -4,7 +4,9 @@
 
 namespace Platform {
 
-Handle GetStdHandle(std::int32_t which) { return ::GetStdHandle(static_cast<DWORD>(which)); }
+Handle GetStdHandle(std::int32_t which) {
+    return ::GetStdHandle(static_cast<DWORD>(which));
+}
 
 bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, std::uint32_t& written) {
     DWORD count = 0;
@@ -13,6 +15,8 @@ bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, st
     return done;
 }
 
-std::uint32_t GetConsoleOutputCP() { return ::GetConsoleOutputCP(); }
+std::uint32_t GetConsoleOutputCP() {
+    return ::GetConsoleOutputCP();
+}
 
 } // namespace Platform

@@ -3,4 +3,6 @@
 #include "platform/win32/windowsapi.h"
 
 // The run-time's wide entry. Its arguments go unused: the program asks the system for the whole command line.
-extern "C" int wmain() { return ProgramMain(); }
+extern "C" int wmain() {
+    return ProgramMain();
+}

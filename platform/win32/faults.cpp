@@ -3,12 +3,16 @@
 
 namespace Platform {
 
-bool FaultsAvailable() { return false; }
+bool FaultsAvailable() {
+    return false;
+}
 
 void ArmFault(const char*, std::int32_t, std::uint32_t, FaultMode) {}
 
 void DisarmFaults() {}
 
-std::int32_t FaultCallsSeen() { return 0; }
+std::int32_t FaultCallsSeen() {
+    return 0;
+}
 
 } // namespace Platform

@@ -10,7 +10,9 @@ Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t shar
     return ::CreateFileW(Wide(path), access, share, nullptr, disposition, attributes, nullptr);
 }
 
-bool CloseHandle(Handle handle) { return ::CloseHandle(handle) != 0; }
+bool CloseHandle(Handle handle) {
+    return ::CloseHandle(handle) != 0;
+}
 
 bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& read) {
     DWORD done = 0;
@@ -42,7 +44,9 @@ bool GetFileSizeEx(Handle file, std::int64_t& size) {
     return success;
 }
 
-std::uint32_t GetFileType(Handle file) { return ::GetFileType(file); }
+std::uint32_t GetFileType(Handle file) {
+    return ::GetFileType(file);
+}
 
 Handle FindFirstFile(const char16_t* path, FindData& data) {
     WIN32_FIND_DATAW found;
@@ -55,8 +59,12 @@ Handle FindFirstFile(const char16_t* path, FindData& data) {
     return search;
 }
 
-bool FindClose(Handle search) { return ::FindClose(search) != 0; }
+bool FindClose(Handle search) {
+    return ::FindClose(search) != 0;
+}
 
-std::uint32_t SetErrorMode(std::uint32_t mode) { return ::SetErrorMode(mode); }
+std::uint32_t SetErrorMode(std::uint32_t mode) {
+    return ::SetErrorMode(mode);
+}
 
 } // namespace Platform

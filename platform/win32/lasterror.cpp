@@ -4,8 +4,12 @@
 
 namespace Platform {
 
-std::uint32_t GetLastError() { return ::GetLastError(); }
+std::uint32_t GetLastError() {
+    return ::GetLastError();
+}
 
-void SetLastError(std::uint32_t code) { ::SetLastError(code); }
+void SetLastError(std::uint32_t code) {
+    ::SetLastError(code);
+}
 
 } // namespace Platform

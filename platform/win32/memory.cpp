@@ -4,8 +4,12 @@
 
 namespace Platform {
 
-void* AllocateRuntimeHeap(std::size_t size) noexcept { return std::malloc(size); }
+void* AllocateRuntimeHeap(std::size_t size) noexcept {
+    return std::malloc(size);
+}
 
-void FreeRuntimeHeap(void* block) noexcept { std::free(block); }
+void FreeRuntimeHeap(void* block) noexcept {
+    std::free(block);
+}
 
 } // namespace Platform

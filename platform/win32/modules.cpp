@@ -8,13 +8,17 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     return reinterpret_cast<Module>(::LoadLibraryExW(Wide(name), nullptr, flags));
 }
 
-bool FreeLibrary(Module module) { return ::FreeLibrary(Native(module)) != 0; }
+bool FreeLibrary(Module module) {
+    return ::FreeLibrary(Native(module)) != 0;
+}
 
 Procedure GetProcAddress(Module module, const char* name) {
     return reinterpret_cast<Procedure>(::GetProcAddress(Native(module), name));
 }
 
-Module GetProgramModule() { return reinterpret_cast<Module>(::GetModuleHandleW(nullptr)); }
+Module GetProgramModule() {
+    return reinterpret_cast<Module>(::GetModuleHandleW(nullptr));
+}
 
 std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t size) {
     return ::GetModuleFileNameW(Native(module), Wide(buffer), size);

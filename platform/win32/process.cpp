@@ -5,8 +5,12 @@
 
 namespace Platform {
 
-const char16_t* GetCommandLine() { return reinterpret_cast<const char16_t*>(::GetCommandLineW()); }
+const char16_t* GetCommandLine() {
+    return reinterpret_cast<const char16_t*>(::GetCommandLineW());
+}
 
-void Abort() { std::abort(); }
+void Abort() {
+    std::abort();
+}
 
 } // namespace Platform

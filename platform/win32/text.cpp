@@ -6,9 +6,13 @@
 
 namespace Platform {
 
-std::uint32_t GetACP() { return ::GetACP(); }
+std::uint32_t GetACP() {
+    return ::GetACP();
+}
 
-std::uint32_t GetOEMCP() { return ::GetOEMCP(); }
+std::uint32_t GetOEMCP() {
+    return ::GetOEMCP();
+}
 
 std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, const char16_t* text, std::int32_t length,
                                  char* buffer, std::int32_t size) {
@@ -25,18 +29,28 @@ std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t
                             Wide(buffer), size, nullptr);
 }
 
-void SetUserLocale() { std::setlocale(LC_ALL, ""); }
+void SetUserLocale() {
+    std::setlocale(LC_ALL, "");
+}
 
-std::int32_t wcsicmp(const char16_t* a, const char16_t* b) { return ::_wcsicmp(Wide(a), Wide(b)); }
+std::int32_t wcsicmp(const char16_t* a, const char16_t* b) {
+    return ::_wcsicmp(Wide(a), Wide(b));
+}
 
 std::int32_t wcsnicmp(const char16_t* a, const char16_t* b, std::int32_t count) {
     return ::_wcsnicmp(Wide(a), Wide(b), static_cast<std::size_t>(count));
 }
 
-char16_t towlower(char16_t c) { return static_cast<char16_t>(::towlower(c)); }
+char16_t towlower(char16_t c) {
+    return static_cast<char16_t>(::towlower(c));
+}
 
-char16_t towupper(char16_t c) { return static_cast<char16_t>(::towupper(c)); }
+char16_t towupper(char16_t c) {
+    return static_cast<char16_t>(::towupper(c));
+}
 
-bool iswspace(char16_t c) { return ::iswspace(c) != 0; }
+bool iswspace(char16_t c) {
+    return ::iswspace(c) != 0;
+}
 
 } // namespace Platform

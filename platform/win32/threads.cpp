@@ -4,28 +4,47 @@
 
 namespace Platform {
 
-static_assert(sizeof(CriticalSection) == sizeof(CRITICAL_SECTION) && alignof(CriticalSection) >= alignof(CRITICAL_SECTION));
+static_assert(sizeof(CriticalSection) == sizeof(CRITICAL_SECTION) &&
+              alignof(CriticalSection) >= alignof(CRITICAL_SECTION));
 
 namespace {
 
-CRITICAL_SECTION* Native(CriticalSection& section) { return reinterpret_cast<CRITICAL_SECTION*>(section.room); }
+CRITICAL_SECTION* Native(CriticalSection& section) {
+    return reinterpret_cast<CRITICAL_SECTION*>(section.room);
+}
 
 } // namespace
 
-void InitializeCriticalSection(CriticalSection& section) { ::InitializeCriticalSection(Native(section)); }
+void InitializeCriticalSection(CriticalSection& section) {
+    ::InitializeCriticalSection(Native(section));
+}
 
-void DeleteCriticalSection(CriticalSection& section) { ::DeleteCriticalSection(Native(section)); }
+void DeleteCriticalSection(CriticalSection& section) {
+    ::DeleteCriticalSection(Native(section));
+}
 
-void EnterCriticalSection(CriticalSection& section) { ::EnterCriticalSection(Native(section)); }
+void EnterCriticalSection(CriticalSection& section) {
+    ::EnterCriticalSection(Native(section));
+}
 
-void LeaveCriticalSection(CriticalSection& section) { ::LeaveCriticalSection(Native(section)); }
+void LeaveCriticalSection(CriticalSection& section) {
+    ::LeaveCriticalSection(Native(section));
+}
 
-std::uint32_t TlsAlloc() { return ::TlsAlloc(); }
+std::uint32_t TlsAlloc() {
+    return ::TlsAlloc();
+}
 
-bool TlsFree(std::uint32_t index) { return ::TlsFree(index) != 0; }
+bool TlsFree(std::uint32_t index) {
+    return ::TlsFree(index) != 0;
+}
 
-void* TlsGetValue(std::uint32_t index) { return ::TlsGetValue(index); }
+void* TlsGetValue(std::uint32_t index) {
+    return ::TlsGetValue(index);
+}
 
-bool TlsSetValue(std::uint32_t index, void* value) { return ::TlsSetValue(index, value) != 0; }
+bool TlsSetValue(std::uint32_t index, void* value) {
+    return ::TlsSetValue(index, value) != 0;
+}
 
 } // namespace Platform

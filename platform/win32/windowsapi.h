@@ -1,5 +1,5 @@
-// windows.h for the sources of this folder: included last, by sources alone. Its macros would rename the functions of this layer, so
-// they are taken away again; the sources call the wide functions by their full names.
+// windows.h for the sources of this folder: included last, by sources alone. Its macros would rename the functions of
+// this layer, so they are taken away again; the sources call the wide functions by their full names.
 #pragma once
 
 #define WIN32_LEAN_AND_MEAN
@@ -28,10 +28,18 @@
 namespace Platform {
 
 // On this system wchar_t and char16_t are the same 16 bits under two names.
-inline const wchar_t* Wide(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
-inline wchar_t* Wide(char16_t* text) { return reinterpret_cast<wchar_t*>(text); }
+inline const wchar_t* Wide(const char16_t* text) {
+    return reinterpret_cast<const wchar_t*>(text);
+}
+inline wchar_t* Wide(char16_t* text) {
+    return reinterpret_cast<wchar_t*>(text);
+}
 
-inline HMODULE Native(Module module) { return reinterpret_cast<HMODULE>(module); }
-inline HWND Native(Window window) { return reinterpret_cast<HWND>(window); }
+inline HMODULE Native(Module module) {
+    return reinterpret_cast<HMODULE>(module);
+}
+inline HWND Native(Window window) {
+    return reinterpret_cast<HWND>(window);
+}
 
 } // namespace Platform

@@ -1,0 +1,97 @@
+#include "foundation/inc/unicodestring.h"
+
+#include "platform/inc/text.h"
+#include "tests/support/text.h"
+#include <limits>
+
+using namespace Tsx;
+
+TEST(UnicodeString, SharesAndWritesAfterCopy) {
+    CUnicodeString first(u"text");
+    const CUnicodeString second(first);
+    EXPECT_EQ(first.Text(), second.Text()) << "a copy shares the block";
+    first.Append(u"!", 1);
+    EXPECT_EQ(first, u"text!");
+    EXPECT_EQ(second, u"text");
+    CUnicodeString self(u"ab");
+    for (int i = 0; i < 6; ++i) {
+        self += self; // the source moves with the growth
+    }
+    EXPECT_EQ(self.Length(), 128);
+    EXPECT_EQ(self.Right(3), u"bab");
+    EXPECT_EQ(second.Mid(2, 0).Text(), CUnicodeString().Text()) << "empty parts share the empty block";
+}
+
+TEST(UnicodeString, PartsAreCutToWhatThereIs) {
+    const CUnicodeString text(u"abcdef");
+    EXPECT_EQ(text.Mid(2, 3), u"cde");
+    EXPECT_EQ(text.Mid(4, 100), u"ef");
+    EXPECT_EQ(text.Mid(10, 1), u"");
+    EXPECT_EQ(text.Left(-1), u"");
+    EXPECT_EQ(text.Right(2), u"ef");
+    EXPECT_EQ(text.Find(u'd', 3), 3);
+    EXPECT_EQ(text.Find(u'd', 4), -1);
+}
+
+TEST(UnicodeString, TrimsTheWholeSetOfWhiteSpace) {
+    CUnicodeString text(u"\t\u00A0\u2003 a b \u3000\r\n");
+    text.Trim();
+    EXPECT_EQ(text, u"a b");
+    CUnicodeString blank(u" \t ");
+    blank.Trim();
+    EXPECT_TRUE(blank.IsEmpty());
+}
+
+TEST(UnicodeString, ReadsNumbersAndSwitches) {
+    struct Row {
+        const char16_t* text;
+        bool valid;
+        std::int32_t value;
+    };
+    constexpr Row rows[] = {{u"12", true, 12},
+                            {u" 12\t", true, 12},
+                            {u"+7", true, 7},
+                            {u"-1", true, -1},
+                            {u"2147483647", true, std::numeric_limits<std::int32_t>::max()},
+                            {u"2147483648", false, 0},
+                            {u"-2147483648", true, std::numeric_limits<std::int32_t>::min()},
+                            {u"-2147483649", false, 0},
+                            {u"12a", false, 0},
+                            {u"", false, 0},
+                            {u"-", false, 0},
+                            {u"1 2", false, 0},
+                            {u"99999999999999999999", false, 0}};
+    for (const Row& row : rows) {
+        std::int32_t value = 0;
+        EXPECT_EQ(CUnicodeString(row.text).ToInt(value), row.valid) << Readable(row.text);
+        EXPECT_EQ(value, row.value) << Readable(row.text);
+    }
+    bool on = false;
+    EXPECT_TRUE(CUnicodeString(u" YES ").ToBool(on) && on);
+    EXPECT_TRUE(CUnicodeString(u"Off").ToBool(on) && !on);
+    EXPECT_FALSE(CUnicodeString(u"2").ToBool(on));
+    EXPECT_EQ(CUnicodeString::FromInt(std::numeric_limits<std::int32_t>::min()), u"-2147483648");
+    EXPECT_EQ(CUnicodeString::FromHex(0xDEADBEEF), u"deadbeef");
+}
+
+TEST(UnicodeString, ConvertsToCodePagesAndBack) {
+    const CUnicodeString text(u"Gr\u00FC\u00DFe \u043F \U0001F600");
+    const CString narrow = text.ToNarrow(Platform::CodePageUtf8);
+    EXPECT_EQ(narrow.View(), "Gr\xC3\xBC\xC3\x9F"
+                             "e \xD0\xBF \xF0\x9F\x98\x80");
+    EXPECT_EQ(CUnicodeString(narrow.Text(), Platform::CodePageUtf8), text);
+    EXPECT_EQ(CUnicodeString(u"a\xD800z").ToNarrow(Platform::CodePageUtf8).View(), "a\xEF\xBF\xBDz");
+    EXPECT_EQ(CUnicodeString(u"plain").ToNarrow(AnsiCodePage).View(), "plain");
+    EXPECT_TRUE(CUnicodeString(u"x").ToNarrow(4711).IsEmpty()) << "no such code page";
+}
+
+TEST(UnicodeString, FormattedTextGrowsAsNeeded) {
+    for (const std::int32_t length : {0, 255, 256, 257, 5000}) {
+        CUnicodeString argument;
+        argument.GetBuffer(length);
+        for (std::int32_t i = 0; i < length; ++i) {
+            argument += u'x';
+        }
+        EXPECT_EQ(CUnicodeString::Format(u"%s", argument), argument) << length;
+    }
+}

@@ -1,0 +1,112 @@
+#include "platform/linux/paths.h"
+
+#include "platform/inc/files.h"
+#include "platform/inc/lasterror.h"
+#include "platform/linux/wildcards.h"
+#include "tests/support/text.h"
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+using namespace Platform;
+
+namespace {
+
+class Paths : public testing::Test {
+protected:
+    Paths() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "paths_test_XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+        std::filesystem::create_directory(folder / "Sub");
+        std::ofstream(folder / "Sub" / "File.TXT") << "x";
+        setenv("TESSARIX_DRIVE_C", folder.c_str(), 1);
+    }
+    ~Paths() override {
+        unsetenv("TESSARIX_DRIVE_C");
+        std::filesystem::remove_all(folder);
+    }
+
+    std::filesystem::path folder;
+};
+
+} // namespace
+
+TEST_F(Paths, MapToNativeOnes) {
+    const std::string root = folder.string();
+    struct Row {
+        std::u16string path;
+        std::string native;
+    };
+    const Row rows[] = {{u"C:\\Sub\\File.TXT", root + "/Sub/File.TXT"},
+                        {u"c:/sub\\\\file.txt", root + "/Sub/File.TXT"},
+                        {u"C:SUB", root + "/Sub"},
+                        {u"C:\\Sub\\new.txt", root + "/Sub/new.txt"},
+                        {u"\\\\?\\C:\\Sub", root + "/Sub"},
+                        {u"Z:\\", "/"},
+                        {u"/", "/"},
+                        {u"Z:", "."},
+                        {u"no/such\\thing", "no/such/thing"}};
+    for (const Row& row : rows) {
+        std::string native;
+        EXPECT_TRUE(MapPath(row.path, native)) << Readable(row.path);
+        EXPECT_EQ(native, row.native) << Readable(row.path);
+    }
+    EXPECT_EQ(WindowsPath("/home/u/a.txt"), u"Z:\\home\\u\\a.txt");
+}
+
+TEST_F(Paths, RefusesWhatNothingMaps) {
+    struct Row {
+        std::u16string_view path;
+        std::uint32_t error;
+    };
+    constexpr Row rows[] = {
+        {u"\\\\server\\share\\x", ErrorBadNetworkPath}, {u"Q:\\x", ErrorPathNotFound}, {u"", ErrorPathNotFound}};
+    for (const Row& row : rows) {
+        std::string native;
+        EXPECT_FALSE(MapPath(row.path, native)) << Readable(row.path);
+        EXPECT_EQ(GetLastError(), row.error) << Readable(row.path);
+    }
+}
+
+TEST_F(Paths, SearchesFindNamesAndPatterns) {
+    struct Row {
+        const char16_t* path;
+        std::uint32_t error; // 0: found
+    };
+    constexpr Row rows[] = {{u"C:\\Sub\\file.txt", 0},
+                            {u"C:\\Sub\\*.txt", 0},
+                            {u"C:\\Sub\\F?le.*", 0},
+                            {u"C:\\Sub", 0},
+                            {u"C:\\Sub\\x", ErrorFileNotFound},
+                            {u"C:\\None\\x", ErrorPathNotFound},
+                            {u"C:\\None\\*", ErrorPathNotFound},
+                            {u"C:\\Sub\\", ErrorFileNotFound},
+                            {u"C:\\Sub\\*.doc", ErrorFileNotFound}};
+    for (const Row& row : rows) {
+        FindData data;
+        SetLastError(0);
+        const Handle search = FindFirstFile(row.path, data);
+        EXPECT_EQ(GetLastError(), row.error) << Readable(row.path);
+        EXPECT_EQ(search != InvalidHandle(), row.error == 0) << Readable(row.path);
+        if (search != InvalidHandle()) {
+            FindClose(search);
+        }
+    }
+}
+
+TEST(Wildcards, FollowTheSearchRules) {
+    struct Row {
+        std::u16string_view name;
+        std::u16string_view pattern;
+        bool matches;
+    };
+    constexpr Row rows[] = {{u"name", u"*.*", true},     {u"a.txt", u"*.TXT", true},
+                            {u"a.txt", u"?.txt", true},  {u"ab.txt", u"?.txt", false},
+                            {u"abcbd", u"a*b*d", true},  {u"abc", u"a*d", false},
+                            {u"", u"*", true},           {u"x", u"", false},
+                            {u"\u00DC", u"\u00FC", true}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(MatchesPattern(row.name, row.pattern), row.matches)
+            << Readable(row.name) << " " << Readable(row.pattern);
+    }
+}

@@ -1,0 +1,166 @@
+#!/usr/bin/env python3
+"""The lint command: format, layers, headers, lengths, clang-tidy. Prints what it finds and ends with 1 if there is anything.
+
+Reads the compile commands of the build folders linux-asan and windows-release, which `./dev lint` configures first.
+"""
+
+import concurrent.futures
+import json
+import os
+import re
+import shlex
+import subprocess
+import sys
+import tempfile
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+PRODUCT = ("app", "mapi", "foundation", "platform", "mailsystem")
+
+# Which folders a folder may include from, besides itself. The arrows point downward only.
+ARROWS = {
+    "app": {"mapi", "foundation", "platform/inc"},
+    "mapi": {"foundation", "platform/inc"},
+    "foundation": {"platform/inc"},
+    "platform/inc": set(),
+    "platform/win32": {"platform/inc"},
+    "platform/linux": {"platform/inc"},
+    "mailsystem": {"mapi", "platform/inc", "platform/linux"},
+}
+# The one source above the platform layer that is written for a platform: the build adds it on that platform alone.
+ARROW_EXCEPTIONS = {("app/res/linuxresources.cpp", "platform/linux")}
+
+SYSTEM_HEADER = re.compile(r"#\s*include\s*<(windows|win\w*|unistd|fcntl|dlfcn|pthread|dirent|elf|link|poll|syslog|signal|sys/|linux/)")
+SYSTEM_CONDITION = re.compile(r"#\s*(if|ifdef|ifndef|elif)\b.*\b(_WIN32|_WIN64|WIN32|__linux__|__unix__|__MINGW\w*|_MSC_VER)\b")
+MOST_LINES = 500
+
+
+def files(*endings):
+    command = ["git", "ls-files", "--cached", "--others", "--exclude-standard"]
+    names = subprocess.run(command, cwd=ROOT, capture_output=True, text=True, check=True).stdout.splitlines()
+    return [name for name in names if name.endswith(endings) and os.path.exists(os.path.join(ROOT, name))]
+
+
+def read(name):
+    with open(os.path.join(ROOT, name), encoding="utf-8") as file:
+        return file.read()
+
+
+def run(command):
+    """The command's output if it failed, else an empty text."""
+    result = subprocess.run(command, cwd=ROOT, capture_output=True, text=True)
+    return "" if result.returncode == 0 else (result.stdout + result.stderr).strip()
+
+
+def folder_of(name):
+    parts = name.split("/")
+    return "/".join(parts[:2]) if parts[0] == "platform" else parts[0]
+
+
+def check_layers():
+    for name in files(".h", ".cpp", ".inc"):
+        folder = folder_of(name)
+        if folder not in ARROWS:
+            continue
+        above_platform = folder in ("app", "mapi", "foundation")
+        for number, line in enumerate(read(name).splitlines(), 1):
+            place = f"{name}:{number}"
+            if above_platform and SYSTEM_HEADER.search(line):
+                yield f"{place}: system header above the platform layer"
+            if above_platform and SYSTEM_CONDITION.search(line):
+                yield f"{place}: condition on the system above the platform layer"
+            if re.search(r"#\s*include\s*<windows\.h>", line) and name != "platform/win32/windowsapi.h":
+                yield f"{place}: windows.h comes in through platform/win32/windowsapi.h alone"
+            if name.endswith(".h") and re.match(r"using namespace", line):
+                yield f"{place}: using namespace in a header"
+            include = re.match(r'#\s*include\s*"([^"]+)"', line)
+            if include:
+                target = include.group(1)
+                if not os.path.exists(os.path.join(ROOT, target)):
+                    yield f"{place}: includes are written from the repository root: {target}"
+                    continue
+                other = folder_of(target)
+                if other != folder and other not in ARROWS[folder] and (name, other) not in ARROW_EXCEPTIONS:
+                    yield f"{place}: {folder} may not include from {other}"
+
+
+def check_lengths():
+    for name in files(".h", ".cpp", ".py"):
+        lines = read(name).count("\n")
+        if lines > MOST_LINES:
+            yield f"{name}: {lines} lines; look for the second family in it"
+
+
+def check_format():
+    # Tables whose columns say more than the formatter's line breaks are switched off where they stand.
+    sources = files(".h", ".cpp")
+    for start in range(0, len(sources), 40):
+        output = run(["clang-format", "--dry-run", "-Werror", *sources[start : start + 40]])
+        yield from (line for line in output.splitlines() if "error:" in line)
+
+
+def compile_commands(preset):
+    with open(os.path.join(ROOT, "build", preset, "compile_commands.json"), encoding="utf-8") as file:
+        return {os.path.relpath(entry["file"], ROOT): entry for entry in json.load(file)}
+
+
+def header_flags(preset):
+    """The flags of a product source: what a header of the same platform is compiled with."""
+    entry = compile_commands(preset)["foundation/src/errors.cpp"]
+    words = shlex.split(entry["command"])
+    words = words[1:] if os.path.basename(words[0]) == "ccache" else words
+    cut = words.index("-MD") if "-MD" in words else words.index("-o")
+    return words[:cut]
+
+
+def header_commands():
+    """One command a product header: it must compile by itself, and twice."""
+    flags = {preset: header_flags(preset) for preset in ("linux-asan", "windows-release")}
+    glib = shlex.split(subprocess.run(["pkg-config", "--cflags", "gmime-3.0"], capture_output=True, text=True).stdout)
+    for name in files(".h"):
+        if not name.startswith(PRODUCT):
+            continue
+        preset = "windows-release" if name.startswith("platform/win32/") else "linux-asan"
+        with tempfile.NamedTemporaryFile("w", suffix=".cpp", delete=False) as file:
+            file.write(f'#include "{name}"\n#include "{name}"\n')
+        extra = glib if name.startswith("mailsystem/") else []
+        yield name, [*flags[preset], *extra, "-Wno-unused-const-variable", "-fsyntax-only", file.name], file.name
+
+
+def tidy_commands():
+    for preset, wanted in (("linux-asan", lambda n: not n.startswith("platform/win32/")),
+                           ("windows-release", lambda n: n.startswith("platform/win32/"))):
+        for name in sorted(compile_commands(preset)):
+            if name.startswith(PRODUCT) and name.endswith(".cpp") and wanted(name):
+                yield name, ["clang-tidy", "--quiet", "-p", os.path.join("build", preset), name]
+
+
+def check_compiled():
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        jobs, scratch = {}, []
+        for name, command, source in header_commands():
+            jobs[pool.submit(run, command)] = f"header {name}"
+            scratch.append(source)
+        for name, command in tidy_commands():
+            jobs[pool.submit(run, command)] = f"clang-tidy {name}"
+        for done, job in enumerate(concurrent.futures.as_completed(jobs), 1):
+            print(f"\r[{done}/{len(jobs)}] {jobs[job]:<70}", end="", file=sys.stderr, flush=True)
+            if job.result():
+                yield f"{jobs[job]}:\n{job.result()}"
+        print(file=sys.stderr)
+        for source in scratch:
+            os.unlink(source)
+
+
+def main():
+    found = 0
+    for check in (check_layers, check_lengths, check_format, check_compiled):
+        print(f"== {check.__name__.replace('_', ' ')}", file=sys.stderr)
+        for finding in check():
+            print(finding)
+            found += 1
+    print(f"lint: {found} findings")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
