@@ -115,7 +115,8 @@ def header_flags(preset):
 def header_commands():
     """One command a product header: it must compile by itself, and twice."""
     flags = {preset: header_flags(preset) for preset in ("linux-asan", "windows-release")}
-    glib = shlex.split(subprocess.run(["pkg-config", "--cflags", "gmime-3.0"], capture_output=True, text=True).stdout)
+    cflags = subprocess.run(["pkg-config", "--cflags", "gmime-3.0"], capture_output=True, text=True, check=True).stdout
+    glib = cflags.replace("-I", "-isystem ").split()
     for name in files(".h"):
         if not name.startswith(PRODUCT):
             continue
@@ -134,6 +135,14 @@ def tidy_commands():
                 yield name, ["clang-tidy", "--quiet", "-p", os.path.join("build", preset), name]
 
 
+def show_progress(done, total, what):
+    """One changing line on a terminal, a line now and then in a log."""
+    if sys.stderr.isatty():
+        print(f"\r[{done}/{total}] {what:<70}", end="\n" if done == total else "", file=sys.stderr, flush=True)
+    elif done % 25 == 0 or done == total:
+        print(f"[{done}/{total}]", file=sys.stderr, flush=True)
+
+
 def check_compiled():
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         jobs, scratch = {}, []
@@ -143,10 +152,9 @@ def check_compiled():
         for name, command in tidy_commands():
             jobs[pool.submit(run, command)] = f"clang-tidy {name}"
         for done, job in enumerate(concurrent.futures.as_completed(jobs), 1):
-            print(f"\r[{done}/{len(jobs)}] {jobs[job]:<70}", end="", file=sys.stderr, flush=True)
+            show_progress(done, len(jobs), jobs[job])
             if job.result():
                 yield f"{jobs[job]}:\n{job.result()}"
-        print(file=sys.stderr)
         for source in scratch:
             os.unlink(source)
 

@@ -32,6 +32,13 @@ void* AllocateFromCurrentManager(std::int64_t size);
 /// Null is ignored.
 void FreeToOwnManager(void* block) noexcept;
 
+/// The C runtime's heap and the process heap, without a header. Both raise CMemoryException; null is ignored at
+/// release.
+void* AllocateFromRuntimeHeap(std::int64_t size);
+void FreeToRuntimeHeap(void* block) noexcept;
+void* AllocateFromProcessHeap(std::int64_t size);
+void FreeToProcessHeap(void* block) noexcept;
+
 /// Serves the calling thread from the runtime heap for a scope: the paths of failures and messages must not depend on a
 /// manager that may be what is failing.
 class CRuntimeHeapSwitcher {

@@ -50,6 +50,32 @@ void FreeToOwnManager(void* block) noexcept {
     }
 }
 
+void* AllocateFromRuntimeHeap(std::int64_t size) {
+    void* block = Platform::AllocateRuntimeHeap(static_cast<std::size_t>(size));
+    if (!block) {
+        GenerateMemoryException();
+    }
+    return block;
+}
+
+void FreeToRuntimeHeap(void* block) noexcept {
+    Platform::FreeRuntimeHeap(block);
+}
+
+void* AllocateFromProcessHeap(std::int64_t size) {
+    void* block = Platform::HeapAlloc(Platform::GetProcessHeap(), 0, static_cast<std::size_t>(size));
+    if (!block) {
+        GenerateMemoryException();
+    }
+    return block;
+}
+
+void FreeToProcessHeap(void* block) noexcept {
+    if (block) {
+        Platform::HeapFree(Platform::GetProcessHeap(), 0, block);
+    }
+}
+
 void* CAllocatedOn<RuntimeHeap>::operator new(std::size_t size) noexcept {
     return Platform::AllocateRuntimeHeap(size);
 }

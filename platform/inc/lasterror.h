@@ -32,6 +32,7 @@ constexpr std::uint32_t ErrorSeekOnDevice = 132;          // ERROR_SEEK_ON_DEVIC
 constexpr std::uint32_t ErrorAlreadyExists = 183;         // ERROR_ALREADY_EXISTS
 constexpr std::uint32_t ErrorBadExeFormat = 193;          // ERROR_BAD_EXE_FORMAT
 constexpr std::uint32_t ErrorFilenameExcedRange = 206;    // ERROR_FILENAME_EXCED_RANGE
+constexpr std::uint32_t ErrorNoMoreItems = 259;           // ERROR_NO_MORE_ITEMS
 constexpr std::uint32_t ErrorDirectory = 267;             // ERROR_DIRECTORY
 constexpr std::uint32_t ErrorInvalidFlags = 1004;         // ERROR_INVALID_FLAGS
 constexpr std::uint32_t ErrorNoUnicodeTranslation = 1113; // ERROR_NO_UNICODE_TRANSLATION

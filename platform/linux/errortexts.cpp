@@ -37,6 +37,7 @@ constexpr Row Rows[] = {
     {ErrorAlreadyExists, u"Cannot create a file when that file already exists.\r\n"},
     {ErrorBadExeFormat, u"%1 is not a valid Win32 application.\r\n"},
     {ErrorFilenameExcedRange, u"The filename or extension is too long.\r\n"},
+    {ErrorNoMoreItems, u"No more data is available.\r\n"},
     {ErrorDirectory, u"The directory name is invalid.\r\n"},
     {ErrorInvalidFlags, u"Invalid flags.\r\n"},
     {ErrorNoUnicodeTranslation, u"No mapping for the Unicode character exists in the target multi-byte code page.\r\n"},
