@@ -1,7 +1,7 @@
 // The three allocation policies, side by side. A container takes one as a template parameter.
 #pragma once
 
-#include "foundation/inc/alloc.h"
+#include "foundation/inc/memorymanager.h"
 #include <cstdint>
 
 namespace Tsx {

@@ -1,7 +1,7 @@
 // The growing array of the foundation.
 #pragma once
 
-#include "foundation/inc/alloc.h"
+#include "foundation/inc/allocationpolicy.h"
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/errorsfwd.h"
 #include <algorithm>
@@ -23,7 +23,7 @@ namespace Tsx {
 ///
 ///   capacity   0 -> 8 -> 16 -> 24 -> 36 -> 54 ...    one element at a time
 ///   capacity   0 -> 20                               20 elements at once
-template <class T>
+template <class T, class TPolicy = CCurrentManagerPolicy>
 class CArray {
     static_assert(std::is_nothrow_move_constructible_v<T>, "growth moves elements and must not fail half-way");
 
@@ -119,7 +119,7 @@ public:
         while (count > 0) {
             elements[--count].~T();
         }
-        FreeToOwnManager(elements);
+        TPolicy::Free(elements);
         elements = nullptr;
         capacity = 0;
     }
@@ -147,10 +147,10 @@ private:
         if (newCapacity > std::numeric_limits<std::int32_t>::max()) {
             GenerateMemoryException();
         }
-        auto* buffer = static_cast<T*>(AllocateFromCurrentManager(newCapacity * static_cast<std::int64_t>(sizeof(T))));
+        auto* buffer = static_cast<T*>(TPolicy::Alloc(newCapacity * static_cast<std::int64_t>(sizeof(T))));
         std::uninitialized_move_n(elements, count, buffer);
         std::destroy_n(elements, count);
-        FreeToOwnManager(elements);
+        TPolicy::Free(elements);
         elements = buffer;
         capacity = static_cast<std::int32_t>(newCapacity);
     }

@@ -30,6 +30,7 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line);
 #define TSX_ASSERT(condition, file) TSX_ASSERT_AT(condition, file, __LINE__)
 
 /// The same for a failed Windows call, whose error code goes into the report.
+#define TSX_ASSERT_CALL(condition, file) TSX_ASSERT_CALL_AT(condition, file, __LINE__)
 #define TSX_ASSERT_CALL_AT(condition, file, line)                                                                      \
     (__builtin_expect(static_cast<bool>(condition), 1) ? static_cast<void>(0)                                          \
                                                        : ::Tsx::FailAssertionWithLastError(file, line))

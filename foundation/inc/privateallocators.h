@@ -2,25 +2,73 @@
 // does not.
 #pragma once
 
+#include "foundation/inc/blockmanager.h"
 #include "foundation/inc/criticalsection.h"
+#include "foundation/inc/heapmanager.h"
+#include "foundation/inc/leaflock.h"
 #include <cstddef>
 #include <cstdint>
 
 namespace Tsx {
 
-/// Gives out string blocks by size class. Any thread, from static construction to static destruction.
+/// Gives out string blocks by size class. Any thread, from static construction to static destruction; independent of any thread's current
+/// manager. Strings that outlive it are abandoned.
 ///
-///   requested bytes    reported size
-///   up to 32           32
-///   33 to 64           64
-///   65 to 128          128
-///   above 128          the request
+///   requested bytes    class     reported size
+///   up to 32           Small     32
+///   33 to 64           Medium    64
+///   65 to 128          Large     128
+///   above 128          Huge      the request
 class CStringBlockAllocator {
 public:
-    /// A block of at least `size` bytes; `allocated` is the size to be kept and given back with it. Raises
+    CStringBlockAllocator();
+    ~CStringBlockAllocator();
+    CStringBlockAllocator(const CStringBlockAllocator&) = delete;
+    CStringBlockAllocator& operator=(const CStringBlockAllocator&) = delete;
+
+    /// A block of at least `size` bytes; `allocated` is the size to be kept and given back with it: it alone names the class. Raises
     /// CMemoryException.
-    void* Alloc(std::int32_t size, std::int32_t& allocated);
-    void Free(void* block, std::int32_t allocated) noexcept;
+    void* Alloc(std::int32_t size, std::int32_t& allocated) {
+        const CLeafLockGuard guard(Lock);
+        if (size <= SmallSize) {
+            allocated = SmallSize;
+            return Small.AllocBlock();
+        }
+        if (size <= MediumSize) {
+            allocated = MediumSize;
+            return Medium.AllocBlock();
+        }
+        if (size <= LargeSize) {
+            allocated = LargeSize;
+            return Large.AllocBlock();
+        }
+        allocated = size;
+        return Huge.Alloc(size);
+    }
+
+    void Free(void* block, std::int32_t allocated) noexcept {
+        const CLeafLockGuard guard(Lock);
+        if (allocated <= SmallSize) {
+            Small.FreeBlock(block);
+        } else if (allocated <= MediumSize) {
+            Medium.FreeBlock(block);
+        } else if (allocated <= LargeSize) {
+            Large.FreeBlock(block);
+        } else {
+            Huge.Free(block);
+        }
+    }
+
+protected:
+    static constexpr std::int32_t SmallSize = 32;
+    static constexpr std::int32_t MediumSize = 64;
+    static constexpr std::int32_t LargeSize = 128;
+
+    CLeafLock Lock;
+    CBlockManager Small{SmallSize};
+    CBlockManager Medium{MediumSize};
+    CBlockManager Large{LargeSize};
+    CHeapManager Huge;
 };
 
 extern CStringBlockAllocator StringAllocator;

@@ -51,11 +51,20 @@ class CStringBase {
 public:
     CStringBase() : block(&EmptyStringBlock<TChar>) {}
     CStringBase(const TChar* text) : CStringBase() { // NOLINT(google-explicit-constructor): literals are strings
-        if (text) {
-            Assign(text, TextLength(text));
+        if (text && *text != 0) {
+            const std::int32_t count = TextLength(text);
+            block = NewBlock(count);
+            std::copy_n(text, count, block->Characters);
+            Finish(count);
         }
     }
-    CStringBase(const TChar* text, std::int32_t count) : CStringBase() { Assign(text, count); }
+    CStringBase(const TChar* text, std::int32_t count) : CStringBase() {
+        if (count > 0) {
+            block = NewBlock(count);
+            std::copy_n(text, count, block->Characters);
+            Finish(count);
+        }
+    }
     CStringBase(const CStringBase& other) : block(other.block) { Share(block); }
     CStringBase(CStringBase&& other) noexcept : block(other.block) { other.block = &EmptyStringBlock<TChar>; }
     ~CStringBase() { Release(block); }
@@ -110,7 +119,15 @@ public:
         }
         return Self();
     }
-    TDerived& Append(TChar c) { return Append(&c, 1); }
+    TDerived& Append(TChar c) {
+        const std::int32_t length = Length();
+        if (__builtin_expect(!IsPrivate() || block->BlockSize < Block::BytesFor(length + 1), 0)) {
+            MakeRoom(std::int64_t{length} + 1);
+        }
+        block->Characters[length] = c;
+        Finish(length + 1);
+        return Self();
+    }
     TDerived& Append(std::basic_string_view<TChar> text) { return Append(text.data(), CheckedCount(text.size())); }
     TDerived& operator+=(const TDerived& other) { return Append(other.Text(), other.Length()); }
     TDerived& operator+=(const TChar* text) { return Append(text, TextLength(text)); }
@@ -178,17 +195,17 @@ private:
     TDerived& Self() { return static_cast<TDerived&>(*this); }
     const TDerived& Derived() const { return static_cast<const TDerived&>(*this); }
 
-    bool IsPrivate() const {
-        return block != &EmptyStringBlock<TChar> && block->RefCount.load(std::memory_order_acquire) == 1;
-    }
+    bool IsPrivate() const { return block->RefCount.load(std::memory_order_acquire) == 1; }
 
     static void Share(Block* shared) {
         if (shared != &EmptyStringBlock<TChar>) {
             shared->RefCount.fetch_add(1, std::memory_order_relaxed);
         }
     }
+    // The last owner need not count down: nobody else can see the block.
     static void Release(Block* released) noexcept {
-        if (released != &EmptyStringBlock<TChar> && released->RefCount.fetch_sub(1, std::memory_order_acq_rel) <= 1) {
+        if (released != &EmptyStringBlock<TChar> && (released->RefCount.load(std::memory_order_acquire) == 1 ||
+                                                     released->RefCount.fetch_sub(1, std::memory_order_acq_rel) <= 1)) {
             StringAllocator.Free(released, released->BlockSize);
         }
     }

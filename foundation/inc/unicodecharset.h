@@ -1,35 +1,45 @@
 // Sets of wide characters.
 #pragma once
 
-#include <array>
-#include <bitset>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 namespace Tsx {
 
-/// A set of 16-bit characters in two levels: the top 6 bits of a character pick a leaf of 1024 bits, absent while it is
-/// empty. Filled at construction; safe to read from any thread after.
+/// A set of 16-bit characters in two levels: the top 6 bits of a character pick a leaf of 1024 bits, null while none of its characters is a
+/// member. Filled at construction; safe to read from any thread after. Raises CMemoryException.
 class CUnicodeCharSet {
 public:
     explicit CUnicodeCharSet(std::u16string_view members);
+    ~CUnicodeCharSet();
+    CUnicodeCharSet(const CUnicodeCharSet&) = delete;
+    CUnicodeCharSet& operator=(const CUnicodeCharSet&) = delete;
 
     bool Contains(char16_t c) const {
-        const auto& leaf = leaves[c >> LeafBits];
-        return leaf && (*leaf)[c & (LeafSize - 1)];
+        const Leaf* leaf = leaves[c >> LeafBits];
+        return leaf && (leaf->words[(c & (LeafSize - 1)) / 32] >> (c & 31) & 1) != 0;
     }
 
-private:
     static constexpr unsigned LeafBits = 10;
-    static constexpr std::size_t LeafSize = std::size_t{1} << LeafBits;
+    static constexpr unsigned LeafSize = 1U << LeafBits; // characters
+    static constexpr std::int32_t LeafBytes = LeafSize / 8;
 
-    std::array<std::unique_ptr<std::bitset<LeafSize>>, 64> leaves;
+private:
+    struct Leaf {
+        std::uint32_t words[LeafSize / 32];
+    };
+
+    Leaf* leaves[64] = {};
+
+    void Add(char16_t c);
+    void FreeLeaves();
 };
 
 /// 9 to 13, 32, 0x85, 0xA0, 0x1680, 0x2000 to 0x200A, 0x2028, 0x2029, 0x202F, 0x3000.
 extern const CUnicodeCharSet WhiteSpaceChars;
 /// The digits 0 to 9.
 extern const CUnicodeCharSet DigitChars;
+/// What a file name cannot hold: * ? < > : " | \ / and the codes 1 to 31. No path operation asks it; it stands for callers who want to.
+extern const CUnicodeCharSet InvalidNameChars;
 
 } // namespace Tsx

@@ -21,6 +21,11 @@ public:
     /// out empty.
     CUnicodeString(const char* text, std::uint32_t codePage);
 
+    /// From a buffer of `count` characters, cut at the first 0 in it.
+    static CUnicodeString FromBuffer(const char16_t* buffer, std::int32_t count);
+    /// The address, and the path of the module that holds it, if one does: "0x00007FF612345678 (C:\a\b.exe)".
+    static CUnicodeString DescribeAddress(const void* address);
+
     /// Text in the language of wide print; see FormatText.
     template <class... TArguments>
     static CUnicodeString Format(const char16_t* format, const TArguments&... arguments) {
@@ -36,7 +41,8 @@ public:
 
     /// A decimal number with optional sign and white space around it; false, and `value` as it was, for anything else
     /// and for a number out of the range of 32 signed bits.
-    bool ToInt(std::int32_t& value) const;
+    /// AS DESIGNED: the radix is 10 whatever is passed.
+    bool ToInt(std::int32_t& value, std::int32_t radix = 10) const;
     /// "true", "on", "yes", "1" and "false", "off", "no", "0", in any case, with white space around; false for anything
     /// else.
     bool ToBool(bool& value) const;

@@ -1,10 +1,12 @@
 #include "foundation/inc/errors.h"
 
+#include "foundation/inc/debugflags.h"
 #include "foundation/inc/foundation.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
+#include "platform/inc/debug.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/messagebox.h"
 #include "platform/inc/process.h"
@@ -159,6 +161,9 @@ void GenerateUserException() {
 
 void GenerateMemoryException() {
     const CReentryScope scope(0);
+    if (HasDebugFlag(DebugBreakOnMemoryException)) {
+        Platform::DebugBreak();
+    }
     void* slot = MemoryExceptionPool.TakeSlot();
     if (!slot) {
         Platform::MessageBox(nullptr, NotEnoughMemoryText, FoundationTitle, FatalMessageStyle);

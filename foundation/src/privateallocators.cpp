@@ -1,23 +1,34 @@
 #include "foundation/inc/privateallocators.h"
 
 #include "foundation/inc/errors.h"
-#include "platform/inc/memory.h"
 
 namespace Tsx {
 
-void* CStringBlockAllocator::Alloc(std::int32_t size, std::int32_t& allocated) {
-    const std::int32_t reported = size > 128 ? size : size > 64 ? 128 : size > 32 ? 64 : 32;
-    void* block = Platform::AllocateRuntimeHeap(static_cast<std::size_t>(reported));
-    if (!block) {
-        GenerateMemoryException();
-    }
-    allocated = reported;
-    return block;
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\privateallocators";
+constexpr std::size_t HugeInitialSize = 0x20000;
+
+/// The foundation's debug report, which goes nowhere in this build.
+void DebugReport(const char16_t* format, std::int32_t value) {
+    static_cast<void>(format);
+    static_cast<void>(value);
 }
 
-void CStringBlockAllocator::Free(void* block, std::int32_t allocated) noexcept {
-    static_cast<void>(allocated);
-    Platform::FreeRuntimeHeap(block);
+} // namespace
+
+CStringBlockAllocator::CStringBlockAllocator() {
+    Huge.CreateHeap(HugeInitialSize, true);
+    Huge.SetLowFragmentation();
+}
+
+CStringBlockAllocator::~CStringBlockAllocator() {
+    const CLeafLockGuard guard(Lock);
+    DebugReport(u"Total size of string block allocators - %d bytes\n",
+                Small.GetInUseBytes() + Medium.GetInUseBytes() + Large.GetInUseBytes() + Huge.GetTotalBytes());
+    Small.Reset();
+    Medium.Reset();
+    Large.Reset();
 }
 
 void* CMemoryExceptionPool::TakeSlot() {
@@ -39,12 +50,12 @@ void CMemoryExceptionPool::ReleaseSlot(const CMemoryException* exception) {
     const CCriticalSectionLock guard(lock);
     for (CSlot& slot : slots) {
         if (static_cast<const void*>(slot.object) == exception) {
-            TSX_ASSERT(slot.InUse, u"src\\privateallocators");
+            TSX_ASSERT(slot.InUse, ModuleName);
             slot.InUse = false;
             return;
         }
     }
-    FailAssertion(u"src\\privateallocators", __LINE__);
+    FailAssertion(ModuleName, __LINE__);
 }
 
 void ReleaseMemoryException(const CMemoryException* exception) {

@@ -25,6 +25,7 @@ public:
 } // namespace
 
 // Locks: everything below may be used by several threads.
+TSX_STATIC CCriticalSection CharSetLeafLock;
 TSX_STATIC CCriticalSection MessageListLock;
 TSX_STATIC CCriticalSection HandlerLock;
 TSX_STATIC CCriticalSection ApplicationNameLock;
@@ -33,16 +34,14 @@ TSX_STATIC CCriticalSection FoundationLock;
 // Thread data: the first failure asks it whether it may throw.
 TSX_STATIC CThreadObject<CErrorGuardState> ErrorGuardState;
 TSX_STATIC CThreadObject<CThreadErrorMode> ThreadErrorMode;
+TSX_STATIC CTlsSlot MemoryManagerSlot;
 TSX_STATIC static const CStaticStage StaticStage;
 
-// Memory: strings and arrays take it from here. The manager is never destroyed, for blocks find it through their header
-// at any time.
-CRuntimeHeapManager& GetRuntimeHeapManager() {
-    alignas(CRuntimeHeapManager) static std::byte room[sizeof(CRuntimeHeapManager)];
-    static auto* const manager = new (room) CRuntimeHeapManager;
-    return *manager;
-}
-CStringBlockAllocator StringAllocator;
+// Memory: pages, then the heap that serves every thread at first, then the strings that live on both.
+TSX_STATIC CVirtualMemoryManager VirtualMemoryManager;
+TSX_STATIC CRuntimeHeapManager RuntimeHeapManager;
+TSX_STATIC CStringBlockAllocator StringAllocator;
+TSX_STATIC CBlockManager CharSetLeaves(CUnicodeCharSet::LeafBytes);
 
 // The pool of memory exceptions: from here on exhausted memory can be told.
 TSX_STATIC CMemoryExceptionPool MemoryExceptionPool;
@@ -52,6 +51,9 @@ TSX_STATIC const CUnicodeCharSet WhiteSpaceChars(u"\x09\x0A\x0B\x0C\x0D\x20\x85\
                                                  u"\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029\x202F"
                                                  u"\x3000");
 TSX_STATIC const CUnicodeCharSet DigitChars(u"0123456789");
+TSX_STATIC const CUnicodeCharSet InvalidNameChars(u"*?<>:\"|\\/"
+                                                  u"\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F\x10"
+                                                  u"\x11\x12\x13\x14\x15\x16\x17\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F");
 
 // Message names, before anything that could fail with one.
 #define TSX_DEFINE_MESSAGE(name) TSX_STATIC CMessageName name(u## #name);

@@ -2,21 +2,24 @@
 // order.
 #pragma once
 
-#include "foundation/inc/alloc.h"
+#include "foundation/inc/blockmanager.h"
 #include "foundation/inc/criticalsection.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/resourceinfo.h"
+#include "foundation/inc/tlsslot.h"
 #include "foundation/inc/unicodestring.h"
 
 namespace Tsx {
 
-CRuntimeHeapManager& GetRuntimeHeapManager();
-
+extern CCriticalSection CharSetLeafLock;
 extern CCriticalSection MessageListLock;
 extern CCriticalSection HandlerLock;
 extern CCriticalSection ApplicationNameLock;
 extern CCriticalSection FoundationLock;
+
+extern CTlsSlot MemoryManagerSlot;
+extern CBlockManager CharSetLeaves;
 
 extern CUnicodeString StoredApplicationName;
 extern CUnicodeString UserRegistryPath;

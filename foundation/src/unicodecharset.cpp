@@ -1,14 +1,39 @@
 #include "foundation/inc/unicodecharset.h"
 
+#include "foundation/src/statics.h"
+#include <cstring>
+
 namespace Tsx {
 
 CUnicodeCharSet::CUnicodeCharSet(std::u16string_view members) {
-    for (const char16_t c : members) {
-        auto& leaf = leaves[c >> LeafBits];
-        if (!leaf) {
-            leaf = std::make_unique<std::bitset<LeafSize>>();
+    static_assert(sizeof(Leaf) == LeafBytes);
+    try {
+        for (const char16_t c : members) {
+            Add(c);
         }
-        leaf->set(c & (LeafSize - 1));
+    } catch (...) {
+        FreeLeaves();
+        throw;
+    }
+}
+
+CUnicodeCharSet::~CUnicodeCharSet() { FreeLeaves(); }
+
+void CUnicodeCharSet::Add(char16_t c) {
+    Leaf*& leaf = leaves[c >> LeafBits];
+    if (!leaf) {
+        const CCriticalSectionLock guard(CharSetLeafLock);
+        leaf = static_cast<Leaf*>(CharSetLeaves.AllocBlock());
+        std::memset(leaf, 0, sizeof(*leaf));
+    }
+    leaf->words[(c & (LeafSize - 1)) / 32] |= 1U << (c & 31);
+}
+
+void CUnicodeCharSet::FreeLeaves() {
+    const CCriticalSectionLock guard(CharSetLeafLock);
+    for (Leaf*& leaf : leaves) {
+        CharSetLeaves.FreeBlock(leaf);
+        leaf = nullptr;
     }
 }
 

@@ -1,9 +1,11 @@
 #include "foundation/inc/unicodestring.h"
 
 #include "foundation/inc/assertion.h"
+#include "platform/inc/memory.h"
+#include "platform/inc/modules.h"
 #include "platform/inc/resources.h"
 #include "platform/inc/text.h"
-#include <cerrno>
+#include <charconv>
 #include <limits>
 
 namespace Tsx {
@@ -55,6 +57,30 @@ CString CString::FromWide(const char16_t* text, std::int32_t count, std::uint32_
         result.FinishAtTerminator();
     }
     return result;
+}
+
+CString CString::FromInt(std::int32_t value) {
+    char digits[16];
+    const auto end = std::to_chars(std::begin(digits), std::end(digits), value);
+    return {digits, static_cast<std::int32_t>(end.ptr - digits)};
+}
+
+CUnicodeString CUnicodeString::FromBuffer(const char16_t* buffer, std::int32_t count) {
+    return {buffer, static_cast<std::int32_t>(std::find(buffer, buffer + count, u'\0') - buffer)};
+}
+
+CUnicodeString CUnicodeString::DescribeAddress(const void* address) {
+    CUnicodeString text = Format(u"0x%p", address);
+    const Platform::MemoryRegion region = Platform::QueryAddress(address);
+    char16_t path[261];
+    const std::uint32_t length =
+        region.committed && region.module ? Platform::GetModuleFileName(region.module, path, std::size(path)) : 0;
+    if (length > 0) {
+        text += u" (";
+        text.Append(path, static_cast<std::int32_t>(std::min<std::size_t>(length, std::size(path) - 1)));
+        text += u')';
+    }
+    return text;
 }
 
 CUnicodeString::CUnicodeString(const char* text, std::uint32_t codePage) {
@@ -115,7 +141,8 @@ CUnicodeString CUnicodeString::FromBool(bool value) {
     return value ? u"true" : u"false";
 }
 
-bool CUnicodeString::ToInt(std::int32_t& value) const {
+bool CUnicodeString::ToInt(std::int32_t& value, std::int32_t radix) const {
+    static_cast<void>(radix);
     CUnicodeString text = *this;
     text.Trim();
     const bool negative = text[0] == u'-';

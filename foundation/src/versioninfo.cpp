@@ -30,8 +30,7 @@ CUnicodeString CVersionInfo::GetString(const char16_t* name) const {
         return {};
     }
     // The stored length counts the terminator.
-    const CUnicodeString text(static_cast<const char16_t*>(value), static_cast<std::int32_t>(length));
-    return text.Text();
+    return CUnicodeString::FromBuffer(static_cast<const char16_t*>(value), static_cast<std::int32_t>(length));
 }
 
 bool CVersionInfo::GetFixedInfo(Platform::FixedFileInfo& info) const {

@@ -1,5 +1,7 @@
-// Critical sections and thread-local slots.
+// Critical sections, thread-local slots, and handles that tell whether a thread has ended.
 #pragma once
+
+#include "platform/inc/types.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -24,5 +26,18 @@ std::uint32_t TlsAlloc();
 bool TlsFree(std::uint32_t index);
 void* TlsGetValue(std::uint32_t index);
 bool TlsSetValue(std::uint32_t index, void* value);
+
+constexpr std::uint32_t StillActive = 259; // STILL_ACTIVE
+
+/// The pseudo-handle that means the calling thread wherever it is used.
+Handle GetCurrentThread();
+/// A handle of its own to the thread, in this process, with the same access; closed by CloseHandle. The one source on Linux is the
+/// pseudo-handle of the calling thread.
+bool DuplicateHandle(Handle source, Handle& duplicate);
+/// The exit code of a thread, StillActive while it runs. On Linux a thread that has ended has the code 0.
+bool GetExitCodeThread(Handle thread, std::uint32_t& code);
+
+/// Lets another thread run.
+void SwitchToThread();
 
 } // namespace Platform

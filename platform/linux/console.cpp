@@ -25,7 +25,7 @@ Handle GetStdHandle(std::int32_t which) {
         SetLastError(ErrorInvalidHandle); // a process that was started without the stream has no handle for it
         return nullptr;
     }
-    return &file;
+    return static_cast<HandleObject*>(&file);
 }
 
 bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, std::uint32_t& written) {

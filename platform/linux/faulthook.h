@@ -7,8 +7,10 @@
 
 namespace Platform {
 
+enum class CallKind { Call, Allocation };
+
 /// Counts one call of `function`. True when the plan says that it fails; the last error then is the plan's code.
-bool FaultDue(const char* function) noexcept;
+bool FaultDue(const char* function, CallKind kind = CallKind::Call) noexcept;
 
 } // namespace Platform
 
@@ -19,6 +21,14 @@ bool FaultDue(const char* function) noexcept;
             return failure;                                                                                            \
         }                                                                                                              \
     } while (false)
+/// The same for a function that allocates memory: noexcept, null on failure.
+#define PLATFORM_ALLOCATION_FAULT(function)                                                                            \
+    do {                                                                                                               \
+        if (::Platform::FaultDue(#function, ::Platform::CallKind::Allocation)) {                                       \
+            return nullptr;                                                                                            \
+        }                                                                                                              \
+    } while (false)
 #else
+#define PLATFORM_ALLOCATION_FAULT(function) static_cast<void>(0)
 #define PLATFORM_FAULT(function, failure) static_cast<void>(0)
 #endif

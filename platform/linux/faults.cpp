@@ -85,13 +85,15 @@ std::int32_t FaultCallsSeen() {
     return CurrentPlan().seen;
 }
 
-bool FaultDue(const char* function) noexcept {
+bool FaultDue(const char* function, CallKind kind) noexcept {
     if (!armed.load(std::memory_order_relaxed)) {
         return false;
     }
     const std::lock_guard guard(PlanLock());
     Plan& plan = CurrentPlan();
-    if (!armed || (plan.function != "*" && plan.function != function)) {
+    const bool wanted = plan.function == "*" || plan.function == function ||
+                        (plan.function == "allocation" && kind == CallKind::Allocation);
+    if (!armed || !wanted) {
         return false;
     }
     ++plan.seen;

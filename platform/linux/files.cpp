@@ -93,14 +93,6 @@ Handle SearchName(std::u16string_view path, FindData& data) {
 
 } // namespace
 
-FileObject* FileOf(Handle handle) {
-    if (!handle || handle == InvalidHandle()) {
-        SetLastError(ErrorInvalidHandle);
-        return nullptr;
-    }
-    return static_cast<FileObject*>(handle);
-}
-
 Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
                   std::uint32_t attributes) {
     PLATFORM_FAULT(CreateFile, InvalidHandle());
@@ -130,13 +122,7 @@ Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t shar
         SetLastErrorFromErrno();
         return InvalidHandle();
     }
-    return file.release();
-}
-
-bool CloseHandle(Handle handle) {
-    PLATFORM_FAULT(CloseHandle, false);
-    const std::unique_ptr<FileObject> file(FileOf(handle));
-    return file && (close(file->descriptor) == 0 || FailFromErrno());
+    return static_cast<HandleObject*>(file.release());
 }
 
 bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& read) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <link.h>
 #include <mutex>
 #include <new>
 #include <sys/mman.h>
@@ -48,7 +49,7 @@ BlockLink* LinkOf(void* block) {
 } // namespace
 
 void* AllocateRuntimeHeap(std::size_t size) noexcept {
-    PLATFORM_FAULT(AllocateRuntimeHeap, nullptr);
+    PLATFORM_ALLOCATION_FAULT(AllocateRuntimeHeap);
     return std::malloc(size);
 }
 
@@ -81,7 +82,7 @@ bool HeapDestroy(Heap heap) {
 }
 
 void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
-    PLATFORM_FAULT(HeapAlloc, nullptr);
+    PLATFORM_ALLOCATION_FAULT(HeapAlloc);
     void* room = size <= SIZE_MAX - sizeof(BlockLink) ? std::malloc(sizeof(BlockLink) + size) : nullptr;
     if (!room) {
         SetLastError(ErrorNotEnoughMemory);
@@ -142,7 +143,7 @@ bool SetHeapLowFragmentation(Heap) {
 }
 
 void* VirtualAlloc(void*, std::size_t size, std::uint32_t, std::uint32_t) noexcept {
-    PLATFORM_FAULT(VirtualAlloc, nullptr);
+    PLATFORM_ALLOCATION_FAULT(VirtualAlloc);
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     // One granule more than asked for leaves room for the header's page and for the alignment.
     const std::size_t mapped = size + Granularity + page;
@@ -173,13 +174,15 @@ SystemInfo GetSystemInfo() {
 
 MemoryRegion QueryAddress(const void* address) {
     Dl_info info{};
-    if (dladdr(address, &info) == 0) {
+    link_map* map = nullptr;
+    if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0) {
         // Not in a module. A page that is there can be asked for its state.
         const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
         auto* start = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address) & ~(page - 1));
         return {msync(start, page, MS_ASYNC) == 0, nullptr};
     }
-    void* module = dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD);
+    // The program itself has no name in the loader's list.
+    void* module = dlopen(*map->l_name != '\0' ? map->l_name : nullptr, RTLD_NOW | RTLD_NOLOAD);
     if (module) {
         dlclose(module); // it stays loaded by whoever loaded it; only its name is wanted
     }

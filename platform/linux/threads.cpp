@@ -3,7 +3,10 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/handles.h"
+#include <new>
 #include <pthread.h>
+#include <sched.h>
 
 namespace Platform {
 
@@ -15,6 +18,12 @@ namespace {
 pthread_mutex_t* Native(CriticalSection& section) {
     return reinterpret_cast<pthread_mutex_t*>(section.room);
 }
+
+/// Lives as long as its thread and tells the handles when that ends.
+struct ThreadLife {
+    std::shared_ptr<std::atomic<std::uint32_t>> exitCode = std::make_shared<std::atomic<std::uint32_t>>(StillActive);
+    ~ThreadLife() { exitCode->store(0); }
+};
 
 } // namespace
 
@@ -62,5 +71,33 @@ bool TlsSetValue(std::uint32_t index, void* value) {
     const int result = pthread_setspecific(index, value);
     return result == 0 || Fail(WindowsErrorCode(result));
 }
+
+Handle GetCurrentThread() {
+    return reinterpret_cast<Handle>(~std::uintptr_t{1}); // NOLINT(performance-no-int-to-ptr): -2, the published value
+}
+
+bool DuplicateHandle(Handle source, Handle& duplicate) {
+    PLATFORM_FAULT(DuplicateHandle, false);
+    if (source != GetCurrentThread()) {
+        return Fail(ErrorInvalidHandle);
+    }
+    auto* thread = new (std::nothrow) ThreadObject;
+    if (!thread) {
+        return Fail(ErrorNotEnoughMemory);
+    }
+    thread_local const ThreadLife life;
+    thread->exitCode = life.exitCode;
+    duplicate = static_cast<HandleObject*>(thread);
+    return true;
+}
+
+bool GetExitCodeThread(Handle thread, std::uint32_t& code) {
+    PLATFORM_FAULT(GetExitCodeThread, false);
+    const ThreadObject* object = ThreadOf(thread);
+    code = object ? object->exitCode->load() : 0;
+    return object != nullptr;
+}
+
+void SwitchToThread() { sched_yield(); }
 
 } // namespace Platform

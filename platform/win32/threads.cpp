@@ -47,4 +47,20 @@ bool TlsSetValue(std::uint32_t index, void* value) {
     return ::TlsSetValue(index, value) != 0;
 }
 
+Handle GetCurrentThread() { return ::GetCurrentThread(); }
+
+bool DuplicateHandle(Handle source, Handle& duplicate) {
+    HANDLE process = ::GetCurrentProcess();
+    return ::DuplicateHandle(process, source, process, &duplicate, 0, FALSE, DUPLICATE_SAME_ACCESS) != 0;
+}
+
+bool GetExitCodeThread(Handle thread, std::uint32_t& code) {
+    DWORD result = 0;
+    const bool known = ::GetExitCodeThread(thread, &result) != 0;
+    code = result;
+    return known;
+}
+
+void SwitchToThread() { ::SwitchToThread(); }
+
 } // namespace Platform

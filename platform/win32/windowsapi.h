@@ -11,6 +11,8 @@
 #undef CreateFile
 #undef FindFirstFile
 #undef FormatMessage
+#undef GetVersionEx
+#undef OutputDebugString
 #undef GetCommandLine
 #undef GetFileVersionInfo
 #undef GetFileVersionInfoSize

@@ -58,7 +58,7 @@ TEST_F(Faults, ExhaustedMemoryLeavesStringsAndArraysAsTheyWere) {
         CUnicodeString text(u"0123456789");
         array.Append(text);
         const CUnicodeString before = text;
-        Platform::ArmFault("AllocateRuntimeHeap", nth, Platform::ErrorNotEnoughMemory, FaultMode::FromThenOn);
+        Platform::ArmFault("allocation", nth, Platform::ErrorNotEnoughMemory, FaultMode::FromThenOn);
         bool failed = false;
         std::int32_t size = array.Size();
         try {

@@ -1,0 +1,23 @@
+// Lines for the people who debug the system; they reach neither the console nor a file.
+#pragma once
+
+#include "foundation/inc/format.h"
+#include <initializer_list>
+
+namespace Tsx {
+
+void DebugTraceList(const char16_t* format, std::initializer_list<CFormatArgument> arguments);
+
+/// Formats a line and sends it to the debugger, unless the debug flag DebugSilenceTrace is set.
+template <class... TArguments>
+void DebugTrace(const char16_t* format, const TArguments&... arguments) {
+    DebugTraceList(format, {CFormatArgument(arguments)...});
+}
+
+/// A text about memory for the debugger, or, as the debug flag DebugReportMemoryErrorInMessageBox asks, in a message box.
+void WriteDebugOutput(const char16_t* text);
+
+/// Shows a text in a message box; cancelling it stops in the debugger.
+void AskToBreak(const char16_t* text);
+
+} // namespace Tsx

@@ -1,0 +1,36 @@
+// The lock for a few instructions: string blocks, thread records.
+#pragma once
+
+#include <atomic>
+
+namespace Tsx {
+
+/// Entered for so short a time that waiting by turning is cheaper than the system's help; a thread that still waits after some turns lets
+/// others run. Nothing that can fail, block or take another lock happens inside. Not to be entered again by its holder.
+class CLeafLock {
+public:
+    void Enter() {
+        if (held.exchange(true, std::memory_order_acquire)) {
+            Wait();
+        }
+    }
+    void Leave() { held.store(false, std::memory_order_release); }
+
+private:
+    std::atomic<bool> held{false};
+
+    void Wait();
+};
+
+class CLeafLockGuard {
+public:
+    explicit CLeafLockGuard(CLeafLock& toHold) : lock(toHold) { lock.Enter(); }
+    ~CLeafLockGuard() { lock.Leave(); }
+    CLeafLockGuard(const CLeafLockGuard&) = delete;
+    CLeafLockGuard& operator=(const CLeafLockGuard&) = delete;
+
+private:
+    CLeafLock& lock;
+};
+
+} // namespace Tsx

@@ -1,0 +1,12 @@
+// Sorting of string arrays.
+#pragma once
+
+#include "foundation/inc/array.h"
+#include "foundation/inc/unicodestring.h"
+
+namespace Tsx {
+
+/// Ascending order of the 16-bit character codes, not of a locale. Nothing is allocated.
+void SortStrings(CArray<CUnicodeString>& strings);
+
+} // namespace Tsx

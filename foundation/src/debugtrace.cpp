@@ -1,0 +1,60 @@
+#include "foundation/inc/debugtrace.h"
+
+#include "foundation/inc/debugflags.h"
+#include "foundation/inc/errors.h"
+#include "foundation/inc/roomybuffer.h"
+#include "platform/inc/debug.h"
+#include "platform/inc/messagebox.h"
+#include <atomic>
+
+namespace Tsx {
+
+namespace {
+
+std::atomic<std::uint32_t> debugFlags{DebugEnableHeapSwitching | DebugUnused};
+
+} // namespace
+
+std::uint32_t GetDebugFlags() { return debugFlags.load(std::memory_order_relaxed); }
+
+void SetDebugFlag(std::uint32_t bit, bool on) {
+    if (on) {
+        debugFlags |= bit;
+    } else {
+        debugFlags &= ~bit;
+    }
+}
+
+void DebugTraceList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
+    if (HasDebugFlag(DebugSilenceTrace)) {
+        return;
+    }
+    CRoomyBuffer buffer;
+    const auto count = static_cast<std::int32_t>(arguments.size());
+    for (std::int32_t room = CRoomyBuffer::BuiltInSize;; room *= 2) {
+        buffer.SetSize(room);
+        const std::int32_t length = FormatText(buffer.Data(), room - 1, format, arguments.begin(), count);
+        if (length >= 0) {
+            buffer.Data()[length] = u'\0';
+            break;
+        }
+    }
+    Platform::OutputDebugString(buffer.Data());
+}
+
+void WriteDebugOutput(const char16_t* text) {
+    if (HasDebugFlag(DebugReportMemoryErrorInMessageBox)) {
+        AskToBreak(text);
+    } else {
+        Platform::OutputDebugString(text);
+    }
+}
+
+void AskToBreak(const char16_t* text) {
+    constexpr std::uint32_t style = Platform::MbOkCancel | Platform::MbIconHand;
+    if (Platform::MessageBox(nullptr, text, FoundationTitle, style) == Platform::IdCancel) {
+        Platform::DebugBreak();
+    }
+}
+
+} // namespace Tsx

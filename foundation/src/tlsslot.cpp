@@ -1,0 +1,24 @@
+#include "foundation/inc/tlsslot.h"
+
+#include "foundation/inc/debugtrace.h"
+#include "platform/inc/threads.h"
+
+namespace Tsx {
+
+CTlsSlot::CTlsSlot() : index(Platform::TlsAlloc()) {
+    if (index == Platform::TlsOutOfIndexes) {
+        DebugTrace(u"Not enough TLS indices\n");
+    }
+}
+
+CTlsSlot::~CTlsSlot() {
+    if (index != Platform::TlsOutOfIndexes) {
+        Platform::TlsFree(index);
+    }
+}
+
+void* CTlsSlot::Get() const { return Platform::TlsGetValue(index); }
+
+void CTlsSlot::Set(void* value) const { Platform::TlsSetValue(index, value); }
+
+} // namespace Tsx

@@ -1,0 +1,37 @@
+#include "platform/linux/handles.h"
+
+#include "platform/inc/files.h"
+#include "platform/inc/lasterror.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/faulthook.h"
+#include <unistd.h>
+
+namespace Platform {
+
+namespace {
+
+template <class TObject>
+TObject* ObjectOf(Handle handle) {
+    const bool none = !handle || handle == InvalidHandle();
+    auto* object = none ? nullptr : dynamic_cast<TObject*>(static_cast<HandleObject*>(handle));
+    if (!object) {
+        SetLastError(ErrorInvalidHandle);
+    }
+    return object;
+}
+
+} // namespace
+
+bool FileObject::Close() { return close(descriptor) == 0 || FailFromErrno(); }
+
+FileObject* FileOf(Handle handle) { return ObjectOf<FileObject>(handle); }
+
+ThreadObject* ThreadOf(Handle handle) { return ObjectOf<ThreadObject>(handle); }
+
+bool CloseHandle(Handle handle) {
+    PLATFORM_FAULT(CloseHandle, false);
+    const std::unique_ptr<HandleObject> object(ObjectOf<HandleObject>(handle));
+    return object && object->Close();
+}
+
+} // namespace Platform

@@ -1,0 +1,320 @@
+#!/usr/bin/env python3
+"""usage: drafts_test.py PROGRAM [LIBRARY]
+
+Runs the program with a data folder of its own, and reads back the drafts that it leaves there. With LIBRARY, also calls
+the library by itself for its return codes.
+"""
+
+import _ctypes
+import base64
+import ctypes
+import email
+import email.header
+import email.policy
+import email.utils
+import os
+import re
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+import simplemail
+
+PROGRAM = os.path.abspath(sys.argv[1])
+LIBRARY = os.path.abspath(sys.argv[2]) if len(sys.argv) > 2 else None
+FIELDS = {"X-Unsent", "Date", "Message-Id", "Subject", "To", "MIME-Version", "Content-Type",
+          "Content-Transfer-Encoding"}
+ANN = "-r:Ann Lee <ann@example.org>"
+LONG = "x" * 2000
+LOOKALIKE = "=?utf-8?q?hi?="
+BINARY = bytes(range(256)) * 300
+
+# name, arguments, [(shown name, address)], subject, body with LF. None for a field that must not be there.
+TO_ANN = [("Ann Lee", "ann@example.org")]
+MESSAGES = [
+    ("plain", [ANN, "-s:Hello", "-b:Text"], TO_ANN, "Hello", "Text"),
+    ("bare address", ["-r:ann@example.org", "-s:Hello"], None, "Hello", ""),
+    ("nothing but a recipient", [ANN], TO_ANN, None, ""),
+    ("not ASCII", ["-r:Jürgen Groß <j@example.org>", "-s:Grüße 日本語", "-b:Füße\n"],
+     [("Jürgen Groß", "j@example.org")], "Grüße 日本語", "Füße\n"),
+    ("long emoji", ["-r:" + "😀" * 60 + " <a@example.org>", "-s:" + "👍🏽" * 200],
+     [("😀" * 60, "a@example.org")], "👍🏽" * 200, ""),
+    ("one long word", [f"-r:{LONG} <a@example.org>", f"-s:{LONG}", f"-b:{LONG}"],
+     [(LONG, "a@example.org")], LONG, LONG),
+    ("long words", [ANN, "-s:" + "Many words, ü. " * 99 + "End"], TO_ANN, "Many words, ü. " * 99 + "End", ""),
+    ("quotes and commas", ['-r:Lee, "Ann" (Ü\\;) <ann@example.org>', '-s:"a", b; <c>'],
+     [('Lee, "Ann" (Ü\\;)', "ann@example.org")], '"a", b; <c>', ""),
+    ("looks encoded", [f"-r:{LOOKALIKE} <a@example.org>", f"-s:{LOOKALIKE} ü"],
+     [(LOOKALIKE, "a@example.org")], LOOKALIKE + " ü", ""),
+    ("looks encoded, long", [ANN, f"-s:{LOOKALIKE}{'日本語' * 20}"], TO_ANN, LOOKALIKE + "日本語" * 20, ""),
+    ("injected fields",
+     ["-r:A\r\nBcc: e <a@example.org\r\nBcc:e@example.org>", "-s:S\r\n\r\nBcc: e\rTo: e\n X\x0b\x85z"],
+     [("A  Bcc: e", '"a@example.org  Bcc:e"@example.org')], "S    Bcc: e To: e  X  z", ""),
+    ("spaces", [ANN, "-s: a" + " " * 99 + "b ü" + " " * 99 + "\n"], TO_ANN, "a" + " " * 99 + "b ü", ""),
+    ("two addresses in one", ["-r:A <a@example.org, e@example.org>"],
+     [("A", '"a@example.org, e"@example.org')], None, ""),
+    ("odd local part", ['-r:A <a "b"\\ c@example.org>'], [("A", '"a \\"b\\"\\\\ c"@example.org')], None, ""),
+    ("quoted local part", ['-r:A <"a b"@example.org>'], [("A", '"a b"@example.org')], None, ""),
+    ("line ends", [ANN, "-b:a\rb\nc\r\nd\n\re\r\r\n"], TO_ANN, None, "a\nb\nc\nd\n\ne\n\n"),
+    ("line ends, not ASCII", [ANN, "-b:ü\rb\nc\r\nd"], TO_ANN, None, "ü\nb\nc\nd"),
+    ("line ends, hardly ASCII", [ANN, "-b:ü" + "a" * 99 + "\rb =3D \nc \r\nd"],
+     TO_ANN, None, "ü" + "a" * 99 + "\nb =3D \nc \nd"),
+    ("body like a message", [ANN, "-b:From x\n.\n--\nTo: y\n\nz\x01"], TO_ANN, None,
+     "From x\n.\n--\nTo: y\n\nz\x01"),
+]
+
+# File name, shown name or None, expected name, expected type, content.
+ATTACHMENTS = [
+    ("plain.txt", None, "plain.txt", "text/plain", b"Text\r\nof\rlines\n"),
+    ("Grüße 日本語.txt", None, "Grüße 日本語.txt", "text/plain", "ü".encode()),
+    ("a.txt", "Fünf, \"sechs\"; 'x'.txt", "Fünf, \"sechs\"; 'x'.txt", "text/plain", b"x"),
+    ("a.txt", "a\r\nX-Evil: 1\r\n\r\nb", "a  X-Evil: 1    b", "text/plain", b"x"),
+    ("a.txt", "ü" * 150 + ".txt", "ü" * 150 + ".txt", "text/plain", b"x"),
+    ("a\nb.txt", None, "a b.txt", "text/plain", b"x"),
+    ("empty", None, "empty", "application/octet-stream", b""),
+    ("picture", None, "picture", "image/png", b"\x89PNG\r\n\x1a\n\0\0\0\rIHDR" + BINARY),
+    ("inner.eml", None, "inner.eml", "application/octet-stream", b"Subject: x\r\n\r\ny\r\n"),
+    # Around the end of a line and of a piece that is read at once.
+    *[("data.bin", None, "data.bin", "application/octet-stream", BINARY[:size])
+      for size in (56, 57, 58, 58367, 58368, 58369)],
+]
+
+
+def mailboxes(draft):
+    """The To field. This Python's own decoder of address fields leaves a space between encoded words."""
+    fields = [value for name, value in draft.raw_items() if name == "To"]
+    decoded = [(str(email.header.make_header(email.header.decode_header(name))), address)
+               for name, address in email.utils.getaddresses(fields)]
+    return decoded or None
+
+
+class DraftTest(unittest.TestCase):
+    """What both sides need: a folder of their own, and the reading back."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        os.chmod(self.folder, 0o755)
+        self.home = os.path.join(self.folder, "data home")
+        self.drafts = os.path.join(self.home, "corvane", "drafts")
+
+    def file(self, name, content=b"x"):
+        path = os.path.join(self.folder, name)
+        with open(path, "wb") as file:
+            file.write(content)
+        return path
+
+    def read(self, path):
+        self.assertEqual(os.path.dirname(path), self.drafts)
+        self.assertRegex(os.path.basename(path), r"^\d{8}-\d{6}-\d+-\d+\.eml$")
+        self.assertEqual(os.stat(path).st_mode & 0o777, 0o600)
+        with open(path, "rb") as file:
+            raw = file.read()
+        self.assertNotRegex(raw, rb"(?<!\r)\n|\r(?!\n)|[^\r\n]{999}")
+        self.assertNotRegex(raw.split(b"\r\n\r\n")[0], rb"\n[ \t]+(\r|$)")
+        self.assertNotIn("iso-8859", raw.decode("ascii").lower())
+        draft = email.message_from_bytes(raw, policy=email.policy.default)
+        self.assertEqual([part.defects for part in draft.walk()], [[]] * len(list(draft.walk())))
+        for word in re.findall(rb"=\?UTF-8\?[Bb]\?([^?]*)\?=", raw):
+            base64.b64decode(word).decode()  # whole characters, for readers that do not mend halves
+        self.assertEqual(draft["X-Unsent"], "1")
+        self.assertLess(abs(draft["Date"].datetime.timestamp() - time.time()), 60)
+        self.assertRegex(draft["Message-ID"], "^<[^ ]+@[^ ]+>$")
+        return draft
+
+    def assert_nothing_left(self):
+        self.assertEqual([file for _, _, files in os.walk(self.home) for file in files], [])
+
+
+class ProgramTest(DraftTest):
+    def run_program(self, *arguments, limits=(), **variables):
+        """What the program says on standard error, line by line. It ends with 0 whatever becomes of the draft."""
+
+        def prepare():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            for kind, limit in limits:
+                resource.setrlimit(kind, (limit, limit))
+
+        environment = {**os.environ, "XDG_DATA_HOME": self.home, **variables}
+        result = subprocess.run([PROGRAM, *arguments], env=environment, cwd=self.folder, preexec_fn=prepare,
+                                stderr=subprocess.PIPE, encoding="utf-8", timeout=60)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return result.stderr.splitlines()
+
+    def saved(self, *arguments, **options):
+        """The one draft that a run leaves, at the path that it says."""
+        said = self.run_program(*arguments, **options)
+        self.assertEqual(len(said), 1, said)
+        self.assertRegex(said[0], "^Draft saved: /")
+        return self.read(said[0].removeprefix("Draft saved: "))
+
+    def test_messages(self):
+        for name, arguments, to, subject, body in MESSAGES:
+            with self.subTest(name):
+                draft = self.saved(*arguments)
+                self.assertLessEqual(set(draft.keys()), FIELDS | {"Message-ID"})
+                self.assertEqual(len(draft.keys()), len(set(draft.keys())))
+                self.assertEqual(mailboxes(draft), to)
+                self.assertEqual(draft["Subject"], subject)
+                self.assertEqual(draft.get_content_type(), "text/plain")
+                self.assertEqual(draft.get_content_charset(), "utf-8")
+                # A text that is not in base64 ends with a line end in any case.
+                self.assertIn(draft.get_payload(decode=True).decode().replace("\r\n", "\n"), (body, body + "\n"))
+
+    def test_attachments(self):
+        for name, shown, expected_name, media_type, content in ATTACHMENTS:
+            with self.subTest(f"{name}, {shown}, {len(content)}"):
+                path = self.file(name, content)
+                draft = self.saved(ANN, "-b:Text", f"-a:{shown} <{path}>" if shown else f"-a:{path}")
+                body, part = draft.iter_parts()
+                self.assertEqual(body.get_content(), "Text")
+                self.assertEqual(set(part.keys()), {"Content-Type", "Content-Disposition", "Content-Transfer-Encoding"})
+                self.assertTrue(part.is_attachment())
+                self.assertEqual((part.get_filename(), part.get_content_type()), (expected_name, media_type))
+                self.assertEqual(part["Content-Type"].params["name"], expected_name)
+                self.assertEqual(part.get_payload(decode=True), content)
+
+    def test_attachments_of_one_name_stay_apart(self):
+        first, second = self.file("1", b"one"), self.file("2", b"two")
+        draft = self.saved(ANN, f"-a:Same.txt <{first}>", f"-a:Same.txt <{second}>")
+        parts = [(part.get_filename(), part.get_payload(decode=True)) for part in draft.iter_attachments()]
+        # Two that exist: the program hands over the whole list twice.
+        self.assertEqual(parts, [("Same.txt", b"one"), ("Same.txt", b"two")] * 2)
+
+    def test_more_attachments_than_open_files(self):
+        contents = [b"%d" % i for i in range(10)]
+        paths = [self.file(content.decode(), content) for content in contents]
+        draft = self.saved(ANN, *[f"-a:{path}" for path in paths], limits=[(resource.RLIMIT_NOFILE, 50)])
+        self.assertEqual([part.get_payload(decode=True) for part in draft.iter_attachments()], contents * 10)
+
+    def test_windows_paths(self):
+        self.file("Read Me.txt", b"content")
+        for path in ("Read Me.txt", ".\\read me.TXT", "Z:" + self.folder.replace("/", "\\") + "\\READ ME.txt"):
+            with self.subTest(path):
+                (part,) = self.saved(ANN, f"-a:{path}").iter_attachments()
+                self.assertEqual(part.get_payload(decode=True), b"content")
+
+    def test_two_recipients_give_two_drafts(self):
+        said = self.run_program(ANN, "-r:Bob <bob@example.org>", "-s:Hello")
+        drafts = [self.read(line.removeprefix("Draft saved: ")) for line in said]
+        self.assertEqual([draft["To"].addresses[0].username for draft in drafts], ["ann", "bob"])
+        self.assertEqual(len({draft["Message-ID"] for draft in drafts}), 2)
+        self.assertEqual(sorted(os.listdir(self.drafts)), sorted(line.split("/")[-1] for line in said))
+
+    def test_data_folder(self):
+        home_folder = os.path.join(self.folder, ".local/share/corvane/drafts/")
+        for given in ("", "relative/folder"):
+            (line,) = self.run_program(ANN, XDG_DATA_HOME=given, HOME=self.folder)
+            self.assertTrue(line.startswith("Draft saved: " + home_folder), line)
+        for folder in (".local", ".local/share", ".local/share/corvane", ".local/share/corvane/drafts"):
+            self.assertEqual(os.stat(os.path.join(self.folder, folder)).st_mode & 0o777, 0o700)
+
+    def test_failures_leave_nothing(self):
+        small, big = self.file("small"), self.file("big", bytes(1 << 20))
+        missing, pipe = os.path.join(self.folder, "missing"), os.path.join(self.folder, "pipe")
+        os.mkfifo(pipe)
+        for name, arguments, options, said in [
+            ("missing attachment", [f"-a:{small}", f"-a:{missing}"], {}, f"{missing}: No such file or directory"),
+            ("unmapped drive", [f"-a:{small}", "-a:Q:\\x"], {}, "Q:\\x: No such file or directory"),
+            ("folder attached", [f"-a:{small}", f"-a:{self.folder}"], {}, f"{self.folder}: Is a directory"),
+            ("pipe attached", [f"-a:{small}", f"-a:{pipe}"], {}, f"{pipe}: Operation not supported"),
+            ("file in place of a folder", [], {"XDG_DATA_HOME": small}, f"{small}/corvane/drafts: Not a directory"),
+            ("full before the end", [f"-a:{big}"], {"limits": [(resource.RLIMIT_FSIZE, 1 << 19)]},
+             f"{self.drafts}: File too large"),
+            ("full at the first field", [], {"limits": [(resource.RLIMIT_FSIZE, 10)]},
+             f"{self.drafts}: File too large"),
+        ]:
+            with self.subTest(name):
+                (line,) = self.run_program(ANN, *arguments, **options)
+                self.assertRegex(line, "^Draft not saved: cannot ")
+                self.assertTrue(line.endswith(said), line)
+                self.assert_nothing_left()
+
+
+@unittest.skipUnless(LIBRARY, "the library is built for a sanitizer")
+class LibraryTest(DraftTest):
+    def setUp(self):
+        super().setUp()
+        os.makedirs(self.home)
+        os.chmod(self.home, 0o777)
+
+    def send(self, record, prepare=lambda: None):
+        def prepare_all():
+            os.environ["XDG_DATA_HOME"] = self.home
+            prepare()
+
+        return simplemail.send(LIBRARY, record, prepare_all)
+
+    def test_codes(self):
+        secret, big = self.file("secret").encode(), self.file("big", bytes(1 << 20)).encode()
+        os.chmod(secret, 0)
+        folder = self.folder.encode()
+        closed = lambda: (os.chmod(self.home, 0o500), simplemail.drop_root())
+        full = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 19, 1 << 19))
+        message = simplemail.message
+        for name, record, prepare, expected in [
+            ("no message", None, simplemail.drop_root, 2),
+            ("missing", message(files=[(folder + b"/missing", None)]), simplemail.drop_root, 11),
+            ("no path", message(files=[(None, b"name")]), simplemail.drop_root, 11),
+            ("below a file", message(files=[(big + b"/x", None)]), simplemail.drop_root, 11),
+            ("no permission", message(files=[(secret, None)]), simplemail.drop_root, 12),
+            ("folder", message(files=[(folder, None)]), simplemail.drop_root, 12),
+            ("closed data folder", message(), closed, 2),
+            ("disk full", message(files=[(big, None)]), full, 4),
+        ]:
+            with self.subTest(name):
+                code, said = self.send(record, prepare)
+                self.assertEqual(code, expected, said)
+                self.assertRegex(said, r"^Draft not saved: .*\n$")
+                self.assert_nothing_left()
+
+    def test_record(self):
+        record = simplemail.message(
+            b"S\xff", b"T", (b"me@example.org", b""),
+            [(1, b"A", b"SMTP:a@example.org"), (2, b"B", b"b@b\xc3\xbc.example"), (3, None, b"c@example.org"),
+             (1, b"Ann Lee", None), (1, None, None)], [(self.file("f.txt").encode(), b"..\\x/Shown.txt")])
+        code, said = self.send(record)
+        self.assertEqual(code, 0)
+        draft = self.read(said.strip().removeprefix("Draft saved: "))
+        self.assertEqual([draft[field] for field in ("Subject", "From", "To", "Cc", "Bcc")],
+                         ["S\ufffd", "me@example.org", 'A <a@example.org>, "Ann Lee"', "B <b@xn--b-eha.example>",
+                          "c@example.org"])
+        self.assertEqual([part.get_filename() for part in draft.iter_attachments()], ["Shown.txt"])
+
+    def test_names_in_use_and_reloading(self):
+        """Loads, calls and unloads again and again, with the next names taken by files of someone else."""
+        os.makedirs(self.drafts)
+
+        def work():
+            now = time.time()
+            for second in range(-1, 20):
+                start = time.strftime("%Y%m%d-%H%M%S", time.localtime(now + second))
+                for number in range(1, 20, 3):
+                    with open(f"{self.drafts}/{start}-{os.getpid()}-{number}.eml", "w") as file:
+                        file.write("mine")
+            for _ in range(10):
+                library = ctypes.CDLL(LIBRARY)
+                if simplemail.entry(library)(None, None, simplemail.message(b"Hello"), 0, 0) != 0:
+                    return 1
+                _ctypes.dlclose(library._handle)
+            return 0
+
+        os.environ["XDG_DATA_HOME"] = self.home
+        code, said = simplemail.in_child(work, lambda: None)
+        self.assertEqual(code, 0, said)
+        paths = [line.removeprefix("Draft saved: ") for line in said.splitlines()]
+        self.assertEqual(len(set(paths)), 10)
+        for path in paths:
+            self.assertEqual(self.read(path)["Subject"], "Hello")
+        others = {os.path.join(self.drafts, name) for name in os.listdir(self.drafts)} - set(paths)
+        self.assertEqual(len(others), 21 * 7)
+        self.assertEqual({os.path.getsize(path) for path in others}, {len("mine")})
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])
