@@ -6,7 +6,8 @@
 
 namespace Tsx {
 
-/// No lock of its own: the owner guards it. Pages stay until the manager goes; blocks that are out then are lost without a word.
+/// No lock of its own: the owner guards it. Pages stay until the manager goes; blocks that are out then are lost
+/// without a word.
 ///
 ///   block size    step    bytes for blocks in a page    blocks a page
 ///   8 or less     16      65520                         4095
@@ -81,8 +82,8 @@ protected:
     std::int32_t PageUsed = 0;  // bytes handed out of the current page
     std::int32_t FreeBytes = 0; // on FreeList
     std::int32_t BlockSize;
-    std::int32_t BlockStep;     // the larger of the size and 8, rounded up to a multiple of 16
-    std::int32_t PageCapacity;  // bytes for blocks in a page
+    std::int32_t BlockStep;    // the larger of the size and 8, rounded up to a multiple of 16
+    std::int32_t PageCapacity; // bytes for blocks in a page
     std::int32_t InUseBytes = 0;
     std::int32_t PageAllocSize; // bytes of a whole page
 

@@ -1,4 +1,5 @@
-// The debug flags of the process, a sum of these bits. The start of the foundation sets them; they are read from any thread.
+// The debug flags of the process, a sum of these bits. The start of the foundation sets them; they are read from any
+// thread.
 #pragma once
 
 #include <cstdint>
@@ -22,6 +23,8 @@ constexpr std::uint32_t DebugSilenceTrace = 0x2000;
 std::uint32_t GetDebugFlags();
 void SetDebugFlag(std::uint32_t bit, bool on);
 
-inline bool HasDebugFlag(std::uint32_t bit) { return (GetDebugFlags() & bit) != 0; }
+inline bool HasDebugFlag(std::uint32_t bit) {
+    return (GetDebugFlags() & bit) != 0;
+}
 
 } // namespace Tsx

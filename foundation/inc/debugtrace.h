@@ -14,7 +14,8 @@ void DebugTrace(const char16_t* format, const TArguments&... arguments) {
     DebugTraceList(format, {CFormatArgument(arguments)...});
 }
 
-/// A text about memory for the debugger, or, as the debug flag DebugReportMemoryErrorInMessageBox asks, in a message box.
+/// A text about memory for the debugger, or, as the debug flag DebugReportMemoryErrorInMessageBox asks, in a message
+/// box.
 void WriteDebugOutput(const char16_t* text);
 
 /// Shows a text in a message box; cancelling it stops in the debugger.

@@ -3,9 +3,9 @@
 // is shown at once instead, and the raising function returns; those marked noreturn throw in any case.
 #pragma once
 
-#include "foundation/inc/memorymanager.h"
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/errorsfwd.h"
+#include "foundation/inc/memorymanager.h"
 #include "foundation/inc/message.h"
 #include "foundation/inc/unicodestring.h"
 

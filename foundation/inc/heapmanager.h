@@ -15,7 +15,8 @@ public:
     CHeapManager(const CHeapManager&) = delete;
     CHeapManager& operator=(const CHeapManager&) = delete;
 
-    /// Makes the heap. Raises CMemoryException. `destroyIfNotEmpty` lets DestroyHeap take blocks along that are still out.
+    /// Makes the heap. Raises CMemoryException. `destroyIfNotEmpty` lets DestroyHeap take blocks along that are still
+    /// out.
     void CreateHeap(std::size_t initialSize, bool destroyIfNotEmpty);
 
     void* Alloc(std::int32_t size) override;
@@ -23,7 +24,8 @@ public:
 
     /// Turns on the low-fragmentation mode where the system has it: the NT family from 5.1 on.
     void SetLowFragmentation();
-    /// Tells of blocks that are still out, as the debug flags ask: each block to the debugger, the heap in a message box.
+    /// Tells of blocks that are still out, as the debug flags ask: each block to the debugger, the heap in a message
+    /// box.
     void ReportLeaks();
     /// Gives the heap back, unless blocks are out and it is not allowed to take them along.
     void DestroyHeap();

@@ -5,8 +5,9 @@
 
 namespace Tsx {
 
-/// Entered for so short a time that waiting by turning is cheaper than the system's help; a thread that still waits after some turns lets
-/// others run. Nothing that can fail, block or take another lock happens inside. Not to be entered again by its holder.
+/// Entered for so short a time that waiting by turning is cheaper than the system's help; a thread that still waits
+/// after some turns lets others run. Nothing that can fail, block or take another lock happens inside. Not to be
+/// entered again by its holder.
 class CLeafLock {
 public:
     void Enter() {

@@ -1,5 +1,5 @@
-// Who serves memory: the interface of memory managers, the two that stand for the whole process, the thread's current one, and the
-// allocation policies of classes.
+// Who serves memory: the interface of memory managers, the two that stand for the whole process, the thread's current
+// one, and the allocation policies of classes.
 #pragma once
 
 #include "foundation/inc/criticalsection.h"
@@ -41,14 +41,14 @@ extern CVirtualMemoryManager VirtualMemoryManager;
 /// The manager that serves this thread: the runtime heap's unless the thread has chosen another.
 IMemoryManager* CurrentMemoryManager();
 
-/// Allocates through the current manager. The manager is noted in 16 bytes in front of the block, so that the release finds it from any
-/// thread and whatever manager is current then. Raises CMemoryException.
+/// Allocates through the current manager. The manager is noted in 16 bytes in front of the block, so that the release
+/// finds it from any thread and whatever manager is current then. Raises CMemoryException.
 void* AllocateFromCurrentManager(std::int64_t size);
 /// Null is ignored.
 void FreeToOwnManager(void* block) noexcept;
 
-/// The C runtime's heap and the process heap, without a header. Both raise CMemoryException; null is ignored at release. A failed release
-/// to the process heap is an assertion, shown at once: destructors release.
+/// The C runtime's heap and the process heap, without a header. Both raise CMemoryException; null is ignored at
+/// release. A failed release to the process heap is an assertion, shown at once: destructors release.
 void* AllocateFromRuntimeHeap(std::int64_t size);
 void FreeToRuntimeHeap(void* block) noexcept;
 void* AllocateFromProcessHeap(std::int64_t size);
@@ -58,7 +58,8 @@ void FreeToProcessHeap(void* block) noexcept;
 class CMemoryManagerScope {
 public:
     explicit CMemoryManagerScope(IMemoryManager* manager);
-    /// Puts back what was current, never null: a thread without a choice then has the runtime heap's manager, which means the same.
+    /// Puts back what was current, never null: a thread without a choice then has the runtime heap's manager, which
+    /// means the same.
     ~CMemoryManagerScope();
     CMemoryManagerScope(const CMemoryManagerScope&) = delete;
     CMemoryManagerScope& operator=(const CMemoryManagerScope&) = delete;
@@ -67,8 +68,8 @@ private:
     IMemoryManager* kept;
 };
 
-/// Serves the calling thread from the runtime heap over a scope: the paths of failures and messages must not depend on a manager that may
-/// be what is failing.
+/// Serves the calling thread from the runtime heap over a scope: the paths of failures and messages must not depend on
+/// a manager that may be what is failing.
 class CRuntimeHeapSwitcher : private CMemoryManagerScope {
 public:
     CRuntimeHeapSwitcher() : CMemoryManagerScope(&RuntimeHeapManager) {}
@@ -77,7 +78,8 @@ public:
 /// Tag of the runtime heap as a class's allocation policy.
 struct RuntimeHeap;
 
-/// Base of classes whose objects live on the heap that the tag names. `new` gives null, and constructs nothing, when memory is exhausted.
+/// Base of classes whose objects live on the heap that the tag names. `new` gives null, and constructs nothing, when
+/// memory is exhausted.
 template <class THeap>
 class CAllocatedOn;
 

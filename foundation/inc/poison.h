@@ -1,4 +1,5 @@
-// Marks memory that a pool holds back, so that AddressSanitizer sees its misuse as it would see that of freed memory. Empty in other builds.
+// Marks memory that a pool holds back, so that AddressSanitizer sees its misuse as it would see that of freed memory.
+// Empty in other builds.
 #pragma once
 
 #include <cstddef>

@@ -11,8 +11,8 @@
 
 namespace Tsx {
 
-/// Gives out string blocks by size class. Any thread, from static construction to static destruction; independent of any thread's current
-/// manager. Strings that outlive it are abandoned.
+/// Gives out string blocks by size class. Any thread, from static construction to static destruction; independent of
+/// any thread's current manager. Strings that outlive it are abandoned.
 ///
 ///   requested bytes    class     reported size
 ///   up to 32           Small     32
@@ -26,8 +26,8 @@ public:
     CStringBlockAllocator(const CStringBlockAllocator&) = delete;
     CStringBlockAllocator& operator=(const CStringBlockAllocator&) = delete;
 
-    /// A block of at least `size` bytes; `allocated` is the size to be kept and given back with it: it alone names the class. Raises
-    /// CMemoryException.
+    /// A block of at least `size` bytes; `allocated` is the size to be kept and given back with it: it alone names the
+    /// class. Raises CMemoryException.
     void* Alloc(std::int32_t size, std::int32_t& allocated) {
         const CLeafLockGuard guard(Lock);
         if (size <= SmallSize) {

@@ -9,8 +9,9 @@
 
 namespace Tsx {
 
-/// Room for 512 characters in the object itself; more comes from the current memory manager. It grows as CArray does, but by 512 at least,
-/// and moves back to the built-in room when the size falls to 512 or below. The content survives a change of size up to the smaller one.
+/// Room for 512 characters in the object itself; more comes from the current memory manager. It grows as CArray does,
+/// but by 512 at least, and moves back to the built-in room when the size falls to 512 or below. The content survives a
+/// change of size up to the smaller one.
 class CRoomyBuffer {
 public:
     static constexpr std::int32_t BuiltInSize = 512;

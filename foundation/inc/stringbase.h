@@ -9,6 +9,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <string>
@@ -121,11 +122,12 @@ public:
     }
     TDerived& Append(TChar c) {
         const std::int32_t length = Length();
-        if (__builtin_expect(!IsPrivate() || block->BlockSize < Block::BytesFor(length + 1), 0)) {
+        if (__builtin_expect(!IsPrivate() || block->BlockSize < Block::BytesFor(std::int64_t{length} + 1), 0)) {
             MakeRoom(std::int64_t{length} + 1);
         }
-        block->Characters[length] = c;
-        Finish(length + 1);
+        const TChar ending[2] = {c, 0}; // the character and the terminator in one write
+        std::memcpy(block->Characters + length, ending, sizeof(ending));
+        block->Length = length + 1;
         return Self();
     }
     TDerived& Append(std::basic_string_view<TChar> text) { return Append(text.data(), CheckedCount(text.size())); }
@@ -205,7 +207,7 @@ private:
     // The last owner need not count down: nobody else can see the block.
     static void Release(Block* released) noexcept {
         if (released != &EmptyStringBlock<TChar> && (released->RefCount.load(std::memory_order_acquire) == 1 ||
-                                                     released->RefCount.fetch_sub(1, std::memory_order_acq_rel) <= 1)) {
+                                                     released->RefCount.fetch_sub(1, std::memory_order_acq_rel) == 1)) {
             StringAllocator.Free(released, released->BlockSize);
         }
     }

@@ -5,8 +5,8 @@
 
 namespace Tsx {
 
-/// A pointer for each thread, null at first. Where the system has no slot left, a line tells the debugger, and every thread counts as having
-/// null for good.
+/// A pointer for each thread, null at first. Where the system has no slot left, a line tells the debugger, and every
+/// thread counts as having null for good.
 class CTlsSlot {
 public:
     CTlsSlot();

@@ -6,8 +6,8 @@
 
 namespace Tsx {
 
-/// A set of 16-bit characters in two levels: the top 6 bits of a character pick a leaf of 1024 bits, null while none of its characters is a
-/// member. Filled at construction; safe to read from any thread after. Raises CMemoryException.
+/// A set of 16-bit characters in two levels: the top 6 bits of a character pick a leaf of 1024 bits, null while none of
+/// its characters is a member. Filled at construction; safe to read from any thread after. Raises CMemoryException.
 class CUnicodeCharSet {
 public:
     explicit CUnicodeCharSet(std::u16string_view members);
@@ -39,7 +39,8 @@ private:
 extern const CUnicodeCharSet WhiteSpaceChars;
 /// The digits 0 to 9.
 extern const CUnicodeCharSet DigitChars;
-/// What a file name cannot hold: * ? < > : " | \ / and the codes 1 to 31. No path operation asks it; it stands for callers who want to.
+/// What a file name cannot hold: * ? < > : " | \ / and the codes 1 to 31. No path operation asks it; it stands for
+/// callers who want to.
 extern const CUnicodeCharSet InvalidNameChars;
 
 } // namespace Tsx

@@ -40,7 +40,9 @@ void* CBlockManager::Alloc(std::int32_t size) {
     return AllocBlock();
 }
 
-void CBlockManager::Free(void* block) { FreeBlock(block); }
+void CBlockManager::Free(void* block) {
+    FreeBlock(block);
+}
 
 void* CBlockManager::AllocFromNewPage() {
     CPage* page = SparePages;

@@ -15,7 +15,9 @@ std::atomic<std::uint32_t> debugFlags{DebugEnableHeapSwitching | DebugUnused};
 
 } // namespace
 
-std::uint32_t GetDebugFlags() { return debugFlags.load(std::memory_order_relaxed); }
+std::uint32_t GetDebugFlags() {
+    return debugFlags.load(std::memory_order_relaxed);
+}
 
 void SetDebugFlag(std::uint32_t bit, bool on) {
     if (on) {

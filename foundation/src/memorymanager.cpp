@@ -13,19 +13,25 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\alloc";
 
-// In front of each block of the current manager's policy; 16 bytes keep the block's alignment, of which the second half is not written.
+// In front of each block of the current manager's policy; 16 bytes keep the block's alignment, of which the second half
+// is not written.
 struct alignas(16) BlockHeader {
     IMemoryManager* manager;
 };
 
 } // namespace
 
-void* CRuntimeHeapManager::Alloc(std::int32_t size) { return AllocateFromRuntimeHeap(size); }
+void* CRuntimeHeapManager::Alloc(std::int32_t size) {
+    return AllocateFromRuntimeHeap(size);
+}
 
-void CRuntimeHeapManager::Free(void* block) { FreeToRuntimeHeap(block); }
+void CRuntimeHeapManager::Free(void* block) {
+    FreeToRuntimeHeap(block);
+}
 
 void* CVirtualMemoryManager::Alloc(std::int32_t size) {
-    void* pages = Platform::VirtualAlloc(nullptr, static_cast<std::size_t>(size), Platform::MemCommit, Platform::PageReadWrite);
+    void* pages =
+        Platform::VirtualAlloc(nullptr, static_cast<std::size_t>(size), Platform::MemCommit, Platform::PageReadWrite);
     if (!pages) {
         GenerateMemoryException();
     }
@@ -47,7 +53,9 @@ CMemoryManagerScope::CMemoryManagerScope(IMemoryManager* manager) : kept(Current
     MemoryManagerSlot.Set(manager);
 }
 
-CMemoryManagerScope::~CMemoryManagerScope() { MemoryManagerSlot.Set(kept); }
+CMemoryManagerScope::~CMemoryManagerScope() {
+    MemoryManagerSlot.Set(kept);
+}
 
 void* AllocateFromCurrentManager(std::int64_t size) {
     const std::int64_t whole = size + static_cast<std::int64_t>(sizeof(BlockHeader));
@@ -75,7 +83,9 @@ void* AllocateFromRuntimeHeap(std::int64_t size) {
     return block;
 }
 
-void FreeToRuntimeHeap(void* block) noexcept { Platform::FreeRuntimeHeap(block); }
+void FreeToRuntimeHeap(void* block) noexcept {
+    Platform::FreeRuntimeHeap(block);
+}
 
 void* AllocateFromProcessHeap(std::int64_t size) {
     void* block = Platform::HeapAlloc(Platform::GetProcessHeap(), 0, static_cast<std::size_t>(size));
@@ -97,8 +107,12 @@ void FreeToProcessHeap(void* block) noexcept {
     }
 }
 
-void* CAllocatedOn<RuntimeHeap>::operator new(std::size_t size) noexcept { return Platform::AllocateRuntimeHeap(size); }
+void* CAllocatedOn<RuntimeHeap>::operator new(std::size_t size) noexcept {
+    return Platform::AllocateRuntimeHeap(size);
+}
 
-void CAllocatedOn<RuntimeHeap>::operator delete(void* block) noexcept { Platform::FreeRuntimeHeap(block); }
+void CAllocatedOn<RuntimeHeap>::operator delete(void* block) noexcept {
+    Platform::FreeRuntimeHeap(block);
+}
 
 } // namespace Tsx

@@ -26,7 +26,8 @@ void SelectionSort(CUnicodeString* strings, std::int32_t count) {
     }
 }
 
-// Puts the middle element to its final place, with what is below it in front and what is above it behind; returns that place.
+// Puts the middle element to its final place, with what is below it in front and what is above it behind; returns that
+// place.
 std::int32_t Partition(CUnicodeString* strings, std::int32_t count) {
     std::swap(strings[0], strings[count / 2]);
     const CUnicodeString pivot = strings[0];

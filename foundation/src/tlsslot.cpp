@@ -17,8 +17,12 @@ CTlsSlot::~CTlsSlot() {
     }
 }
 
-void* CTlsSlot::Get() const { return Platform::TlsGetValue(index); }
+void* CTlsSlot::Get() const {
+    return Platform::TlsGetValue(index);
+}
 
-void CTlsSlot::Set(void* value) const { Platform::TlsSetValue(index, value); }
+void CTlsSlot::Set(void* value) const {
+    Platform::TlsSetValue(index, value);
+}
 
 } // namespace Tsx

@@ -17,7 +17,9 @@ CUnicodeCharSet::CUnicodeCharSet(std::u16string_view members) {
     }
 }
 
-CUnicodeCharSet::~CUnicodeCharSet() { FreeLeaves(); }
+CUnicodeCharSet::~CUnicodeCharSet() {
+    FreeLeaves();
+}
 
 void CUnicodeCharSet::Add(char16_t c) {
     Leaf*& leaf = leaves[c >> LeafBits];

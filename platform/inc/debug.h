@@ -5,8 +5,8 @@
 
 namespace Platform {
 
-/// A line for an attached debugger. On Linux it goes to standard error if the environment variable TESSARIX_DEBUG_OUTPUT is set, and
-/// nowhere otherwise.
+/// A line for an attached debugger. On Linux it goes to standard error if the environment variable
+/// TESSARIX_DEBUG_OUTPUT is set, and nowhere otherwise.
 void OutputDebugString(const char16_t* text);
 
 /// Stops in the debugger; without one the process ends.

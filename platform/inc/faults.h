@@ -12,7 +12,8 @@ enum class FaultMode { Once, FromThenOn };
 /// True in builds that have the hook.
 bool FaultsAvailable();
 
-/// Makes the `nth` call (from 1) of the platform function `function` fail with `code`; "*" counts the calls of all
+/// Makes the `nth` call (from 1) of the platform function `function` fail with `code`; "allocation" counts all calls
+/// that allocate memory, "*" the calls of all
 /// functions. Replaces any plan before it. A plan is for the whole process and safe to reach from any thread. The same
 /// plan can be given to a process in the environment variable TESSARIX_FAULT as "function:nth:code:once" or
 /// "function:nth:code:on".

@@ -31,8 +31,8 @@ constexpr std::uint32_t StillActive = 259; // STILL_ACTIVE
 
 /// The pseudo-handle that means the calling thread wherever it is used.
 Handle GetCurrentThread();
-/// A handle of its own to the thread, in this process, with the same access; closed by CloseHandle. The one source on Linux is the
-/// pseudo-handle of the calling thread.
+/// A handle of its own to the thread, in this process, with the same access; closed by CloseHandle. The one source on
+/// Linux is the pseudo-handle of the calling thread.
 bool DuplicateHandle(Handle source, Handle& duplicate);
 /// The exit code of a thread, StillActive while it runs. On Linux a thread that has ended has the code 0.
 bool GetExitCodeThread(Handle thread, std::uint32_t& code);

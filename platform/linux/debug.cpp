@@ -13,8 +13,12 @@ void OutputDebugString(const char16_t* text) {
     }
 }
 
-void DebugBreak() { std::raise(SIGTRAP); }
+void DebugBreak() {
+    std::raise(SIGTRAP);
+}
 
-OsVersion GetVersionEx() { return {2, 6, 2}; }
+OsVersion GetVersionEx() {
+    return {2, 6, 2};
+}
 
 } // namespace Platform

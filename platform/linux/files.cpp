@@ -82,10 +82,7 @@ Handle SearchName(std::u16string_view path, FindData& data) {
     }
     struct stat status {};
     if (lstat(native.c_str(), &status) != 0) {
-        const int error = errno;
-        const std::string folder = native.substr(0, native.find_last_of('/') + 1);
-        const bool folderMissing = error == ENOENT && !folder.empty() && lstat(folder.c_str(), &status) != 0;
-        SetLastError(folderMissing ? ErrorPathNotFound : WindowsErrorCode(error));
+        FailOnPath(native);
         return InvalidHandle();
     }
     return StartSearch(WideName(native.substr(native.find_last_of('/') + 1)), native, data);
@@ -119,7 +116,7 @@ Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t shar
         return InvalidHandle();
     }
     if (file->descriptor < 0) {
-        SetLastErrorFromErrno();
+        FailOnPath(native);
         return InvalidHandle();
     }
     return static_cast<HandleObject*>(file.release());

@@ -22,11 +22,17 @@ TObject* ObjectOf(Handle handle) {
 
 } // namespace
 
-bool FileObject::Close() { return close(descriptor) == 0 || FailFromErrno(); }
+bool FileObject::Close() {
+    return close(descriptor) == 0 || FailFromErrno();
+}
 
-FileObject* FileOf(Handle handle) { return ObjectOf<FileObject>(handle); }
+FileObject* FileOf(Handle handle) {
+    return ObjectOf<FileObject>(handle);
+}
 
-ThreadObject* ThreadOf(Handle handle) { return ObjectOf<ThreadObject>(handle); }
+ThreadObject* ThreadOf(Handle handle) {
+    return ObjectOf<ThreadObject>(handle);
+}
 
 bool CloseHandle(Handle handle) {
     PLATFORM_FAULT(CloseHandle, false);

@@ -1,5 +1,5 @@
-// What a handle points to on this system: an object of one of the classes below, made by the function that gives the handle out and
-// deleted by CloseHandle.
+// What a handle points to on this system: an object of one of the classes below, made by the function that gives the
+// handle out and deleted by CloseHandle.
 #pragma once
 
 #include "platform/inc/types.h"

@@ -5,10 +5,8 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
 #include <link.h>
-#include <mutex>
 #include <new>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -19,32 +17,11 @@ namespace {
 
 constexpr std::size_t Granularity = 0x10000; // as on Windows
 
-// In front of each block of a heap. Keeps what Windows keeps: the size, and all blocks of the heap for its walk and its
-// end.
-struct alignas(16) BlockLink {
-    BlockLink* previous;
-    BlockLink* next;
-    std::size_t size;
-};
-
 // In front of pages: how many bytes were mapped. It fills a page of its own, so that what follows stays aligned.
 struct PagesHeader {
     void* mapping;
     std::size_t size;
 };
-
-} // namespace
-
-struct HeapObject {
-    std::recursive_mutex lock;
-    BlockLink blocks{&blocks, &blocks, 0}; // a ring
-};
-
-namespace {
-
-BlockLink* LinkOf(void* block) {
-    return static_cast<BlockLink*>(block) - 1;
-}
 
 } // namespace
 
@@ -55,91 +32,6 @@ void* AllocateRuntimeHeap(std::size_t size) noexcept {
 
 void FreeRuntimeHeap(void* block) noexcept {
     std::free(block);
-}
-
-Heap GetProcessHeap() {
-    // Never destroyed: records on it are given back until the very end of the process.
-    static auto* const heap = new HeapObject;
-    return heap;
-}
-
-Heap HeapCreate(std::uint32_t, std::size_t, std::size_t) {
-    PLATFORM_FAULT(HeapCreate, nullptr);
-    Heap heap = new (std::nothrow) HeapObject;
-    if (!heap) {
-        SetLastError(ErrorNotEnoughMemory);
-    }
-    return heap;
-}
-
-bool HeapDestroy(Heap heap) {
-    PLATFORM_FAULT(HeapDestroy, false);
-    while (heap->blocks.next != &heap->blocks) {
-        HeapFree(heap, 0, heap->blocks.next + 1);
-    }
-    delete heap;
-    return true;
-}
-
-void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
-    PLATFORM_ALLOCATION_FAULT(HeapAlloc);
-    void* room = size <= SIZE_MAX - sizeof(BlockLink) ? std::malloc(sizeof(BlockLink) + size) : nullptr;
-    if (!room) {
-        SetLastError(ErrorNotEnoughMemory);
-        return nullptr;
-    }
-    const std::lock_guard guard(heap->lock);
-    BlockLink& head = heap->blocks;
-    auto* link = new (room) BlockLink{&head, head.next, size};
-    head.next->previous = link;
-    head.next = link;
-    return link + 1;
-}
-
-bool HeapFree(Heap heap, std::uint32_t, void* block) noexcept {
-    PLATFORM_FAULT(HeapFree, false);
-    if (!block) {
-        return true;
-    }
-    BlockLink* link = LinkOf(block);
-    const std::lock_guard guard(heap->lock);
-    link->previous->next = link->next;
-    link->next->previous = link->previous;
-    std::free(link);
-    return true;
-}
-
-std::size_t HeapSize(Heap, std::uint32_t, const void* block) {
-    PLATFORM_FAULT(HeapSize, ~std::size_t{0});
-    return (static_cast<const BlockLink*>(block) - 1)->size;
-}
-
-bool HeapLock(Heap heap) {
-    PLATFORM_FAULT(HeapLock, false);
-    heap->lock.lock();
-    return true;
-}
-
-bool HeapUnlock(Heap heap) {
-    PLATFORM_FAULT(HeapUnlock, false);
-    heap->lock.unlock();
-    return true;
-}
-
-bool HeapWalk(Heap heap, HeapEntry& entry) {
-    PLATFORM_FAULT(HeapWalk, false);
-    BlockLink* next = (entry.data ? LinkOf(entry.data) : &heap->blocks)->next;
-    if (next == &heap->blocks) {
-        return Fail(ErrorNoMoreItems);
-    }
-    entry.data = next + 1;
-    entry.size = next->size;
-    entry.flags = HeapEntryBusy; // free blocks are the run-time's and not to be seen
-    return true;
-}
-
-bool SetHeapLowFragmentation(Heap) {
-    return true;
 }
 
 void* VirtualAlloc(void*, std::size_t size, std::uint32_t, std::uint32_t) noexcept {

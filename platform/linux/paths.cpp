@@ -4,6 +4,7 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/nativetext.h"
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <dirent.h>
 #include <memory>
@@ -95,6 +96,13 @@ bool MapPath(std::u16string_view path, std::string& native) {
         native = ".";
     }
     return true;
+}
+
+bool FailOnPath(const std::string& native) {
+    const int error = errno;
+    const std::string folder = native.substr(0, native.find_last_of('/') + 1);
+    const bool folderMissing = error == ENOENT && !folder.empty() && !Exists(folder);
+    return Fail(folderMissing ? ErrorPathNotFound : WindowsErrorCode(error));
 }
 
 std::u16string WindowsPath(std::string_view native) {

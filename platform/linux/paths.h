@@ -17,6 +17,10 @@ namespace Platform {
 /// for a path that nothing maps or that is empty.
 bool MapPath(std::u16string_view path, std::string& native);
 
+/// Ends a failed call on a mapped path: false, with the last error from errno, where a missing folder on the way is
+/// told from a missing file in it as Windows tells them apart.
+bool FailOnPath(const std::string& native);
+
 /// The Windows form of an absolute native path, on drive Z:.
 std::u16string WindowsPath(std::string_view native);
 

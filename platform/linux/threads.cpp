@@ -98,6 +98,8 @@ bool GetExitCodeThread(Handle thread, std::uint32_t& code) {
     return object != nullptr;
 }
 
-void SwitchToThread() { sched_yield(); }
+void SwitchToThread() {
+    sched_yield();
+}
 
 } // namespace Platform

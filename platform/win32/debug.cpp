@@ -4,9 +4,13 @@
 
 namespace Platform {
 
-void OutputDebugString(const char16_t* text) { ::OutputDebugStringW(Wide(text)); }
+void OutputDebugString(const char16_t* text) {
+    ::OutputDebugStringW(Wide(text));
+}
 
-void DebugBreak() { ::DebugBreak(); }
+void DebugBreak() {
+    ::DebugBreak();
+}
 
 OsVersion GetVersionEx() {
     OSVERSIONINFOW info{};

@@ -47,7 +47,9 @@ bool TlsSetValue(std::uint32_t index, void* value) {
     return ::TlsSetValue(index, value) != 0;
 }
 
-Handle GetCurrentThread() { return ::GetCurrentThread(); }
+Handle GetCurrentThread() {
+    return ::GetCurrentThread();
+}
 
 bool DuplicateHandle(Handle source, Handle& duplicate) {
     HANDLE process = ::GetCurrentProcess();
@@ -61,6 +63,8 @@ bool GetExitCodeThread(Handle thread, std::uint32_t& code) {
     return known;
 }
 
-void SwitchToThread() { ::SwitchToThread(); }
+void SwitchToThread() {
+    ::SwitchToThread();
+}
 
 } // namespace Platform

@@ -1,0 +1,165 @@
+"""The two systems on which the program is run: natively, and as a Windows program under Wine.
+
+A place keeps three copies of the program, each in a folder where it finds another mail system:
+
+    recording    the recording client
+    missing      no MAPI library at all
+    no entry     a MAPI library that cannot send
+"""
+
+import dataclasses
+import os
+import shutil
+import signal
+import subprocess
+
+NOBODY = 65534
+
+
+@dataclasses.dataclass
+class Result:
+    code: int  # of all 32 bits under Windows; negative for a signal; None if there is none
+    output: bytes
+    errors: bytes
+    late: bool = False
+
+
+def execute(command, folder, environment, limit, user=None):
+    """Runs a command with its output in pipes; whatever is left of it when the time is up is killed."""
+    process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE, start_new_session=True, user=user)
+    try:
+        output, errors = process.communicate(timeout=limit)
+        return Result(process.returncode, output, errors)
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        output, errors = process.communicate()
+        return Result(process.returncode, output, errors, late=True)
+
+
+def windows_path(native):
+    """The path in the syntax that the program uses on both systems."""
+    return "Z:" + native.replace("/", "\\")
+
+
+class Place:
+    """What both have in common. `root` is a folder of this run alone."""
+
+    def __init__(self, options, root):
+        self.options = options
+        self.root = root
+        self.programs = {}
+        # Settings of whoever starts the suite must not reach the program.
+        own = ("CORVANE_TRANSCRIPT", "CORVANE_MAPI_ANSWER", "LD_LIBRARY_PATH")
+        self.environment = {name: value for name, value in os.environ.items()
+                            if name not in own and not name.startswith("TESSARIX_")}
+        self.environment["LC_ALL"] = "C.UTF-8"
+
+    def copy_program(self, mail, name, library=None):
+        folder = os.path.join(self.root, mail.replace(" ", ""))
+        os.mkdir(folder)
+        self.programs[mail] = shutil.copy(self.options.program, os.path.join(folder, name))
+        if library:
+            shutil.copy(library, folder)
+
+
+class Native(Place):
+    windows = False
+
+    def __init__(self, options, root):
+        super().__init__(options, root)
+        self.environment["TESSARIX_REGISTRY"] = os.path.join(root, "registry")
+        self.environment["PATH"] = "/usr/bin:/bin"  # libraries are looked for there too
+        self.copy_program("recording", "corvane", options.client)
+        self.copy_program("missing", "corvane")
+        self.copy_program("no entry", "corvane", options.no_entry_client)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        pass
+
+    def client_path(self, native):
+        return native
+
+    def exit_code(self, code):
+        return code & 0xFF
+
+    def crashed(self, code):
+        return code not in (0, 255)  # by a signal, or with the code of a sanitizer
+
+    def run(self, case, folder, environment):
+        words = [word if isinstance(word, bytes) else word.encode() for word in case.words]
+        user = NOBODY if case.unprivileged and os.geteuid() == 0 else None
+        command = [self.programs[case.mail], *words]
+        return execute(command, folder, {**self.environment, **environment}, case.limit, user)
+
+
+class Wine(Place):
+    windows = True
+    clients = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
+    # Where Wine takes the MAPI library from, if not from its own: from nowhere, or from the program's folder.
+    overrides = {"missing": "mapi32=", "no entry": "mapi32=n"}
+
+    def __init__(self, options, root):
+        super().__init__(options, root)
+        self.copy_program("recording", "corvane.exe")
+        self.copy_program("missing", "corvane.exe")
+        self.copy_program("no entry", "corvane.exe", options.no_entry_client)
+        self.line_file = os.path.join(root, "line")
+        self.code_file = os.path.join(root, "code")
+
+    def __enter__(self):
+        client = windows_path(self.options.client).replace("\\", "\\\\")
+        self.registry(f"[{self.clients}]", '@="CorvaneTest"', f"[{self.clients}\\CorvaneTest]", f'"DLLPath"="{client}"')
+        return self
+
+    def __exit__(self, *_):
+        # What a new prefix has, also after a run that was killed.
+        self.registry(f"[{self.clients}]", '@="Native Mail Client"', f"[-{self.clients}\\CorvaneTest]")
+
+    def registry(self, *rows):
+        file = os.path.join(self.root, "settings.reg")
+        with open(file, "w", encoding="utf-16") as stream:
+            stream.write("\n".join(["Windows Registry Editor Version 5.00", "", *rows, ""]))
+        # The first run of all makes the prefix, which takes a while.
+        result = execute([self.options.wine, "regedit", "/S", windows_path(file)], self.root, self.environment, 200)
+        if result.code != 0:
+            raise RuntimeError(f"the mail client cannot be registered: {result}")
+
+    def client_path(self, native):
+        return windows_path(native)
+
+    def exit_code(self, code):
+        return code & 0xFFFFFFFF
+
+    def crashed(self, code):
+        return code == 0xC0000005  # STATUS_ACCESS_VIOLATION
+
+    def line(self, case):
+        """The whole command line: the case's own, or its words in the quotes that the program undoes."""
+        rest = case.line if case.line is not None else " ".join(map(self.quote, case.words))
+        program = self.quote(windows_path(self.programs[case.mail]))
+        return f"{program} {rest}" if rest else program
+
+    @staticmethod
+    def quote(word):
+        if word and all("!" <= c <= "~" and c != '"' for c in word):
+            return word
+        return '"' + word.replace('"', '""') + '"'
+
+    def run(self, case, folder, environment):
+        if os.path.exists(self.code_file):
+            os.unlink(self.code_file)
+        with open(self.line_file, "wb") as file:
+            file.write(self.line(case).encode("utf-16-le", "surrogatepass"))
+        files = map(windows_path, (self.programs[case.mail], self.line_file, self.code_file))
+        command = [self.options.wine, self.options.launcher, *files]
+        overrides = {"WINEDLLOVERRIDES": self.overrides[case.mail]} if case.mail in self.overrides else {}
+        result = execute(command, folder, {**self.environment, **environment, **overrides}, case.limit)
+        result.code = None
+        if os.path.exists(self.code_file):
+            with open(self.code_file, encoding="ascii") as file:
+                result.code = int(file.read())
+        return result

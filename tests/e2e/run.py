@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""Runs the table of cases against the built program, natively or under Wine. Ends with 1 if a case fails."""
+
+import argparse
+import difflib
+import fnmatch
+import os
+import re
+import shutil
+import sys
+import tempfile
+
+import cases
+import exports
+from places import Native, Wine
+
+LOCKED = "locked"  # the folder that an unprivileged case may not enter
+
+
+def prepare(case, folder):
+    """The case's working folder with its files."""
+    os.mkdir(folder)
+    for name, content in case.files.items():
+        path = os.path.join(os.fsencode(folder), os.fsencode(name))
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(content)
+    if case.unprivileged:
+        os.chmod(os.path.join(folder, LOCKED), 0)
+
+
+def shown(text):
+    """Lines to compare, with carriage returns and cut where they are huge."""
+    lines = text.replace("\r", "\\r").splitlines() or ["(nothing)"]
+    return [line if len(line) < 500 else f"{line[:200]}... ({len(line)} characters)" for line in lines]
+
+
+def difference(what, wanted, found):
+    """Nothing if they agree, else the lines that tell how they don't."""
+    if isinstance(wanted, re.Pattern):
+        if wanted.fullmatch(found):
+            return []
+        wanted = f"(a pattern) {wanted.pattern}"
+    if wanted == found:
+        return []
+    lines = list(difflib.unified_diff(shown(wanted), shown(found), f"{what} expected", f"{what} found", "", "", 2, ""))
+    return lines or [f"{what}: differs beyond what is shown here"]
+
+
+def check(place, case, folder):
+    """What is wrong with the case, in lines."""
+    prepare(case, folder)
+    transcript_file = folder + ".transcript"
+    with open(transcript_file, "wb"):
+        os.chmod(transcript_file, 0o666)
+    environment = {"CORVANE_TRANSCRIPT": place.client_path(transcript_file)}
+    if case.answer:
+        environment["CORVANE_MAPI_ANSWER"] = case.answer
+    result = place.run(case, folder, environment)
+    if case.unprivileged:
+        os.chmod(os.path.join(folder, LOCKED), 0o700)
+    with open(transcript_file, encoding="utf-8") as file:
+        transcript = file.read()
+    problems = [f"killed after {case.limit} seconds"] if result.late else []
+    if case.code == cases.CRASHED:
+        if not place.crashed(result.code):
+            problems.append(f"exit code {result.code}, expected that of a crash")
+    else:
+        wanted = place.exit_code(case.code)
+        problems += [] if result.code == wanted else [f"exit code {result.code}, expected {wanted}"]
+        problems += difference("standard error", "", result.errors.decode(errors="replace"))
+    problems += difference("standard output", case.output, result.output.decode(errors="replace"))
+    problems += difference("transcript", "".join(mail.transcript() for mail in case.sends), transcript)
+    return problems
+
+
+def run_all(options, root):
+    passed = failed = 0
+    with (Wine if options.wine else Native)(options, root) as place:
+        for number, case in enumerate(cases.all_cases(place)):
+            if not fnmatch.fnmatch(case.name, options.only):
+                continue
+            if case.skip:
+                print(f"SKIP {case.name}: {case.skip}")
+                continue
+            problems = check(place, case, os.path.join(root, str(number)))
+            passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
+            if problems:
+                print("\n    ".join([f"FAIL {case.name}", *problems]))
+    for name, problems in exports.checks(options):
+        passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
+        if problems:
+            print("\n    ".join([f"FAIL {name}", *problems]))
+    print(f"{passed} passed, {failed} failed")
+    return failed == 0 and passed > 0
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--program", required=True)
+    parser.add_argument("--client", required=True, help="the recording MAPI library")
+    parser.add_argument("--no-entry-client", required=True, help="a MAPI library that cannot send")
+    parser.add_argument("--sanitized", action="store_true", help="the program shows a sanitizer's symbols too")
+    parser.add_argument("--wine", help="what runs a Windows program")
+    parser.add_argument("--launcher", help="the Windows program that starts another with an exact command line")
+    parser.add_argument("--objdump", help="the tool that lists what a Windows program exports and imports")
+    parser.add_argument("--only", default="*", help="a pattern of case names")
+    options = parser.parse_args()
+    root = tempfile.mkdtemp(prefix="corvane-e2e-")
+    os.chmod(root, 0o755)  # an unprivileged case runs as another user
+    os.umask(0o022)
+    try:
+        return 0 if run_all(options, root) else 1
+    finally:
+        shutil.rmtree(root)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

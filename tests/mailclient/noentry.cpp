@@ -1,0 +1,9 @@
+// A library under the mail system's name that lacks the entry for sending.
+#include <cstdint>
+
+extern "C" PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* buffer);
+
+std::uint32_t MAPIFreeBuffer(void* buffer) {
+    static_cast<void>(buffer);
+    return 0;
+}

@@ -1,0 +1,44 @@
+// The text file in which the recording mail client tells what it was handed: UTF-8, one value a line, in the order of
+// the calls. It knows nothing of the messages themselves, so that every interface of the client can record through it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// A number in decimal digits. The standard library's own conversion has a table of which a process keeps one for all
+/// libraries, and a library that shares it is never unloaded.
+std::string Decimal(std::uint64_t value);
+
+/// Collects lines and appends them to the file that the environment variable CORVANE_TRANSCRIPT names; without the
+/// variable all of it is dropped. Nothing is open between two calls, since a client may die in any of them. For one
+/// thread.
+///
+///   Line("attach")                          attach
+///   Number("flags", 9)                      flags 9
+///   Pointer("lpFiles", nullptr)             lpFiles null (otherwise: given)
+///   Text("subject", "a\n\"b\"\x01")         subject "a\n\"b\"\x01"
+///   Text("subject", nullptr)                subject null
+///   Bytes("id", "\x01\xAB", 2)              id 01AB
+///   Bytes("id", nullptr, 0)                 id null
+class Transcript {
+public:
+    void Line(std::string_view text);
+    void Number(std::string_view name, std::uint64_t value);
+    /// Whether there is something; addresses differ from run to run.
+    void Pointer(std::string_view name, const void* pointer);
+    /// A terminated text in the system's ANSI code page.
+    void Text(std::string_view name, const char* text);
+    void Bytes(std::string_view name, const void* bytes, std::size_t size);
+
+    /// Appends what was collected to the file and forgets it. Ends the process if the file cannot be written: a
+    /// transcript with a gap would be believed.
+    void Write();
+
+    /// How many lines of the file are exactly `wanted`; 0 without a file.
+    static int CountLines(std::string_view wanted);
+
+private:
+    std::string lines;
+};
