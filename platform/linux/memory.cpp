@@ -70,8 +70,8 @@ MemoryRegion QueryAddress(const void* address) {
     if (dladdr1(address, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0) {
         // Not in a module. A page that is there can be asked for its state.
         const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-        auto* start = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address) & ~(page - 1));
-        return {msync(start, page, MS_ASYNC) == 0, nullptr};
+        const char* start = static_cast<const char*>(address) - reinterpret_cast<std::uintptr_t>(address) % page;
+        return {msync(const_cast<char*>(start), page, MS_ASYNC) == 0, nullptr};
     }
     // The program itself has no name in the loader's list.
     void* module = dlopen(*map->l_name != '\0' ? map->l_name : nullptr, RTLD_NOW | RTLD_NOLOAD);
