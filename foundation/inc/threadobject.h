@@ -1,41 +1,116 @@
-// Values that each thread has for itself, made at its first use, and the guard around the processing of a failure.
+// Values that each thread has for itself, made at its first use without asking any thread to announce itself, and the
+// guard around the processing of a failure. Everything here lives on the process heap.
 #pragma once
 
+#include "foundation/inc/array.h"
 #include "foundation/inc/criticalsection.h"
+#include "foundation/inc/pointerarray.h"
+#include "foundation/inc/tlsslot.h"
+#include "platform/inc/types.h"
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace Tsx {
 
-/// The untyped part of CThreadObject: a slot, and all values of all threads, freed when the family goes.
+/// One family's value for one thread.
+struct CThreadRecord {
+    alignas(8) std::byte value[8];
+    Platform::Handle thread; // tells whether the thread has ended
+
+    static void Destroy(CThreadRecord* record);
+};
+static_assert(sizeof(CThreadRecord) == 16);
+
+/// A thread's records, by the index of their family; null where there is none.
+using CThreadArray = CArray<CThreadRecord*, CProcessHeapPolicy>;
+
+/// Calls a static Destroy in the place of a delete.
+template <class T>
+struct CDestroyer {
+    void operator()(T* object) const { T::Destroy(object); }
+};
+
+/// Hands out the indices of the families and keeps every thread's array until the end of the process. One instance.
+class CThreadObjectRegistry {
+public:
+    CThreadObjectRegistry() = default;
+    CThreadObjectRegistry(const CThreadObjectRegistry&) = delete;
+    CThreadObjectRegistry& operator=(const CThreadObjectRegistry&) = delete;
+
+    /// The next free index. Under RegistryLock.
+    std::int32_t TakeIndex() { return NextIndex++; }
+
+    /// The calling thread's record of a family, or null.
+    CThreadRecord* Find(std::int32_t index) const {
+        const auto* array = static_cast<const CThreadArray*>(Slot.Get());
+        return array && index < array->Size() ? array->Data()[index] : nullptr;
+    }
+    /// The calling thread's place for a record of a family, made at need. Raises CMemoryException.
+    CThreadRecord*& Place(std::int32_t index);
+
+private:
+    struct CFreeArray {
+        void operator()(CThreadArray* array) const;
+    };
+
+    CTlsSlot Slot; // each thread's array
+    std::int32_t NextIndex = 0;
+    CPointerArray<CThreadArray, CFreeArray, CProcessHeapPolicy> ThreadArrays; // under RegistryLock
+};
+
+extern CCriticalSection RegistryLock;
+extern CThreadObjectRegistry ThreadObjectRegistry;
+
+/// The untyped part of CThreadObject. A record is there from the thread's first use on; that of a finished thread goes
+/// when the next new thread makes its first record of the family. Lock order: the family's, then RegistryLock.
 class CThreadObjectFamily {
 public:
-    explicit CThreadObjectFamily(std::size_t valueSize);
-    ~CThreadObjectFamily();
+    CThreadObjectFamily() = default;
     CThreadObjectFamily(const CThreadObjectFamily&) = delete;
     CThreadObjectFamily& operator=(const CThreadObjectFamily&) = delete;
 
-    /// The calling thread's value, all zero at first; never null. Raises CMemoryException.
-    void* GetValue();
-    /// The same, but null when the value does not exist and cannot be made: for the path that tells of exhausted
-    /// memory.
-    void* TryGetValue();
+protected:
+    ~CThreadObjectFamily() = default;
+
+    /// The calling thread's record if it has one; null otherwise, also while it is being made.
+    CThreadRecord* FindRecord() const {
+        const std::int32_t index = Index.load(std::memory_order_acquire);
+        CThreadRecord* record = index >= 0 ? ThreadObjectRegistry.Find(index) : nullptr;
+        return record != &BeingMade ? record : nullptr;
+    }
+    /// The same, made at need: null only while it is being made further up. Raises CMemoryException, and CInternalError
+    /// with the system's code if the thread's handle cannot be had.
+    CThreadRecord* MakeRecord();
+
+    std::atomic<std::int32_t> Index{-1}; // -1 until the first use of any thread
+    CPointerArray<CThreadRecord, CDestroyer<CThreadRecord>, CProcessHeapPolicy> Records; // of all threads, under Lock
+    CCriticalSection Lock;
 
 private:
-    std::size_t valueSize;
-    std::uint32_t slot;
-    CCriticalSection lock;
-    std::vector<void*> values;
+    // Stands in a thread's array while its record is made: a failure in that must not begin to make it once more.
+    static CThreadRecord BeingMade;
+
+    void AssignIndex();
+    void ClearDeadRecords();
 };
 
-/// One static instance a family. The value belongs to its thread alone.
+/// One static instance a family. The value, zero at first, belongs to its thread alone.
 template <class T>
 class CThreadObject : public CThreadObjectFamily {
+    static_assert(sizeof(T) <= sizeof(CThreadRecord::value));
+
 public:
-    CThreadObject() : CThreadObjectFamily(sizeof(T)) {}
-    T* Get() { return static_cast<T*>(GetValue()); }
-    T* TryGet() { return static_cast<T*>(TryGetValue()); }
+    /// Never null, but for a failure in the making of this very value.
+    T* Get() {
+        CThreadRecord* record = FindRecord();
+        return ValueOf(record ? record : MakeRecord());
+    }
+    /// Null if the thread has no value yet.
+    T* Find() const { return ValueOf(FindRecord()); }
+
+private:
+    static T* ValueOf(CThreadRecord* record) { return record ? reinterpret_cast<T*>(record->value) : nullptr; }
 };
 
 /// What the failure paths remember of a thread.
@@ -56,13 +131,17 @@ extern CThreadObject<CThreadErrorMode> ThreadErrorMode;
 /// served from the runtime heap meanwhile. A second internal error inside the first ends the process with a notice.
 class CReentryScope {
 public:
-    explicit CReentryScope(std::int32_t kind);
+    enum EState { MakeState, ExistingState };
+
+    /// ExistingState is for the path that tells of exhausted memory: it takes none.
+    explicit CReentryScope(std::int32_t kind, EState wanted = MakeState);
     ~CReentryScope();
     CReentryScope(const CReentryScope&) = delete;
     CReentryScope& operator=(const CReentryScope&) = delete;
 
 private:
-    CErrorGuardState* state; // null when there is no memory even for this
+    CRuntimeHeapSwitcher switcher; // put back last
+    CErrorGuardState* state;       // null when the thread has none
     CErrorGuardState kept;
 };
 

@@ -1,6 +1,7 @@
 // One thread-local slot of the system.
 #pragma once
 
+#include "platform/inc/threads.h"
 #include <cstdint>
 
 namespace Tsx {
@@ -14,8 +15,8 @@ public:
     CTlsSlot(const CTlsSlot&) = delete;
     CTlsSlot& operator=(const CTlsSlot&) = delete;
 
-    void* Get() const;
-    void Set(void* value) const;
+    void* Get() const { return Platform::TlsGetValue(index); }
+    void Set(void* value) const { Platform::TlsSetValue(index, value); }
 
 private:
     std::uint32_t index;

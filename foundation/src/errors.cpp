@@ -20,7 +20,8 @@ namespace {
 constexpr const char16_t* ModuleName = u"src\\errors";
 
 bool MayThrow() {
-    return AreExceptionsEnabled() && !ThreadErrorMode.Get()->NoExceptions;
+    const CThreadErrorMode* mode = ThreadErrorMode.Get();
+    return AreExceptionsEnabled() && !(mode && mode->NoExceptions);
 }
 
 template <class TException, class... TArguments>
@@ -160,7 +161,7 @@ void GenerateUserException() {
 }
 
 void GenerateMemoryException() {
-    const CReentryScope scope(0);
+    const CReentryScope scope(0, CReentryScope::ExistingState);
     if (HasDebugFlag(DebugBreakOnMemoryException)) {
         Platform::DebugBreak();
     }

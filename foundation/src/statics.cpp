@@ -11,6 +11,18 @@
 // 101 is the first priority that programs may use.
 #define TSX_STATIC __attribute__((init_priority(101)))
 
+// TSX_OBJECT(type, name, arguments...) defines one object. A test compiles this file with a mark behind each, which
+// tells when it was passed on the way up and down.
+#ifdef TSX_STATIC_MARKS
+#include "tests/support/staticmark.h"
+#define TSX_MARK(name) TSX_STATIC static const CStaticMark Mark##name(#name);
+#else
+#define TSX_MARK(name)
+#endif
+#define TSX_OBJECT(type, name, ...)                                                                                    \
+    TSX_STATIC type name __VA_OPT__((__VA_ARGS__));                                                                    \
+    TSX_MARK(name)
+
 namespace Tsx {
 
 namespace {
@@ -25,52 +37,56 @@ public:
 } // namespace
 
 // Locks: everything below may be used by several threads.
-TSX_STATIC CCriticalSection CharSetLeafLock;
-TSX_STATIC CCriticalSection MessageListLock;
-TSX_STATIC CCriticalSection HandlerLock;
-TSX_STATIC CCriticalSection ApplicationNameLock;
-TSX_STATIC CCriticalSection FoundationLock;
+TSX_OBJECT(CCriticalSection, RegistryLock)
+TSX_OBJECT(CCriticalSection, CharSetLeafLock)
+TSX_OBJECT(CCriticalSection, MessageListLock)
+TSX_OBJECT(CCriticalSection, HandlerLock)
+TSX_OBJECT(CCriticalSection, ApplicationNameLock)
+TSX_OBJECT(CCriticalSection, FoundationLock)
 
 // Thread data: the first failure asks it whether it may throw.
-TSX_STATIC CThreadObject<CErrorGuardState> ErrorGuardState;
-TSX_STATIC CThreadObject<CThreadErrorMode> ThreadErrorMode;
-TSX_STATIC CTlsSlot MemoryManagerSlot;
-TSX_STATIC static const CStaticStage StaticStage;
+TSX_OBJECT(CThreadObjectRegistry, ThreadObjectRegistry)
+TSX_OBJECT(CTlsSlot, MemoryManagerSlot)
+TSX_OBJECT(CThreadObject<CErrorGuardState>, ErrorGuardState)
+TSX_OBJECT(CThreadObject<CThreadErrorMode>, ThreadErrorMode)
+TSX_OBJECT(static const CStaticStage, StaticStage)
 
 // Memory: pages, then the heap that serves every thread at first, then the strings that live on both.
-TSX_STATIC CVirtualMemoryManager VirtualMemoryManager;
-TSX_STATIC CRuntimeHeapManager RuntimeHeapManager;
-TSX_STATIC CStringBlockAllocator StringAllocator;
-TSX_STATIC CBlockManager CharSetLeaves(CUnicodeCharSet::LeafBytes);
+TSX_OBJECT(CVirtualMemoryManager, VirtualMemoryManager)
+TSX_OBJECT(CRuntimeHeapManager, RuntimeHeapManager)
+TSX_OBJECT(CStringBlockAllocator, StringAllocator)
+TSX_OBJECT(CBlockManager, CharSetLeaves, CUnicodeCharSet::LeafBytes)
 
 // The pool of memory exceptions: from here on exhausted memory can be told.
-TSX_STATIC CMemoryExceptionPool MemoryExceptionPool;
+TSX_OBJECT(CMemoryExceptionPool, MemoryExceptionPool)
 
 // Character sets: trimming and numbers use them.
-TSX_STATIC const CUnicodeCharSet WhiteSpaceChars(u"\x09\x0A\x0B\x0C\x0D\x20\x85\xA0\x1680\x2000\x2001\x2002\x2003\x2004"
-                                                 u"\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029\x202F"
-                                                 u"\x3000");
-TSX_STATIC const CUnicodeCharSet DigitChars(u"0123456789");
-TSX_STATIC const CUnicodeCharSet InvalidNameChars(u"*?<>:\"|\\/"
-                                                  u"\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F\x10"
-                                                  u"\x11\x12\x13\x14\x15\x16\x17\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F");
+TSX_OBJECT(const CUnicodeCharSet, WhiteSpaceChars,
+           u"\x09\x0A\x0B\x0C\x0D\x20\x85\xA0\x1680\x2000\x2001\x2002\x2003\x2004"
+           u"\x2005\x2006\x2007\x2008\x2009\x200A\x2028\x2029\x202F"
+           u"\x3000")
+TSX_OBJECT(const CUnicodeCharSet, DigitChars, u"0123456789")
+TSX_OBJECT(const CUnicodeCharSet, InvalidNameChars,
+           u"*?<>:\"|\\/"
+           u"\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F\x10"
+           u"\x11\x12\x13\x14\x15\x16\x17\x18\x19\x1A\x1B\x1C\x1D\x1E\x1F")
 
 // Message names, before anything that could fail with one.
-#define TSX_DEFINE_MESSAGE(name) TSX_STATIC CMessageName name(u## #name);
+#define TSX_DEFINE_MESSAGE(name) TSX_OBJECT(CMessageName, name, u## #name)
 TSX_FOUNDATION_MESSAGES(TSX_DEFINE_MESSAGE)
 #undef TSX_DEFINE_MESSAGE
 
 // Strings, empty until the start of the foundation and the application fill them.
-TSX_STATIC CUnicodeString StoredApplicationName;
-TSX_STATIC CUnicodeString UserRegistryPath;
-TSX_STATIC CUnicodeString MachineRegistryPath;
+TSX_OBJECT(CUnicodeString, StoredApplicationName)
+TSX_OBJECT(CUnicodeString, UserRegistryPath)
+TSX_OBJECT(CUnicodeString, MachineRegistryPath)
 
 // What shows texts, and where texts come from.
-TSX_STATIC CMessageBoxHandler StaticMessageBoxHandler;
-TSX_STATIC CResourceBase ResourceBase;
+TSX_OBJECT(CMessageBoxHandler, StaticMessageBoxHandler)
+TSX_OBJECT(CResourceBase, ResourceBase)
 
 // File systems, last: their failures use all of the above.
-TSX_STATIC static CNativeFileSystem NativeFileSystemObject;
+TSX_OBJECT(static CNativeFileSystem, NativeFileSystemObject)
 CFileSystemBase& NativeFileSystem = NativeFileSystemObject;
 
 } // namespace Tsx

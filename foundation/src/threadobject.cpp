@@ -2,44 +2,98 @@
 
 #include "foundation/inc/errors.h"
 #include "foundation/inc/messagehandlers.h"
-#include "platform/inc/memory.h"
+#include "platform/inc/files.h"
 #include "platform/inc/process.h"
-#include <cstring>
+#include "platform/inc/threads.h"
+#include <new>
 
 namespace Tsx {
 
-CThreadObjectFamily::CThreadObjectFamily(std::size_t size) : valueSize(size), slot(Platform::TlsAlloc()) {}
+namespace {
 
-CThreadObjectFamily::~CThreadObjectFamily() {
-    Platform::TlsFree(slot);
-    for (void* value : values) {
-        Platform::FreeRuntimeHeap(value);
+constexpr const char16_t* ModuleName = u"src\\threadobject";
+
+} // namespace
+
+constinit CThreadRecord CThreadObjectFamily::BeingMade{};
+
+void CThreadRecord::Destroy(CThreadRecord* record) {
+    Platform::CloseHandle(record->thread);
+    FreeToProcessHeap(record);
+}
+
+void CThreadObjectRegistry::CFreeArray::operator()(CThreadArray* array) const {
+    array->~CThreadArray();
+    FreeToProcessHeap(array);
+}
+
+CThreadRecord*& CThreadObjectRegistry::Place(std::int32_t index) {
+    auto* array = static_cast<CThreadArray*>(Slot.Get());
+    if (!array) {
+        array = new (AllocateFromProcessHeap(sizeof(CThreadArray))) CThreadArray;
+        try {
+            const CCriticalSectionLock guard(RegistryLock);
+            ThreadArrays.Append(array);
+        } catch (...) {
+            CFreeArray()(array);
+            throw;
+        }
+        Slot.Set(array);
+    }
+    if (index >= array->Size()) {
+        array->SetSize(index + 1);
+    }
+    return (*array)[index];
+}
+
+void CThreadObjectFamily::AssignIndex() {
+    const CCriticalSectionLock guard(Lock);
+    if (Index < 0) {
+        const CCriticalSectionLock registryGuard(RegistryLock);
+        Index = ThreadObjectRegistry.TakeIndex();
     }
 }
 
-void* CThreadObjectFamily::GetValue() {
-    void* value = TryGetValue();
-    if (!value) {
-        GenerateMemoryException();
+void CThreadObjectFamily::ClearDeadRecords() {
+    const CCriticalSectionLock guard(Lock);
+    for (std::int32_t i = Records.Size() - 1; i >= 0; --i) {
+        std::uint32_t code = Platform::StillActive;
+        TSX_ASSERT_CALL(Platform::GetExitCodeThread(Records[i]->thread, code), ModuleName);
+        if (code != Platform::StillActive) {
+            Records.DeleteAt(i);
+        }
     }
-    return value;
 }
 
-void* CThreadObjectFamily::TryGetValue() {
-    if (void* value = Platform::TlsGetValue(slot)) {
-        return value;
+CThreadRecord* CThreadObjectFamily::MakeRecord() {
+    if (Index < 0) {
+        AssignIndex();
     }
-    void* value = Platform::AllocateRuntimeHeap(valueSize);
-    if (value) {
-        std::memset(value, 0, valueSize);
-        Platform::TlsSetValue(slot, value);
-        const CCriticalSectionLock guard(lock);
-        values.push_back(value);
+    CThreadRecord*& place = ThreadObjectRegistry.Place(Index);
+    if (place) {
+        return nullptr; // being made further up
     }
-    return value;
+    place = &BeingMade;
+    CThreadRecord* record = nullptr;
+    try {
+        ClearDeadRecords();
+        record = new (AllocateFromProcessHeap(sizeof(CThreadRecord))) CThreadRecord{};
+        TSX_ASSERT_CALL(Platform::DuplicateHandle(Platform::GetCurrentThread(), record->thread), ModuleName);
+        const CCriticalSectionLock guard(Lock);
+        Records.Append(record);
+    } catch (...) {
+        if (record) {
+            CThreadRecord::Destroy(record);
+        }
+        ThreadObjectRegistry.Place(Index) = nullptr;
+        throw;
+    }
+    // Another family's record may have moved the array meanwhile.
+    return ThreadObjectRegistry.Place(Index) = record;
 }
 
-CReentryScope::CReentryScope(std::int32_t kind) : state(ErrorGuardState.TryGet()), kept() {
+CReentryScope::CReentryScope(std::int32_t kind, EState wanted)
+    : state(wanted == MakeState ? ErrorGuardState.Get() : ErrorGuardState.Find()), kept() {
     if (!state) {
         return;
     }

@@ -17,12 +17,4 @@ CTlsSlot::~CTlsSlot() {
     }
 }
 
-void* CTlsSlot::Get() const {
-    return Platform::TlsGetValue(index);
-}
-
-void CTlsSlot::Set(void* value) const {
-    Platform::TlsSetValue(index, value);
-}
-
 } // namespace Tsx

@@ -4,51 +4,13 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/errortexts.h"
 #include "platform/linux/faulthook.h"
-#include "platform/linux/nativetext.h"
 #include <algorithm>
 #include <clocale>
 #include <cwctype>
 #include <limits>
-#include <string>
+#include <string_view>
 
 namespace Platform {
-
-namespace {
-
-// UTF-8 is the only page so far. As on Windows an empty source is refused, and so are the flags that have no meaning
-// for UTF-8.
-bool CheckConversion(std::uint32_t codePage, std::uint32_t flags, std::int32_t length) {
-    if (codePage != CodePageUtf8 || length == 0 || length < -1) {
-        return Fail(ErrorInvalidParameter);
-    }
-    return flags == 0 || Fail(ErrorInvalidFlags);
-}
-
-template <class TChar>
-std::basic_string_view<TChar> Source(const TChar* text, std::int32_t length) {
-    using Traits = std::char_traits<TChar>;
-    return {text, length < 0 ? Traits::length(text) + 1 : static_cast<std::size_t>(length)};
-}
-
-template <class TChar>
-std::int32_t Deliver(const std::basic_string<TChar>& converted, TChar* buffer, std::int32_t size) {
-    if (converted.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-        SetLastError(ErrorNotEnoughMemory);
-        return 0;
-    }
-    const auto length = static_cast<std::int32_t>(converted.size());
-    if (size == 0) {
-        return length;
-    }
-    if (length > size) {
-        SetLastError(ErrorInsufficientBuffer);
-        return 0;
-    }
-    std::copy(converted.begin(), converted.end(), buffer);
-    return length;
-}
-
-} // namespace
 
 std::uint32_t GetACP() {
     return CodePageUtf8;
@@ -56,18 +18,6 @@ std::uint32_t GetACP() {
 
 std::uint32_t GetOEMCP() {
     return CodePageUtf8;
-}
-
-std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, const char16_t* text, std::int32_t length,
-                                 char* buffer, std::int32_t size) {
-    PLATFORM_FAULT(WideCharToMultiByte, 0);
-    return CheckConversion(codePage, flags, length) ? Deliver(Utf8Text(Source(text, length)), buffer, size) : 0;
-}
-
-std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text, std::int32_t length,
-                                 char16_t* buffer, std::int32_t size) {
-    PLATFORM_FAULT(MultiByteToWideChar, 0);
-    return CheckConversion(codePage, flags, length) ? Deliver(Utf16Text(Source(text, length)), buffer, size) : 0;
 }
 
 std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t* buffer, std::uint32_t size) {

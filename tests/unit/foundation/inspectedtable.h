@@ -1,0 +1,117 @@
+// The look inside a hash table that its tests share: slots by their words, and a check of the whole structure that
+// walks it by the rules of the layout and with nothing of the table's own code.
+#pragma once
+
+#include "foundation/inc/slottable.h"
+#include "platform/inc/faults.h"
+#include "tests/support/text.h"
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// A table of TTable whose keys are hashed by TTraits.
+template <class TTable, class TTraits>
+class CInspected : public TTable {
+public:
+    using TTable::Arena;
+    using TTable::HashSize;
+    using TTable::InitialHashSize;
+    using TTable::ItemCount;
+    using TTable::SlotCapacity;
+    using TTable::SlotCount;
+    using TTable::Slots;
+    using TTable::TTable;
+
+    static std::uint64_t Link(std::int32_t slot) { return static_cast<std::uint64_t>(slot) * 2 + 1; }
+
+    /// What is wrong with the structure; empty when all is well.
+    std::string Fault() const {
+        if (SlotCount == 0) {
+            return ItemCount == 0 && HashSize == 0 && !Slots ? "" : "leftovers in an empty table";
+        }
+        const std::int32_t groups = (SlotCount - HashSize) / 4;
+        if (SlotCount != HashSize + groups * 4 || groups > (HashSize / 2 + 3) / 4 || SlotCapacity < SlotCount) {
+            return "odd sizes";
+        }
+        std::vector<bool> reached(static_cast<std::size_t>(groups));
+        std::int32_t items = 0;
+        for (std::int32_t bucket = 0; bucket < HashSize; ++bucket) {
+            std::optional<std::int32_t> slot = bucket;
+            while (slot) {
+                const std::int32_t current = *slot;
+                const bool bucketOrGroupEnd = current < HashSize || (current - HashSize) % 4 == 3;
+                const std::uint64_t word = Slots[current];
+                slot.reset();
+                if ((word & 1) != 0) {
+                    const auto target = static_cast<std::int64_t>(word / 2);
+                    const std::int64_t group = (target - HashSize) / 4;
+                    if (!bucketOrGroupEnd || target < HashSize || target >= SlotCount || (target - HashSize) % 4 != 0) {
+                        return Told("stray link", current);
+                    }
+                    if (reached[static_cast<std::size_t>(group)]) {
+                        return Told("group reached twice", current);
+                    }
+                    reached[static_cast<std::size_t>(group)] = true;
+                    slot = static_cast<std::int32_t>(target);
+                    continue;
+                }
+                if (word != 0) {
+                    ++items;
+                    if (TTraits::Hash(this->GetKeyAt(current)) % static_cast<std::uint32_t>(HashSize) !=
+                        static_cast<std::uint32_t>(bucket)) {
+                        return Told("key on another bucket's chain", current);
+                    }
+                }
+                if (!bucketOrGroupEnd) {
+                    slot = current + 1;
+                }
+            }
+        }
+        for (const bool group : reached) {
+            if (!group) {
+                return "a group that no link leads to";
+            }
+        }
+        return items == ItemCount ? "" : "wrong count of items";
+    }
+
+private:
+    static std::string Told(const char* what, std::int32_t slot) {
+        std::ostringstream text;
+        text << what << " at slot " << slot;
+        return text.str();
+    }
+};
+
+/// Runs `fill` on a fresh table again and again, with the first, second ... call of an allocating function failing,
+/// until none is left to fail. After each failure the structure is whole and the table takes what was refused.
+template <class TTable, class TFill>
+void SweepFaults(const char* function, TFill fill) {
+    if (!Platform::FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no hook";
+    }
+    for (std::int32_t nth = 1;; ++nth) {
+        TTable table;
+        Platform::ArmFault(function, nth, 8, Platform::FaultMode::Once);
+        std::int32_t refused = 0;
+        for (std::int32_t i = 0; i < 200; ++i) {
+            const std::int32_t before = table.GetItemCount();
+            if (Raised<Tsx::CMemoryException>([&] { fill(table, i); })) {
+                ++refused;
+                ASSERT_EQ(table.GetItemCount(), before) << "call " << nth;
+                ASSERT_EQ(table.Fault(), "") << "call " << nth;
+                fill(table, i);
+            }
+        }
+        const bool reached = Platform::FaultCallsSeen() >= nth;
+        Platform::DisarmFaults();
+        ASSERT_EQ(refused, reached ? 1 : 0) << "call " << nth;
+        ASSERT_EQ(table.GetItemCount(), 200);
+        ASSERT_EQ(table.Fault(), "");
+        if (!reached) {
+            EXPECT_GT(nth, 10) << "the sweep saw the slots' and the pages' allocations";
+            return;
+        }
+    }
+}

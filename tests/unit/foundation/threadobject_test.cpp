@@ -1,0 +1,133 @@
+#include "foundation/inc/threadobject.h"
+
+#include "foundation/inc/messagehandlers.h"
+#include "tests/support/text.h"
+#include <cstdio>
+#include <latch>
+#include <thread>
+#include <vector>
+
+using namespace Tsx;
+
+namespace {
+
+template <class T>
+class CProbe : public CThreadObject<T> {
+public:
+    std::int32_t GetIndex() const { return this->Index; }
+    std::int32_t RecordCount() {
+        const CCriticalSectionLock guard(this->Lock);
+        return this->Records.Size();
+    }
+};
+
+} // namespace
+
+TEST(ThreadObject, EachThreadHasItsOwnZeroedValue) {
+    static CProbe<std::uint64_t> family;
+    *family.Get() = 7;
+    std::thread([] {
+        EXPECT_EQ(family.Find(), nullptr) << "not used yet";
+        EXPECT_EQ(*family.Get(), 0U);
+        *family.Get() = 8;
+        EXPECT_EQ(*family.Find(), 8U);
+    }).join();
+    EXPECT_EQ(*family.Get(), 7U);
+}
+
+TEST(ThreadObject, RacingThreadsGetOneIndex) {
+    for (int round = 0; round < 200; ++round) {
+        auto family = std::make_unique<CProbe<int>>();
+        CProbe<int> other;
+        std::latch start(4);
+        std::vector<std::thread> threads;
+        std::atomic<int> differing{0};
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([&, t] {
+                start.arrive_and_wait();
+                *family->Get() = t;
+                differing += *family->Get() != t;
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(differing, 0);
+        other.Get();
+        EXPECT_EQ(other.GetIndex(), family->GetIndex() + 1) << "one index was taken";
+    }
+}
+
+TEST(ThreadObject, ANewThreadClearsTheRecordsOfFinishedOnesOfItsFamily) {
+    static CProbe<int> family;
+    static CProbe<int> untouched;
+    for (int i = 0; i < 3; ++i) {
+        std::thread([] {
+            untouched.Get();
+            family.Get();
+        }).join();
+        EXPECT_EQ(family.RecordCount(), 1) << "the ones before are gone";
+    }
+    EXPECT_EQ(untouched.RecordCount(), 1);
+    std::thread([] { family.Get(); }).join();
+    EXPECT_EQ(untouched.RecordCount(), 1) << "another family's first use";
+    family.Get();
+    EXPECT_EQ(family.RecordCount(), 1) << "only this thread is alive";
+}
+
+TEST(ThreadObject, ALaterFamilyGrowsTheArrayAndKeepsTheRest) {
+    static CProbe<int> early;
+    static CProbe<int> between;
+    static CProbe<int> late;
+    *early.Get() = 5;
+    std::thread([] {
+        between.Get();
+        *late.Get() = 3;
+    }).join();
+    *late.Get() = 9;
+    EXPECT_EQ(*early.Get(), 5);
+    EXPECT_EQ(between.Find(), nullptr) << "a null in between";
+}
+
+TEST(ReentryScope, LeavesTheStateAsItFoundIt) {
+    CErrorGuardState& state = *ErrorGuardState.Get();
+    state = {};
+    {
+        const CReentryScope outer(0);
+        EXPECT_TRUE(state.Raising && !state.InInternalError);
+        try {
+            const CReentryScope inner(1);
+            EXPECT_TRUE(state.Raising && state.InInternalError);
+            GenerateMemoryException();
+        } catch (CException* exception) {
+            delete exception;
+        }
+        EXPECT_TRUE(state.Raising && !state.InInternalError);
+    }
+    EXPECT_FALSE(state.Raising);
+}
+
+namespace {
+
+/// Shows texts where a death test can see them.
+class CErrorStreamHandler : public CMessageHandler {
+public:
+    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
+        std::fputs(CUnicodeString(text).ToNarrow(AnsiCodePage).Text(), stderr);
+        std::fflush(stderr);
+        return GetDefaultButton(style);
+    }
+};
+
+} // namespace
+
+TEST(ReentryScopeDeathTest, ASecondInternalErrorInsideTheFirstEndsTheProcess) {
+    EXPECT_DEATH(
+        {
+            CErrorStreamHandler handler;
+            const CMessageHandlerScope scope(&handler);
+            const CReentryScope first(1);
+            const CReentryScope second(1);
+        },
+        "Double internal error!\nApplication terminated.");
+}
