@@ -13,11 +13,11 @@
 #include <unordered_map>
 #include <vector>
 
-#ifdef HAVE_QT_PEER
+#ifdef BENCH_QT
 #include <QHash>
 #include <QString>
 #endif
-#ifdef HAVE_ABSEIL_PEER
+#ifdef BENCH_ABSL
 #include <absl/container/flat_hash_map.h>
 #endif
 
@@ -67,7 +67,7 @@ struct CStandard {
     std::int64_t Find(const TKey& key) const { return map.find(key)->second; }
 };
 
-#ifdef HAVE_QT_PEER
+#ifdef BENCH_QT
 struct CQtString : QString {
     CQtString(const char16_t* text, std::int32_t size) : QString(reinterpret_cast<const QChar*>(text), size) {}
 };
@@ -79,7 +79,7 @@ struct CQt {
 };
 #endif
 
-#ifdef HAVE_ABSEIL_PEER
+#ifdef BENCH_ABSL
 struct CAbseil {
     using TKey = std::u16string;
     absl::flat_hash_map<TKey, std::int64_t> map;
@@ -142,11 +142,11 @@ BENCHMARK(Fill<CWithSet>)->Apply(SizedByHand);
 BENCHMARK(Fill<CStandard>)->Apply(SizedByHand);
 BENCHMARK(LookUp<CWithAdd>)->Apply(Sized);
 BENCHMARK(LookUp<CStandard>)->Apply(Sized);
-#ifdef HAVE_QT_PEER
+#ifdef BENCH_QT
 BENCHMARK(Fill<CQt>)->Apply(SizedByHand);
 BENCHMARK(LookUp<CQt>)->Apply(Sized);
 #endif
-#ifdef HAVE_ABSEIL_PEER
+#ifdef BENCH_ABSL
 BENCHMARK(Fill<CAbseil>)->Apply(SizedByHand);
 BENCHMARK(LookUp<CAbseil>)->Apply(Sized);
 #endif

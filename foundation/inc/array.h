@@ -3,10 +3,9 @@
 
 #include "foundation/inc/allocationpolicy.h"
 #include "foundation/inc/assertion.h"
-#include "foundation/inc/errorsfwd.h"
+#include "foundation/inc/growth.h"
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -138,21 +137,21 @@ private:
     void CheckIndex(std::int32_t index) const { TSX_ASSERT(index >= 0 && index < count, u"inc\\array"); }
 
     void Grow(std::int64_t needed) {
+        constexpr std::int64_t leastStep = 8;
         if (needed > capacity) {
-            SetCapacity(capacity + std::max({std::int64_t{capacity} / 2, std::int64_t{8}, needed - capacity}));
+            SetCapacity(GrownCapacity(capacity, needed, leastStep));
         }
     }
 
-    void SetCapacity(std::int64_t newCapacity) {
-        if (newCapacity > std::numeric_limits<std::int32_t>::max()) {
-            GenerateMemoryException();
-        }
-        auto* buffer = static_cast<T*>(TPolicy::Alloc(newCapacity * static_cast<std::int64_t>(sizeof(T))));
+    void SetCapacity(std::int32_t newCapacity) {
+        constexpr std::int64_t elementSize =
+            sizeof(T); // NOLINT(bugprone-sizeof-expression): an element may be a pointer
+        auto* buffer = static_cast<T*>(TPolicy::Alloc(newCapacity * elementSize));
         std::uninitialized_move_n(elements, count, buffer);
         std::destroy_n(elements, count);
         TPolicy::Free(elements);
         elements = buffer;
-        capacity = static_cast<std::int32_t>(newCapacity);
+        capacity = newCapacity;
     }
 };
 

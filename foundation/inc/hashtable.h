@@ -17,7 +17,7 @@ struct CHashTablePlace {
 };
 
 /// A set of keys, or with Add a bag of them. The rules of CSlotTable hold.
-template <class TKey, class TTraits, class TMemory = CCurrentManagerPolicy>
+template <class TKey, class TTraits = CKeyTraits<TKey>, class TMemory = CCurrentManagerPolicy>
 class CHashTable : public CSlotTable<CKeyNode<TKey>, TTraits, TMemory, CHashTablePlace> {
     using TBase = CSlotTable<CKeyNode<TKey>, TTraits, TMemory, CHashTablePlace>;
 

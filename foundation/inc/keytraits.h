@@ -102,4 +102,14 @@ struct CPointerKeyTraits {
     static bool Equal(const void* a, const void* b) { return a == b; }
 };
 
+/// The traits that a table takes where none are named: strings letter by letter.
+template <class TKey>
+struct CKeyTraits;
+template <>
+struct CKeyTraits<CUnicodeString> : CStringKeyTraits {};
+template <>
+struct CKeyTraits<std::int32_t> : CNumberKeyTraits {};
+template <class T>
+struct CKeyTraits<T*> : CPointerKeyTraits {};
+
 } // namespace Tsx

@@ -19,7 +19,7 @@ struct CMapPlace {
 
 /// Keys with values; with Add a multimap, in which equal keys keep their order until one of them is removed. The rules
 /// of CSlotTable hold.
-template <class TKey, class TValue, class TTraits, class TMemory = CCurrentManagerPolicy>
+template <class TKey, class TValue, class TTraits = CKeyTraits<TKey>, class TMemory = CCurrentManagerPolicy>
 class CMap : public CSlotTable<CKeyValueNode<TKey, TValue>, TTraits, TMemory, CMapPlace> {
     using TBase = CSlotTable<CKeyValueNode<TKey, TValue>, TTraits, TMemory, CMapPlace>;
 

@@ -65,11 +65,7 @@ public:
         if (number <= 0 || index < 0 || index > std::int64_t{count} - number) {
             return;
         }
-        for (std::int32_t i = index; i < index + number; ++i) {
-            if (T* element = std::exchange(elements[i], nullptr)) {
-                TDestroy()(element);
-            }
-        }
+        Destroy(index, number);
         std::copy(elements + index + number, elements + count, elements + index);
         count -= number;
     }
@@ -78,7 +74,8 @@ public:
 
     /// Destroys the elements and gives the buffer back.
     void FreeBuffer() {
-        DeleteAll();
+        Destroy(0, count);
+        count = 0;
         TMemory::Free(elements);
         elements = nullptr;
         capacity = 0;
@@ -96,6 +93,14 @@ private:
     std::int32_t count = 0;
     T** elements = nullptr;
     std::int32_t capacity = 0;
+
+    void Destroy(std::int32_t index, std::int32_t number) {
+        for (std::int32_t i = index; i < index + number; ++i) {
+            if (T* element = std::exchange(elements[i], nullptr)) {
+                TDestroy()(element);
+            }
+        }
+    }
 
     void CheckIndex(std::int32_t index) const { TSX_ASSERT(index >= 0 && index < count, u"inc\\pointerarray"); }
 };

@@ -1,33 +1,32 @@
-// Marks of memory that must not be touched, for builds that watch every access. Storage that recycles its blocks would
-// otherwise hide each use of one that was given back. In all other builds both functions are empty.
+// Marks memory that a pool holds back, so that AddressSanitizer sees its misuse as it would see that of freed memory.
+// Empty in other builds.
 #pragma once
 
 #include <cstddef>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define TSX_WATCHED_MEMORY
-#elif defined(__has_feature)
+#if defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define TSX_WATCHED_MEMORY
+#define TSX_POISON 1
 #endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define TSX_POISON 1
 #endif
 
-#ifdef TSX_WATCHED_MEMORY
+#ifdef TSX_POISON
 #include <sanitizer/asan_interface.h>
 #endif
 
 namespace Tsx {
 
-/// The range must lie in one block that its owner still holds, and must be freed again before the block is released.
-inline void PoisonMemory([[maybe_unused]] void* start, [[maybe_unused]] std::size_t size) {
-#ifdef TSX_WATCHED_MEMORY
-    ASAN_POISON_MEMORY_REGION(start, size);
+inline void PoisonMemory([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
+#ifdef TSX_POISON
+    __asan_poison_memory_region(memory, size);
 #endif
 }
 
-inline void UnpoisonMemory([[maybe_unused]] void* start, [[maybe_unused]] std::size_t size) {
-#ifdef TSX_WATCHED_MEMORY
-    ASAN_UNPOISON_MEMORY_REGION(start, size);
+inline void UnpoisonMemory([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
+#ifdef TSX_POISON
+    __asan_unpoison_memory_region(memory, size);
 #endif
 }
 

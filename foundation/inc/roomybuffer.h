@@ -1,11 +1,10 @@
 // An array of characters that needs no memory while it is short.
 #pragma once
 
-#include "foundation/inc/errorsfwd.h"
+#include "foundation/inc/growth.h"
 #include "foundation/inc/memorymanager.h"
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 namespace Tsx {
 
@@ -29,8 +28,7 @@ public:
     /// Raises CMemoryException and leaves the buffer as it was.
     void SetSize(std::int32_t wanted) {
         if (wanted > capacity) {
-            const std::int64_t growth = std::max({capacity / 2, BuiltInSize, wanted - capacity});
-            MoveTo(std::int64_t{capacity} + growth);
+            MoveTo(GrownCapacity(capacity, wanted, BuiltInSize));
         } else if (wanted <= BuiltInSize && !IsBuiltIn()) {
             std::copy_n(characters, std::min(size, wanted), builtIn);
             FreeBlock();
@@ -46,15 +44,12 @@ private:
     std::int32_t capacity = BuiltInSize;
     char16_t builtIn[BuiltInSize];
 
-    void MoveTo(std::int64_t newCapacity) {
-        if (newCapacity > std::numeric_limits<std::int32_t>::max()) {
-            GenerateMemoryException();
-        }
+    void MoveTo(std::int32_t newCapacity) {
         auto* block = static_cast<char16_t*>(AllocateFromCurrentManager(newCapacity * std::int64_t{sizeof(char16_t)}));
         std::copy_n(characters, size, block);
         FreeBlock();
         characters = block;
-        capacity = static_cast<std::int32_t>(newCapacity);
+        capacity = newCapacity;
     }
 
     void FreeBlock() {

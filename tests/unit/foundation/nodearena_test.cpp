@@ -112,7 +112,7 @@ TEST(NodeArena, NodesOfARandomRunNeverOverlap) {
     }
 }
 
-#ifdef TSX_WATCHED_MEMORY
+#ifdef TSX_POISON
 TEST(NodeArena, NodesThatAreNotHeldAreWatched) {
     CInspectedArena<8> arena;
     void* node = arena.Take();
