@@ -122,8 +122,11 @@ public:
     }
     TDerived& Append(TChar c) {
         const std::int32_t length = Length();
-        if (__builtin_expect(!IsPrivate() || block->BlockSize < Block::BytesFor(std::int64_t{length} + 1), 0)) {
-            MakeRoom(std::int64_t{length} + 1);
+        // In 32 bits, which no block's size exceeds.
+        constexpr auto overhead = static_cast<std::int32_t>(Block::BytesFor(1));
+        const std::int32_t bytes = length * static_cast<std::int32_t>(sizeof(TChar)) + overhead;
+        if (__builtin_expect(!IsPrivate() || block->BlockSize < bytes, 0)) {
+            MoveToNewBlock(std::int64_t{length} + 1);
         }
         const TChar ending[2] = {c, 0}; // the character and the terminator in one write
         std::memcpy(block->Characters + length, ending, sizeof(ending));
@@ -226,13 +229,16 @@ private:
     }
 
     void MakeRoom(std::int64_t needed) {
-        const bool fits = block->BlockSize >= Block::BytesFor(needed);
-        if (fits && IsPrivate()) {
-            return;
+        if (block->BlockSize < Block::BytesFor(needed) || !IsPrivate()) {
+            MoveToNewBlock(needed);
         }
+    }
+
+    void MoveToNewBlock(std::int64_t needed) {
         constexpr std::int64_t largestPooledBlock = 128;
+        const std::int64_t bytes = Block::BytesFor(needed);
         std::int64_t capacity = std::max<std::int64_t>(needed, Length());
-        if (!fits && Block::BytesFor(needed) > largestPooledBlock) {
+        if (block->BlockSize < bytes && bytes > largestPooledBlock) {
             capacity = std::max<std::int64_t>(capacity, std::int64_t{Length()} + Length() / 5);
         }
         Block* fresh = NewBlock(capacity);
