@@ -11,8 +11,6 @@
 
 namespace Platform {
 
-#ifdef PLATFORM_FAULTS
-
 namespace {
 
 struct Plan {
@@ -103,21 +101,5 @@ bool FaultDue(const char* function, CallKind kind) noexcept {
     }
     return due;
 }
-
-#else
-
-bool FaultsAvailable() {
-    return false;
-}
-
-void ArmFault(const char*, std::int32_t, std::uint32_t, FaultMode) {}
-
-void DisarmFaults() {}
-
-std::int32_t FaultCallsSeen() {
-    return 0;
-}
-
-#endif
 
 } // namespace Platform

@@ -1,4 +1,4 @@
-// This layer forwards to the system and has no hook: fault sweeps run on Linux.
+// Fault injection where there is none: in release builds, and on Windows, whose layer only forwards to the system.
 #include "platform/inc/faults.h"
 
 namespace Platform {
