@@ -1,5 +1,6 @@
 #include "foundation/inc/DllTools.h"
 
+#include "foundation/inc/destructorguard.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/threadobject.h"
@@ -14,7 +15,7 @@ constexpr const char16_t* ModuleName = u"src\\dlltools";
 } // namespace
 
 CDll::~CDll() {
-    CDll::Free();
+    GuardDestructor([this] { CDll::Free(); });
 }
 
 void CDll::Free() {

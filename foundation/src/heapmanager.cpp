@@ -3,7 +3,7 @@
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/debugtrace.h"
-#include "foundation/inc/errors.h"
+#include "foundation/inc/destructorguard.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/messagebox.h"
@@ -27,8 +27,10 @@ bool SystemHasLowFragmentation() {
 
 CHeapManager::~CHeapManager() {
     if (Heap) {
-        CHeapManager::ReportLeaks();
-        CHeapManager::DestroyHeap();
+        GuardDestructor([this] {
+            CHeapManager::ReportLeaks();
+            CHeapManager::DestroyHeap();
+        });
     }
 }
 

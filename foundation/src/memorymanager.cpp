@@ -1,8 +1,7 @@
 #include "foundation/inc/memorymanager.h"
 
 #include "foundation/inc/assertion.h"
-#include "foundation/inc/errors.h"
-#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/destructorguard.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/memory.h"
 #include <limits>
@@ -96,14 +95,8 @@ void* AllocateFromProcessHeap(std::int64_t size) {
 }
 
 void FreeToProcessHeap(void* block) noexcept {
-    if (!block || Platform::HeapFree(Platform::GetProcessHeap(), 0, block)) {
-        return;
-    }
-    try {
-        FailAssertion(ModuleName, __LINE__);
-    } catch (CException* exception) {
-        DisplayException(exception);
-        delete exception;
+    if (block && !Platform::HeapFree(Platform::GetProcessHeap(), 0, block)) {
+        GuardDestructor([] { FailAssertion(ModuleName, __LINE__); });
     }
 }
 
