@@ -120,8 +120,8 @@ BENCHMARK(CopyAndDrop)->Repetitions(9)->ReportAggregatesOnly();
 BENCHMARK(CreateAndDrop)->Arg(9)->Arg(25)->Arg(57)->Repetitions(9)->ReportAggregatesOnly();
 BENCHMARK(AppendOneByOne)->Arg(64)->Arg(1000)->Arg(100000)->Repetitions(9)->ReportAggregatesOnly();
 BENCHMARK(StandardAppendOneByOne)->Arg(64)->Arg(1000)->Arg(100000)->Repetitions(9)->ReportAggregatesOnly();
-BENCHMARK(PoolPair)->Arg(32)->Arg(64)->Arg(128)->Repetitions(9)->ReportAggregatesOnly();
-BENCHMARK(LibraryPair)->Arg(32)->Arg(64)->Arg(128)->Repetitions(9)->ReportAggregatesOnly();
+BENCHMARK(PoolPair)->Arg(32)->Arg(64)->Arg(128)->Arg(300)->Arg(1500)->Repetitions(9)->ReportAggregatesOnly();
+BENCHMARK(LibraryPair)->Arg(32)->Arg(64)->Arg(128)->Arg(300)->Arg(1500)->Repetitions(9)->ReportAggregatesOnly();
 BENCHMARK(PoolPair)->Arg(32)->Threads(2)->Repetitions(9)->ReportAggregatesOnly();
 BENCHMARK(LibraryPair)->Arg(32)->Threads(2)->Repetitions(9)->ReportAggregatesOnly();
 

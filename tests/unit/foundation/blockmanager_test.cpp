@@ -1,5 +1,6 @@
 #include "foundation/inc/alloc.h"
 
+#include "foundation/inc/poison.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/roomybuffer.h"
 #include "tests/support/text.h"
@@ -79,6 +80,21 @@ TEST(BlockManager, StartsOverWhenTheLastBlockIsBack) {
     EXPECT_EQ(manager.AllocBlock(), spare + 16) << "the first block of a spare page";
     EXPECT_TRUE(Raised<CInternalError>([&] { manager.Alloc(33); }));
 }
+
+#ifdef TSX_POISON
+TEST(BlockManager, HidesFromTheSanitizerWhatItHoldsBack) {
+    CProbe manager(32);
+    auto* const kept = static_cast<char*>(manager.AllocBlock());
+    auto* const block = static_cast<char*>(manager.AllocBlock());
+    EXPECT_FALSE(__asan_address_is_poisoned(block + 31));
+    EXPECT_TRUE(__asan_address_is_poisoned(block + 32)) << "not handed out yet";
+    manager.Free(block);
+    EXPECT_TRUE(__asan_address_is_poisoned(block));
+    EXPECT_FALSE(__asan_address_is_poisoned(kept));
+    EXPECT_EQ(manager.AllocBlock(), block);
+    EXPECT_FALSE(__asan_address_is_poisoned(block));
+}
+#endif
 
 TEST(HeapManager, CountsAndKeepsItsHeap) {
     CHeapManager manager;
