@@ -152,10 +152,10 @@ TEST(StringSort, SortsByCharacterCodes) {
     for (int round = 0; round < 2000; ++round) {
         CArray<CUnicodeString> strings;
         std::vector<std::u16string> model;
-        const unsigned count = round < 1990 ? random() % 40 : 5000;
-        for (unsigned i = 0; i < count; ++i) {
+        const auto count = round < 1990 ? random() % 40 : 5000;
+        for (std::size_t i = 0; i < count; ++i) {
             std::u16string text;
-            for (unsigned length = random() % 3; text.size() < length;) {
+            for (const auto length = random() % 3; text.size() < length;) {
                 text += static_cast<char16_t>(u"aZ\u00E9\uFFFF"[random() % 4]);
             }
             strings.Append(text.c_str());
