@@ -121,16 +121,18 @@ public:
         return Self();
     }
     TDerived& Append(TChar c) {
-        const std::int32_t length = Length();
+        Block* own = block; // a local, for the compiler must take each write of a character for one of `block` too
+        const std::int32_t length = own->Length;
         // In 32 bits, which no block's size exceeds.
         constexpr auto overhead = static_cast<std::int32_t>(Block::BytesFor(1));
         const std::int32_t bytes = length * static_cast<std::int32_t>(sizeof(TChar)) + overhead;
-        if (__builtin_expect(!IsPrivate() || block->BlockSize < bytes, 0)) {
+        if (__builtin_expect(own->BlockSize < bytes || !IsPrivate(), 0)) {
             MoveToNewBlock(std::int64_t{length} + 1);
+            own = block;
         }
         const TChar ending[2] = {c, 0}; // the character and the terminator in one write
-        std::memcpy(block->Characters + length, ending, sizeof(ending));
-        block->Length = length + 1;
+        std::memcpy(own->Characters + length, ending, sizeof(ending));
+        own->Length = length + 1;
         return Self();
     }
     TDerived& Append(std::basic_string_view<TChar> text) { return Append(text.data(), CheckedCount(text.size())); }
