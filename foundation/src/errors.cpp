@@ -6,6 +6,7 @@
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
+#include "foundation/src/statics.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/messagebox.h"
@@ -123,6 +124,10 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line) {
 
 bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
                            const char16_t* file, std::uint32_t line, std::uint32_t code) {
+    if (!AreStringsUsable()) {
+        Platform::MessageBox(nullptr, u"Internal Program Error", FoundationTitle, FatalMessageStyle);
+        return false;
+    }
     const CReentryScope scope(0);
     if (MayThrow()) {
         Throw<CInternalError>(kind, file, line, code);

@@ -34,7 +34,22 @@ public:
     CStaticStage() { ThreadErrorMode.Get()->NoExceptions = true; }
 };
 
+constinit bool stringsUsable = false;
+
+/// Stands behind the last object that strings need.
+class CStringStage {
+public:
+    CStringStage() { stringsUsable = true; }
+    ~CStringStage() { stringsUsable = false; }
+    CStringStage(const CStringStage&) = delete;
+    CStringStage& operator=(const CStringStage&) = delete;
+};
+
 } // namespace
+
+bool AreStringsUsable() {
+    return stringsUsable;
+}
 
 // Locks: everything below may be used by several threads.
 TSX_OBJECT(CCriticalSection, RegistryLock)
@@ -57,8 +72,9 @@ TSX_OBJECT(CRuntimeHeapManager, RuntimeHeapManager)
 TSX_OBJECT(CStringBlockAllocator, StringAllocator)
 TSX_OBJECT(CBlockManager, CharSetLeaves, CUnicodeCharSet::LeafBytes)
 
-// The pool of memory exceptions: from here on exhausted memory can be told.
+// The pool of memory exceptions: from here on exhausted memory can be told, and any failure be put into words.
 TSX_OBJECT(CMemoryExceptionPool, MemoryExceptionPool)
+TSX_OBJECT(static const CStringStage, StringStage)
 
 // Character sets: trimming and numbers use them.
 TSX_OBJECT(const CUnicodeCharSet, WhiteSpaceChars,

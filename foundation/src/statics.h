@@ -18,6 +18,9 @@ extern CCriticalSection HandlerLock;
 extern CCriticalSection ApplicationNameLock;
 extern CCriticalSection FoundationLock;
 
+/// False before the foundation can make strings and after: a failure then has nothing to say but that it is one.
+bool AreStringsUsable();
+
 extern CTlsSlot MemoryManagerSlot;
 extern CBlockManager CharSetLeaves;
 

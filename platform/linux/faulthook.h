@@ -1,4 +1,5 @@
-// The hook of fault injection: the first line of every function of this layer that can fail.
+// The hook of fault injection: the first line of every function of this layer that can fail. Only a function that gives
+// something back does so first and fails then, so that what is lost in a sweep is lost by its caller.
 #pragma once
 
 #include "platform/inc/faults.h"

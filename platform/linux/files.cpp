@@ -220,8 +220,8 @@ Handle FindFirstFile(const char16_t* path, FindData& data) {
 }
 
 bool FindClose(Handle search) {
-    PLATFORM_FAULT(FindClose, false);
     delete static_cast<SearchObject*>(search);
+    PLATFORM_FAULT(FindClose, false);
     return true;
 }
 

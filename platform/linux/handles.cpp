@@ -35,8 +35,8 @@ ThreadObject* ThreadOf(Handle handle) {
 }
 
 bool CloseHandle(Handle handle) {
-    PLATFORM_FAULT(CloseHandle, false);
     const std::unique_ptr<HandleObject> object(ObjectOf<HandleObject>(handle));
+    PLATFORM_FAULT(CloseHandle, false);
     return object && object->Close();
 }
 

@@ -117,7 +117,6 @@ Heap HeapCreate(std::uint32_t, std::size_t, std::size_t) {
 }
 
 bool HeapDestroy(Heap heap) {
-    PLATFORM_FAULT(HeapDestroy, false);
     while (heap->blocks.next != &heap->blocks) {
         BlockLink* link = heap->blocks.next;
         heap->blocks.next = link->next;
@@ -129,6 +128,7 @@ bool HeapDestroy(Heap heap) {
         }
     }
     delete heap;
+    PLATFORM_FAULT(HeapDestroy, false);
     return true;
 }
 
@@ -148,15 +148,17 @@ void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
 }
 
 bool HeapFree(Heap heap, std::uint32_t, void* block) noexcept {
-    PLATFORM_FAULT(HeapFree, false);
     if (!block) {
         return true;
     }
     BlockLink* link = LinkOf(block);
-    const std::lock_guard guard(heap->lock);
-    link->previous->next = link->next;
-    link->next->previous = link->previous;
-    GiveRoom(heap, link);
+    {
+        const std::lock_guard guard(heap->lock);
+        link->previous->next = link->next;
+        link->next->previous = link->previous;
+        GiveRoom(heap, link);
+    }
+    PLATFORM_FAULT(HeapFree, false);
     return true;
 }
 

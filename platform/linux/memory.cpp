@@ -54,10 +54,11 @@ void* VirtualAlloc(void*, std::size_t size, std::uint32_t, std::uint32_t) noexce
 }
 
 bool VirtualFree(void* address, std::size_t, std::uint32_t) {
-    PLATFORM_FAULT(VirtualFree, false);
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     const auto* header = reinterpret_cast<const PagesHeader*>(static_cast<char*>(address) - page);
-    return munmap(header->mapping, header->size) == 0 || FailFromErrno();
+    const bool released = munmap(header->mapping, header->size) == 0 || FailFromErrno();
+    PLATFORM_FAULT(VirtualFree, false);
+    return released;
 }
 
 SystemInfo GetSystemInfo() {
