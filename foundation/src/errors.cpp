@@ -20,6 +20,8 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\errors";
 
+constexpr const char16_t* InternalErrorText = u"Internal Program Error:\n%s, %u.";
+
 bool MayThrow() {
     const CThreadErrorMode* mode = ThreadErrorMode.Get();
     return AreExceptionsEnabled() && !(mode && mode->NoExceptions);
@@ -55,6 +57,24 @@ const KindTexts& TextsOf(std::uint32_t kind) {
 
 bool CarriesCode(std::uint32_t kind) {
     return kind == InternalAssertLastError || kind == InternalPresumeLastError;
+}
+
+void MarkErrorReported(CThreadErrorMode* mode) {
+    if (mode) {
+        mode->ErrorReported = true;
+    }
+}
+
+// For the first and the last moments of the process. A thread that fails before strings are there must not start the
+// program either; afterwards nobody asks, and its record may be gone.
+void ReportWithoutStrings(const char16_t* file, std::uint32_t line) {
+    char16_t text[256] = {};
+    const CFormatArgument arguments[] = {file, line};
+    FormatText(text, std::size(text) - 1, InternalErrorText, arguments, 2);
+    Platform::MessageBox(nullptr, text, FoundationTitle, FatalMessageStyle);
+    if (GetStringStage() == EStringStage::Before) {
+        MarkErrorReported(ThreadErrorMode.Find());
+    }
 }
 
 CUnicodeString CodeText(std::uint32_t code) {
@@ -124,8 +144,8 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line) {
 
 bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
                            const char16_t* file, std::uint32_t line, std::uint32_t code) {
-    if (!AreStringsUsable()) {
-        Platform::MessageBox(nullptr, u"Internal Program Error", FoundationTitle, FatalMessageStyle);
+    if (GetStringStage() != EStringStage::Usable) {
+        ReportWithoutStrings(file, line);
         return false;
     }
     const CReentryScope scope(0);
@@ -202,7 +222,7 @@ CUnicodeString ComposeInternalErrorText(std::uint32_t kind, const char16_t* comm
 void ReportInternalFailure(const CUnicodeString& text) {
     const CReentryScope scope(1);
     DisplayMessage(text, FatalMessageStyle);
-    ThreadErrorMode.Get()->ErrorReported = true;
+    MarkErrorReported(ThreadErrorMode.Get());
 }
 
 CUnicodeString GetLastErrorText(std::uint32_t code) {

@@ -34,21 +34,21 @@ public:
     CStaticStage() { ThreadErrorMode.Get()->NoExceptions = true; }
 };
 
-constinit bool stringsUsable = false;
+constinit EStringStage stringStage = EStringStage::Before;
 
 /// Stands behind the last object that strings need.
 class CStringStage {
 public:
-    CStringStage() { stringsUsable = true; }
-    ~CStringStage() { stringsUsable = false; }
+    CStringStage() { stringStage = EStringStage::Usable; }
+    ~CStringStage() { stringStage = EStringStage::After; }
     CStringStage(const CStringStage&) = delete;
     CStringStage& operator=(const CStringStage&) = delete;
 };
 
 } // namespace
 
-bool AreStringsUsable() {
-    return stringsUsable;
+EStringStage GetStringStage() {
+    return stringStage;
 }
 
 // Locks: everything below may be used by several threads.

@@ -18,8 +18,9 @@ extern CCriticalSection HandlerLock;
 extern CCriticalSection ApplicationNameLock;
 extern CCriticalSection FoundationLock;
 
-/// False before the foundation can make strings and after: a failure then has nothing to say but that it is one.
-bool AreStringsUsable();
+/// Whether the foundation can make strings: not yet, now, or no more.
+enum class EStringStage { Before, Usable, After };
+EStringStage GetStringStage();
 
 extern CTlsSlot MemoryManagerSlot;
 extern CBlockManager CharSetLeaves;

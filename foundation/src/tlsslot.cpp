@@ -1,7 +1,6 @@
 #include "foundation/inc/tlsslot.h"
 
 #include "foundation/inc/debugtrace.h"
-#include "platform/inc/threads.h"
 
 namespace Tsx {
 

@@ -41,7 +41,6 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
 /// Moves the position by `distance` bytes as `method` (FileBegin, FileCurrent, FileEnd) says; `position` is the new
 /// one.
 bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position, std::uint32_t method);
-bool GetFileSizeEx(Handle file, std::int64_t& size);
 
 /// FileTypeDisk, FileTypeChar, FileTypePipe, or FileTypeUnknown; FileTypeRemote may be added.
 std::uint32_t GetFileType(Handle file);

@@ -44,16 +44,4 @@ constexpr std::uint32_t ErrorResourceNameNotFound = 1814; // ERROR_RESOURCE_NAME
 std::uint32_t GetLastError();
 void SetLastError(std::uint32_t code);
 
-/// Keeps the calling thread's last error over a scope, so that clean-up code cannot lose it.
-class LastErrorKeeper {
-public:
-    LastErrorKeeper() : code(GetLastError()) {}
-    ~LastErrorKeeper() { SetLastError(code); }
-    LastErrorKeeper(const LastErrorKeeper&) = delete;
-    LastErrorKeeper& operator=(const LastErrorKeeper&) = delete;
-
-private:
-    std::uint32_t code;
-};
-
 } // namespace Platform

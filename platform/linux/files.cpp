@@ -170,17 +170,6 @@ bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position
     return errno == EINVAL ? Fail(ErrorNegativeSeek) : FailFromErrno();
 }
 
-bool GetFileSizeEx(Handle file, std::int64_t& size) {
-    PLATFORM_FAULT(GetFileSizeEx, false);
-    const FileObject* object = FileOf(file);
-    struct stat status {};
-    if (!object || fstat(object->descriptor, &status) != 0) {
-        return object && FailFromErrno();
-    }
-    size = status.st_size;
-    return true;
-}
-
 std::uint32_t GetFileType(Handle file) {
     PLATFORM_FAULT(GetFileType, FileTypeUnknown);
     const FileObject* object = FileOf(file);

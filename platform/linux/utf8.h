@@ -184,6 +184,19 @@ std::size_t Encode(const char16_t* at, TOut& out) {
     out.PutBlocks(words, 1, ~Mask(_mm_packs_epi16(narrow, narrow)) & 0xFF);
     return BlockUnits / 2;
 }
+
+/// Takes as many blocks as `step` converts whole; false when the text ends with them.
+template <class TUnit, class TOut, class TStep>
+bool TakeBlocks(const TUnit*& at, const TUnit* end, std::size_t blockUnits, TOut& target, TStep step) {
+    while (static_cast<std::size_t>(end - at) >= blockUnits && target.HasRoom(BlockBytes)) {
+        const std::size_t taken = step(at, target);
+        if (taken == 0) {
+            break;
+        }
+        at += taken;
+    }
+    return at != end;
+}
 #endif
 
 } // namespace Utf8Blocks
@@ -229,14 +242,7 @@ bool DecodeUtf8(std::string_view text, TOut& out, TMalformed malformed) {
     bool good = true;
     while (good && at != end) {
 #ifdef __SSE2__
-        while (static_cast<std::size_t>(end - at) >= Utf8Blocks::BlockBytes && target.HasRoom(Utf8Blocks::BlockBytes)) {
-            const std::size_t taken = Utf8Blocks::Decode(at, target);
-            if (taken == 0) {
-                break;
-            }
-            at += taken;
-        }
-        if (at == end) {
+        if (!Utf8Blocks::TakeBlocks(at, end, Utf8Blocks::BlockBytes, target, &Utf8Blocks::Decode<TOut>)) {
             break;
         }
 #endif
@@ -259,14 +265,7 @@ bool EncodeUtf8(std::u16string_view text, TOut& out, TLone lone) {
     bool good = true;
     while (good && at != end) {
 #ifdef __SSE2__
-        while (static_cast<std::size_t>(end - at) >= Utf8Blocks::BlockUnits && target.HasRoom(Utf8Blocks::BlockBytes)) {
-            const std::size_t taken = Utf8Blocks::Encode(at, target);
-            if (taken == 0) {
-                break;
-            }
-            at += taken;
-        }
-        if (at == end) {
+        if (!Utf8Blocks::TakeBlocks(at, end, Utf8Blocks::BlockUnits, target, &Utf8Blocks::Encode<TOut>)) {
             break;
         }
 #endif

@@ -37,13 +37,6 @@ bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position
     return success;
 }
 
-bool GetFileSizeEx(Handle file, std::int64_t& size) {
-    LARGE_INTEGER result{};
-    const bool success = ::GetFileSizeEx(file, &result) != 0;
-    size = result.QuadPart;
-    return success;
-}
-
 std::uint32_t GetFileType(Handle file) {
     return ::GetFileType(file);
 }
