@@ -21,6 +21,10 @@
 #undef LoadLibraryEx
 #undef LoadString
 #undef MessageBox
+#undef RegCreateKeyEx
+#undef RegOpenKeyEx
+#undef RegQueryValueEx
+#undef RegSetValueEx
 #undef VerQueryValue
 #undef WriteConsole
 #undef Yield
