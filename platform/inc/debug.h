@@ -9,6 +9,9 @@ namespace Platform {
 /// TESSARIX_DEBUG_OUTPUT is set, and nowhere otherwise.
 void OutputDebugString(const char16_t* text);
 
+/// Whether a debugger is attached to this process.
+bool IsDebuggerPresent();
+
 /// Stops in the debugger; without one the process ends.
 void DebugBreak();
 

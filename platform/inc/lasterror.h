@@ -35,6 +35,7 @@ constexpr std::uint32_t ErrorFilenameExcedRange = 206;    // ERROR_FILENAME_EXCE
 constexpr std::uint32_t ErrorMoreData = 234;              // ERROR_MORE_DATA
 constexpr std::uint32_t ErrorNoMoreItems = 259;           // ERROR_NO_MORE_ITEMS
 constexpr std::uint32_t ErrorDirectory = 267;             // ERROR_DIRECTORY
+constexpr std::uint32_t ErrorMessageNotFound = 317;       // ERROR_MR_MID_NOT_FOUND
 constexpr std::uint32_t ErrorInvalidFlags = 1004;         // ERROR_INVALID_FLAGS
 constexpr std::uint32_t ErrorKeyDeleted = 1018;           // ERROR_KEY_DELETED
 constexpr std::uint32_t ErrorNoUnicodeTranslation = 1113; // ERROR_NO_UNICODE_TRANSLATION

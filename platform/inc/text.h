@@ -20,9 +20,16 @@ std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, co
 std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text, std::int32_t length,
                                  char16_t* buffer, std::int32_t size);
 
-/// Writes the system's text for an error code, line end included, as FORMAT_MESSAGE_FROM_SYSTEM gives it; returns its
-/// length, cut to `size` - 1 characters and terminated; 0 if the system has no text.
-std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t* buffer, std::uint32_t size);
+constexpr std::uint32_t FormatMessageAllocateBuffer = 0x100; // FORMAT_MESSAGE_ALLOCATE_BUFFER
+constexpr std::uint32_t FormatMessageIgnoreInserts = 0x200;  // FORMAT_MESSAGE_IGNORE_INSERTS
+constexpr std::uint32_t FormatMessageFromSystem = 0x1000;    // FORMAT_MESSAGE_FROM_SYSTEM
+
+/// The system's text for an error code, line end included, in a buffer of the system's that the caller gives back to
+/// LocalFree. `flags` must allocate the buffer and take the text from the system. Returns the length; 0 if there is no
+/// text, or if it has inserts that are not to be ignored, for none are given.
+std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language, char16_t*& text);
+/// Frees a buffer that a function of the system allocated.
+void LocalFree(void* buffer);
 
 /// The run-time's setlocale(LC_ALL, ""): from here on the operations below use the user's locale.
 void SetUserLocale();

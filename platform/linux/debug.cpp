@@ -4,6 +4,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <string_view>
 
 namespace Platform {
 
@@ -11,6 +13,20 @@ void OutputDebugString(const char16_t* text) {
     if (std::getenv("TESSARIX_DEBUG_OUTPUT")) {
         std::fputs(Utf8Text(text).c_str(), stderr);
     }
+}
+
+bool IsDebuggerPresent() {
+    // The process that traces this one, 0 if none does.
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> status(std::fopen("/proc/self/status", "re"), &std::fclose);
+    char line[256] = {};
+    long tracer = 0;
+    while (status && tracer == 0 && std::fgets(line, sizeof(line), status.get())) {
+        constexpr std::string_view field = "TracerPid:";
+        if (std::string_view(line).starts_with(field)) {
+            tracer = std::strtol(line + field.size(), nullptr, 10);
+        }
+    }
+    return tracer != 0;
 }
 
 void DebugBreak() {

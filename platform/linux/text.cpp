@@ -1,6 +1,7 @@
 #include "platform/inc/text.h"
 
 #include "platform/inc/lasterror.h"
+#include "platform/inc/memory.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/errortexts.h"
 #include "platform/linux/faulthook.h"
@@ -20,16 +21,30 @@ std::uint32_t GetOEMCP() {
     return CodePageUtf8;
 }
 
-std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t* buffer, std::uint32_t size) {
+std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language, char16_t*& text) {
+    text = nullptr;
     PLATFORM_FAULT(FormatMessage, 0);
     static_cast<void>(language); // the texts exist in English alone
-    const std::u16string_view text = ErrorText(code);
-    if (text.empty() || text.size() >= size) {
-        SetLastError(text.empty() ? ErrorResourceNameNotFound : ErrorInsufficientBuffer);
+    const std::u16string_view found = ErrorText(code);
+    if (found.empty()) {
+        SetLastError(ErrorMessageNotFound);
         return 0;
     }
-    *std::copy(text.begin(), text.end(), buffer) = u'\0';
-    return static_cast<std::uint32_t>(text.size());
+    if (!(flags & FormatMessageIgnoreInserts) && found.find(u'%') != std::u16string_view::npos) {
+        SetLastError(ErrorInvalidParameter);
+        return 0;
+    }
+    text = static_cast<char16_t*>(AllocateRuntimeHeap((found.size() + 1) * sizeof(char16_t)));
+    if (!text) {
+        SetLastError(ErrorNotEnoughMemory);
+        return 0;
+    }
+    *std::copy(found.begin(), found.end(), text) = u'\0';
+    return static_cast<std::uint32_t>(found.size());
+}
+
+void LocalFree(void* buffer) {
+    FreeRuntimeHeap(buffer);
 }
 
 void SetUserLocale() {

@@ -8,6 +8,10 @@ void OutputDebugString(const char16_t* text) {
     ::OutputDebugStringW(Wide(text));
 }
 
+bool IsDebuggerPresent() {
+    return ::IsDebuggerPresent() != FALSE;
+}
+
 void DebugBreak() {
     ::DebugBreak();
 }

@@ -24,9 +24,13 @@ std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, co
     return ::MultiByteToWideChar(codePage, flags, text, length, Wide(buffer), size);
 }
 
-std::uint32_t FormatMessage(std::uint32_t code, std::uint32_t language, char16_t* buffer, std::uint32_t size) {
-    return ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, language,
-                            Wide(buffer), size, nullptr);
+std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language, char16_t*& text) {
+    text = nullptr;
+    return ::FormatMessageW(flags, nullptr, code, language, reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+}
+
+void LocalFree(void* buffer) {
+    ::LocalFree(buffer);
 }
 
 void SetUserLocale() {
