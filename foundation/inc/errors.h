@@ -8,6 +8,8 @@
 #include "foundation/inc/memorymanager.h"
 #include "foundation/inc/message.h"
 #include "foundation/inc/unicodestring.h"
+#include "platform/inc/errorinfo.h"
+#include <atomic>
 
 namespace Tsx {
 
@@ -34,6 +36,18 @@ public:
     CUnicodeString param0;
     CUnicodeString param1;
     CUnicodeString param2;
+};
+
+/// A failed COM call, with what its component told of it.
+class CCOMException : public CException {
+public:
+    /// Takes over the reference to `info`, which may be null.
+    CCOMException(std::int32_t result, Platform::IErrorInfo* info) : hresult(result), errorInfo(info) {}
+    ~CCOMException() override;
+    CUnicodeString GetMessageText() const override;
+
+    std::int32_t hresult;
+    Platform::IErrorInfo* errorInfo; // owned, or null
 };
 
 /// A failed file operation.
@@ -89,15 +103,27 @@ public:
 
 void GenerateCheckException(const CMessageName& message, const char16_t* param0, const char16_t* param1);
 void GenerateLastErrorException(std::uint32_t code);
+/// Takes the calling thread's error info along.
+void GenerateCOMException(std::int32_t hresult);
 [[noreturn]] void GenerateUserException();
 [[noreturn]] void GenerateFileException(std::uint32_t lastError, const CUnicodeString& fileName);
+/// For a failure that has no Windows code.
 [[noreturn]] void GenerateFileCauseException(std::uint32_t cause, const CUnicodeString& fileName);
 /// Raises from the calling thread's last error: code 8 is the memory failure, any other CLastErrorException.
 void GenerateExceptionFromLastError();
 
-/// The texts that the exceptions render.
+/// Whether failures may be thrown at all; the calling thread's own mode decides beside it. Start and stop of the
+/// foundation set it for their duration.
+extern std::atomic<bool> ExceptionsEnabled;
+/// Keeps the boxes of the last resort away: the process then ends without them.
+extern std::atomic<bool> FatalNoMessageBox;
+
+/// The texts that the exceptions render. GetLastErrorText keeps the system's line end, GetCOMErrorText cuts it off.
 CUnicodeString GetLastErrorText(std::uint32_t code);
+/// The component's own description if there is one; `errorInfo` stays the caller's and may be null.
+CUnicodeString GetCOMErrorText(std::int32_t hresult, Platform::IErrorInfo* errorInfo);
 CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, const CUnicodeString& fileName);
+/// What a thread that must not throw shows. A kind that does not exist is an internal error of its own.
 CUnicodeString ComposeInternalErrorText(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
                                         const char16_t* file, std::uint32_t line, std::uint32_t code);
 
@@ -108,6 +134,15 @@ void ReportInternalFailure(const CUnicodeString& text);
 /// The cause of a file failure by its Windows code: 2 to 15 for the codes that have one, 1 for all others. Code 0 is an
 /// internal error.
 std::uint32_t GetFileCause(std::uint32_t lastError);
+
+/// Where a developer wants to stop at a failure.
+constexpr std::uint32_t StopNever = 1;
+constexpr std::uint32_t StopInDebugger = 2;
+constexpr std::uint32_t StopAlways = 3;
+
+/// The user's settings "AssertStopMode" and "ErrorStopMode" ("Always", "Debug", "Never"), read once. Any thread.
+std::uint32_t GetAssertStopMode();
+std::uint32_t GetErrorStopMode();
 
 constexpr const char16_t* FoundationTitle = u"Tessarix";
 constexpr const char16_t* NotEnoughMemoryText = u"Not enough memory!";

@@ -15,9 +15,6 @@ enum TFoundationState : std::int32_t {
 
 TFoundationState GetFoundationState();
 
-/// True while failures may be thrown at all; the calling thread's own mode decides beside it.
-bool AreExceptionsEnabled();
-
 /// Starts the foundation; calls nest, and only the first does the work. True when it stands ready. A null path stands
 /// for "Software\Ostrel\" and the program's title. A failure is shown here.
 bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* machineRegistryPath);

@@ -25,10 +25,6 @@ TFoundationState GetFoundationState() {
     return foundationState;
 }
 
-bool AreExceptionsEnabled() {
-    return true;
-}
-
 bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* machineRegistryPath) {
     const CCriticalSectionLock guard(FoundationLock);
     if (initCount++ != 0) {

@@ -55,6 +55,7 @@ EStringStage GetStringStage() {
 TSX_OBJECT(CCriticalSection, RegistryLock)
 TSX_OBJECT(CCriticalSection, CharSetLeafLock)
 TSX_OBJECT(CCriticalSection, MessageListLock)
+TSX_OBJECT(CCriticalSection, StopModeLock)
 TSX_OBJECT(CCriticalSection, HandlerLock)
 TSX_OBJECT(CCriticalSection, ApplicationNameLock)
 TSX_OBJECT(CCriticalSection, FoundationLock)

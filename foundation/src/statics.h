@@ -14,6 +14,7 @@ namespace Tsx {
 
 extern CCriticalSection CharSetLeafLock;
 extern CCriticalSection MessageListLock;
+extern CCriticalSection StopModeLock;
 extern CCriticalSection HandlerLock;
 extern CCriticalSection ApplicationNameLock;
 extern CCriticalSection FoundationLock;
