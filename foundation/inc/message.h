@@ -20,6 +20,9 @@ public:
     CMessageName* Prev = nullptr;
 };
 
+/// The newest record of the process-wide list. Under MessageListLock.
+const CMessageName* FirstMessageName();
+
 /// Whether a module has a text for the name.
 bool HasMessage(const CMessageName& name);
 /// The text; the name itself if there is none, so that a missing text never hides a failure.
@@ -33,6 +36,9 @@ CUnicodeString GetMessageOrBuiltIn(const CMessageName& name, const char16_t* bui
 ///   "%1 of %0" with a, b     "b of a"
 ///   "100%", "50% off"        unchanged
 ///   "%7" with two            ""
+///
+/// With the debug flag CheckMessagesParamsCount a text that uses other parameters than are given is complained about
+/// through DisplayMessage; the result is the same.
 CUnicodeString SubstituteParams(const CUnicodeString& text, const char16_t* const* parameters, std::int32_t count);
 
 /// The message with its parameters; without a text the name, a blank and each parameter in turn.
@@ -52,6 +58,20 @@ CUnicodeString FormatMessage(const CMessageName& name, const TParameters&... par
     return FormatMessageFrom(name, list, static_cast<std::int32_t>(sizeof...(parameters)));
 }
 
+/// Fills a text that is already in hand.
 CUnicodeString FormatMessageList(const CUnicodeString& text, const CArray<CUnicodeString>& parameters);
+
+/// The names that the linked code can ask for and no module has a text for; and the names that have a text and nobody
+/// asks for. Sorted by code units, each once.
+void CollectUndefinedMessages(CArray<CUnicodeString>& names);
+void CollectUnusedMessages(CArray<CUnicodeString>& names);
+
+/// The lists for developers and translators, as UTF-16 text with a mark; an old file is replaced. The first raises
+/// CFileException; the second swallows it.
+///
+///   all messages         a table: name, path of the module with the record, whether it has a text, whether it is used
+///   undefined messages   the undefined names, then the unused ones behind a line of their own
+void SaveAllMessagesList(const CUnicodeString& path);
+void SaveUndefinedMessagesList(const CUnicodeString& path);
 
 } // namespace Tsx

@@ -1,6 +1,7 @@
 // Where message texts come from: the modules that carry them, and the interface language.
 #pragma once
 
+#include "foundation/inc/array.h"
 #include "foundation/inc/unicodestring.h"
 
 namespace Tsx {
@@ -12,6 +13,8 @@ class CResourceBase {
 public:
     /// The text of a message by name; false if no module has one.
     bool LookupMessage(const char16_t* name, CUnicodeString& text);
+    /// The names in the tables of all modules, sorted by code units, each once.
+    void GetAllMessageNames(CArray<CUnicodeString>& names);
     /// The index of a language number among the languages that can be chosen; NoLanguage for any other.
     std::uint32_t FindLanguage(std::uint32_t language);
     /// Makes a language the current one. It must be known: an internal error otherwise.

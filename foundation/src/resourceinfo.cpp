@@ -18,6 +18,17 @@ bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
     return id != 0 && text.LoadString(module, id);
 }
 
+void CResourceBase::GetAllMessageNames(CArray<CUnicodeString>& names) {
+    using NumberOfMessagesFunction = std::int32_t();
+    using GetMessageNameFunction = const char16_t*(std::int32_t);
+    const Platform::Module module = Platform::GetProgramModule();
+    auto* count = reinterpret_cast<NumberOfMessagesFunction*>(Platform::GetProcAddress(module, "NumberOfMessages"));
+    auto* name = reinterpret_cast<GetMessageNameFunction*>(Platform::GetProcAddress(module, "GetMessageName"));
+    for (std::int32_t i = 0; count && name && i < count(); ++i) {
+        names.Append(name(i)); // sorted and without duplicates already
+    }
+}
+
 std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
     static_cast<void>(language);
     return NoLanguage;

@@ -1,7 +1,13 @@
 #include "foundation/inc/message.h"
 
+#include "foundation/inc/debugflags.h"
+#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
+#include "foundation/inc/resourceinfo.h"
+#include "platform/inc/messagebox.h"
 #include "tests/support/text.h"
+#include <set>
+#include <string>
 
 using namespace Tsx;
 
@@ -26,6 +32,100 @@ TEST(Message, SubstitutesByPosition) {
     for (const Row& row : rows) {
         EXPECT_EQ(SubstituteParams(row.text, parameters, 2), row.expected) << Readable(row.text);
     }
+}
+
+TEST(Message, EveryTextOfTheTable) {
+    struct Row {
+        const char16_t* name;
+        const char16_t* text;
+    };
+    constexpr Row rows[] = {
+#define ROW(id, name, use, text) {u## #name, text},
+#include "tests/support/catalogue.inc"
+#undef ROW
+    };
+    const char16_t* const parameters[] = {u"<0>", u"<1>", u"<2>", u"<3>"};
+    for (const Row& row : rows) {
+        CUnicodeString text;
+        EXPECT_TRUE(GetResourceBase().LookupMessage(row.name, text)) << Readable(row.name);
+        EXPECT_EQ(SubstituteParams(text, parameters, 4), row.text) << Readable(row.name);
+    }
+}
+
+TEST(Message, ListsOfUndefinedAndUnusedNames) {
+    // The application's names are records only where its code is linked, so that they may stand in either list.
+    CArray<CUnicodeString> undefined;
+    CollectUndefinedMessages(undefined);
+    const char16_t* const builtIn[] = {u"ERR_NO_MODULE_LOADED_FOR_CLASS",
+                                       u"ERR_UNCAUGHT_INTERNAL_ERROR",
+                                       u"MSG_ASSERT",
+                                       u"MSG_ASSERTLASTERROR",
+                                       u"MSG_FAST_MEMORY_FILE",
+                                       u"MSG_MEMORY_FILE",
+                                       u"MSG_PRESUME",
+                                       u"MSG_PRESUMELASTERROR",
+                                       u"MSG_VIRTUAL_MEMORY_FILE"};
+    ASSERT_EQ(undefined.Size(), static_cast<std::int32_t>(std::size(builtIn)));
+    for (std::int32_t i = 0; i < undefined.Size(); ++i) {
+        EXPECT_EQ(undefined[i], builtIn[i]);
+    }
+    CArray<CUnicodeString> unused;
+    CollectUnusedMessages(unused);
+    std::set<std::u16string> found;
+    for (const CUnicodeString& name : unused) {
+        EXPECT_TRUE(found.empty() || *found.rbegin() < name.Text()) << "in order, each once";
+        found.insert(name.Text());
+    }
+    enum { Idle, Used };
+#define ROW(id, name, use, text)                                                                                       \
+    if (use == Idle) {                                                                                                 \
+        EXPECT_EQ(found.count(u## #name), 1U) << #name;                                                                \
+    }
+#include "tests/support/catalogue.inc"
+#undef ROW
+    EXPECT_EQ(found.count(u"ERR_FILE_GENERIC"), 0U);
+}
+
+namespace {
+
+class CRecordingHandler : public CMessageHandler {
+public:
+    CUnicodeString texts; // one a line
+
+    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
+        texts += CUnicodeString::Format(u"%u %s\n", style, text);
+        return Platform::IdCancel;
+    }
+};
+
+} // namespace
+
+TEST(Message, TheDevelopersCheckComplainsAndChangesNothing) {
+    struct Row {
+        const char16_t* text;
+        std::int32_t count;
+        const char16_t* result;
+        const char16_t* complaints;
+    };
+    constexpr Row rows[] = {
+        {u"%0 %1", 2, u"a b", u""},
+        {u"%0 %0", 1, u"a a", u""},
+        {u"", 0, u"", u""},
+        {u"50% off %1", 2, u"50% off b",
+         u"49 Number of params in message \"50% off %1\" is invalid: 1, expected 2.\n"
+         u"49 Some parameters in message \"50% off %1\" are missing: 0.\n"},
+        {u"%4%1", 2, u"b", u"49 Some parameters in message \"%4%1\" are missing: 0 ,2 ,3.\n"},
+        {u"none", 2, u"none", u"49 Number of params in message \"none\" is invalid: 0, expected 2.\n"}};
+    const char16_t* const parameters[] = {u"a", u"b"};
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    SetDebugFlag(DebugCheckMessagesParamsCount, true);
+    for (const Row& row : rows) {
+        handler.texts.Clear();
+        EXPECT_EQ(SubstituteParams(row.text, parameters, row.count), row.result);
+        EXPECT_EQ(handler.texts, row.complaints) << Readable(row.text);
+    }
+    SetDebugFlag(DebugCheckMessagesParamsCount, false);
 }
 
 TEST(Message, ComesFromTheTableOrDegradesToItsName) {
