@@ -25,6 +25,10 @@
 #undef MessageBoxIndirect
 #undef RegisterEventSource
 #undef ReportEvent
+#undef RegCreateKeyEx
+#undef RegOpenKeyEx
+#undef RegQueryValueEx
+#undef RegSetValueEx
 #undef VerQueryValue
 #undef WriteConsole
 #undef Yield
