@@ -12,6 +12,8 @@ class CResourceBase {
 public:
     /// The text of a message by name; false if no module has one.
     bool LookupMessage(const char16_t* name, CUnicodeString& text);
+    /// The module that has the named icon; null if none does.
+    Platform::Module FindModuleWithIcon(const char16_t* name);
     /// The index of a language number among the languages that can be chosen; NoLanguage for any other.
     std::uint32_t FindLanguage(std::uint32_t language);
     /// Makes a language the current one. It must be known: an internal error otherwise.

@@ -3,6 +3,7 @@
 #include "foundation/inc/assertion.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/modules.h"
+#include "platform/inc/resources.h"
 
 namespace Tsx {
 
@@ -16,6 +17,11 @@ bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
     auto* getResourceId = reinterpret_cast<GetResourceIDFunction*>(Platform::GetProcAddress(module, "GetResourceID"));
     const std::uint32_t id = getResourceId ? getResourceId(name) : 0;
     return id != 0 && text.LoadString(module, id);
+}
+
+Platform::Module CResourceBase::FindModuleWithIcon(const char16_t* name) {
+    const Platform::Module module = Platform::GetProgramModule();
+    return Platform::FindResource(module, name, Platform::RtGroupIcon) ? module : nullptr;
 }
 
 std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
