@@ -2,6 +2,7 @@
 
 #include "foundation/inc/criticalsection.h"
 #include "foundation/inc/errors.h"
+#include "foundation/inc/lineends.h"
 #include "platform/inc/console.h"
 #include "platform/inc/files.h"
 #include <algorithm>
@@ -98,14 +99,7 @@ void WriteBytes(Platform::Handle handle, const void* bytes, std::int32_t length)
 }
 
 void ConsoleWriteLines(const CUnicodeString& text) {
-    CUnicodeString repaired;
-    for (std::int32_t i = 0; i < text.Length(); ++i) {
-        if (text[i] == u'\n' && (i == 0 || text[i - 1] != u'\r')) {
-            repaired += u'\r';
-        }
-        repaired += text[i];
-    }
-    ConsoleWrite(repaired);
+    ConsoleWrite(WithCarriageReturns(text));
 }
 
 } // namespace Console

@@ -15,6 +15,8 @@ public:
     bool LookupMessage(const char16_t* name, CUnicodeString& text);
     /// The names in the tables of all modules, sorted by code units, each once.
     void GetAllMessageNames(CArray<CUnicodeString>& names);
+    /// The module that has the named icon; null if none does.
+    Platform::Module FindModuleWithIcon(const char16_t* name);
     /// The index of a language number among the languages that can be chosen; NoLanguage for any other.
     std::uint32_t FindLanguage(std::uint32_t language);
     /// Makes a language the current one. It must be known: an internal error otherwise.

@@ -1,7 +1,12 @@
 #include "foundation/inc/messagehandlers.h"
 
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/messagelog.h"
 #include "foundation/inc/threadobject.h"
+#include "foundation/inc/versioninfo.h"
+#include "foundation/src/pressedbutton.h"
 #include "foundation/src/statics.h"
+#include "platform/inc/files.h"
 #include "platform/inc/messagebox.h"
 
 namespace Tsx {
@@ -10,40 +15,58 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\messagehandlers";
 
-// Under HandlerLock.
+// Under HandlerLock, which is over threadHandler too.
 CMessageHandler* processHandler = nullptr;
 CMessageHandler* defaultHandler = nullptr; // null until it is chosen
-bool defaultHandlerGone = false;           // the chosen one was destroyed
 
-struct ButtonRow {
-    std::uint32_t style; // the low four bits of a message-box word
-    std::int32_t first;
-    std::int32_t second;
-    std::int32_t third;
-};
+bool IsConsoleLike(std::uint32_t fileType) {
+    return fileType == Platform::FileTypeDisk || fileType == Platform::FileTypeChar ||
+           fileType == Platform::FileTypePipe;
+}
 
-using namespace Platform;
+CMessageHandler* HandlerForOutput() {
+    Platform::Handle output = Platform::GetStdHandle(Platform::StdOutputHandle);
+    const bool missing = !output || output == Platform::InvalidHandle();
+    if (!missing && IsConsoleLike(Platform::GetFileType(output) & ~Platform::FileTypeRemote)) {
+        return &StaticConsoleMessageHandler;
+    }
+    return &StaticMessageBoxHandler;
+}
 
-constexpr ButtonRow Buttons[] = {
-    {MbOk, IdOk, IdOk, IdOk},
-    {MbOkCancel, IdOk, IdCancel, IdOk},
-    {MbYesNo, IdYes, IdNo, IdYes},
-    {MbYesNoCancel, IdYes, IdNo, IdCancel},
-    {MbRetryCancel, IdRetry, IdCancel, IdRetry},
-    {MbAbortRetryIgnore, IdAbort, IdRetry, IdIgnore},
-};
+// The handler that the program's version record names; null if it names none or cannot be read.
+CMessageHandler* HandlerByName() {
+    CUnicodeString wanted;
+    try {
+        CVersionInfo version;
+        version.Load(FileSystem::GetProgramPath());
+        wanted = version.GetString(u"MessageHandler");
+    } catch (CException* exception) {
+        delete exception;
+    }
+    const struct {
+        const char16_t* name;
+        CMessageHandler* handler;
+    } choices[] = {{u"EVENTLOG", &StaticEventLogMessageHandler},
+                   {u"MESSAGEBOX", &StaticMessageBoxHandler},
+                   {u"CONSOLE", &StaticConsoleMessageHandler}};
+    for (const auto& choice : choices) {
+        if (wanted.CompareNoCase(choice.name) == 0) {
+            return choice.handler;
+        }
+    }
+    return nullptr;
+}
 
 } // namespace
 
 CMessageHandler::~CMessageHandler() {
     const CCriticalSectionLock guard(HandlerLock);
     if (defaultHandler == this) {
-        defaultHandler = nullptr;
-        defaultHandlerGone = true;
+        defaultHandler = InvalidMessageHandler();
     }
 }
 
-std::int32_t CMessageHandler::ShowMessageWithIcon(Window owner, const char16_t* text, const char16_t* title,
+std::int32_t CMessageHandler::ShowMessageWithIcon(Platform::Window owner, const char16_t* text, const char16_t* title,
                                                   std::uint32_t style, const char16_t* iconName) {
     static_cast<void>(iconName);
     return ShowMessageBox(owner, text, title, style);
@@ -54,23 +77,26 @@ void CMessageHandler::ShowException(CException* exception) {
     exception->ReportToUser();
 }
 
-std::int32_t CMessageBoxHandler::ShowMessageBox(Window owner, const char16_t* text, const char16_t* title,
-                                                std::uint32_t style) {
-    const CRuntimeHeapSwitcher switcher;
-    return MessageBox(owner, text, title, style);
+CMessageHandler*& CMessageHandlerScope::Place() const {
+    return perThread ? *threadHandler.Get() : processHandler;
 }
 
-CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall) : handler(toInstall) {
+CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall, bool forThisThread)
+    : handler(toInstall), perThread(forThisThread) {
     const CCriticalSectionLock guard(HandlerLock);
-    previous = processHandler;
-    processHandler = handler;
+    CMessageHandler*& place = Place();
+    previous = place;
+    place = handler;
+    active = true;
 }
 
 CMessageHandlerScope::~CMessageHandlerScope() {
     try {
         const CCriticalSectionLock guard(HandlerLock);
-        CMessageHandler* const replaced = processHandler;
-        processHandler = previous;
+        CMessageHandler*& place = Place();
+        CMessageHandler* const replaced = place;
+        place = previous;
+        active = false;
         TSX_ASSERT(replaced == handler, ModuleName);
     } catch (CException* exception) {
         delete exception;
@@ -79,29 +105,49 @@ CMessageHandlerScope::~CMessageHandlerScope() {
 
 CMessageHandler* GetDefaultMessageHandler() {
     const CCriticalSectionLock guard(HandlerLock);
-    if (!defaultHandler && !defaultHandlerGone) {
-        defaultHandler = &StaticMessageBoxHandler;
+    if (!DoStaticHandlersStand()) {
+        return InvalidMessageHandler();
+    }
+    if (!defaultHandler) {
+        defaultHandler = HandlerForOutput(); // shows what the reading of the version record may have to say
+        if (CMessageHandler* named = HandlerByName()) {
+            defaultHandler = named;
+        }
     }
     return defaultHandler;
 }
 
 CMessageHandler* GetCurrentMessageHandler() {
     const CCriticalSectionLock guard(HandlerLock);
+    CMessageHandler* const* own = threadHandler.Find();
+    if (own && *own) {
+        return *own;
+    }
     return processHandler ? processHandler : GetDefaultMessageHandler();
 }
 
-std::int32_t DisplayMessage(const CUnicodeString& text, std::uint32_t style) {
+std::int32_t DisplayMessage(const char16_t* text, std::uint32_t style) {
     const CRuntimeHeapSwitcher switcher;
     const CUnicodeString title = GetStoredApplicationName();
     const CCriticalSectionLock guard(HandlerLock);
+    WriteMessageLogLine(text);
     CMessageHandler* handler = GetCurrentMessageHandler();
-    return handler ? handler->ShowMessageBox(nullptr, text.Text(), title.Text(), style)
-                   : MessageBox(nullptr, text.Text(), FoundationTitle, style);
+    if (handler == InvalidMessageHandler()) {
+        return PressedButton(Platform::MessageBox(nullptr, text, FoundationTitle, style), style);
+    }
+    return handler->ShowMessageBox(nullptr, text, title.Text(), style);
 }
 
+// AS DESIGNED: an exception that shows itself with DisplayMessage stands in the log twice, once as what was raised and
+// once as what was shown.
 void DisplayException(CException* exception) {
+    const CRuntimeHeapSwitcher switcher;
     const CCriticalSectionLock guard(HandlerLock);
-    if (CMessageHandler* handler = GetCurrentMessageHandler()) {
+    if (!dynamic_cast<CUserException*>(exception)) {
+        WriteMessageLogLine(exception->GetMessageText().Text());
+    }
+    CMessageHandler* handler = GetCurrentMessageHandler();
+    if (handler != InvalidMessageHandler()) {
         handler->ShowException(exception);
     }
 }
@@ -114,15 +160,6 @@ void SetApplicationName(const CUnicodeString& name) {
 CUnicodeString GetStoredApplicationName() {
     const CCriticalSectionLock guard(ApplicationNameLock);
     return StoredApplicationName.IsEmpty() ? CUnicodeString(FoundationTitle) : StoredApplicationName;
-}
-
-std::int32_t GetDefaultButton(std::uint32_t style) {
-    for (const ButtonRow& row : Buttons) {
-        if (row.style == (style & 0xF)) {
-            return style & MbDefButton2 ? row.second : style & MbDefButton3 ? row.third : row.first;
-        }
-    }
-    return IdAbort;
 }
 
 } // namespace Tsx

@@ -3,6 +3,7 @@
 #include "foundation/inc/assertion.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/modules.h"
+#include "platform/inc/resources.h"
 
 namespace Tsx {
 
@@ -27,6 +28,11 @@ void CResourceBase::GetAllMessageNames(CArray<CUnicodeString>& names) {
     for (std::int32_t i = 0; count && name && i < count(); ++i) {
         names.Append(name(i)); // sorted and without duplicates already
     }
+}
+
+Platform::Module CResourceBase::FindModuleWithIcon(const char16_t* name) {
+    const Platform::Module module = Platform::GetProgramModule();
+    return Platform::FindResource(module, name, Platform::RtGroupIcon) ? module : nullptr;
 }
 
 std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {

@@ -35,6 +35,7 @@ public:
 };
 
 constinit EStringStage stringStage = EStringStage::Before;
+constinit bool staticHandlersStand = false;
 
 /// Stands behind the last object that strings need.
 class CStringStage {
@@ -45,10 +46,23 @@ public:
     CStringStage& operator=(const CStringStage&) = delete;
 };
 
+/// Stands behind the last of the static message handlers.
+class CHandlerStage {
+public:
+    CHandlerStage() { staticHandlersStand = true; }
+    ~CHandlerStage() { staticHandlersStand = false; }
+    CHandlerStage(const CHandlerStage&) = delete;
+    CHandlerStage& operator=(const CHandlerStage&) = delete;
+};
+
 } // namespace
 
 EStringStage GetStringStage() {
     return stringStage;
+}
+
+bool DoStaticHandlersStand() {
+    return staticHandlersStand;
 }
 
 // Locks: everything below may be used by several threads.
@@ -57,6 +71,8 @@ TSX_OBJECT(CCriticalSection, CharSetLeafLock)
 TSX_OBJECT(CCriticalSection, MessageListLock)
 TSX_OBJECT(CCriticalSection, StopModeLock)
 TSX_OBJECT(CCriticalSection, HandlerLock)
+TSX_OBJECT(CCriticalSection, ConsoleHandlerLock)
+TSX_OBJECT(CCriticalSection, EventLogHandlerLock)
 TSX_OBJECT(CCriticalSection, ApplicationNameLock)
 TSX_OBJECT(CCriticalSection, FoundationLock)
 
@@ -65,6 +81,7 @@ TSX_OBJECT(CThreadObjectRegistry, ThreadObjectRegistry)
 TSX_OBJECT(CTlsSlot, MemoryManagerSlot)
 TSX_OBJECT(CThreadObject<CErrorGuardState>, ErrorGuardState)
 TSX_OBJECT(CThreadObject<CThreadErrorMode>, ThreadErrorMode)
+TSX_OBJECT(CThreadObject<CMessageHandler*>, threadHandler)
 TSX_OBJECT(static const CStaticStage, StaticStage)
 
 // Memory: pages, then the heap that serves every thread at first, then the strings that live on both.
@@ -100,6 +117,9 @@ TSX_OBJECT(CUnicodeString, MachineRegistryPath)
 
 // What shows texts, and where texts come from.
 TSX_OBJECT(CMessageBoxHandler, StaticMessageBoxHandler)
+TSX_OBJECT(CConsoleMessageHandler, StaticConsoleMessageHandler)
+TSX_OBJECT(CEventLogMessageHandler, StaticEventLogMessageHandler)
+TSX_OBJECT(static const CHandlerStage, HandlerStage)
 TSX_OBJECT(CResourceBase, ResourceBase)
 
 // File systems, last: their failures use all of the above.

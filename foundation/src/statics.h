@@ -7,6 +7,7 @@
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/resourceinfo.h"
+#include "foundation/inc/threadobject.h"
 #include "foundation/inc/tlsslot.h"
 #include "foundation/inc/unicodestring.h"
 
@@ -16,12 +17,17 @@ extern CCriticalSection CharSetLeafLock;
 extern CCriticalSection MessageListLock;
 extern CCriticalSection StopModeLock;
 extern CCriticalSection HandlerLock;
+extern CCriticalSection ConsoleHandlerLock;
+extern CCriticalSection EventLogHandlerLock;
 extern CCriticalSection ApplicationNameLock;
 extern CCriticalSection FoundationLock;
 
 /// Whether the foundation can make strings: not yet, now, or no more.
 enum class EStringStage { Before, Usable, After };
 EStringStage GetStringStage();
+
+/// Whether the static message handlers are there: not yet, or no more, otherwise.
+bool DoStaticHandlersStand();
 
 extern CTlsSlot MemoryManagerSlot;
 extern CBlockManager CharSetLeaves;
@@ -30,7 +36,10 @@ extern CUnicodeString StoredApplicationName;
 extern CUnicodeString UserRegistryPath;
 extern CUnicodeString MachineRegistryPath;
 
+extern CThreadObject<CMessageHandler*> threadHandler;
 extern CMessageBoxHandler StaticMessageBoxHandler;
+extern CConsoleMessageHandler StaticConsoleMessageHandler;
+extern CEventLogMessageHandler StaticEventLogMessageHandler;
 extern CResourceBase ResourceBase;
 extern CFileSystemBase& NativeFileSystem;
 

@@ -34,6 +34,10 @@ ThreadObject* ThreadOf(Handle handle) {
     return ObjectOf<ThreadObject>(handle);
 }
 
+EventSourceObject* EventSourceOf(Handle handle) {
+    return ObjectOf<EventSourceObject>(handle);
+}
+
 bool CloseHandle(Handle handle) {
     const std::unique_ptr<HandleObject> object(ObjectOf<HandleObject>(handle));
     PLATFORM_FAULT(CloseHandle, false);

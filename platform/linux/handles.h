@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace Platform {
 
@@ -31,8 +32,14 @@ struct ThreadObject : HandleObject {
     std::shared_ptr<std::atomic<std::uint32_t>> exitCode;
 };
 
+/// A name under which lines are written to syslog.
+struct EventSourceObject : HandleObject {
+    std::string identity;
+};
+
 /// The object behind a handle; null with the last error set when the handle is null, invalid or of another class.
 FileObject* FileOf(Handle handle);
 ThreadObject* ThreadOf(Handle handle);
+EventSourceObject* EventSourceOf(Handle handle);
 
 } // namespace Platform

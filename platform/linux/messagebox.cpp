@@ -1,17 +1,27 @@
 #include "platform/inc/messagebox.h"
 
 #include "platform/linux/nativetext.h"
-#include <cstddef>
 #include <cstdio>
 
 namespace Platform {
 
-std::int32_t MessageBox(Window, const char16_t* text, const char16_t* title, std::uint32_t style) {
+std::int32_t MessageBox(Window, const char16_t* text, const char16_t* title, std::uint32_t) {
     const std::string notice = Utf8Text(title) + ": " + Utf8Text(text) + "\n";
     std::fputs(notice.c_str(), stderr);
-    constexpr std::int32_t firstButtons[] = {IdOk, IdOk, IdAbort, IdYes, IdYes, IdRetry};
-    const std::size_t buttons = style & 0xF;
-    return buttons < std::size(firstButtons) ? firstButtons[buttons] : IdOk;
+    return 0;
+}
+
+std::int32_t MessageBoxIndirect(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style, Module,
+                                const char16_t*) {
+    return MessageBox(owner, text, title, style);
+}
+
+Window GetLastActivePopup(Window owner) {
+    return owner;
+}
+
+bool IsWindowVisible(Window) {
+    return false;
 }
 
 } // namespace Platform

@@ -70,6 +70,14 @@ bool ReadVersionSection(const char16_t* path, std::vector<std::byte>& block) {
 
 } // namespace
 
+bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
+    PLATFORM_FAULT(FindResource, false);
+    static_cast<void>(module);
+    static_cast<void>(name);
+    static_cast<void>(type);
+    return Fail(ErrorResourceTypeNotFound);
+}
+
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
     PLATFORM_FAULT(LoadString, 0);
     const auto* resources = static_cast<const ModuleResources*>(dlsym(module, ModuleResourcesSymbol));

@@ -11,6 +11,10 @@ constexpr const char16_t* VersionLibrary = u"version.dll";
 
 } // namespace
 
+bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
+    return ::FindResourceW(Native(module), Wide(name), MAKEINTRESOURCEW(type)) != nullptr;
+}
+
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
     auto* load = SystemProcedure<decltype(::LoadStringW)>(u"user32.dll", "LoadStringW");
     return load ? load(reinterpret_cast<HINSTANCE>(module), id, Wide(buffer), size) : 0;

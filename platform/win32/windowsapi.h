@@ -10,6 +10,7 @@
 
 #undef CreateFile
 #undef FindFirstFile
+#undef FindResource
 #undef FormatMessage
 #undef GetVersionEx
 #undef OutputDebugString
@@ -21,6 +22,9 @@
 #undef LoadLibraryEx
 #undef LoadString
 #undef MessageBox
+#undef MessageBoxIndirect
+#undef RegisterEventSource
+#undef ReportEvent
 #undef RegCreateKeyEx
 #undef RegOpenKeyEx
 #undef RegQueryValueEx
