@@ -92,6 +92,18 @@ CThreadRecord* CThreadObjectFamily::MakeRecord() {
     return ThreadObjectRegistry.Place(Index) = record;
 }
 
+namespace {
+
+[[noreturn]] void EndProcess() {
+    static std::atomic<bool> ending{false};
+    if (!ending.exchange(true)) { // a notice that fails as well is not shown again
+        DisplayMessage(DoubleErrorText, FatalMessageStyle);
+    }
+    Platform::Abort();
+}
+
+} // namespace
+
 CReentryScope::CReentryScope(std::int32_t kind, EState wanted)
     : state(wanted == MakeState ? ErrorGuardState.Get() : ErrorGuardState.Find()), kept() {
     if (!state) {
@@ -99,8 +111,7 @@ CReentryScope::CReentryScope(std::int32_t kind, EState wanted)
     }
     kept = *state;
     if (state->InInternalError && kind == 1) {
-        DisplayMessage(DoubleErrorText, FatalMessageStyle);
-        Platform::Abort();
+        EndProcess();
     }
     state->InInternalError = state->InInternalError || kind == 1;
     state->Raising = state->Raising || kind == 0;

@@ -3,6 +3,8 @@
 import re
 import subprocess
 
+from places import windows_path
+
 MARKED = {"GetMessageName", "GetMessageSystemVersion", "GetResourceID", "NumberOfMessages", "__TessarixUsed"}
 # The Linux program's strings and version record are found by a symbol; Windows has resources for them.
 NATIVE = MARKED | {"TessarixModuleResources"}
@@ -17,8 +19,20 @@ def compared(what, wanted, found):
     return [] if wanted == found else [f"{what}: missing {sorted(wanted - found)}, too many {sorted(found - wanted)}"]
 
 
-def checks(options):
+def answers(place, options):
+    """What the probe says of the program's message table; nothing if all is well."""
+    if options.wine:
+        command, environment = [options.wine, options.probe, windows_path(options.program)], {}
+    else:
+        command, environment = [options.program], {"LD_PRELOAD": options.probe}
+    result = subprocess.run(command, env={**place.environment, **environment}, stdin=subprocess.DEVNULL,
+                            capture_output=True, text=True, timeout=60, check=False)
+    return [] if result.returncode == 0 else [f"exit code {result.returncode}", result.stdout, result.stderr]
+
+
+def checks(place, options):
     """Each check's name and what is wrong."""
+    yield "message table", answers(place, options)
     if options.wine:
         text = listing(options.objdump, "-p", options.program)
         table = text.partition("[Ordinal/Name Pointer] Table")[2].partition("\n\n")[0]

@@ -4,6 +4,7 @@
 import argparse
 import difflib
 import fnmatch
+import itertools
 import os
 import re
 import shutil
@@ -12,6 +13,7 @@ import tempfile
 
 import cases
 import exports
+import outputs
 from places import Native, Wine
 
 LOCKED = "locked"  # the folder that an unprivileged case may not enter
@@ -87,7 +89,8 @@ def run_all(options, root):
             passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
             if problems:
                 print("\n    ".join([f"FAIL {case.name}", *problems]))
-    for name, problems in exports.checks(options):
+    more = itertools.chain(outputs.checks(place, root), exports.checks(place, options))
+    for name, problems in more if options.only == "*" else ():
         passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
         if problems:
             print("\n    ".join([f"FAIL {name}", *problems]))
@@ -100,6 +103,7 @@ def main():
     parser.add_argument("--program", required=True)
     parser.add_argument("--client", required=True, help="the recording MAPI library")
     parser.add_argument("--no-entry-client", required=True, help="a MAPI library that cannot send")
+    parser.add_argument("--probe", required=True, help="what looks at the program's message table")
     parser.add_argument("--sanitized", action="store_true", help="the program shows a sanitizer's symbols too")
     parser.add_argument("--wine", help="what runs a Windows program")
     parser.add_argument("--launcher", help="the Windows program that starts another with an exact command line")

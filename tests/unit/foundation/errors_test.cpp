@@ -57,7 +57,7 @@ TEST(Errors, SystemTextsKeepTheirLineEnd) {
 namespace {
 
 /// A component's description: a text, none, or a failure.
-class CDescription : public Platform::IErrorInfo {
+class CDescription final : public Platform::IErrorInfo {
 public:
     explicit CDescription(const char16_t* described, std::int32_t answer = Platform::SOk)
         : text(described), result(answer) {}

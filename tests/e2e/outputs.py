@@ -1,0 +1,102 @@
+"""Where the program's text goes, byte by byte: the same failing run with each kind of standard output."""
+
+import os
+import pty
+import re
+import subprocess
+import threading
+
+from expect import failure
+
+WORD = "-\u00e9\u20ac"  # both are in the Windows code page too
+TEXT = failure(f"The argument {WORD} is invalid.")
+MARK = b"\xff\xfe"
+LIMIT = 30  # seconds
+
+
+def start(place, folder, output):
+    """The run's exit code."""
+    command = [place.programs["recording"], WORD]
+    if place.windows:
+        command.insert(0, place.options.wine)
+    process = subprocess.run(command, cwd=folder, env=place.environment, stdin=subprocess.DEVNULL, stdout=output,
+                             stderr=subprocess.DEVNULL, timeout=LIMIT, check=False)
+    return process.returncode
+
+
+def into_file(place, folder, content, appended):
+    path = os.path.join(folder, "output")
+    with open(path, "wb") as file:
+        file.write(content)
+    with open(path, "ab" if appended else "r+b") as file:
+        code = start(place, folder, file)
+    with open(path, "rb") as file:
+        return code, file.read()
+
+
+def into_terminal(place, folder):
+    """What a terminal shows. The reader empties it all along, for it holds little."""
+    master, slave = pty.openpty()
+    received = []
+
+    def read():
+        try:
+            while piece := os.read(master, 4096):
+                received.append(piece)
+        except OSError:
+            pass  # the last writer is gone
+
+    reader = threading.Thread(target=read)
+    reader.start()
+    try:
+        code = start(place, folder, slave)
+    finally:
+        os.close(slave)
+        reader.join(LIMIT)
+        os.close(master)
+    return code, b"".join(received)
+
+
+def visible(screen):
+    """A terminal's text without what moves the cursor, in one line."""
+    plain = re.sub(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b\][^\x07]*\x07", " ", screen.decode(errors="replace"))
+    return " ".join(plain.split())
+
+
+def checks(place, root):
+    """Each check's name and what is wrong."""
+    folder = os.path.join(root, "outputs")
+    os.mkdir(folder)
+    # Without a console Wine has no code page for it, which means the ANSI one.
+    narrow = TEXT.encode("cp1252" if place.windows else "utf-8")
+    wide = MARK + TEXT.encode("utf-16-le")
+    rows = (
+        ("a new file", b"", False, wide),
+        ("a file that is appended to", b"old\r\n", True, b"old\r\n" + narrow),
+        ("a file that is written over", b"old", False, wide),
+    )
+    for name, content, appended, expected in rows:
+        code, found = into_file(place, folder, content, appended)
+        yield f"output into {name}", compared(code, expected, found)
+    code = start(place, folder, subprocess.DEVNULL)
+    yield "output into the null device", compared(code, b"", b"")
+    code, screen = into_terminal(place, folder)
+    yield "output on a terminal", compared(code, " ".join(TEXT.split()), visible(screen))
+    if not place.windows:
+        # Nowhere to print to: the failure to report ends the run, and the last notice goes to standard error.
+        closed = subprocess.run(["sh", "-c", 'exec "$0" "$1" >&-', place.programs["recording"], WORD], cwd=folder,
+                                env=place.environment, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=LIMIT,
+                                check=False)
+        yield "no standard output", compared(closed.returncode, b"Tessarix: The handle is invalid.\r\n\n", closed.stderr)
+    if not place.windows:
+        # A reader that has gone away, as in `corvane | head -0`.
+        read, write = os.pipe()
+        os.close(read)
+        code = start(place, folder, write)
+        os.close(write)
+        yield "a pipe without a reader", compared(code, b"", b"")
+
+
+def compared(code, expected, found):
+    problems = [] if code == 255 else [f"exit code {code}, expected 255"]
+    return problems + ([] if expected == found else [f"expected {expected!r}", f"found {found!r}"])

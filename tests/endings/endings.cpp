@@ -1,0 +1,76 @@
+// endings NAME: ends the process in one of the ways that leave no test program to tell of it.
+#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/threadobject.h"
+#include "platform/inc/process.h"
+#include "tests/endings/boxes.h"
+#include <cstdio>
+#include <string_view>
+
+using namespace Tsx;
+
+namespace {
+
+/// Prints what it is shown, and fails while it shows the first text.
+class CFailingHandler : public CMessageHandler {
+public:
+    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
+        std::printf("shown with style %u: %s\n", style, CUnicodeString(text).ToNarrow(0).Text());
+        std::fflush(stdout);
+        FailAssertion(u"src\\inner", 2);
+        return 0;
+    }
+};
+
+// A failure inside the report of a failure, on a thread that must not throw.
+void DoubleError() {
+    CFailingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    ThreadErrorMode.Get()->NoExceptions = true;
+    FailAssertion(u"src\\outer", 1);
+}
+
+// A failure inside the report of an exception.
+void DoubleErrorInException() {
+    CFailingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    try {
+        FailAssertion(u"src\\outer", 1);
+    } catch (CException* exception) {
+        ThreadErrorMode.Get()->NoExceptions = true;
+        DisplayException(exception);
+        delete exception;
+    }
+}
+
+// Memory exceptions that nobody gives back.
+void ExhaustPool() {
+    for (int kept = 0;; ++kept) {
+        try {
+            std::printf("%d kept\n", kept);
+            std::fflush(stdout);
+            GenerateMemoryException();
+        } catch (CMemoryException*) {
+        }
+    }
+}
+
+struct Row {
+    std::u16string_view name;
+    void (*end)();
+};
+
+constexpr Row Rows[] = {{u"double", &DoubleError}, {u"exception", &DoubleErrorInException}, {u"pool", &ExhaustPool}};
+
+} // namespace
+
+std::int32_t ProgramMain() {
+    ThreadErrorMode.Get()->NoExceptions = false;
+    AnswerBoxes();
+    const std::u16string_view line = Platform::GetCommandLine();
+    for (const Row& row : Rows) {
+        if (line.ends_with(row.name)) {
+            row.end();
+        }
+    }
+    return 1; // none of them comes back
+}
