@@ -3,6 +3,7 @@
 #include "platform/inc/lasterror.h"
 #include <atomic>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -59,6 +60,16 @@ __attribute__((constructor)) void ArmFromEnvironment() {
     const auto nth = ReadNumber<std::int32_t>(TakeField(text));
     const auto code = ReadNumber<std::uint32_t>(TakeField(text));
     ArmFault(function.c_str(), nth, code, text == "on" ? FaultMode::FromThenOn : FaultMode::Once);
+}
+
+// Tells a sweep where it ends.
+__attribute__((destructor)) void WriteCallsSeen() {
+    const char* path = std::getenv("TESSARIX_FAULT_CALLS");
+    std::FILE* file = path ? std::fopen(path, "we") : nullptr;
+    if (file) {
+        std::fprintf(file, "%d\n", FaultCallsSeen());
+        std::fclose(file);
+    }
 }
 
 } // namespace

@@ -87,7 +87,7 @@ def checks(place, root):
         closed = subprocess.run(["sh", "-c", 'exec "$0" "$1" >&-', place.programs["recording"], WORD], cwd=folder,
                                 env=place.environment, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=LIMIT,
                                 check=False)
-        yield "no standard output", compared(closed.returncode, b"Tessarix: The handle is invalid.\r\n\n", closed.stderr)
+        yield "no standard output", compared(closed.returncode, b"Corvane: The handle is invalid.\r\n\n", closed.stderr)
     if not place.windows:
         # A reader that has gone away, as in `corvane | head -0`.
         read, write = os.pipe()

@@ -13,6 +13,7 @@ import tempfile
 
 import cases
 import exports
+import faultsweep
 import outputs
 from places import Native, Wine
 
@@ -89,7 +90,8 @@ def run_all(options, root):
             passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
             if problems:
                 print("\n    ".join([f"FAIL {case.name}", *problems]))
-    more = itertools.chain(outputs.checks(place, root), exports.checks(place, options))
+    more = itertools.chain(outputs.checks(place, root), exports.checks(place, options),
+                           faultsweep.checks(place, root) if options.faults else ())
     for name, problems in more if options.only == "*" else ():
         passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
         if problems:
@@ -104,6 +106,7 @@ def main():
     parser.add_argument("--client", required=True, help="the recording MAPI library")
     parser.add_argument("--no-entry-client", required=True, help="a MAPI library that cannot send")
     parser.add_argument("--probe", required=True, help="what looks at the program's message table")
+    parser.add_argument("--faults", action="store_true", help="the program has the fault hook")
     parser.add_argument("--sanitized", action="store_true", help="the program shows a sanitizer's symbols too")
     parser.add_argument("--wine", help="what runs a Windows program")
     parser.add_argument("--launcher", help="the Windows program that starts another with an exact command line")
