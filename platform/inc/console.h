@@ -12,6 +12,9 @@ constexpr std::int32_t StdErrorHandle = -12;  // STD_ERROR_HANDLE
 /// The process's standard handle: null when it has none, InvalidHandle() on failure. Not to be closed.
 Handle GetStdHandle(std::int32_t which);
 
+/// Replaces a standard handle for this process; it stays the caller's.
+bool SetStdHandle(std::int32_t which, Handle handle);
+
 /// Writes `length` characters to a console. False when the handle is no console.
 bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, std::uint32_t& written);
 

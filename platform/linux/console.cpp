@@ -7,25 +7,61 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/handles.h"
 #include "platform/linux/nativetext.h"
+#include <atomic>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace Platform {
 
+namespace {
+
+// One of the two standard handles: that of the process's own stream until another one is set.
+struct StandardHandle {
+    std::int32_t which;
+    FileObject stream;
+    std::atomic<Handle> replacement{nullptr};
+    std::atomic<bool> replaced{false};
+};
+
+// Null with the last error set for any other number.
+StandardHandle* FindStandardHandle(std::int32_t which) {
+    static StandardHandle handles[] = {{StdOutputHandle, FileObject{STDOUT_FILENO}},
+                                       {StdErrorHandle, FileObject{STDERR_FILENO}}};
+    for (StandardHandle& handle : handles) {
+        if (handle.which == which) {
+            return &handle;
+        }
+    }
+    SetLastError(ErrorInvalidHandle);
+    return nullptr;
+}
+
+} // namespace
+
 Handle GetStdHandle(std::int32_t which) {
     PLATFORM_FAULT(GetStdHandle, InvalidHandle());
-    static FileObject output{STDOUT_FILENO};
-    static FileObject error{STDERR_FILENO};
-    if (which != StdOutputHandle && which != StdErrorHandle) {
-        SetLastError(ErrorInvalidHandle);
+    StandardHandle* handle = FindStandardHandle(which);
+    if (!handle) {
         return InvalidHandle();
     }
-    FileObject& file = which == StdOutputHandle ? output : error;
-    if (fcntl(file.descriptor, F_GETFD) < 0) {
+    if (handle->replaced) {
+        return handle->replacement;
+    }
+    if (fcntl(handle->stream.descriptor, F_GETFD) < 0) {
         SetLastError(ErrorInvalidHandle); // a process that was started without the stream has no handle for it
         return nullptr;
     }
-    return static_cast<HandleObject*>(&file);
+    return static_cast<HandleObject*>(&handle->stream);
+}
+
+bool SetStdHandle(std::int32_t which, Handle handle) {
+    PLATFORM_FAULT(SetStdHandle, false);
+    StandardHandle* standard = FindStandardHandle(which);
+    if (standard) {
+        standard->replacement = handle;
+        standard->replaced = true;
+    }
+    return standard != nullptr;
 }
 
 bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, std::uint32_t& written) {
