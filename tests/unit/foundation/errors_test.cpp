@@ -81,19 +81,3 @@ TEST(Errors, AThreadThatMustNotThrowShowsAndGoesOn) {
     EXPECT_EQ(handler.texts[1], u"x is corrupted.");
     EXPECT_FALSE(ThreadErrorMode.Get()->ErrorReported) << "another thread's report";
 }
-
-TEST(Errors, DefaultButtons) {
-    struct Row {
-        std::uint32_t style;
-        std::int32_t first;
-        std::int32_t second;
-        std::int32_t third;
-    };
-    constexpr Row rows[] = {{0, 1, 1, 1}, {1, 1, 2, 1}, {2, 3, 4, 5}, {3, 6, 7, 2},
-                            {4, 6, 7, 6}, {5, 4, 2, 4}, {6, 3, 3, 3}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(GetDefaultButton(row.style | 0x30), row.first) << row.style;
-        EXPECT_EQ(GetDefaultButton(row.style | 0x100), row.second) << row.style;
-        EXPECT_EQ(GetDefaultButton(row.style | 0x200), row.third) << row.style;
-    }
-}
