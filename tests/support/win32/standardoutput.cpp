@@ -137,8 +137,8 @@ std::string TextOf(HWND window) {
 
 std::string IconOf(HWND box) {
     const auto icon = ::SendMessageW(::GetDlgItem(box, IconControl), STM_GETICON, 0, 0);
-    const auto is = [&](const wchar_t* name) {
-        return icon == reinterpret_cast<LRESULT>(::LoadIconW(nullptr, name));
+    const auto is = [&](LPCTSTR name) {
+        return icon == reinterpret_cast<LRESULT>(::LoadIcon(nullptr, name));
     };
     return icon == 0 ? "" : is(IDI_EXCLAMATION) ? " [!]" : is(IDI_HAND) ? " [x]" : " [own]";
 }
@@ -148,7 +148,7 @@ void CALLBACK AnswerBox(HWND, UINT, UINT_PTR timer, DWORD) {
     ::KillTimer(nullptr, timer);
     HWND box = std::exchange(openBox, nullptr);
     shownBoxes += TextOf(box) + ": " + TextOf(::GetDlgItem(box, TextControl)) + IconOf(box) + "\n";
-    ::SendMessageW(box, WM_COMMAND, LOWORD(::SendMessageW(box, DM_GETDEFID, 0, 0)), 0);
+    ::SendMessageW(box, WM_COMMAND, LOWORD(::GetDlgCtrlID(::GetFocus())), 0);
 }
 
 LRESULT CALLBACK WatchWindows(int code, WPARAM window, LPARAM parameter) {
