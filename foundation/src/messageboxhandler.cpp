@@ -1,6 +1,6 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/resourceinfo.h"
-#include "foundation/src/pressedbutton.h"
+#include "foundation/src/messageboxrules.h"
 #include "platform/inc/messagebox.h"
 
 namespace Tsx {
@@ -9,7 +9,7 @@ namespace {
 
 using namespace Platform;
 
-// A warning is the least that a box says; the styles that offer to retry bring what they mean by themselves.
+// A text without an icon is a warning; the styles that offer to retry say what they are by their buttons.
 bool TakesExclamation(std::uint32_t style) {
     if (style & MbIconMask) {
         return false;
@@ -25,41 +25,41 @@ bool TakesExclamation(std::uint32_t style) {
     }
 }
 
-bool HasVisibleOwner(Window owner) {
+bool IsVisible(Window owner) {
     Window popup = owner ? GetLastActivePopup(owner) : nullptr;
     return popup && IsWindowVisible(popup);
 }
 
-// A box that belongs to nothing on the screen must not open behind it.
-std::uint32_t WithPlacement(std::uint32_t style, Window owner) {
-    return HasVisibleOwner(owner) ? style : style | MbSetForeground | MbTopmost | MbTaskModal;
-}
-
-std::uint32_t WithIcon(std::uint32_t style) {
-    return TakesExclamation(style) ? style | MbIconExclamation : style;
-}
-
 } // namespace
+
+std::uint32_t GetBoxStyle(std::uint32_t style, Window owner, const char16_t* iconName) {
+    if (iconName) {
+        constexpr std::uint32_t systemIcons = MbIconMask & ~MbUserIcon;
+        style = (style & ~systemIcons) | MbUserIcon;
+    } else if (TakesExclamation(style)) {
+        style |= MbIconExclamation;
+    }
+    // A box that belongs to nothing on the screen must not open behind what is there.
+    return IsVisible(owner) ? style : style | MbSetForeground | MbTopmost | MbTaskModal;
+}
+
+std::int32_t GetPressedButton(std::int32_t answer, std::uint32_t style) {
+    return answer != 0 ? answer : GetDefaultButton(style);
+}
 
 std::int32_t CMessageBoxHandler::ShowMessageBox(Window owner, const char16_t* text, const char16_t* title,
                                                 std::uint32_t style) {
     const CRuntimeHeapSwitcher switcher;
-    return PressedButton(MessageBox(owner, text, title, WithPlacement(WithIcon(style), owner)), style);
+    return GetPressedButton(MessageBox(owner, text, title, GetBoxStyle(style, owner, nullptr)), style);
 }
 
 std::int32_t CMessageBoxHandler::ShowMessageWithIcon(Window owner, const char16_t* text, const char16_t* title,
                                                      std::uint32_t style, const char16_t* iconName) {
     const CRuntimeHeapSwitcher switcher;
-    Module module = nullptr;
-    std::uint32_t boxStyle = WithIcon(style);
-    if (iconName) {
-        module = GetResourceBase().FindModuleWithIcon(iconName);
-        TSX_ASSERT(module, u"src\\messagehandlers");
-        constexpr std::uint32_t systemIcons = 0x70;
-        boxStyle = (style & ~systemIcons) | MbUserIcon;
-    }
-    const std::uint32_t placed = WithPlacement(boxStyle, owner);
-    return PressedButton(MessageBoxIndirect(owner, text, title, placed, module, iconName), style);
+    Module module = iconName ? GetResourceBase().FindModuleWithIcon(iconName) : nullptr;
+    TSX_ASSERT(module || !iconName, u"src\\messagehandlers");
+    const std::uint32_t boxStyle = GetBoxStyle(style, owner, iconName);
+    return GetPressedButton(MessageBoxIndirect(owner, text, title, boxStyle, module, iconName), style);
 }
 
 } // namespace Tsx

@@ -1,0 +1,125 @@
+// The event log on syslog, down to what the system's own functions are called with: this program brings stand-ins for
+// them.
+#include "platform/inc/eventlog.h"
+
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/registrykey.h"
+#include "platform/inc/faults.h"
+#include "platform/inc/files.h"
+#include "platform/inc/lasterror.h"
+#include "tests/support/text.h"
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <syslog.h>
+#include <unistd.h>
+
+using namespace Tsx;
+
+namespace {
+
+std::string written; // "identity facility level text" in lines
+std::string identity;
+
+} // namespace
+
+extern "C" void openlog(const char* name, int options, int facility) {
+    identity = std::string(name) + (options == LOG_PID ? " " : " without a process id ") + std::to_string(facility);
+}
+extern "C" void closelog() {
+    identity.clear();
+}
+__attribute__((format(printf, 2, 3))) extern "C" void syslog(int level, const char* format, ...) {
+    std::array<char, 512> text{};
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    written += identity + " " + std::to_string(level) + " " + text.data() + "\n";
+}
+
+namespace {
+
+class EventLog : public testing::Test {
+protected:
+    std::string registry = (std::filesystem::temp_directory_path() / "eventlog-XXXXXX").string();
+
+    void SetUp() override {
+        written.clear();
+        ASSERT_NE(mkdtemp(registry.data()), nullptr);
+        setenv("TESSARIX_REGISTRY", registry.c_str(), 1);
+        SetApplicationName(u"Application");
+    }
+    void TearDown() override {
+        Platform::DisarmFaults();
+        SetApplicationName(u"");
+        std::filesystem::remove_all(registry);
+    }
+};
+
+} // namespace
+
+TEST_F(EventLog, AnEventIsALineOfSyslog) {
+    Platform::Handle source = Platform::RegisterEventSource(nullptr, u"S\u00F6urce");
+    ASSERT_TRUE(source);
+    const char16_t* const strings[] = {u"title", u"100 %s\ndone"};
+    for (const std::uint16_t type : std::to_array<std::uint16_t>({1, 2, 4, 8})) {
+        EXPECT_TRUE(Platform::ReportEvent(source, type, 0, 1, 2, strings));
+    }
+    EXPECT_EQ(written, "S\xC3\xB6urce 8 3 title: 100 %s\ndone\nS\xC3\xB6urce 8 4 title: 100 %s\ndone\n"
+                       "S\xC3\xB6urce 8 6 title: 100 %s\ndone\nS\xC3\xB6urce 8 6 title: 100 %s\ndone\n");
+    EXPECT_TRUE(Platform::DeregisterEventSource(source));
+    EXPECT_FALSE(Platform::ReportEvent(nullptr, 1, 0, 1, 2, strings));
+    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorInvalidHandle);
+    EXPECT_FALSE(Platform::RegisterEventSource(u"\\\\elsewhere", u"x"));
+}
+
+TEST_F(EventLog, TheHandlerWritesAndRegisters) {
+    CEventLogMessageHandler handler;
+    EXPECT_EQ(handler.ShowMessageBox(nullptr, u"text", u"title", 0x104), 7);
+    EXPECT_EQ(handler.ShowMessageBox(nullptr, u"text", u"title", 0x13), 6);
+    CLastErrorException exception(5);
+    handler.ShowException(&exception);
+    CUserException user;
+    handler.ShowException(&user);
+    CEventLogMessageHandler named(u"Other");
+    named.ShowException(&exception);
+    EXPECT_EQ(written, "Application 8 6 title: text\nApplication 8 3 title: text\n"
+                       "Application 8 3 Application: Access is denied.\r\n\n"
+                       "Application 8 3 Other: Access is denied.\r\n\n");
+    CRegistryKey key;
+    ASSERT_TRUE(key.Open(Platform::RootKey(Platform::HkeyLocalMachine),
+                         u"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\Application", RK_Read));
+    const CUnicodeString program = FileSystem::GetProgramPath();
+    const CUnicodeString folder = program.Left(program.FindLast(u'\\') + 1);
+    EXPECT_EQ(key.GetStringValue(u"EventMessageFile", u""), folder + u"TsxEventSrc.dll");
+    EXPECT_EQ(key.GetValueSize(u"EventMessageFile"), (folder.Length() + 16) * 2) << "with its terminator";
+}
+
+TEST_F(EventLog, TheHandlerIsSilentAboutFailures) {
+    if (!Platform::FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no hook";
+    }
+    struct Row {
+        const char* function;
+        const char* written;
+    };
+    constexpr Row rows[] = {{"RegisterEventSource", ""},
+                            {"ReportEvent", ""},
+                            {"DeregisterEventSource", "Application 8 6 title: text\n"},
+                            {"RegCreateKeyEx", "Application 8 6 title: text\n"},
+                            {"RegSetValueEx", "Application 8 6 title: text\n"}};
+    for (const Row& row : rows) {
+        written.clear();
+        Platform::ArmFault(row.function, 1, 5, Platform::FaultMode::FromThenOn);
+        {
+            CEventLogMessageHandler handler;
+            EXPECT_EQ(handler.ShowMessageBox(nullptr, u"text", u"title", 0), 1) << row.function;
+        }
+        EXPECT_GT(Platform::FaultCallsSeen(), 0) << row.function;
+        EXPECT_EQ(written, row.written) << row.function;
+    }
+}
