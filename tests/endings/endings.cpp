@@ -2,7 +2,8 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"
-#include "tests/endings/boxes.h"
+#include "tests/support/standardoutput.h"
+#include <csignal>
 #include <cstdio>
 #include <string_view>
 
@@ -42,8 +43,19 @@ void DoubleErrorInException() {
     }
 }
 
+CBoxWatch* boxes = nullptr;
+
+// The process is about to end: what its boxes said, and that it ends in this way.
+void OnAbort(int) {
+    std::printf("box %sabort\n", boxes->Finish().c_str());
+    std::fflush(stdout);
+}
+
 // Memory exceptions that nobody gives back.
 void ExhaustPool() {
+    CBoxWatch watch;
+    boxes = &watch;
+    std::signal(SIGABRT, &OnAbort);
     for (int kept = 0;; ++kept) {
         try {
             std::printf("%d kept\n", kept);
@@ -65,7 +77,6 @@ constexpr Row Rows[] = {{u"double", &DoubleError}, {u"exception", &DoubleErrorIn
 
 std::int32_t ProgramMain() {
     ThreadErrorMode.Get()->NoExceptions = false;
-    AnswerBoxes();
     const std::u16string_view line = Platform::GetCommandLine();
     for (const Row& row : Rows) {
         if (line.ends_with(row.name)) {

@@ -1,3 +1,0 @@
-#include "tests/endings/boxes.h"
-
-void AnswerBoxes() {} // the platform layer prints them anyway

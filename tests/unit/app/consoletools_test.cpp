@@ -1,0 +1,80 @@
+#include "app/ConsoleTools.h"
+
+#include "platform/inc/console.h"
+#include "platform/inc/lasterror.h"
+#include "platform/inc/text.h"
+#include "tests/support/standardoutput.h"
+#include "tests/support/text.h"
+#include <string>
+
+using namespace Tsx;
+using namespace Console;
+
+namespace {
+
+/// Characters as the bytes of UTF-16.
+std::string Wide(std::u16string_view text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
+
+const std::string Mark = "\xFF\xFE";
+
+/// Puts a handle in the place of the standard output for a block.
+class CHandleScope {
+public:
+    explicit CHandleScope(Platform::Handle handle) : before(Platform::GetStdHandle(Platform::StdOutputHandle)) {
+        Platform::SetStdHandle(Platform::StdOutputHandle, handle);
+    }
+    ~CHandleScope() { Platform::SetStdHandle(Platform::StdOutputHandle, before); }
+    CHandleScope(const CHandleScope&) = delete;
+    CHandleScope& operator=(const CHandleScope&) = delete;
+
+private:
+    Platform::Handle before;
+};
+
+// A missing handle raises, and what was decided for the one before is gone, also where the next one has its value.
+void ForgetHandle() {
+    const CHandleScope none(nullptr);
+    Platform::SetLastError(Platform::ErrorInvalidHandle);
+    const auto failure = Raised<CLastErrorException>([] { ConsoleWrite(u"x"); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->code, Platform::ErrorInvalidHandle);
+}
+
+} // namespace
+
+TEST(ConsoleTools, WritesForWhatTheOutputIs) {
+    struct Row {
+        const char* name;
+        EOutput kind;
+        std::string before;
+        const char16_t* text;
+        std::string after;
+    };
+    const Row rows[] = {{"new file", EOutput::File, "", u"a\nb", Mark + Wide(u"a\r\nb")},
+                        {"nothing into a new file", EOutput::File, "", u"", Mark},
+                        {"file with content", EOutput::File, "old", u"\nb\r\n", "\r\nb\r\n"},
+                        {"nothing into a file with content", EOutput::File, "old", u"", ""},
+                        {"pipe", EOutput::Pipe, "", u"\n\n", "\r\n\r\n"},
+                        {"terminal", EOutput::Terminal, "", u"a\u00E4\n", "a\xC3\xA4\r\n"},
+                        {"null device", EOutput::NullDevice, "", u"a", ""}};
+    for (const Row& row : rows) {
+        CStandardOutput output(row.kind, row.before);
+        ForgetHandle();
+        ConsolePrintf(u"%s", row.text);
+        EXPECT_EQ(output.Finish(), row.before + row.after) << row.name;
+    }
+}
+
+TEST(ConsoleTools, ALongTextArrivesUnbroken) {
+    CUnicodeString text;
+    for (int i = 0; i < 3000; ++i) {
+        text += CUnicodeString::FromInt(i);
+    }
+    CStandardOutput output(EOutput::File);
+    ForgetHandle();
+    ConsoleWrite(text);
+    ConsoleWrite(u"end");
+    EXPECT_EQ(output.Finish(), Mark + Wide(text.View()) + Wide(u"end"));
+}
