@@ -6,6 +6,7 @@
 #include "platform/linux/handles.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
+#include "platform/linux/pipewrite.h"
 #include "platform/linux/wildcards.h"
 #include <algorithm>
 #include <atomic>
@@ -144,7 +145,7 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
     }
     const auto* bytes = static_cast<const char*>(buffer);
     while (written < count) {
-        const ssize_t done = Retry([&] { return write(object->descriptor, bytes + written, count - written); });
+        const ssize_t done = Retry([&] { return WriteWithoutSignal(object->descriptor, bytes + written, count - written); });
         if (done < 0) {
             return FailFromErrno();
         }

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-enum class EOutput { File, Pipe, Terminal, NullDevice, Missing };
+enum class EOutput { File, Pipe, BrokenPipe, Terminal, NullDevice, Missing };
 
 /// Takes the place of the process's standard output until it is finished or destroyed. The test framework's own output
 /// must not fall in between.

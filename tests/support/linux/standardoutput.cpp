@@ -15,9 +15,15 @@ struct Ends {
     int writing;
 };
 
-Ends OpenPipe() {
+Ends OpenPipe(EOutput kind = EOutput::Pipe) {
     std::array<int, 2> ends{};
-    return pipe2(ends.data(), O_CLOEXEC) == 0 ? Ends{ends[0], ends[1]} : Ends{-1, -1};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        std::abort();
+    }
+    if (kind == EOutput::BrokenPipe) {
+        close(std::exchange(ends[0], -1));
+    }
+    return {ends[0], ends[1]};
 }
 
 Ends OpenFile(std::string_view content) {
@@ -49,7 +55,8 @@ Ends Open(EOutput kind, std::string_view content) {
     case EOutput::File:
         return OpenFile(content);
     case EOutput::Pipe:
-        return OpenPipe();
+    case EOutput::BrokenPipe:
+        return OpenPipe(kind);
     case EOutput::Terminal:
         return OpenTerminal();
     case EOutput::NullDevice:

@@ -71,6 +71,10 @@ struct CStandardOutput::CState {
         case EOutput::Pipe:
             ::CreatePipe(&reading, &writing, nullptr, 0x10000);
             break;
+        case EOutput::BrokenPipe:
+            ::CreatePipe(&reading, &writing, nullptr, 0x10000);
+            Close(reading);
+            break;
         case EOutput::Terminal:
             ::FreeConsole();
             ::AllocConsole();
