@@ -6,11 +6,11 @@
 #include "platform/linux/handles.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
-#include "platform/linux/pipewrite.h"
 #include "platform/linux/wildcards.h"
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -22,6 +22,11 @@
 namespace Platform {
 
 namespace {
+
+// A reader of a pipe that has gone away is a write that fails, as on Windows, and not the end of the process.
+__attribute__((constructor)) void IgnorePipeSignal() {
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
 struct SearchObject {};
 
@@ -145,7 +150,7 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
     }
     const auto* bytes = static_cast<const char*>(buffer);
     while (written < count) {
-        const ssize_t done = Retry([&] { return WriteWithoutSignal(object->descriptor, bytes + written, count - written); });
+        const ssize_t done = Retry([&] { return write(object->descriptor, bytes + written, count - written); });
         if (done < 0) {
             return FailFromErrno();
         }
