@@ -34,6 +34,17 @@ TEST(Message, SubstitutesByPosition) {
     }
 }
 
+TEST(Message, ATextOfTenMebibytes) {
+    std::u16string text;
+    std::u16string expected;
+    while (text.size() < 5U << 20) {
+        text += u"50% of %1 and %99999999999";
+        expected += u"50% of b and %99999999999";
+    }
+    const char16_t* const parameters[] = {u"a", u"b"};
+    EXPECT_TRUE(SubstituteParams(text.c_str(), parameters, 2) == expected.c_str());
+}
+
 TEST(Message, EveryTextOfTheTable) {
     struct Row {
         const char16_t* name;
