@@ -66,12 +66,26 @@ void ExhaustPool() {
     }
 }
 
+// Not an ending, unless the settings say so: the stop modes as they are read, and a failure.
+void TellStopModes() {
+    std::printf("%u %u\n", GetAssertStopMode(), GetErrorStopMode());
+    std::fflush(stdout);
+    try {
+        GenerateLastErrorException(5);
+    } catch (CException* exception) {
+        delete exception;
+    }
+}
+
 struct Row {
     std::u16string_view name;
     void (*end)();
 };
 
-constexpr Row Rows[] = {{u"double", &DoubleError}, {u"exception", &DoubleErrorInException}, {u"pool", &ExhaustPool}};
+constexpr Row Rows[] = {{u"double", &DoubleError},
+                        {u"exception", &DoubleErrorInException},
+                        {u"pool", &ExhaustPool},
+                        {u"modes", &TellStopModes}};
 
 } // namespace
 
@@ -83,5 +97,5 @@ std::int32_t ProgramMain() {
             row.end();
         }
     }
-    return 1; // none of them comes back
+    return 1; // most of them do not come back
 }

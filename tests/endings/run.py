@@ -2,9 +2,11 @@
 """Processes that end on a failure: what they show and how they end. Natively or under Wine."""
 
 import argparse
+import os
 import signal
 import subprocess
 import sys
+import tempfile
 
 LIMIT = 60  # seconds; a message box that nobody answers waits for ever
 STATIC = "Internal Program Error:\nAssertion failed: (  )\nsrc\\broken, 7.\n(  ).\n"
@@ -25,6 +27,15 @@ CASES = (
     ("a failure inside a report", "endings", ["exception"], shown(RAISED, DOUBLE), ABORTED),
     ("the 65th memory exception", "endings", ["pool"],
      "".join(f"{n} kept\n" for n in range(65)) + "box Tessarix: Not enough memory!*\nabort\n", ABORTED),
+)
+
+# The settings of the stop modes, as they are read, whether the failure that follows stops the process.
+STOP_MODES = (
+    ({}, "2 1\n", False),
+    ({"AssertStopMode": "nEVER", "ErrorStopMode": "DEBUG"}, "1 2\n", False),
+    ({"AssertStopMode": "", "ErrorStopMode": "Debug "}, "2 1\n", False),
+    ({"AssertStopMode": "always", "ErrorStopMode": "Never"}, "3 1\n", False),
+    ({"AssertStopMode": "Never", "ErrorStopMode": "Always"}, "1 3\n", True),
 )
 
 
@@ -52,19 +63,36 @@ def problems_of(case, options):
         yield f"shown {text_of(result.stdout)!r}, expected {output!r}"
 
 
+def problems_of_modes(settings, modes, stops, options):
+    """Natively alone: under Wine the settings would be those of all tests that run meanwhile."""
+    with tempfile.TemporaryDirectory() as folder:
+        with open(os.path.join(folder, "HKEY_CURRENT_USER.reg"), "w", encoding="utf-16") as file:
+            rows = [f'"{name}"="{value}"' for name, value in settings.items()]
+            file.write("\n".join(["Windows Registry Editor Version 5.00", "",
+                                  r"[HKEY_CURRENT_USER\Software\Ostrel\Tessarix]", *rows, ""]))
+        result = subprocess.run([options.endings, "modes"], env={**os.environ, "TESSARIX_REGISTRY": folder},
+                                stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
+    if text_of(result.stdout) != modes:
+        yield f"read {text_of(result.stdout)!r}, expected {modes!r}"
+    wanted = -signal.SIGTRAP if stops else 1
+    if result.returncode != wanted:
+        yield f"exit code {result.returncode}, expected {wanted}"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--static", required=True, help="the program with the static object that fails")
     parser.add_argument("--endings", required=True)
     parser.add_argument("--wine", help="what runs a Windows program")
     options = parser.parse_args()
-    failed = 0
-    for case in CASES:
-        problems = list(problems_of(case, options))
-        failed += bool(problems)
+    results = [(case[0], list(problems_of(case, options))) for case in CASES]
+    if not options.wine:
+        results += [(f"stop modes {row[0]}", list(problems_of_modes(*row, options))) for row in STOP_MODES]
+    for name, problems in results:
         if problems:
-            print("\n    ".join([f"FAIL {case[0]}", *problems]))
-    print(f"{len(CASES) - failed} passed, {failed} failed")
+            print("\n    ".join([f"FAIL {name}", *problems]))
+    failed = sum(bool(problems) for _, problems in results)
+    print(f"{len(results) - failed} passed, {failed} failed")
     return 1 if failed else 0
 
 
