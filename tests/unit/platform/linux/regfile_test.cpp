@@ -1,0 +1,277 @@
+// The registry's files on Linux: what the reader makes of any bytes, what the writer writes, where the files are, and
+// what happens when others write or when a write fails.
+#include "platform/linux/regfile.h"
+
+#include "platform/inc/faults.h"
+#include "platform/inc/lasterror.h"
+#include "platform/inc/registry.h"
+#include "platform/linux/nativetext.h"
+#include "tests/support/text.h"
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <set>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Platform;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// What a file holds, as the writer puts it, in UTF-8 and with LF and without the header.
+std::string ReadBack(std::string_view bytes) {
+    RegistryNode top;
+    ReadRegistryText(bytes, top);
+    std::string written = WriteRegistryText(top);
+    RegistryNode again;
+    ReadRegistryText(written, again);
+    EXPECT_EQ(WriteRegistryText(again), written) << "comes back as it was";
+    std::u16string text(written.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), written.data(), written.size());
+    std::erase(text, u'\r');
+    constexpr std::u16string_view header = u"\uFEFFWindows Registry Editor Version 5.00\n\n";
+    EXPECT_TRUE(text.starts_with(header));
+    return Utf8Text(text.substr(std::min(text.size(), header.size())));
+}
+
+void WriteFile(const fs::path& path, std::string_view bytes) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string BytesOfFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class Registry : public testing::Test {
+protected:
+    Registry() {
+        std::string pattern = (fs::temp_directory_path() / "regfile_test_XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+        file = folder / "HKEY_CURRENT_USER.reg";
+        setenv("TESSARIX_REGISTRY", folder.c_str(), 1);
+    }
+    ~Registry() override {
+        DisarmFaults();
+        for (const char* name : {"TESSARIX_REGISTRY", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"}) {
+            unsetenv(name);
+        }
+        fs::remove_all(folder);
+    }
+
+    fs::path folder;
+    fs::path file;
+};
+
+/// The text at `path` under a root, or the code of what failed.
+std::string Query(std::uint32_t root, const char16_t* path, const char16_t* name) {
+    RegistryKey key = nullptr;
+    std::uint32_t result = RegOpenKeyEx(RootKey(root), path, 0, KeyRead, key);
+    char16_t text[64] = {};
+    std::uint32_t size = sizeof(text);
+    if (result == ErrorSuccess) {
+        result = RegQueryValueEx(key, name, nullptr, text, &size);
+        RegCloseKey(key);
+    }
+    return result == ErrorSuccess ? Utf8Text(text) : std::to_string(result);
+}
+
+std::uint32_t Set(std::uint32_t root, const char16_t* path, const std::u16string& name, std::u16string_view text) {
+    RegistryKey key = nullptr;
+    std::uint32_t result = RegCreateKeyEx(RootKey(root), path, 0, KeyReadWrite, key);
+    if (result == ErrorSuccess) {
+        const std::u16string terminated(text);
+        const auto size = static_cast<std::uint32_t>(2 * (text.size() + 1));
+        result = RegSetValueEx(key, name.c_str(), RegSz, terminated.c_str(), size);
+        RegCloseKey(key);
+    }
+    return result;
+}
+
+std::string DeepPath() {
+    std::string path = "HKEY_USERS";
+    for (int i = 0; i < 512; ++i) {
+        path += "\\d";
+    }
+    return path;
+}
+
+struct Row {
+    const char* name;
+    std::string text;      // in the key HKEY_USERS\K, unless it names one itself
+    std::string remaining; // likewise; "=" for the same as `text`
+};
+
+// clang-format off
+const Row Rows[] = {
+    {"nothing", "", ""},
+    {"plain and default", "\"a\"=\"x\"\n@=\"y\"\n", "="},
+    {"last value, first spelling", "\"Ab\"=\"x\"\n\"aB\"=\"y\"\n", "\"Ab\"=\"y\"\n"},
+    {"blanks and comments", " \"a\" = \"x\" ; c\n;\"b\"=\"y\"\n\t@=dword:1 ;\n", "\"a\"=\"x\"\n@=dword:00000001\n"},
+    {"escapes", R"("\"a\\"="\"b\\\c")", "\"\\\"a\\\\\"=\"\\\"b\\\\c\"\n"},
+    {"open quotes", "\"a=\"x\"\n\"b\"=\"x\n\"c\"=\"x\\\"\n\"d\\\n@=\"y\"", "@=\"y\"\n"},
+    {"something behind", "\"a\"=\"x\"y\n\"b\"=dword:1x\n\"c\"=hex:01 02\n\"d\"=-x\n@=\"y\"", "@=\"y\"\n"},
+    {"no such form", "\"a\"=x\n\"b\"=hex(:1\n\"c\"=hex()\n\"d\"=dword:\n\"e\"\n=1\n@=hex(g):1\n", ""},
+    {"dwords", "\"a\"=dword:ABCDEF01\n\"b\"=dword:123456789\n", "\"a\"=dword:abcdef01\n"},
+    {"types", "\"a\"=hex:\n\"b\"=hex(0):01,02\n\"c\"=hex(ffffffff):0a\n\"d\"=hex(4):01\n", "="},
+    {"short bytes", "\"a\"=hex:1,2,\n\"b\"=hex(4):4,3,2,1\n", "\"a\"=hex:01,02\n\"b\"=dword:01020304\n"},
+    {"no quotes can tell", "\"a\"=hex(1):61\n\"b\"=hex(1):61,00\n\"c\"=hex(1):00,00,00,00\n\"d\"=hex(1):0a,00,00,00\n", "="},
+    {"continued", "\"a\"=hex:01,\\ ; c\n  02,\\\n\\\n03\n", "\"a\"=hex:01,02,03\n"},
+    {"broken off by a value", "\"a\"=hex:01,\\\n\"b\"=\"x\"\n", "\"b\"=\"x\"\n"},
+    {"broken off by the end", "\"b\"=\"x\"\n\"a\"=hex:01,\\", "\"b\"=\"x\"\n"},
+    {"no bytes", "\"a\"=hex:01,0g\n\"b\"=hex:001\n\"c\"=hex:,1\n\"d\"=hex:1,,2\n\"e\"=hex:01\\\n02\n", ""},
+    {"removed", "\"a\"=\"x\"\n\"b\"=\"x\"\n\"A\"=-\n\"c\"=-\n", "\"b\"=\"x\"\n"},
+    {"a key goes with all below", "[HKEY_USERS\\K\\L\\M]\n[-hkey_users\\k\\l]\n\"a\"=\"x\"\n[-HKEY_USERS\\K\\O\\P]\n[-HKEY_USERS]\n", ""},
+    {"no key", "[HKEY_USERS\\\\K]\n@=\"x\"\n[HKEY_NONE\\K]\n@=\"x\"\n[HKEY_USERS\\K\n@=\"x\"\n[]\n@=\"x\"\n", ""},
+    {"a name too long", "[HKEY_USERS\\" + std::string(256, 'n') + "]\n@=\"x\"\n", ""},
+    {"a path too deep", "[" + DeepPath() + "]\n@=\"x\"\n", ""},
+    {"separators and brackets", "[HKEY_USERS\\K\\\\L\\] c\n[HKEY_USERS\\k\\a]b]\n", "\n[HKEY_USERS\\K\\L]\n\n[HKEY_USERS\\K\\a]b]\n"},
+    {"narrow texts", "REGEDIT4\n@=hex(2):61,62,00\n\"b\"=hex:61\n", "@=hex(2):61,00,62,00,00,00\n\"b\"=hex:61\n"},
+    {"letters", "\"\xC3\x84\"=\"\xE2\x82\xAC\"\n\"\xC3\xA4\"=\"\xF0\x9F\x98\x80\"\n", "\"\xC3\x84\"=\"\xF0\x9F\x98\x80\"\n"},
+};
+// clang-format on
+
+} // namespace
+
+TEST(RegFile, SkipsWhatMakesNoSenseAndReadsTheRest) {
+    for (const Row& row : Rows) {
+        const std::string whole = "[HKEY_USERS\\K]\n" + row.text;
+        const std::string& remaining = row.remaining == "=" ? row.text : row.remaining;
+        const std::string expected = "[HKEY_USERS]\n\n[HKEY_USERS\\K]\n" + remaining + "\n";
+        EXPECT_EQ(ReadBack(whole), expected) << row.name;
+        EXPECT_EQ(ReadBack("\xEF\xBB\xBF" + whole), expected) << row.name << ", marked";
+    }
+}
+
+TEST(RegFile, AnyBytesGiveATreeThatComesBack) {
+    constexpr unsigned seed = 4711;
+    std::mt19937 random(seed);
+    std::string whole = "[HKEY_USERS\\K]\n";
+    for (const Row& row : Rows) {
+        whole += row.text + "\n";
+    }
+    for (int round = 0; round < 2000 && !HasFailure(); ++round) {
+        std::string bytes = whole.substr(0, 1 + random() % whole.size());
+        for (unsigned changes = random() % 20; changes > 0; --changes) {
+            constexpr std::string_view likely("\0\n\\\"[]=,;-@:(", 13);
+            const char byte = likely[random() % likely.size()];
+            bytes[random() % bytes.size()] = random() % 2 == 0 ? byte : static_cast<char>(random() % 256);
+        }
+        SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
+        ReadBack(round % 2 == 0 ? bytes : "\xFF\xFE" + bytes);
+    }
+}
+
+TEST_F(Registry, IsLookedForWhereTheEnvironmentSays) {
+    const auto text = [](const char* root, const char* value) {
+        return std::string("[") + root + "\\K]\n\"v\"=\"" + value + "\"\n";
+    };
+    const char* const in = "tessarix/registry";
+    WriteFile(file, text("HKEY_CURRENT_USER", "named"));
+    WriteFile(folder / "home" / in / "HKEY_CURRENT_USER.reg", text("HKEY_CURRENT_USER", "home"));
+    WriteFile(folder / "one" / in / "HKEY_CURRENT_USER.reg", text("HKEY_CURRENT_USER", "one"));
+    WriteFile(folder / "two" / in / "HKEY_LOCAL_MACHINE.reg", text("HKEY_LOCAL_MACHINE", "two"));
+    EXPECT_EQ(Query(HkeyCurrentUser, u"k", u"V"), "named");
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2") << "no other folder counts";
+    unsetenv("TESSARIX_REGISTRY");
+    setenv("XDG_CONFIG_HOME", (folder / "home").c_str(), 1);
+    setenv("XDG_CONFIG_DIRS", ("relative:" + (folder / "one").string() + ":" + (folder / "two").string()).c_str(), 1);
+    EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), "home");
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two");
+    EXPECT_EQ(Set(HkeyLocalMachine, u"K", u"w", u"new"), ErrorSuccess);
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two") << "the user's file begins as a copy";
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"w"), "new");
+    EXPECT_EQ(BytesOfFile(folder / "two" / in / "HKEY_LOCAL_MACHINE.reg"), text("HKEY_LOCAL_MACHINE", "two"));
+    EXPECT_EQ(Query(HkeyUsers, u"K", u"v"), "2");
+}
+
+TEST_F(Registry, AnswersWithTheCodesOfWindows) {
+    WriteFile(file, "[HKEY_CURRENT_USER\\K]\n\"v\"=\"abc\"\n");
+    RegistryKey key = nullptr;
+    RegistryKey below = nullptr;
+    ASSERT_EQ(RegOpenKeyEx(RootKey(HkeyCurrentUser), u"K", 0, KeyRead, key), ErrorSuccess);
+    char16_t text[4] = {};
+    std::uint32_t size = 7;
+    EXPECT_EQ(RegQueryValueEx(key, u"v", nullptr, text, &size), ErrorMoreData);
+    EXPECT_EQ(size, 8U) << "what is needed";
+    EXPECT_EQ(RegQueryValueEx(key, nullptr, nullptr, nullptr, nullptr), ErrorFileNotFound);
+    EXPECT_EQ(RegSetValueEx(key, u"v", RegSz, u"", 2), ErrorAccessDenied) << "opened for reading";
+    EXPECT_EQ(RegOpenKeyEx(key, u"none", 0, KeyRead, below), ErrorFileNotFound);
+    EXPECT_EQ(RegCreateKeyEx(key, u"a\nb", 0, KeyRead, below), ErrorInvalidParameter) << "a file can't hold that";
+    WriteFile(file, "[HKEY_CURRENT_USER\\Other]\n");
+    EXPECT_EQ(RegQueryValueEx(key, u"v", nullptr, nullptr, &size), ErrorKeyDeleted);
+    EXPECT_EQ(RegCloseKey(key), ErrorSuccess);
+    for (const RegistryKey handle : {key, RegistryKey{nullptr}, RegistryKey{text}}) {
+        EXPECT_EQ(RegCloseKey(handle), ErrorInvalidHandle);
+        EXPECT_EQ(RegQueryValueEx(handle, u"v", nullptr, nullptr, &size), ErrorInvalidHandle);
+    }
+    fs::remove(file);
+    fs::create_directory(file);
+    EXPECT_EQ(RegOpenKeyEx(RootKey(HkeyCurrentUser), u"K", 0, KeyRead, key), ErrorAccessDenied) << "not readable";
+    EXPECT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"x"), ErrorAccessDenied);
+}
+
+// Each writer changes the whole file; no change of the other may be lost, and nobody may ever see less than a whole
+// file.
+TEST_F(Registry, TwoProcessesWriteAndAThirdReads) {
+    constexpr int rounds = 40;
+    ASSERT_EQ(Set(HkeyCurrentUser, u"K", u"fixed", u"x"), ErrorSuccess);
+    std::set<pid_t> writers;
+    for (const char16_t letter : {u'a', u'b'}) {
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            bool good = true;
+            for (int i = 0; i < rounds; ++i) {
+                const std::u16string name = std::u16string(1, letter) + WideName(std::to_string(i));
+                good = Set(HkeyCurrentUser, u"K", name, name) == ErrorSuccess && good;
+            }
+            _exit(good ? 0 : 1);
+        }
+        writers.insert(child);
+    }
+    while (!writers.empty()) {
+        EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"fixed"), "x");
+        int status = 0;
+        const pid_t ended = waitpid(-1, &status, WNOHANG);
+        EXPECT_EQ(ended > 0 ? status : 0, 0);
+        writers.erase(ended);
+    }
+    for (const char letter : {'a', 'b'}) {
+        for (int i = 0; i < rounds; ++i) {
+            const std::string name = letter + std::to_string(i);
+            EXPECT_EQ(Query(HkeyCurrentUser, u"K", WideName(name).c_str()), name);
+        }
+    }
+}
+
+TEST_F(Registry, AWriteThatFailsLeavesTheFileWhole) {
+    if (!FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no hook";
+    }
+    ASSERT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"old"), ErrorSuccess);
+    const std::string old = BytesOfFile(file);
+    WriteFile(folder / "HKEY_CURRENT_USER.reg.new", "what a writer left that was killed");
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+    for (std::int32_t nth = 1;; ++nth) {
+        ArmFault("*", nth, ErrorDiskFull, FaultMode::Once);
+        const std::uint32_t result = Set(HkeyCurrentUser, u"K", u"v", u"new");
+        const bool isReached = FaultCallsSeen() >= nth;
+        DisarmFaults();
+        if (!isReached) {
+            EXPECT_GT(nth, 10) << "the sweep saw each step";
+            EXPECT_EQ(result, ErrorSuccess);
+            break;
+        }
+        // The last call is the closing of the key, whose result Set does not tell.
+        EXPECT_TRUE(result == ErrorSuccess || (result == ErrorDiskFull && BytesOfFile(file) == old)) << nth;
+    }
+    EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), "new");
+    EXPECT_FALSE(fs::exists(folder / "HKEY_CURRENT_USER.reg.new"));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write) << "kept";
+}
