@@ -45,7 +45,7 @@ bool IsPlainText(const RegistryValue& value, std::u16string& text) {
 void AppendHexBytes(std::u16string& out, std::size_t lineStart, const RegistryValue& value) {
     out += u"hex";
     if (value.type != RegBinary) {
-        const int digits = (std::bit_width(value.type | 1) + 3) / 4;
+        const int digits = static_cast<int>((std::bit_width(value.type | 1) + 3) / 4);
         out += u'(';
         AppendHex(out, value.type, digits);
         out += u')';

@@ -157,7 +157,7 @@ TEST(RegFile, AnyBytesGiveATreeThatComesBack) {
     }
     for (int round = 0; round < 2000 && !HasFailure(); ++round) {
         std::string bytes = whole.substr(0, 1 + random() % whole.size());
-        for (unsigned changes = random() % 20; changes > 0; --changes) {
+        for (auto changes = random() % 20; changes > 0; --changes) {
             constexpr std::string_view likely("\0\n\\\"[]=,;-@:(", 13);
             const char byte = likely[random() % likely.size()];
             bytes[random() % bytes.size()] = random() % 2 == 0 ? byte : static_cast<char>(random() % 256);
