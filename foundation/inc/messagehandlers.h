@@ -97,8 +97,6 @@ private:
     CMessageHandler* previous = nullptr;
     bool active = false;
     bool perThread;
-
-    CMessageHandler*& Place() const;
 };
 
 /// Logs a text and shows it with the application's name as title, on any thread, one at a time. The result is the

@@ -71,11 +71,11 @@ std::int32_t CEventLogMessageHandler::ShowMessageBox(Platform::Window owner, con
 }
 
 void CEventLogMessageHandler::ShowException(CException* exception) {
-    if (dynamic_cast<CUserException*>(exception)) {
-        return;
+    const CUnicodeString text = exception->GetMessageText();
+    if (!dynamic_cast<CUserException*>(exception)) {
+        const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
+        WriteEvent(text.Text(), title.Text(), Platform::EventLogErrorType);
     }
-    const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
-    WriteEvent(exception->GetMessageText().Text(), title.Text(), Platform::EventLogErrorType);
 }
 
 } // namespace Tsx

@@ -57,6 +57,12 @@ CMessageHandler* HandlerByName() {
     return nullptr;
 }
 
+// Where a handler is installed. Raises CMemoryException.
+CMessageHandler*& PlaceOfHandler(bool perThread) {
+    CThreadHandler* own = perThread ? threadHandler.Get() : nullptr;
+    return own ? own->Handler : processHandler;
+}
+
 } // namespace
 
 CMessageHandler::~CMessageHandler() {
@@ -77,14 +83,10 @@ void CMessageHandler::ShowException(CException* exception) {
     exception->ReportToUser();
 }
 
-CMessageHandler*& CMessageHandlerScope::Place() const {
-    return perThread ? *threadHandler.Get() : processHandler;
-}
-
 CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall, bool forThisThread)
     : handler(toInstall), perThread(forThisThread) {
     const CCriticalSectionLock guard(HandlerLock);
-    CMessageHandler*& place = Place();
+    CMessageHandler*& place = PlaceOfHandler(perThread);
     previous = place;
     place = handler;
     active = true;
@@ -93,7 +95,7 @@ CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall, bool forT
 CMessageHandlerScope::~CMessageHandlerScope() {
     try {
         const CCriticalSectionLock guard(HandlerLock);
-        CMessageHandler*& place = Place();
+        CMessageHandler*& place = PlaceOfHandler(perThread);
         CMessageHandler* const replaced = place;
         place = previous;
         active = false;
@@ -119,9 +121,9 @@ CMessageHandler* GetDefaultMessageHandler() {
 
 CMessageHandler* GetCurrentMessageHandler() {
     const CCriticalSectionLock guard(HandlerLock);
-    CMessageHandler* const* own = threadHandler.Find();
-    if (own && *own) {
-        return *own;
+    const CThreadHandler* own = threadHandler.Find();
+    if (own && own->Handler) {
+        return own->Handler;
     }
     return processHandler ? processHandler : GetDefaultMessageHandler();
 }
@@ -143,8 +145,9 @@ std::int32_t DisplayMessage(const char16_t* text, std::uint32_t style) {
 void DisplayException(CException* exception) {
     const CRuntimeHeapSwitcher switcher;
     const CCriticalSectionLock guard(HandlerLock);
+    const CUnicodeString text = exception->GetMessageText();
     if (!dynamic_cast<CUserException*>(exception)) {
-        WriteMessageLogLine(exception->GetMessageText().Text());
+        WriteMessageLogLine(text.Text());
     }
     CMessageHandler* handler = GetCurrentMessageHandler();
     if (handler != InvalidMessageHandler()) {

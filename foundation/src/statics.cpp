@@ -81,7 +81,7 @@ TSX_OBJECT(CThreadObjectRegistry, ThreadObjectRegistry)
 TSX_OBJECT(CTlsSlot, MemoryManagerSlot)
 TSX_OBJECT(CThreadObject<CErrorGuardState>, ErrorGuardState)
 TSX_OBJECT(CThreadObject<CThreadErrorMode>, ThreadErrorMode)
-TSX_OBJECT(CThreadObject<CMessageHandler*>, threadHandler)
+TSX_OBJECT(CThreadObject<CThreadHandler>, threadHandler)
 TSX_OBJECT(static const CStaticStage, StaticStage)
 
 // Memory: pages, then the heap that serves every thread at first, then the strings that live on both.

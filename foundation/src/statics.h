@@ -36,7 +36,11 @@ extern CUnicodeString StoredApplicationName;
 extern CUnicodeString UserRegistryPath;
 extern CUnicodeString MachineRegistryPath;
 
-extern CThreadObject<CMessageHandler*> threadHandler;
+/// The handler that is installed for a thread alone, or null.
+struct CThreadHandler {
+    CMessageHandler* Handler;
+};
+extern CThreadObject<CThreadHandler> threadHandler;
 extern CMessageBoxHandler StaticMessageBoxHandler;
 extern CConsoleMessageHandler StaticConsoleMessageHandler;
 extern CEventLogMessageHandler StaticEventLogMessageHandler;

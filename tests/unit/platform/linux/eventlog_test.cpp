@@ -32,7 +32,7 @@ extern "C" void openlog(const char* name, int options, int facility) {
 extern "C" void closelog() {
     identity.clear();
 }
-__attribute__((format(printf, 2, 3))) extern "C" void syslog(int level, const char* format, ...) {
+extern "C" __attribute__((format(printf, 2, 3))) void syslog(int level, const char* format, ...) {
     std::array<char, 512> text{};
     va_list arguments;
     va_start(arguments, format);
