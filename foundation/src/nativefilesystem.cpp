@@ -1,7 +1,8 @@
 #include "foundation/inc/nativefilesystem.h"
 
 #include "foundation/inc/assertion.h"
-#include "platform/inc/files.h"
+#include "platform/inc/directories.h"
+#include "platform/inc/types.h"
 
 namespace Tsx {
 

@@ -1,6 +1,6 @@
 #include "platform/linux/paths.h"
 
-#include "platform/inc/files.h"
+#include "platform/inc/directories.h"
 #include "platform/inc/lasterror.h"
 #include "platform/linux/wildcards.h"
 #include "tests/support/text.h"
