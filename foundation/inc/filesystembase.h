@@ -85,9 +85,9 @@ public:
 
     /// Appends what a directory holds: for each of the `patterns` (with `;` between them) the entries that `flags`, a
     /// sum of the FF constants, accept, and then those of the subdirectories. An entry that matches two patterns
-    /// appears twice. The filter may be null.
+    /// appears twice.
     void FindFilesEx(const CUnicodeString& directory, CArray<CFileStatus>& results, const CUnicodeString& patterns,
-                     std::uint32_t flags, IFindFilesFilter* filter);
+                     std::uint32_t flags, IFindFilesFilter* filter = nullptr);
 
     /// Deletes a directory with all below it; read-only files only if `clearReadOnly` is set. What was deleted before a
     /// failure stays deleted.

@@ -17,18 +17,20 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\filesystem";
 
-/// Takes the next component over as it is. False at the end of the path.
-bool CopyComponent(const CUnicodeString& path, std::int32_t& pos, CUnicodeString& result) {
+void AppendComponent(CUnicodeString& path, const CUnicodeString& component, char16_t separator) {
+    path += component;
+    if (separator != 0) {
+        path += separator;
+    }
+}
+
+/// Takes the next component over as it is, if there is one.
+void CopyComponent(const CUnicodeString& path, std::int32_t& pos, CUnicodeString& result) {
     CUnicodeString component;
     char16_t separator = 0;
-    if (!FileSystem::NextComponent(path, pos, component, separator)) {
-        return false;
+    if (FileSystem::NextComponent(path, pos, component, separator)) {
+        AppendComponent(result, component, separator);
     }
-    result += component;
-    if (separator != 0) {
-        result += separator;
-    }
-    return true;
 }
 
 /// One call of the system: the length of the full name in `full`, or the room it needs if that is more than `size`.
@@ -108,10 +110,8 @@ CUnicodeString FileSystem::GetRealPath(const CUnicodeString& path) {
     if (GetPathType(path) == PT_UNC) {
         result = path.Left(2);
         pos = 2;
-        const bool more = CopyComponent(path, pos, result) && CopyComponent(path, pos, result);
-        if (!more) {
-            return result;
-        }
+        CopyComponent(path, pos, result); // the server
+        CopyComponent(path, pos, result); // the share
     } else if (BeginsWithDrive(path)) {
         result = path.Left(2);
         pos = 2;
@@ -119,10 +119,7 @@ CUnicodeString FileSystem::GetRealPath(const CUnicodeString& path) {
     CUnicodeString component;
     char16_t separator = 0;
     while (NextComponent(path, pos, component, separator)) {
-        result += GetRealName(result, component);
-        if (separator != 0) {
-            result += separator;
-        }
+        AppendComponent(result, GetRealName(result, component), separator);
     }
     return result;
 }
@@ -131,8 +128,12 @@ void FileSystem::GetFileNames(const CUnicodeString& dir, CArray<CUnicodeString>&
     names.RemoveAll();
     CArray<CFileStatus> files;
     GetFileSystem(dir).FindFilesEx(dir, files, pattern, FF_Files, nullptr);
-    std::sort(files.begin(), files.end(),
-              [](const CFileStatus& a, const CFileStatus& b) { return Compare(a.FullName, b.FullName) < 0; });
+    // A heap stays within the array for any names; there are some (`a!`, `a\`, `a`) that have no order.
+    const auto before = [](const CFileStatus& a, const CFileStatus& b) {
+        return Compare(a.FullName, b.FullName) < 0;
+    };
+    std::make_heap(files.begin(), files.end(), before);
+    std::sort_heap(files.begin(), files.end(), before);
     for (std::int32_t i = files.Size() - 1; i > 0; --i) {
         if (Compare(files[i].FullName, files[i - 1].FullName) == 0) {
             files.RemoveAt(i);

@@ -295,9 +295,9 @@ bool FileSystem::NextComponent(const CUnicodeString& path, std::int32_t& pos, CU
 
 std::uint32_t HashPath(const CUnicodeString& path) {
     const std::u16string_view text = path.View();
-    const std::size_t last = text.find_last_not_of(u"\\/");
+    const std::size_t last = text.find_last_not_of(u"\\/"); // npos, the number before 0, if there is none
     std::uint32_t hash = 0;
-    for (const char16_t c : text.substr(0, last == text.npos ? 0 : last + 1)) {
+    for (const char16_t c : text.substr(0, last + 1)) {
         hash = hash * 33 + Platform::towupper(IsSeparator(c) ? u'\\' : c);
     }
     return hash;
