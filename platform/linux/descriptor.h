@@ -1,30 +1,45 @@
-// A file descriptor that is closed with its owner.
+// A file descriptor that closes itself, and the call that a signal breaks off.
 #pragma once
 
+#include <cerrno>
 #include <unistd.h>
 #include <utility>
 
 namespace Platform {
 
+/// A call that a signal broke off is made again.
+template <class TCall>
+auto Retry(TCall call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) {
+        result = call();
+    }
+    return result;
+}
+
 class Descriptor {
 public:
-    explicit Descriptor(int openDescriptor = -1) : descriptor(openDescriptor) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool IsOpen() const { return descriptor >= 0; }
-    int Get() const { return descriptor; }
-    /// False with errno set when what was written is lost. The descriptor is free in any case.
-    bool Close() { return descriptor < 0 || close(std::exchange(descriptor, -1)) == 0; }
-
-    void Reset(int openDescriptor) {
+    Descriptor() = default;
+    explicit Descriptor(int openDescriptor) : value(openDescriptor) {}
+    Descriptor(Descriptor&& other) noexcept : value(other.Release()) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(value, other.value);
+        return *this;
+    }
+    ~Descriptor() {
+        const int error = errno; // what failed before counts
         Close();
-        descriptor = openDescriptor;
+        errno = error;
     }
 
+    int Get() const { return value; }
+    explicit operator bool() const { return value >= 0; }
+    int Release() { return std::exchange(value, -1); }
+    /// False with errno set when what was written is lost. The descriptor is free in any case.
+    bool Close() { return value < 0 || close(Release()) == 0; }
+
 private:
-    int descriptor;
+    int value = -1;
 };
 
 } // namespace Platform

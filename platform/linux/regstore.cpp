@@ -70,9 +70,9 @@ Cache& TreeCache() {
 
 std::uint32_t OpenStore(const std::string& path, Descriptor& file, FileState& state) {
     PLATFORM_FAULT(OpenStore, GetLastError());
-    file.Reset(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    file = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
+    if (!file || fstat(file.Get(), &status) != 0) {
         return CodeFromErrno();
     }
     state = {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
@@ -119,8 +119,8 @@ std::uint32_t ParseStore(const Descriptor& file, const FileState& state, Registr
 std::uint32_t LockStore(const std::string& folder, Descriptor& lock) {
     PLATFORM_FAULT(LockStore, GetLastError());
     const std::string path = folder + "/registry.lock";
-    lock.Reset(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, LockFileMode));
-    const bool isLocked = lock.IsOpen() && TEMP_FAILURE_RETRY(flock(lock.Get(), LOCK_EX)) == 0;
+    lock = Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, LockFileMode));
+    const bool isLocked = lock && TEMP_FAILURE_RETRY(flock(lock.Get(), LOCK_EX)) == 0;
     return isLocked ? ErrorSuccess : CodeFromErrno();
 }
 

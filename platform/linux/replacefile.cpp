@@ -49,8 +49,8 @@ bool CreateNewFile(const std::string& path, const std::string& old, Descriptor& 
     if (hasOld && access(old.c_str(), W_OK) != 0) {
         return FailFromErrno();
     }
-    file.Reset(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, AnyFileMode));
-    const bool done = file.IsOpen() && (!hasOld || fchmod(file.Get(), status.st_mode & ALLPERMS) == 0);
+    file = Descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, AnyFileMode));
+    const bool done = file && (!hasOld || fchmod(file.Get(), status.st_mode & ALLPERMS) == 0);
     return done || FailFromErrno();
 }
 
@@ -59,7 +59,7 @@ void FlushFolder(const std::string& file) {
     const std::size_t separator = file.find_last_of('/');
     const std::string folder = separator == std::string::npos ? "." : file.substr(0, separator + 1);
     const Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor.IsOpen()) {
+    if (descriptor) {
         static_cast<void>(fsync(descriptor.Get()));
     }
 }
