@@ -109,6 +109,10 @@ void ReportInternalFailure(const CUnicodeString& text);
 /// internal error.
 std::uint32_t GetFileCause(std::uint32_t lastError);
 
+/// The causes that are raised without a Windows code.
+constexpr std::uint32_t CauseTooManyOpenFiles = 4; // ERR_FILE_TOO_MANY_OPEN_FILES
+constexpr std::uint32_t CauseEndOfFile = 14;       // ERR_FILE_END_OF_FILE
+
 constexpr const char16_t* FoundationTitle = u"Tessarix";
 constexpr const char16_t* NotEnoughMemoryText = u"Not enough memory!";
 constexpr const char16_t* DoubleErrorText = u"Double internal error!\nApplication terminated.";

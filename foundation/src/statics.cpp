@@ -7,6 +7,7 @@
 #include "foundation/inc/nativefilesystem.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
+#include "foundation/src/classregistry.h"
 
 // 101 is the first priority that programs may use.
 #define TSX_STATIC __attribute__((init_priority(101)))
@@ -100,6 +101,9 @@ TSX_OBJECT(CUnicodeString, MachineRegistryPath)
 // What shows texts, and where texts come from.
 TSX_OBJECT(CMessageBoxHandler, StaticMessageBoxHandler)
 TSX_OBJECT(CResourceBase, ResourceBase)
+
+// The classes that archives create, before any static record registers one.
+TSX_OBJECT(CClassRegistry, ClassRegistry)
 
 // File systems, last: their failures use all of the above.
 TSX_OBJECT(static CNativeFileSystem, NativeFileSystemObject)

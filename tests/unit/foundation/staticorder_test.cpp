@@ -36,6 +36,7 @@ constexpr std::string_view Order[] = {"RegistryLock",
                                       "StoredApplicationName",
                                       "StaticMessageBoxHandler",
                                       "ResourceBase",
+                                      "ClassRegistry",
                                       "NativeFileSystemObject"};
 
 // An object of this source: it comes up after all of the foundation's and can use them both ways.
