@@ -11,6 +11,8 @@ void ArmFault(const char*, std::int32_t, std::uint32_t, FaultMode) {}
 
 void DisarmFaults() {}
 
+void ArmShortTransfers(std::uint32_t) {}
+
 std::int32_t FaultCallsSeen() {
     return 0;
 }

@@ -14,6 +14,10 @@ void DebugTrace(const char16_t* format, const TArguments&... arguments) {
     DebugTraceList(format, {CFormatArgument(arguments)...});
 }
 
+/// The hook for what a released program would tell about itself: nothing listens to it.
+template <class... TArguments>
+void ReleaseTrace(const char16_t* /*format*/, const TArguments&... /*arguments*/) {}
+
 /// A text about memory for the debugger, or, as the debug flag DebugReportMemoryErrorInMessageBox asks, in a message
 /// box.
 void WriteDebugOutput(const char16_t* text);

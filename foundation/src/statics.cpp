@@ -4,7 +4,6 @@
 #include "foundation/src/statics.h"
 
 #include "foundation/inc/messagenames.h"
-#include "foundation/inc/nativefilesystem.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/src/classregistry.h"
@@ -59,6 +58,8 @@ TSX_OBJECT(CCriticalSection, MessageListLock)
 TSX_OBJECT(CCriticalSection, HandlerLock)
 TSX_OBJECT(CCriticalSection, ApplicationNameLock)
 TSX_OBJECT(CCriticalSection, FoundationLock)
+TSX_OBJECT(CCriticalSection, SpecialFoldersLock)
+TSX_OBJECT(CCriticalSection, TemporaryFilesLock)
 
 // Thread data: the first failure asks it whether it may throw.
 TSX_OBJECT(CThreadObjectRegistry, ThreadObjectRegistry)
@@ -97,6 +98,10 @@ TSX_FOUNDATION_MESSAGES(TSX_DEFINE_MESSAGE)
 TSX_OBJECT(CUnicodeString, StoredApplicationName)
 TSX_OBJECT(CUnicodeString, UserRegistryPath)
 TSX_OBJECT(CUnicodeString, MachineRegistryPath)
+TSX_OBJECT(CUnicodeString, LocalApplicationFolder)
+TSX_OBJECT(CUnicodeString, ApplicationFolder)
+TSX_OBJECT(CUnicodeString, CommonApplicationFolder)
+TSX_OBJECT(CUnicodeString, TemporaryFolder)
 
 // What shows texts, and where texts come from.
 TSX_OBJECT(CMessageBoxHandler, StaticMessageBoxHandler)
@@ -105,8 +110,16 @@ TSX_OBJECT(CResourceBase, ResourceBase)
 // The classes that archives create, before any static record registers one.
 TSX_OBJECT(CClassRegistry, ClassRegistry)
 
-// File systems, last: their failures use all of the above.
+// Tables of the file layer, empty until somebody asks or adds. They take no memory before that.
+TSX_OBJECT(CSpecialFolderMap, SpecialFolders)
+TSX_OBJECT(CPathSet, TemporaryFiles)
+TSX_OBJECT(CPathSet, TemporaryDirectories)
+
+// File systems, last: their failures use all of the above. Each enters itself in its slot and leaves it when it goes.
+constinit CNativeFileSystem* NativeFileSystem = nullptr;
+constinit CVirtualFileSystem* VirtualFileSystem = nullptr;
+TSX_OBJECT(const CUnicodeString, VirtualRootName, u"\\\\Ostrel\\Tessarix\\VirtualFiles$\\")
 TSX_OBJECT(static CNativeFileSystem, NativeFileSystemObject)
-CFileSystemBase& NativeFileSystem = NativeFileSystemObject;
+TSX_OBJECT(static CVirtualFileSystem, VirtualFileSystemObject)
 
 } // namespace Tsx

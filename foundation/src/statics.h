@@ -4,11 +4,15 @@
 
 #include "foundation/inc/blockmanager.h"
 #include "foundation/inc/criticalsection.h"
-#include "foundation/inc/filesystem.h"
+#include "foundation/inc/hashtable.h"
+#include "foundation/inc/map.h"
 #include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/nativefilesystem.h"
+#include "foundation/inc/pathkey.h"
 #include "foundation/inc/resourceinfo.h"
 #include "foundation/inc/tlsslot.h"
 #include "foundation/inc/unicodestring.h"
+#include "foundation/inc/virtualfilesystem.h"
 
 namespace Tsx {
 
@@ -31,6 +35,26 @@ extern CUnicodeString MachineRegistryPath;
 
 extern CMessageBoxHandler StaticMessageBoxHandler;
 extern CResourceBase ResourceBase;
-extern CFileSystemBase& NativeFileSystem;
+
+/// The system's numbers by TSpecialFolder, filled at the first question. SpecialFoldersLock guards filling and clearing
+/// it, and stores into the application's folders; it is not held while the shell is asked.
+extern CCriticalSection SpecialFoldersLock;
+using CSpecialFolderMap = CMap<std::int32_t, std::int32_t, CNumberKeyTraits, CProcessHeapPolicy>;
+extern CSpecialFolderMap SpecialFolders;
+extern CUnicodeString LocalApplicationFolder;
+extern CUnicodeString ApplicationFolder; // the one that follows the user to other machines
+extern CUnicodeString CommonApplicationFolder;
+
+/// What the shutdown sweeps. Process heap: it outlives the threads that add to it.
+using CPathSet = CHashTable<CUnicodeString, CPathKeyTraits, CProcessHeapPolicy>;
+extern CCriticalSection TemporaryFilesLock; // guards these three
+extern CUnicodeString TemporaryFolder;
+extern CPathSet TemporaryFiles;
+extern CPathSet TemporaryDirectories;
+
+/// The two file systems; null before they are there and after they are gone.
+extern const CUnicodeString VirtualRootName;
+extern CNativeFileSystem* NativeFileSystem;
+extern CVirtualFileSystem* VirtualFileSystem;
 
 } // namespace Tsx

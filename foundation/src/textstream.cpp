@@ -16,8 +16,8 @@ namespace {
 class COpenFile {
 public:
     explicit COpenFile(const CUnicodeString& path)
-        : name(path), handle(Platform::CreateFile(path.Text(), Platform::GenericRead, Platform::FileShareRead,
-                                                  Platform::OpenExisting, Platform::FileAttributeNormal)) {
+        : name(path), handle(Platform::CreateFile(path.Text(), Platform::GenericRead, Platform::FileShareRead, nullptr,
+                                                  Platform::OpenExisting, Platform::FileAttributeNormal, nullptr)) {
         Check(handle != Platform::InvalidHandle());
     }
     ~COpenFile() { Platform::CloseHandle(handle); }

@@ -20,6 +20,10 @@ bool FaultsAvailable();
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode);
 void DisarmFaults();
 
+/// From now on ReadFile and WriteFile move at most `most` bytes a call and succeed, as a slow pipe would make them; 0
+/// takes that back, and so does DisarmFaults. For a whole process: TESSARIX_SHORT_TRANSFERS=1 in the environment.
+void ArmShortTransfers(std::uint32_t most);
+
 /// Calls that matched the plan so far, failed ones included: a sweep ends when this stays below the n it asked for.
 std::int32_t FaultCallsSeen();
 

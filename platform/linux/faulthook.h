@@ -13,6 +13,9 @@ enum class CallKind { Call, Allocation };
 /// Counts one call of `function`. True when the plan says that it fails; the last error then is the plan's code.
 bool FaultDue(const char* function, CallKind kind = CallKind::Call) noexcept;
 
+/// The bytes that one transfer moves at most, of `wanted`.
+std::uint32_t TransferSize(std::uint32_t wanted) noexcept;
+
 } // namespace Platform
 
 /// PLATFORM_FAULT(CreateFile, InvalidHandle()): leaves the function with that result when its turn to fail has come.
@@ -29,7 +32,10 @@ bool FaultDue(const char* function, CallKind kind = CallKind::Call) noexcept;
             return nullptr;                                                                                            \
         }                                                                                                              \
     } while (false)
+/// PLATFORM_TRANSFER(count): cuts the bytes that a ReadFile or WriteFile is to move.
+#define PLATFORM_TRANSFER(count) count = ::Platform::TransferSize(count)
 #else
+#define PLATFORM_TRANSFER(count) static_cast<void>(0)
 #define PLATFORM_ALLOCATION_FAULT(function) static_cast<void>(0)
 #define PLATFORM_FAULT(function, failure) static_cast<void>(0)
 #endif

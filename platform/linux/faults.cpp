@@ -1,6 +1,7 @@
 #include "platform/linux/faulthook.h"
 
 #include "platform/inc/lasterror.h"
+#include <algorithm>
 #include <atomic>
 #include <charconv>
 #include <cstdlib>
@@ -23,6 +24,9 @@ struct Plan {
 
 // Read without the lock, so that an unarmed hook costs one load.
 std::atomic<bool> armed{false};
+
+// Of one transfer; 0 is no limit.
+std::atomic<std::uint32_t> mostBytes{0};
 
 std::mutex& PlanLock() {
     static std::mutex lock;
@@ -50,6 +54,9 @@ std::string_view TakeField(std::string_view& text) {
 
 // The plan that a test gives to a whole process.
 __attribute__((constructor)) void ArmFromEnvironment() {
+    if (const char* most = std::getenv("TESSARIX_SHORT_TRANSFERS")) {
+        ArmShortTransfers(ReadNumber<std::uint32_t>(most));
+    }
     const char* value = std::getenv("TESSARIX_FAULT");
     if (!value) {
         return;
@@ -76,11 +83,21 @@ void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultM
 void DisarmFaults() {
     const std::lock_guard guard(PlanLock());
     armed = false;
+    mostBytes = 0;
+}
+
+void ArmShortTransfers(std::uint32_t most) {
+    mostBytes = most;
 }
 
 std::int32_t FaultCallsSeen() {
     const std::lock_guard guard(PlanLock());
     return CurrentPlan().seen;
+}
+
+std::uint32_t TransferSize(std::uint32_t wanted) noexcept {
+    const std::uint32_t most = mostBytes.load(std::memory_order_relaxed);
+    return most == 0 ? wanted : std::min(wanted, most);
 }
 
 bool FaultDue(const char* function, CallKind kind) noexcept {

@@ -3,18 +3,13 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/fileinfo.h"
+#include "platform/linux/fileopen.h"
 #include "platform/linux/handles.h"
-#include "platform/linux/nativetext.h"
-#include "platform/linux/paths.h"
-#include "platform/linux/wildcards.h"
-#include <algorithm>
-#include <atomic>
+#include <array>
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
-#include <new>
-#include <string>
+#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,115 +17,83 @@ namespace Platform {
 
 namespace {
 
-struct SearchObject {};
-
-// A call that a signal broke off is made again.
-template <class TCall>
-auto Retry(TCall call) {
-    auto result = call();
-    while (result < 0 && errno == EINTR) {
-        result = call();
+bool Seek(const FileObject& file, std::int64_t distance, std::uint32_t method, std::int64_t& position) {
+    constexpr int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    if (method >= std::size(whence)) {
+        return Fail(ErrorInvalidParameter);
     }
-    return result;
+    position = lseek(file.descriptor, distance, whence[method]);
+    if (position >= 0) {
+        return true;
+    }
+    return errno == EINVAL ? Fail(ErrorNegativeSeek) : FailFromErrno();
 }
 
-std::uint32_t AttributesOf(const std::string& native) {
+bool SizeOf(Handle file, std::int64_t& size) {
+    const FileObject* object = FileOf(file);
     struct stat status {};
-    // A link is what it leads to; one that leads nowhere is a file of its own.
-    if (stat(native.c_str(), &status) != 0) {
-        return FileAttributeNormal;
+    if (!object || fstat(object->descriptor, &status) != 0) {
+        return object && FailFromErrno();
     }
-    return S_ISDIR(status.st_mode) ? FileAttributeDirectory : FileAttributeNormal;
+    size = status.st_size;
+    return true;
 }
 
-Handle StartSearch(std::u16string_view name, const std::string& native, FindData& data) {
-    if (name.size() >= std::size(data.name)) {
-        SetLastError(ErrorFilenameExcedRange);
-        return InvalidHandle();
+// The low word of a 64-bit result. One that looks like a failure says that it is none.
+std::uint32_t LowWord(std::int64_t value) {
+    const auto low = static_cast<std::uint32_t>(value);
+    if (low == InvalidFileSize) {
+        SetLastError(ErrorSuccess);
     }
-    auto* search = new (std::nothrow) SearchObject;
-    if (!search) {
-        SetLastError(ErrorNotEnoughMemory);
-        return InvalidHandle();
-    }
-    data.attributes = AttributesOf(native);
-    *std::copy(name.begin(), name.end(), std::begin(data.name)) = u'\0';
-    return search;
+    return low;
 }
 
-// The first entry of a folder that matches; "." and ".." come like any other, as they do on Windows.
-Handle SearchFolder(const std::string& folder, std::u16string_view pattern, FindData& data) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.c_str()), &closedir);
-    if (!listing) {
-        SetLastError(errno == ENOENT ? ErrorPathNotFound : WindowsErrorCode(errno));
-        return InvalidHandle();
+std::int64_t JoinWords(std::int32_t low, const std::int32_t* high) {
+    if (!high) {
+        return low;
     }
-    while (const dirent* entry = readdir(listing.get())) {
-        const std::u16string name = WideName(entry->d_name);
-        if (MatchesPattern(name, pattern)) {
-            return StartSearch(name, folder + "/" + entry->d_name, data);
-        }
-    }
-    SetLastError(ErrorFileNotFound);
-    return InvalidHandle();
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(*high) << 32 | static_cast<std::uint32_t>(low));
 }
 
-Handle SearchName(std::u16string_view path, FindData& data) {
-    std::string native;
-    if (!MapPath(path, native)) {
-        return InvalidHandle();
-    }
-    struct stat status {};
-    if (lstat(native.c_str(), &status) != 0) {
-        FailOnPath(native);
-        return InvalidHandle();
-    }
-    return StartSearch(WideName(native.substr(native.find_last_of('/') + 1)), native, data);
+// The value that leaves a time alone, and the one that asks to have it left alone from here on, which it is.
+bool IsTimeToSet(const std::int64_t* time) {
+    return time && *time != 0 && *time != -1;
+}
+
+bool IsPossibleTime(const std::int64_t* time) {
+    return !time || *time >= -1;
 }
 
 } // namespace
 
-Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
-                  std::uint32_t attributes) {
+Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, void* security,
+                  std::uint32_t disposition, std::uint32_t attributes, Handle templateFile) {
     PLATFORM_FAULT(CreateFile, InvalidHandle());
-    static_cast<void>(share);
-    static_cast<void>(attributes);
-    if (access != GenericRead || disposition != OpenExisting) {
-        SetLastError(ErrorInvalidParameter);
+    static_cast<void>(security); // the process's mask is the one default of permissions here
+    // A template would give the extended attributes of Windows, of which a file has none here.
+    if (templateFile && !FileOf(templateFile)) {
         return InvalidHandle();
     }
-    std::string native;
-    if (!MapPath(path, native)) {
-        return InvalidHandle();
-    }
-    auto file = std::unique_ptr<FileObject>(new (std::nothrow) FileObject);
-    if (!file) {
-        SetLastError(ErrorNotEnoughMemory);
-        return InvalidHandle();
-    }
-    file->descriptor = Retry([&] { return open(native.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); });
-    struct stat status {};
-    if (file->descriptor >= 0 && fstat(file->descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
-        close(file->descriptor); // a folder opens here and does not on Windows
-        SetLastError(ErrorAccessDenied);
-        return InvalidHandle();
-    }
-    if (file->descriptor < 0) {
-        FailOnPath(native);
-        return InvalidHandle();
-    }
-    return static_cast<HandleObject*>(file.release());
+    Location location;
+    std::unique_ptr<FileObject> file = OpenFileObject(path, {access, share, disposition, attributes}, location);
+    return file ? static_cast<HandleObject*>(file.release()) : InvalidHandle();
 }
 
+// A file on disk gives all that is asked for up to its end; a pipe or a terminal what it has.
 bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& read) {
     read = 0;
     PLATFORM_FAULT(ReadFile, false);
-    const FileObject* object = FileOf(file);
+    PLATFORM_TRANSFER(count);
+    const FileObject* object = FileOf(file, GenericRead);
     if (!object) {
         return false;
     }
-    const ssize_t done = Retry([&] { return ::read(object->descriptor, buffer, count); });
-    read = done < 0 ? 0 : static_cast<std::uint32_t>(done);
+    auto* bytes = static_cast<char*>(buffer);
+    ssize_t done = 0;
+    do {
+        done = Retry([&] { return ::read(object->descriptor, bytes + read, count - read); });
+        read += done < 0 ? 0 : static_cast<std::uint32_t>(done);
+    } while (done > 0 && read < count && object->isDisk);
     return done >= 0 || FailFromErrno();
 }
 
@@ -138,7 +101,8 @@ bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& rea
 bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32_t& written) {
     written = 0;
     PLATFORM_FAULT(WriteFile, false);
-    const FileObject* object = FileOf(file);
+    PLATFORM_TRANSFER(count);
+    const FileObject* object = FileOf(file, GenericWrite);
     if (!object) {
         return false;
     }
@@ -153,21 +117,103 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
     return true;
 }
 
+std::uint32_t SetFilePointer(Handle file, std::int32_t distance, std::int32_t* distanceHigh, std::uint32_t method) {
+    PLATFORM_FAULT(SetFilePointer, InvalidSetFilePointer);
+    const FileObject* object = FileOf(file);
+    std::int64_t before = 0;
+    std::int64_t position = 0;
+    if (!object || (!distanceHigh && !Seek(*object, 0, FileCurrent, before)) ||
+        !Seek(*object, JoinWords(distance, distanceHigh), method, position)) {
+        return InvalidSetFilePointer;
+    }
+    if (distanceHigh) {
+        *distanceHigh = static_cast<std::int32_t>(position >> 32);
+    } else if (position >> 32 != 0) {
+        Seek(*object, before, FileBegin, position);
+        SetLastError(ErrorInvalidParameter);
+        return InvalidSetFilePointer;
+    }
+    return LowWord(position);
+}
+
 bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position, std::uint32_t method) {
     PLATFORM_FAULT(SetFilePointerEx, false);
     const FileObject* object = FileOf(file);
+    return object && Seek(*object, distance, method, position);
+}
+
+bool SetEndOfFile(Handle file) {
+    PLATFORM_FAULT(SetEndOfFile, false);
+    const FileObject* object = FileOf(file, GenericWrite);
+    std::int64_t position = 0;
+    return object && Seek(*object, 0, FileCurrent, position) &&
+           (Retry([&] { return ftruncate(object->descriptor, position); }) == 0 || FailFromErrno());
+}
+
+std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh) {
+    PLATFORM_FAULT(GetFileSize, InvalidFileSize);
+    std::int64_t size = 0;
+    if (!SizeOf(file, size)) {
+        return InvalidFileSize;
+    }
+    if (sizeHigh) {
+        *sizeHigh = static_cast<std::uint32_t>(static_cast<std::uint64_t>(size) >> 32);
+    }
+    return LowWord(size);
+}
+
+bool GetFileSizeEx(Handle file, std::int64_t& size) {
+    PLATFORM_FAULT(GetFileSizeEx, false);
+    return SizeOf(file, size);
+}
+
+bool GetFileTime(Handle file, std::int64_t* creation, std::int64_t* lastAccess, std::int64_t* lastWrite) {
+    PLATFORM_FAULT(GetFileTime, false);
+    const FileObject* object = FileOf(file);
+    FileAttributeData data;
+    if (!object || !ReadFileInfo(object->descriptor, {}, data)) {
+        return object && FailFromErrno();
+    }
+    const std::pair<std::int64_t*, std::int64_t> results[] = {
+        {creation, data.creationTime}, {lastAccess, data.lastAccessTime}, {lastWrite, data.lastWriteTime}};
+    for (const auto& [result, value] : results) {
+        if (result) {
+            *result = value;
+        }
+    }
+    return true;
+}
+
+bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* lastAccess,
+                 const std::int64_t* lastWrite) {
+    PLATFORM_FAULT(SetFileTime, false);
+    const FileObject* object = FileOf(file, GenericWrite);
     if (!object) {
         return false;
     }
-    constexpr int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    if (method >= std::size(whence)) {
+    if (!IsPossibleTime(creation) || !IsPossibleTime(lastAccess) || !IsPossibleTime(lastWrite)) {
         return Fail(ErrorInvalidParameter);
     }
-    position = lseek(object->descriptor, distance, whence[method]);
-    if (position >= 0) {
-        return true;
+    constexpr timespec alone{0, UTIME_OMIT};
+    const std::array<timespec, 2> times{IsTimeToSet(lastAccess) ? NativeTimeOf(*lastAccess) : alone,
+                                        IsTimeToSet(lastWrite) ? NativeTimeOf(*lastWrite) : alone};
+    if (futimens(object->descriptor, times.data()) != 0) {
+        return FailFromErrno();
     }
-    return errno == EINVAL ? Fail(ErrorNegativeSeek) : FailFromErrno();
+    if (IsTimeToSet(creation)) {
+        StoreCreationTime(object->descriptor, *creation);
+    }
+    return true;
+}
+
+bool FlushFileBuffers(Handle file) {
+    PLATFORM_FAULT(FlushFileBuffers, false);
+    const FileObject* object = FileOf(file, GenericWrite);
+    if (!object) {
+        return false;
+    }
+    const bool flushed = Retry([&] { return fsync(object->descriptor); }) == 0;
+    return flushed || errno == EINVAL || FailFromErrno(); // EINVAL: a pipe or a device keeps nothing back
 }
 
 std::uint32_t GetFileType(Handle file) {
@@ -180,44 +226,13 @@ std::uint32_t GetFileType(Handle file) {
         }
         return FileTypeUnknown;
     }
-    if (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode)) {
+    if (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode) || S_ISDIR(status.st_mode)) {
         return FileTypeDisk;
     }
     if (S_ISCHR(status.st_mode)) {
         return FileTypeChar;
     }
     return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) ? FileTypePipe : FileTypeUnknown;
-}
-
-Handle FindFirstFile(const char16_t* path, FindData& data) {
-    PLATFORM_FAULT(FindFirstFile, InvalidHandle());
-    const std::u16string_view whole = path;
-    const std::size_t nameStart = whole.find_last_of(u"\\/:") + 1; // npos + 1 is 0: the whole path is a name
-    const std::u16string_view name = whole.substr(nameStart);
-    if (name.empty()) {
-        SetLastError(ErrorFileNotFound); // a root or a closing separator names no entry
-        return InvalidHandle();
-    }
-    if (!HasWildcards(name)) {
-        return SearchName(whole, data);
-    }
-    std::string folder;
-    if (!MapPath(nameStart == 0 ? u"." : whole.substr(0, nameStart), folder)) {
-        return InvalidHandle();
-    }
-    return SearchFolder(folder, name, data);
-}
-
-bool FindClose(Handle search) {
-    delete static_cast<SearchObject*>(search);
-    PLATFORM_FAULT(FindClose, false);
-    return true;
-}
-
-std::uint32_t SetErrorMode(std::uint32_t mode) {
-    // No call of this system stops at a box; the word is kept, as Windows keeps it.
-    static std::atomic<std::uint32_t> current{0};
-    return current.exchange(mode);
 }
 
 } // namespace Platform

@@ -1,6 +1,5 @@
 #include "platform/linux/handles.h"
 
-#include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
@@ -30,14 +29,28 @@ FileObject* FileOf(Handle handle) {
     return ObjectOf<FileObject>(handle);
 }
 
+FileObject* FileOf(Handle handle, std::uint32_t access) {
+    FileObject* file = FileOf(handle);
+    if (file && (file->access & access) == 0) {
+        SetLastError(ErrorAccessDenied);
+        return nullptr;
+    }
+    return file;
+}
+
+SearchObject* SearchOf(Handle handle) {
+    return ObjectOf<SearchObject>(handle);
+}
+
 ThreadObject* ThreadOf(Handle handle) {
     return ObjectOf<ThreadObject>(handle);
 }
 
 bool CloseHandle(Handle handle) {
     const std::unique_ptr<HandleObject> object(ObjectOf<HandleObject>(handle));
+    const bool closed = object && object->Close();
     PLATFORM_FAULT(CloseHandle, false);
-    return object && object->Close();
+    return closed;
 }
 
 } // namespace Platform

@@ -2,10 +2,15 @@
 // handle out and deleted by CloseHandle.
 #pragma once
 
+#include "platform/inc/files.h"
 #include "platform/inc/types.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/sharetable.h"
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace Platform {
 
@@ -24,6 +29,17 @@ struct FileObject : HandleObject {
     bool Close() override;
 
     int descriptor;
+    std::uint32_t access = GenericRead | GenericWrite; // what it was opened for; a standard handle decides for itself
+    bool isDisk = false;                               // its content has a position and an end
+    ShareClaim claim;
+};
+
+/// A search: the entries that matched when it began, and how far it has told them. Deleted by FindClose.
+struct SearchObject : HandleObject {
+    Descriptor folder;
+    bool isRoot = false;
+    std::vector<std::string> names;
+    std::size_t next = 0;
 };
 
 /// A thread that may have ended: its exit code is shared with it and outlives it.
@@ -33,6 +49,9 @@ struct ThreadObject : HandleObject {
 
 /// The object behind a handle; null with the last error set when the handle is null, invalid or of another class.
 FileObject* FileOf(Handle handle);
+/// The same for a file opened for that Generic bit: ERROR_ACCESS_DENIED for any other.
+FileObject* FileOf(Handle handle, std::uint32_t access);
+SearchObject* SearchOf(Handle handle);
 ThreadObject* ThreadOf(Handle handle);
 
 } // namespace Platform

@@ -5,10 +5,8 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
+#include "platform/linux/searchfolders.h"
 #include <algorithm>
-#include <array>
-#include <climits>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <link.h>
 #include <string>
@@ -18,46 +16,6 @@
 namespace Platform {
 
 namespace {
-
-constexpr const char* ProgramLink = "/proc/self/exe";
-
-// The native path of a link's target or of a file with all its links resolved; empty on failure.
-std::string Resolve(const char* native) {
-    std::array<char, PATH_MAX> buffer{};
-    return realpath(native, buffer.data()) ? std::string(buffer.data()) : std::string();
-}
-
-std::string ProgramFolder() {
-    const std::string program = Resolve(ProgramLink);
-    return program.substr(0, program.find_last_of('/') + 1);
-}
-
-std::vector<std::string> SearchFolders() {
-    const std::string program = ProgramFolder();
-    std::vector<std::string> folders{program, program + PLATFORM_MODULE_FOLDER, "."};
-    const char* path = std::getenv("PATH");
-    std::string_view rest = path ? path : "";
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(':'), rest.size());
-        folders.emplace_back(rest.substr(0, end));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
-    }
-    return folders;
-}
-
-// The names to look for: as given, and with ".so" in place of ".dll".
-std::vector<std::u16string> CandidateNames(std::u16string_view name) {
-    std::vector<std::u16string> names{std::u16string(name)};
-    constexpr std::u16string_view ending = u".dll";
-    if (name.size() > ending.size() && NamesEqual(name.substr(name.size() - ending.size()), ending)) {
-        names.push_back(std::u16string(name.substr(0, name.size() - ending.size())) + u".so");
-    }
-    return names;
-}
-
-bool IsPlainName(std::u16string_view name) {
-    return name.find_first_of(u"\\/:") == std::u16string_view::npos;
-}
 
 std::vector<std::string> CandidateFiles(std::u16string_view name) {
     std::vector<std::string> files;

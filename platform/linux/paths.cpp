@@ -6,109 +6,209 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <dirent.h>
-#include <memory>
-#include <sys/stat.h>
+#include <fcntl.h>
 
 namespace Platform {
 
 namespace {
 
-bool IsSeparator(char16_t c) {
-    return c == u'\\' || c == u'/';
-}
+constexpr std::size_t LongestName = 255;
+constexpr std::size_t LongestPath = 32767;
+constexpr std::u16string_view AsItStands = u"\\\\?\\";
 
-bool Exists(const std::string& native) {
-    struct stat status {};
-    return lstat(native.c_str(), &status) == 0;
-}
-
-// Removes a drive and tells the folder that stands for it: "/" or the mapped folder for an absolute path, that of the
-// current folder otherwise. A mapped drive has no current folder of its own but its root.
-bool TakeDrive(std::u16string_view& path, std::string& start) {
-    char16_t letter = u'Z';
-    if (path.size() >= 2 && path[1] == u':') {
-        letter = path[0] >= u'a' && path[0] <= u'z' ? static_cast<char16_t>(path[0] - 32) : path[0];
-        path.remove_prefix(2);
-    }
+// The folder that stands for a drive.
+bool DriveFolder(std::u16string_view drive, std::string& folder) {
+    const char16_t letter = drive[0] >= u'a' && drive[0] <= u'z' ? static_cast<char16_t>(drive[0] - 32) : drive[0];
     if (letter == u'Z') {
-        start = !path.empty() && IsSeparator(path[0]) ? "/" : "";
+        folder = "/";
         return true;
     }
     const std::string variable = std::string("TESSARIX_DRIVE_") + NativeName({&letter, 1});
-    const char* folder = std::getenv(variable.c_str());
-    if (!folder || *folder == '\0') {
+    const char* value = std::getenv(variable.c_str());
+    folder = value ? value : "";
+    return !folder.empty() || Fail(ErrorPathNotFound);
+}
+
+bool IsDrive(std::u16string_view text) {
+    return text.size() == 2 && text[1] == u':';
+}
+
+// A path as its root folder and the names behind it.
+bool ParsePath(std::u16string_view path, FullPath& full, std::string& start) {
+    if (path.empty()) {
         return Fail(ErrorPathNotFound);
     }
-    start = folder;
-    return true;
+    if (path.size() > LongestPath) {
+        return Fail(ErrorFilenameExcedRange);
+    }
+    if (path.starts_with(AsItStands)) {
+        full.kind = PathKind::Device;
+        full.closed = path.ends_with(u'\\');
+        full.parts = SplitAsItStands(path.substr(AsItStands.size()));
+    } else if (!ParseFullPath(path, full)) {
+        return false;
+    }
+    if (full.kind == PathKind::Device) {
+        if (full.parts.empty() || !IsDrive(full.parts[0])) {
+            const bool share = !full.parts.empty() && NamesEqual(full.parts[0], u"UNC");
+            return Fail(share ? ErrorBadNetworkPath : ErrorFileNotFound);
+        }
+        full.root = full.parts[0];
+        full.parts.erase(full.parts.begin());
+    }
+    return full.kind == PathKind::Share ? Fail(ErrorBadNetworkPath) : DriveFolder(full.root, start);
 }
 
-// The entry of `folder` that equals `name` but for case; `name` itself if there is none.
-std::string FindSpelling(const std::string& folder, std::u16string_view name, const std::string& nativeName) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(opendir(folder.empty() ? "." : folder.c_str()), &closedir);
-    while (const dirent* entry = listing ? readdir(listing.get()) : nullptr) {
-        if (NamesEqual(WideName(entry->d_name), name)) {
-            return entry->d_name;
+// What this system would take for more than one step.
+bool IsPath(std::u16string_view name) {
+    return name == u"." || name == u".." || name.find(u'/') != std::u16string_view::npos;
+}
+
+bool CanBeName(std::u16string_view name) {
+    return std::all_of(name.begin(), name.end(), [](char16_t c) {
+        return c >= u' ' && std::u16string_view(u"<>:\"\\|?*").find(c) == std::u16string_view::npos;
+    });
+}
+
+// The walk from a root folder down to a name.
+class Walk {
+public:
+    Walk(Location& target, const std::string& start, bool takenAsItStands)
+        : location(target), asItStands(takenAsItStands) {
+        location.native = start;
+        location.name = ".";
+        location.isRoot = true;
+        location.folder = Descriptor(open(start.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        error = location.folder ? 0 : ErrorPathNotFound;
+        Look();
+    }
+
+    /// Goes into the name reached so far and on to `name` in it.
+    void Enter(std::u16string_view name) {
+        if (!location.isRoot) {
+            EnterFolder();
+        }
+        location.isRoot = false;
+        location.name = NativeName(name);
+        location.asked = location.name;
+        location.exists = false;
+        if (error == 0) {
+            LookFor(name);
+        }
+        if (!location.native.ends_with('/')) {
+            location.native += '/';
+        }
+        location.native += location.name;
+    }
+
+    /// 0 if the folder of the name reached was entered and the name may be.
+    std::uint32_t Error() const { return error; }
+
+private:
+    void EnterFolder() {
+        if (error != 0) {
+            return;
+        }
+        Descriptor next(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!next) {
+            error = errno == ENOENT ? ErrorPathNotFound : WindowsErrorCode(errno);
+        }
+        location.folder = std::move(next);
+    }
+
+    bool Look() {
+        location.exists = location.folder && fstatat(location.folder.Get(), location.name.c_str(), &location.status,
+                                                     AT_SYMLINK_NOFOLLOW) == 0;
+        return location.exists;
+    }
+
+    void LookFor(std::u16string_view name) {
+        if (name.size() > LongestName) {
+            location.tooLong = !asItStands;
+            error = asItStands ? ErrorInvalidName : ErrorPathNotFound;
+        } else if (IsPath(name)) {
+            error = ErrorInvalidName;
+        } else if (!Look() && errno == ENOENT && !(FindSpelling(name) && Look()) && !CanBeName(name)) {
+            error = ErrorInvalidName;
+        } else if (!location.exists && errno != ENOENT) {
+            error = WindowsErrorCode(errno);
         }
     }
-    return nativeName;
-}
 
-void AppendComponent(std::string& native, std::u16string_view name) {
-    const std::string folder = native;
-    if (!native.empty() && native.back() != '/') {
-        native += '/';
+    // The entry that equals `name` but for case.
+    bool FindSpelling(std::u16string_view name) {
+        const Listing listing = OpenListing(location.folder.Get());
+        while (const dirent* entry = listing ? readdir(listing.get()) : nullptr) {
+            if (NamesEqual(WideName(entry->d_name), name)) {
+                location.name = entry->d_name;
+                return true;
+            }
+        }
+        errno = ENOENT;
+        return false;
     }
-    const std::string nativeName = NativeName(name);
-    native += nativeName;
-    if (!Exists(native)) {
-        native.resize(native.size() - nativeName.size());
-        native += FindSpelling(folder, name, nativeName);
+
+    Location& location;
+    bool asItStands;
+    std::uint32_t error = 0;
+};
+
+// The error that stands in the way of the name, 0 if none; false when there is no native path at all.
+bool WalkTo(std::u16string_view path, Location& location, std::uint32_t& error) {
+    FullPath full;
+    std::string start;
+    if (!ParsePath(path, full, start)) {
+        return false;
     }
+    location = Location();
+    Walk walk(location, start, path.starts_with(AsItStands));
+    for (const std::u16string& part : full.parts) {
+        walk.Enter(part);
+    }
+    location.closed = full.closed;
+    error = walk.Error();
+    return true;
 }
 
 } // namespace
 
-bool MapPath(std::u16string_view path, std::string& native) {
-    if (path.empty()) {
-        return Fail(ErrorPathNotFound);
-    }
-    if (path.starts_with(u"\\\\?\\") && path.size() > 5 && path[5] == u':') {
-        path.remove_prefix(4);
-    } else if (path.size() >= 2 && IsSeparator(path[0]) && path[0] == path[1]) {
-        return Fail(ErrorBadNetworkPath);
-    }
-    std::string start;
-    if (!TakeDrive(path, start)) {
+bool Location::IsFolder() const {
+    struct stat target {};
+    return exists && fstatat(folder.Get(), name.c_str(), &target, 0) == 0 && S_ISDIR(target.st_mode);
+}
+
+bool Locate(std::u16string_view path, Location& location) {
+    std::uint32_t error = 0;
+    return WalkTo(path, location, error) && (error == 0 || Fail(error));
+}
+
+bool LocateExisting(std::u16string_view path, Location& location) {
+    if (!Locate(path, location)) {
         return false;
     }
-    native = start;
-    while (!path.empty()) {
-        const auto* const end = std::find_if(path.begin(), path.end(), IsSeparator);
-        const auto length = static_cast<std::size_t>(end - path.begin());
-        if (length > 0) {
-            AppendComponent(native, path.substr(0, length));
-        }
-        path.remove_prefix(std::min(length + 1, path.size()));
+    if (!location.exists) {
+        return Fail(ErrorFileNotFound);
     }
-    if (native.empty()) {
-        native = ".";
+    return !location.closed || location.IsFolder() || Fail(ErrorInvalidName);
+}
+
+bool MapPath(std::u16string_view path, std::string& native) {
+    Location location;
+    std::uint32_t ignored = 0; // what stands in the way shows when the path is used
+    if (!WalkTo(path, location, ignored)) {
+        return false;
     }
+    native = location.native;
     return true;
 }
 
-bool FailOnPath(const std::string& native) {
-    const int error = errno;
-    const std::string folder = native.substr(0, native.find_last_of('/') + 1);
-    const bool folderMissing = error == ENOENT && !folder.empty() && !Exists(folder);
-    return Fail(folderMissing ? ErrorPathNotFound : WindowsErrorCode(error));
-}
-
-std::u16string WindowsPath(std::string_view native) {
-    std::u16string path = u"Z:" + WideName(native);
-    std::replace(path.begin(), path.end(), u'/', u'\\');
-    return path;
+Listing OpenListing(int folder) {
+    Descriptor readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    Listing listing(readable ? fdopendir(readable.Get()) : nullptr, &closedir);
+    if (listing) {
+        static_cast<void>(readable.Release());
+    }
+    return listing;
 }
 
 } // namespace Platform

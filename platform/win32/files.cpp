@@ -1,13 +1,14 @@
 #include "platform/inc/files.h"
 
+#include "platform/win32/filetimes.h"
 #include "platform/win32/windowsapi.h"
-#include <cstring>
 
 namespace Platform {
 
-Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, std::uint32_t disposition,
-                  std::uint32_t attributes) {
-    return ::CreateFileW(Wide(path), access, share, nullptr, disposition, attributes, nullptr);
+Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, void* security,
+                  std::uint32_t disposition, std::uint32_t attributes, Handle templateFile) {
+    return ::CreateFileW(Wide(path), access, share, static_cast<SECURITY_ATTRIBUTES*>(security), disposition,
+                         attributes, templateFile);
 }
 
 bool CloseHandle(Handle handle) {
@@ -28,6 +29,15 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
     return success;
 }
 
+std::uint32_t SetFilePointer(Handle file, std::int32_t distance, std::int32_t* distanceHigh, std::uint32_t method) {
+    LONG high = distanceHigh ? *distanceHigh : 0;
+    const DWORD low = ::SetFilePointer(file, distance, distanceHigh ? &high : nullptr, method);
+    if (distanceHigh) {
+        *distanceHigh = static_cast<std::int32_t>(high);
+    }
+    return low;
+}
+
 bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position, std::uint32_t method) {
     LARGE_INTEGER move;
     LARGE_INTEGER result{};
@@ -37,27 +47,57 @@ bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position
     return success;
 }
 
+bool SetEndOfFile(Handle file) {
+    return ::SetEndOfFile(file) != 0;
+}
+
+std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh) {
+    DWORD high = 0;
+    const DWORD low = ::GetFileSize(file, sizeHigh ? &high : nullptr);
+    if (sizeHigh) {
+        *sizeHigh = high;
+    }
+    return low;
+}
+
+bool GetFileSizeEx(Handle file, std::int64_t& size) {
+    LARGE_INTEGER result{};
+    const bool success = ::GetFileSizeEx(file, &result) != 0;
+    size = result.QuadPart;
+    return success;
+}
+
+bool GetFileTime(Handle file, std::int64_t* creation, std::int64_t* lastAccess, std::int64_t* lastWrite) {
+    FILETIME times[3] = {};
+    if (::GetFileTime(file, &times[0], &times[1], &times[2]) == 0) {
+        return false;
+    }
+    std::int64_t* const results[] = {creation, lastAccess, lastWrite};
+    for (int i = 0; i < 3; ++i) {
+        if (results[i]) {
+            *results[i] = TimeCount(times[i]);
+        }
+    }
+    return true;
+}
+
+bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* lastAccess,
+                 const std::int64_t* lastWrite) {
+    const std::int64_t* const values[] = {creation, lastAccess, lastWrite};
+    FILETIME times[3] = {};
+    for (int i = 0; i < 3; ++i) {
+        times[i] = values[i] ? FileTime(*values[i]) : FILETIME{};
+    }
+    return ::SetFileTime(file, creation ? &times[0] : nullptr, lastAccess ? &times[1] : nullptr,
+                         lastWrite ? &times[2] : nullptr) != 0;
+}
+
+bool FlushFileBuffers(Handle file) {
+    return ::FlushFileBuffers(file) != 0;
+}
+
 std::uint32_t GetFileType(Handle file) {
     return ::GetFileType(file);
-}
-
-Handle FindFirstFile(const char16_t* path, FindData& data) {
-    WIN32_FIND_DATAW found;
-    Handle search = ::FindFirstFileW(Wide(path), &found);
-    if (search != InvalidHandle()) {
-        data.attributes = found.dwFileAttributes;
-        static_assert(sizeof(data.name) == sizeof(found.cFileName));
-        std::memcpy(data.name, found.cFileName, sizeof(data.name));
-    }
-    return search;
-}
-
-bool FindClose(Handle search) {
-    return ::FindClose(search) != 0;
-}
-
-std::uint32_t SetErrorMode(std::uint32_t mode) {
-    return ::SetErrorMode(mode);
 }
 
 } // namespace Platform

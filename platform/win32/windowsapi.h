@@ -8,19 +8,35 @@
 #endif
 #include <windows.h>
 
+#undef CopyFile
+#undef CreateDirectory
 #undef CreateFile
+#undef DeleteFile
 #undef FindFirstFile
+#undef FindNextFile
 #undef FormatMessage
-#undef GetVersionEx
-#undef OutputDebugString
 #undef GetCommandLine
+#undef GetCurrentDirectory
+#undef GetDiskFreeSpaceEx
+#undef GetDriveType
+#undef GetFileAttributes
+#undef GetFileAttributesEx
 #undef GetFileVersionInfo
 #undef GetFileVersionInfoSize
+#undef GetFullPathName
 #undef GetModuleFileName
 #undef GetModuleHandle
+#undef GetVersionEx
 #undef LoadLibraryEx
 #undef LoadString
 #undef MessageBox
+#undef MoveFile
+#undef MoveFileEx
+#undef OutputDebugString
+#undef RemoveDirectory
+#undef SearchPath
+#undef SetCurrentDirectory
+#undef SetFileAttributes
 #undef VerQueryValue
 #undef WriteConsole
 #undef Yield

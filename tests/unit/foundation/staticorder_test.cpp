@@ -37,7 +37,11 @@ constexpr std::string_view Order[] = {"RegistryLock",
                                       "StaticMessageBoxHandler",
                                       "ResourceBase",
                                       "ClassRegistry",
-                                      "NativeFileSystemObject"};
+                                      "SpecialFolders",
+                                      "TemporaryFiles",
+                                      "VirtualRootName",
+                                      "NativeFileSystemObject",
+                                      "VirtualFileSystemObject"};
 
 // An object of this source: it comes up after all of the foundation's and can use them both ways.
 struct CLateUser {

@@ -18,6 +18,10 @@ using Platform::FaultMode;
 
 namespace {
 
+Platform::Handle OpenNull() {
+    return Platform::CreateFile(u"/dev/null", Platform::GenericRead, 0, nullptr, Platform::OpenExisting, 0, nullptr);
+}
+
 class Faults : public testing::Test {
 protected:
     void SetUp() override {
@@ -32,8 +36,7 @@ protected:
 
 TEST_F(Faults, FailTheCallThatIsNamedAndNoOther) {
     const auto create = [] {
-        return Platform::CreateFile(u"/dev/null", Platform::GenericRead, 0, Platform::OpenExisting, 0) !=
-               Platform::InvalidHandle();
+        return OpenNull() != Platform::InvalidHandle();
     };
     struct Row {
         FaultMode mode;
@@ -41,15 +44,15 @@ TEST_F(Faults, FailTheCallThatIsNamedAndNoOther) {
     };
     for (const Row& row : {Row{FaultMode::Once, true}, Row{FaultMode::FromThenOn, false}}) {
         Platform::ArmFault("GetFileType", 1, 5, FaultMode::Once);
-        Platform::Handle file = Platform::CreateFile(u"/dev/null", Platform::GenericRead, 0, Platform::OpenExisting, 0);
+        Platform::Handle file = OpenNull();
         ASSERT_NE(file, Platform::InvalidHandle()) << "another function's turn";
         Platform::CloseHandle(file);
         Platform::ArmFault("CreateFile", 2, 4711, row.mode);
-        file = Platform::CreateFile(u"/dev/null", Platform::GenericRead, 0, Platform::OpenExisting, 0);
+        file = OpenNull();
         Platform::CloseHandle(file);
         EXPECT_FALSE(create());
         EXPECT_EQ(Platform::GetLastError(), 4711U);
-        file = Platform::CreateFile(u"/dev/null", Platform::GenericRead, 0, Platform::OpenExisting, 0);
+        file = OpenNull();
         EXPECT_EQ(file != Platform::InvalidHandle(), row.third);
         if (row.third) {
             Platform::CloseHandle(file);

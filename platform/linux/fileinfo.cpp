@@ -1,0 +1,196 @@
+#include "platform/linux/fileinfo.h"
+
+#include "platform/inc/lasterror.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/errnocodes.h"
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <fcntl.h>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <sys/xattr.h>
+
+namespace Platform {
+
+namespace {
+
+constexpr const char* AttributesName = "user.tessarix.attributes";
+constexpr const char* CreatedName = "user.tessarix.created";
+
+constexpr std::int64_t SecondsTo1970 = 11644473600; // from 1601
+constexpr std::int64_t CountsInSecond = 10'000'000;
+constexpr std::int64_t NanosecondsInCount = 100;
+
+constexpr std::uint32_t NamedBits = FileAttributeHidden | FileAttributeSystem;
+constexpr std::uint32_t KeptBits = NamedBits | FileAttributeArchive | FileAttributeTemporary;
+
+// A name of an open file that also serves descriptors for questions alone, which take no extended attributes.
+std::string NameOf(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
+template <class TNumber>
+std::optional<TNumber> ReadNumber(int descriptor, const char* attribute, std::string_view prefix, int base) {
+    char buffer[32];
+    const ssize_t size = getxattr(NameOf(descriptor).c_str(), attribute, buffer, sizeof(buffer));
+    std::string_view text(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    if (!text.starts_with(prefix)) {
+        return std::nullopt;
+    }
+    text.remove_prefix(prefix.size());
+    TNumber value{};
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    return result.ec == std::errc() ? std::optional(value) : std::nullopt;
+}
+
+std::optional<std::uint32_t> ReadKeptBits(int descriptor) {
+    return ReadNumber<std::uint32_t>(descriptor, AttributesName, "0x", 16);
+}
+
+bool Keep(int descriptor, const char* attribute, const std::string& text) {
+    return setxattr(NameOf(descriptor).c_str(), attribute, text.data(), text.size(), 0) == 0;
+}
+
+bool IsFolder(mode_t mode) {
+    return S_ISDIR(mode);
+}
+
+// What a file has that nobody touched.
+std::uint32_t BitsByName(mode_t mode, const std::string& name) {
+    const bool dotted = name.starts_with('.') && name != "." && name != "..";
+    return (S_ISREG(mode) || S_ISLNK(mode) ? FileAttributeArchive : 0) | (dotted ? FileAttributeHidden : 0);
+}
+
+std::uint32_t BitsThatCount(mode_t mode) {
+    return IsFolder(mode) ? KeptBits | FileAttributeReadOnly : KeptBits;
+}
+
+std::uint32_t AttributesOf(int descriptor, mode_t mode, const std::string& name) {
+    std::uint32_t bits = ReadKeptBits(descriptor).value_or(BitsByName(mode, name)) & BitsThatCount(mode);
+    if (IsFolder(mode)) {
+        bits |= FileAttributeDirectory;
+    } else if ((mode & S_IWUSR) == 0 && !S_ISLNK(mode)) {
+        bits |= FileAttributeReadOnly;
+    }
+    return bits == 0 ? FileAttributeNormal : bits;
+}
+
+std::int64_t FileTimeOf(const statx_timestamp& time) {
+    return Platform::FileTimeOf(time.tv_sec, time.tv_nsec);
+}
+
+// The permissions are set last when they forbid the rest, and first when they allow it.
+class ModeChange {
+public:
+    ModeChange(int descriptor, mode_t mode, std::uint32_t attributes)
+        : path(NameOf(descriptor)), present(mode & 07777), wanted(present) {
+        if (!IsFolder(mode)) {
+            const bool readOnly = (attributes & FileAttributeReadOnly) != 0;
+            wanted = readOnly ? present & ~static_cast<mode_t>(0222) : present | S_IWUSR;
+        }
+    }
+    bool Open() { return (present & S_IWUSR) != 0 || Set(present | S_IWUSR); }
+    bool Finish() { return present == wanted || Set(wanted); }
+
+private:
+    bool Set(mode_t mode) {
+        const bool done = chmod(path.c_str(), mode) == 0;
+        present = done ? mode : present;
+        return done;
+    }
+
+    std::string path;
+    mode_t present;
+    mode_t wanted;
+};
+
+// The error, 0 if none.
+std::uint32_t KeepBits(int descriptor, ModeChange& change, std::uint32_t present, std::uint32_t wanted) {
+    char text[16] = "0x";
+    const auto result = std::to_chars(text + 2, std::end(text), wanted, 16);
+    if (change.Open() && Keep(descriptor, AttributesName, std::string(text, result.ptr))) {
+        return 0;
+    }
+    if (errno != ENOTSUP) {
+        return WindowsErrorCode(errno);
+    }
+    return ((wanted ^ present) & NamedBits) != 0 ? ErrorNotSupported : 0;
+}
+
+} // namespace
+
+std::int64_t FileTimeOf(std::int64_t seconds, std::int64_t nanoseconds) {
+    if (seconds < -SecondsTo1970) {
+        return 0;
+    }
+    constexpr std::int64_t last = std::numeric_limits<std::int64_t>::max() / CountsInSecond - 1;
+    const std::int64_t since1601 = std::min(seconds, last - SecondsTo1970) + SecondsTo1970;
+    return since1601 * CountsInSecond + nanoseconds / NanosecondsInCount;
+}
+
+timespec NativeTimeOf(std::int64_t fileTime) {
+    timespec time{};
+    time.tv_sec = fileTime / CountsInSecond - SecondsTo1970;
+    time.tv_nsec = fileTime % CountsInSecond * NanosecondsInCount;
+    return time;
+}
+
+bool ReadFileInfo(int descriptor, const std::string& name, FileAttributeData& data) {
+    struct statx status {};
+    if (statx(descriptor, "", AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+        return false;
+    }
+    data.attributes = AttributesOf(descriptor, status.stx_mode, name);
+    data.lastAccessTime = FileTimeOf(status.stx_atime);
+    data.lastWriteTime = FileTimeOf(status.stx_mtime);
+    const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+    const std::int64_t birth = hasBirth ? FileTimeOf(status.stx_btime) : data.lastWriteTime;
+    data.creationTime = ReadNumber<std::int64_t>(descriptor, CreatedName, "", 10).value_or(birth);
+    data.size = IsFolder(status.stx_mode) ? 0 : static_cast<std::int64_t>(status.stx_size);
+    return true;
+}
+
+bool ReadEntryInfo(int folder, const std::string& name, FileAttributeData& data) {
+    struct stat status {};
+    if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return false;
+    }
+    Descriptor entry(openat(folder, name.c_str(), O_PATH | O_CLOEXEC));
+    if (!entry) {
+        entry = Descriptor(openat(folder, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    }
+    if (!entry || !ReadFileInfo(entry.Get(), name, data)) {
+        return false;
+    }
+    data.attributes |= S_ISLNK(status.st_mode) ? FileAttributeReparsePoint : 0;
+    return true;
+}
+
+std::uint32_t StoredAttributes(int descriptor) {
+    return ReadKeptBits(descriptor).value_or(0);
+}
+
+bool StoreAttributes(int descriptor, const std::string& name, std::uint32_t attributes) {
+    struct stat status {};
+    if (fstat(descriptor, &status) != 0) {
+        return FailFromErrno();
+    }
+    const std::uint32_t byName = BitsByName(status.st_mode, name);
+    const std::uint32_t wanted = attributes & BitsThatCount(status.st_mode);
+    const std::uint32_t present = ReadKeptBits(descriptor).value_or(byName);
+    ModeChange change(descriptor, status.st_mode, attributes);
+    const std::uint32_t error = wanted != present ? KeepBits(descriptor, change, present, wanted) : 0;
+    if (error != 0) {
+        static_cast<void>(change.Finish());
+        return Fail(error);
+    }
+    return change.Finish() || FailFromErrno();
+}
+
+void StoreCreationTime(int descriptor, std::int64_t fileTime) {
+    static_cast<void>(Keep(descriptor, CreatedName, std::to_string(fileTime)));
+}
+
+} // namespace Platform

@@ -1,0 +1,49 @@
+#include "tests/support/folder.h"
+
+#include "foundation/inc/filesystem.h"
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <system_error>
+
+namespace {
+
+constexpr char16_t Separator = std::filesystem::path::preferred_separator;
+
+std::u16string WithSeparator(std::u16string text, char16_t from, char16_t to) {
+    std::replace(text.begin(), text.end(), from, to);
+    return text;
+}
+
+} // namespace
+
+CTestFolder::CTestFolder()
+    : place(std::filesystem::temp_directory_path() / ("tessarix-test-" + std::to_string(std::random_device()()))) {
+    std::filesystem::create_directory(place);
+    path = WithSeparator(place.u16string(), Separator, u'\\').c_str();
+    Tsx::FileSystem::GetFullName(path);
+}
+
+CTestFolder::~CTestFolder() {
+    std::error_code ignored;
+    const std::filesystem::recursive_directory_iterator end;
+    for (std::filesystem::recursive_directory_iterator entry(place, ignored); entry != end; entry.increment(ignored)) {
+        std::filesystem::permissions(entry->path(), std::filesystem::perms::owner_all, ignored);
+    }
+    std::filesystem::remove_all(place, ignored);
+}
+
+std::filesystem::path CTestFolder::PlaceOf(const char16_t* name) const {
+    return place / WithSeparator(name, u'\\', Separator);
+}
+
+void CTestFolder::Write(const char16_t* name, std::string_view content) const {
+    std::filesystem::create_directories(PlaceOf(name).parent_path());
+    std::ofstream(PlaceOf(name), std::ios::binary) << content;
+}
+
+std::string CTestFolder::Content(const char16_t* name) const {
+    std::ifstream file(PlaceOf(name), std::ios::binary);
+    return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(missing)";
+}

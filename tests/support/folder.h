@@ -1,0 +1,33 @@
+// A folder on the disk for the length of a test.
+#pragma once
+
+#include "foundation/inc/unicodestring.h"
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+class CTestFolder {
+public:
+    /// Makes a fresh, empty one.
+    CTestFolder();
+    /// Removes it with all that is in it, read-only or not.
+    ~CTestFolder();
+    CTestFolder(const CTestFolder&) = delete;
+    CTestFolder& operator=(const CTestFolder&) = delete;
+
+    /// Its absolute path, without a closing separator.
+    const Tsx::CUnicodeString& Path() const { return path; }
+    /// The path of something in it; `name` may hold `\`.
+    Tsx::CUnicodeString operator/(const char16_t* name) const { return path + u'\\' + name; }
+
+    /// Makes a file, and the folders on the way to it.
+    void Write(const char16_t* name, std::string_view content = "x") const;
+    /// A file's bytes; "(missing)" if there is none.
+    std::string Content(const char16_t* name) const;
+
+private:
+    std::filesystem::path place;
+    Tsx::CUnicodeString path;
+
+    std::filesystem::path PlaceOf(const char16_t* name) const;
+};

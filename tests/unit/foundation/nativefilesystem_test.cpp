@@ -1,0 +1,387 @@
+#include "foundation/inc/nativefilesystem.h"
+
+#include "foundation/inc/debugflags.h"
+#include "foundation/inc/file.h"
+#include "foundation/src/statics.h"
+#include "platform/inc/directories.h"
+#include "platform/inc/faults.h"
+#include "platform/inc/filenames.h"
+#include "tests/support/folder.h"
+#include "tests/support/text.h"
+#include <functional>
+#include <vector>
+
+using namespace Tsx;
+
+namespace {
+
+constexpr std::uint32_t Normal = Platform::FileAttributeNormal;
+constexpr std::uint32_t ReadOnly = Platform::FileAttributeReadOnly;
+constexpr std::uint32_t Hidden = Platform::FileAttributeHidden;
+
+CFileSystemBase& Files() {
+    return FileSystem::GetFileSystem(u"");
+}
+
+CUnicodeString Sorted(const CArray<CFileStatus>& found, const CUnicodeString& below) {
+    CArray<CUnicodeString> names;
+    for (const CFileStatus& status : found) {
+        names.Append(status.FullName.Mid(below.Length() + 1));
+    }
+    std::sort(names.begin(), names.end());
+    CUnicodeString text;
+    for (const CUnicodeString& name : names) {
+        text += name + u' ';
+    }
+    return text;
+}
+
+/// A file of that name is open for reading, and nobody else may do anything with it.
+class CHeldFile {
+public:
+    explicit CHeldFile(const CUnicodeString& path) { file.Open(path, OM_Read | OM_ShareExclusive); }
+
+private:
+    CFile file;
+};
+
+} // namespace
+
+TEST(NativeFileSystem, LongAndCanonicalPaths) {
+    struct Row {
+        const char16_t* path;
+        TPathType type;
+        const char16_t* canonical;
+    };
+    constexpr Row rows[] = {{u"C:\\..\\..\\a\\.\\b", PT_DriveAbsolute, u"C:\\a\\b"},
+                            {u"C:/a/..", PT_DriveAbsolute, u"C:\\"},
+                            {u"C:\\a\\b\\..\\c\\...", PT_DriveAbsolute, u"C:\\a\\c\\..."},
+                            {u"\\\\s\\h\\..\\x", PT_UNC, u"\\\\s\\h\\x"},
+                            {u"\\\\s\\h\\x\\..\\..", PT_UNC, u"\\\\s\\h"},
+                            {u"\\\\s", PT_UNC, u"\\\\s\\"}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(CNativeFileSystem::GetCanonicalPath(row.path, row.type), row.canonical) << Readable(row.path);
+    }
+    EXPECT_TRUE(Raised<CInternalError>([] { CNativeFileSystem::GetCanonicalPath(u"a\\b", PT_Relative); }));
+    EXPECT_TRUE(Raised<CInternalError>([] { CNativeFileSystem::GetCanonicalPath(u" ", PT_UNC); }));
+
+    const std::u16string tail(254, u'x'); // 260 characters with six in front
+    struct LongRow {
+        std::u16string path;
+        std::u16string result;
+    };
+    const LongRow longRows[] = {{u"C:\\.\\" + tail + u"y", u"C:\\.\\" + tail + u"y"},
+                                {u"C:\\.\\" + tail + u"yz", u"\\\\?\\C:\\" + tail + u"yz"},
+                                {u"\\\\s\\h\\..\\" + tail, u"\\\\?\\UNC\\s\\h\\" + tail},
+                                {u"C:.\\abc" + tail, u"C:.\\abc" + tail},
+                                {u"\\.\\abcd" + tail, u"\\.\\abcd" + tail}};
+    for (const LongRow& row : longRows) {
+        EXPECT_EQ(CNativeFileSystem::AddLongPathPrefix(row.path.c_str()), row.result.c_str()) << Readable(row.path);
+    }
+}
+
+TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
+    const CTestFolder folder;
+    folder.Write(u"file");
+    folder.Write(u"locked");
+    folder.Write(u"full\\inner");
+    folder.Write(u"locked target");
+    Files().SetAttributes(folder / u"locked target", ReadOnly);
+    const CHeldFile held(folder / u"locked");
+    const CUnicodeString file = folder / u"file";
+    const CUnicodeString missing = folder / u"missing";
+    const CUnicodeString nowhere = folder / u"no\\where";
+    const CUnicodeString full = folder / u"full";
+    const CUnicodeString locked = folder / u"locked";
+    const CUnicodeString target = folder / u"locked target";
+    CFileSystemBase& files = Files();
+    // Under Wine a super-user may write what is read-only, and then the copy just succeeds.
+    const std::uint32_t guarded = Platform::CopyFile(file.Text(), target.Text(), false) ? 0 : 5;
+    struct Row {
+        const char* name;
+        std::function<void()> operation;
+        std::uint32_t cause;
+        CUnicodeString fileName;
+    };
+    const Row rows[] = {
+        {"attributes", [&] { files.GetAttributes(missing); }, 2, missing},
+        {"delete", [&] { files.DeleteFile(missing); }, 2, missing},
+        {"delete an open file", [&] { files.DeleteFile(locked); }, 11, locked},
+        {"delete a directory", [&] { files.DeleteFile(full); }, 5, full},
+        {"copy a missing file", [&] { files.CopyFile(file, missing); }, 2, missing},
+        {"copy to nowhere", [&] { files.CopyFile(nowhere, file); }, 3, folder / u"no\\"},
+        {"copy onto a read-only file", [&] { files.CopyFile(target, file); }, guarded, target},
+        {"copy onto a directory", [&] { files.CopyFile(full, file); }, 5, full},
+        {"move a missing file", [&] { files.MoveFile(file, missing); }, 2, file},
+        {"move on volume", [&] { files.MoveFileOnVolume(nowhere, file); }, 3, nowhere},
+        {"rename onto a file", [&] { files.RenameFile(file, target); }, 15, target},
+        {"make again", [&] { files.CreateDirectory(full, true); }, 15, full},
+        {"make below a file", [&] { files.CreateDirectory(folder / u"file\\a", false); }, 3, folder / u"file\\a"},
+        {"remove what is not empty", [&] { files.RemoveDirectory(full); }, 7, full},
+        {"set status", [&] { files.SetStatus(missing, {}); }, 2, missing},
+        {"list nowhere",
+         [&] {
+             CArray<CFileStatus> found;
+             files.FindFiles(nowhere, found, u"*");
+         },
+         3, nowhere},
+        {"free space", [&] { files.GetFreeSpace(u"1:/x"); }, 3, u"1:\\"}};
+    for (const Row& row : rows) {
+        const auto failure = Raised<CFileException>(row.operation);
+        EXPECT_EQ(failure ? failure->cause : 0, row.cause) << row.name;
+        EXPECT_EQ(failure ? failure->fileName : row.fileName, row.fileName) << row.name;
+    }
+    EXPECT_FALSE(files.TryDeleteFile(locked));
+    EXPECT_TRUE(Raised<CInternalError>([&] { files.CheckFile(file, OM_Read); })) << "a mode without sharing";
+    EXPECT_TRUE(Raised<CInternalError>([&] { files.CloseFile(nullptr, false); }));
+}
+
+TEST(NativeFileSystem, KnowsWhatExists) {
+    const CTestFolder folder;
+    folder.Write(u"file");
+    folder.Write(u"sub\\locked");
+    const CHeldFile held(folder / u"sub\\locked");
+    struct Row {
+        const char* name;
+        CUnicodeString path;
+        bool exists;
+        bool opens;
+        bool isDirectory;
+    };
+    const Row rows[] = {{"empty", u"", false, false, false},
+                        {"file", folder / u"file", true, true, false},
+                        {"file with a separator", folder / u"file\\", false, false, false},
+                        {"missing", folder / u"missing", false, false, false},
+                        {"locked", folder / u"sub\\locked", true, false, false},
+                        {"directory", folder / u"sub", true, false, true},
+                        {"directory with blanks", u" " + (folder / u"sub\\") + u" ", false, false, true},
+                        {"root", FileSystem::GetRoot(folder.Path()), false, false, true},
+                        {"drive", FileSystem::GetDrive(folder.Path()), false, false, true},
+                        {"no drive", u"1:\\", false, false, false}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(Files().DirectoryExists(row.path), row.isDirectory) << row.name;
+        if (row.path.Length() > 3) {
+            EXPECT_EQ(Files().CheckFile(row.path, OM_Read | OM_ShareDenyNone), row.opens) << row.name;
+            EXPECT_EQ(Files().CheckFile(row.path, FA_Exists), row.exists) << row.name;
+        }
+    }
+    const std::uint32_t mode = Platform::SetErrorMode(Platform::SemFailCriticalErrors);
+    Files().CheckFile(folder / u"file", FA_Exists);
+    EXPECT_EQ(Platform::SetErrorMode(mode), Platform::SemFailCriticalErrors) << "the mode is put back";
+}
+
+TEST(NativeFileSystem, CopiesAndMoves) {
+    const CTestFolder folder;
+    folder.Write(u"a", "from a");
+    folder.Write(u"b", "from b");
+    Files().CopyFile(folder / u"b", folder / u"a");
+    EXPECT_EQ(folder.Content(u"b"), "from a");
+    folder.Write(u"hidden", "old");
+    Files().SetAttributes(folder / u"hidden", Hidden);
+    Files().CopyFile(folder / u"hidden", folder / u"a");
+    EXPECT_EQ(folder.Content(u"hidden"), "from a") << "the system denies it, and so the target is deleted first";
+    Files().MoveFile(folder / u"b", folder / u"a");
+    EXPECT_EQ(folder.Content(u"a") + ", " + folder.Content(u"b"), "(missing), from a");
+    folder.Write(u"c", "from c");
+    Files().MoveFileOnVolume(folder / u"c", folder / u"b");
+    Files().RenameFile(folder / u"c", folder / u"d");
+    EXPECT_EQ(folder.Content(u"c") + ", " + folder.Content(u"d"), "(missing), from a");
+    EXPECT_GT(Files().GetFreeSpace(folder.Path()), 0);
+}
+
+TEST(NativeFileSystem, MakesAllLevelsAndDeletesTrees) {
+    const CTestFolder folder;
+    Files().CreateDirectory(folder / u"a\\b/c\\", false);
+    EXPECT_TRUE(Files().DirectoryExists(folder / u"a\\b\\c"));
+    Files().CreateDirectory(folder / u"a\\b\\c", false);
+    for (const char16_t* none : {u"1:\\x", u"1:\\x\\y\\", u""}) {
+        EXPECT_TRUE(Raised<CFileException>([&] { Files().CreateDirectory(none, false); })) << Readable(none);
+    }
+
+    folder.Write(u"a\\b\\file");
+    folder.Write(u"a\\b\\c\\guarded");
+    Files().SetAttributes(folder / u"a\\b\\c\\guarded", ReadOnly);
+    const auto refused = Raised<CFileException>([&] { Files().DeleteTree(folder / u"a", false); });
+    ASSERT_TRUE(refused);
+    EXPECT_EQ(refused->fileName, folder / u"a\\b\\c\\guarded");
+    Files().DeleteTree(folder / u"a", true);
+    EXPECT_FALSE(Files().CheckFile(folder / u"a", FA_Exists));
+}
+
+TEST(NativeFileSystem, FindsFiles) {
+    const CTestFolder folder;
+    for (const char16_t* name : {u"One.txt", u"two.txt", u"hidden.txt", u"sub\\three.txt", u"sub\\deep\\four.log"}) {
+        folder.Write(name);
+    }
+    Files().SetAttributes(folder / u"hidden.txt", Hidden);
+    struct Row {
+        const char16_t* patterns;
+        std::uint32_t flags;
+        const char16_t* found;
+    };
+    constexpr std::uint32_t all = FF_Recursive | FF_Hidden | FF_Files | FF_Directories;
+    constexpr Row rows[] = {
+        {u"*", FF_Files, u"One.txt two.txt "},
+        {u"*", FF_Files | FF_Hidden, u"One.txt hidden.txt two.txt "},
+        {u"*", FF_Directories, u"sub "},
+        {u"*", 0, u""},
+        {u"", all, u""},
+        {u";two.*;*.txt;", FF_Files, u"One.txt two.txt two.txt "},
+        {u"*.log", FF_Files | FF_Recursive, u"sub\\deep\\four.log "},
+        {u"*", all, u"One.txt hidden.txt sub sub\\deep sub\\deep\\four.log sub\\three.txt two.txt "}};
+    for (const Row& row : rows) {
+        CArray<CFileStatus> found;
+        Files().FindFilesEx(folder.Path(), found, row.patterns, row.flags, nullptr);
+        EXPECT_EQ(Sorted(found, folder.Path()), row.found) << Readable(row.patterns) << " " << row.flags;
+    }
+
+    struct CNotDeep final : IFindFilesFilter {
+        bool Accept(const CUnicodeString& directory, CArray<CFileStatus>&, const CUnicodeString&) override {
+            return FileSystem::GetName(directory) != u"deep";
+        }
+    } filter;
+    CArray<CFileStatus> found;
+    Files().FindFilesEx(folder.Path(), found, u"*.*", FF_Files | FF_Recursive, &filter);
+    EXPECT_EQ(Sorted(found, folder.Path()), u"One.txt sub\\three.txt two.txt ");
+
+    CArray<CUnicodeString> names;
+    FileSystem::GetFileNames(folder / u"sub\\..\\", names, u"*.txt;*.*");
+    ASSERT_EQ(names.Size(), 2);
+    EXPECT_EQ(names[0] + names[1], u"One.txttwo.txt") << "sorted, each once";
+    EXPECT_EQ(FileSystem::GetRealPath(folder / u"SUB/Deep\\FOUR.log\\missing"),
+              FileSystem::GetRealPath(folder.Path()) + u"\\sub/deep\\four.log\\missing");
+}
+
+TEST(NativeFileSystem, ListsWhatLiesBehindALongPath) {
+    const CTestFolder folder;
+    CUnicodeString deep = folder.Path();
+    for (int level = 0; level < 6; ++level) {
+        deep += (u"\\" + std::u16string(50, u'l')).c_str();
+        ASSERT_TRUE(Platform::CreateDirectory((u"\\\\?\\" + deep).Text(), nullptr)) << level;
+    }
+    ASSERT_TRUE(Platform::CreateDirectory((u"\\\\?\\" + deep + u"\\leaf").Text(), nullptr));
+    CArray<CFileStatus> found;
+    Files().FindFiles(deep, found, u"*");
+    ASSERT_EQ(found.Size(), 1);
+    EXPECT_EQ(found[0].FullName, deep + u"\\leaf");
+    EXPECT_EQ(found[0].Attributes & Platform::FileAttributeDirectory, Platform::FileAttributeDirectory);
+}
+
+TEST(NativeFileSystem, TellsAndSetsStatus) {
+    const CTestFolder folder;
+    folder.Write(u"File.txt", "12345");
+    const CUnicodeString path = folder / u"File.txt";
+    CFileStatus status;
+    Files().GetStatus(folder / u".\\File.txt", status);
+    EXPECT_EQ(status.FullName + u'|' + status.Name, path + u"|File.txt");
+    EXPECT_EQ(status.Size, 5);
+    EXPECT_GT(status.LastWriteTime, 0);
+    CArray<CFileStatus> found;
+    Files().FindFiles(folder.Path(), found, u"*.txt");
+    ASSERT_EQ(found.Size(), 1);
+    EXPECT_EQ(found[0].LastWriteTime, status.LastWriteTime);
+    EXPECT_EQ(found[0].Attributes, status.Attributes);
+    EXPECT_EQ(found[0].Size, 5);
+
+    constexpr std::int64_t someTime = 0x01D0'0000'0000'0000; // in 2014
+    struct Row {
+        const char* name;
+        std::uint32_t before;
+        std::uint32_t wanted;
+        std::int64_t time;
+        std::uint32_t after;
+    };
+    constexpr Row rows[] = {{"no time, no new attributes", Normal, ReadOnly, 0, 0},
+                            {"but for a read-only file", ReadOnly, Normal, 0, 0},
+                            {"time and attributes", Normal, ReadOnly, someTime, ReadOnly},
+                            {"time of a read-only file", ReadOnly, Normal, someTime + 600'000'000, 0}};
+    for (const Row& row : rows) {
+        Files().SetAttributes(path, row.before);
+        CFileStatus wanted;
+        wanted.Attributes = row.wanted;
+        wanted.LastWriteTime = row.time;
+        Files().SetStatus(path, wanted);
+        Files().GetStatus(path, status);
+        EXPECT_EQ(status.Attributes & ReadOnly, row.after) << row.name;
+        if (row.time != 0) {
+            EXPECT_EQ(status.LastWriteTime, row.time) << row.name;
+        }
+    }
+    Files().SetAttributes(path, Normal);
+    const CHeldFile held(path);
+    status.Attributes = Normal;
+    EXPECT_EQ(Raised<CFileException>([&] { Files().SetStatus(path, status); })->cause, 11U);
+}
+
+TEST(NativeFileSystem, FaultsOfASearchEndIt) {
+    if (!Platform::FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no fault hook";
+    }
+    const CTestFolder folder;
+    folder.Write(u"a");
+    struct Row {
+        const char* function;
+        std::uint32_t code;
+        std::uint32_t raised;
+    };
+    constexpr Row rows[] = {{"FindFirstFile", 18, 0}, {"FindFirstFile", 2, 0}, {"FindFirstFile", 5, 5},
+                            {"FindNextFile", 2, 0},   {"FindNextFile", 5, 5},  {"FindClose", 6, 6}};
+    for (const Row& row : rows) {
+        CArray<CFileStatus> found;
+        Platform::ArmFault(row.function, 1, row.code, Platform::FaultMode::Once);
+        const auto failure = Raised<CFileException>([&] { Files().FindFiles(folder.Path(), found, u"*"); });
+        Platform::DisarmFaults();
+        EXPECT_EQ(failure ? failure->lastError : 0, row.raised) << row.function << " " << row.code;
+    }
+}
+
+TEST(NativeFileSystem, SpecialFolders) {
+    for (const TSpecialFolder folder : {SF_LocalAppData, SF_AppData, SF_CommonAppData}) {
+        const CUnicodeString path = CNativeFileSystem::GetSpecialFolder(folder);
+        EXPECT_EQ(FileSystem::GetPathType(path), PT_DriveAbsolute) << Readable(path.View());
+        EXPECT_EQ(path, FileSystem::AddTrailingSlash(path));
+    }
+    EXPECT_EQ(SpecialFolders.GetItemCount(), 43);
+    EXPECT_EQ(SpecialFolders.Get(SF_ProgramFilesCommon), 43);
+    FileSystem::ShutdownFileSystems();
+    EXPECT_TRUE(SpecialFolders.IsEmpty());
+    EXPECT_TRUE(Raised<CInternalError>([] { CNativeFileSystem::GetSpecialFolder(static_cast<TSpecialFolder>(43)); }));
+
+    CNativeFileSystem::SetApplicationFolders(u"Maker\\Program");
+    EXPECT_EQ(LocalApplicationFolder, CNativeFileSystem::GetSpecialFolder(SF_LocalAppData) + u"Maker\\Program");
+    EXPECT_EQ(ApplicationFolder, CNativeFileSystem::GetSpecialFolder(SF_AppData) + u"Maker\\Program");
+    EXPECT_EQ(CommonApplicationFolder, CNativeFileSystem::GetSpecialFolder(SF_CommonAppData) + u"Maker\\Program");
+}
+
+TEST(NativeFileSystem, SweepsTemporaryObjects) {
+    const CTestFolder folder;
+    const auto fill = [&] {
+        folder.Write(u"a");
+        folder.Write(u"sub\\b");
+        folder.Write(u"held");
+        for (const char16_t* name : {u"a", u"held", u"missing"}) {
+            TemporaryFiles.Set(folder / name);
+        }
+        TemporaryDirectories.Set(folder / u"sub\\");
+        CNativeFileSystem::SetTemporaryFolder(folder.Path());
+        EXPECT_EQ(TemporaryFolder, folder.Path());
+    };
+    fill();
+    SetDebugFlag(DebugKeepTempFiles, true);
+    CNativeFileSystem::ReleaseTemporaryObjects();
+    SetDebugFlag(DebugKeepTempFiles, false);
+    EXPECT_TRUE(TemporaryFiles.IsEmpty() && TemporaryDirectories.IsEmpty() && TemporaryFolder.IsEmpty());
+    EXPECT_EQ(folder.Content(u"a") + folder.Content(u"sub\\b"), "xx");
+
+    fill();
+    {
+        const CHeldFile held(folder / u"held");
+        CNativeFileSystem::ReleaseTemporaryObjects();
+    }
+    EXPECT_EQ(folder.Content(u"a") + folder.Content(u"sub\\b") + folder.Content(u"held"), "(missing)(missing)x");
+    EXPECT_FALSE(Files().DirectoryExists(folder / u"sub"));
+    EXPECT_TRUE(TemporaryDirectories.IsEmpty());
+    EXPECT_EQ(TemporaryFiles.GetItemCount(), 2) << "what could not go stays in the set";
+    EXPECT_TRUE(TemporaryFiles.Has(folder / u"HELD/"));
+    TemporaryFiles.DeleteAll();
+}

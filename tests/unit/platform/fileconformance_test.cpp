@@ -1,0 +1,267 @@
+// Files by handle: what CreateFile makes of each disposition, how handles share a file, and what a handle may do.
+#include "tests/unit/platform/scratchfolder.h"
+#include <array>
+
+using namespace Platform;
+
+namespace {
+
+constexpr std::uint32_t R = GenericRead;
+constexpr std::uint32_t W = GenericWrite;
+constexpr std::uint32_t ReadOnlyFile = FileAttributeReadOnly;
+constexpr std::uint32_t HiddenFile = FileAttributeHidden;
+
+std::string Content(Handle file) {
+    std::array<char, 100> bytes{};
+    std::uint32_t count = 0;
+    EXPECT_TRUE(ReadFile(file, bytes.data(), bytes.size(), count));
+    return {bytes.data(), count};
+}
+
+} // namespace
+
+TEST(FileConformance, DispositionsDoWhatTheirNamesSay) {
+    struct Row {
+        const char* name;
+        std::u16string_view path;
+        std::uint32_t access;
+        std::uint32_t disposition;
+        std::uint32_t attributes;
+        std::uint32_t error; // the last error: 0 and 183 are successes
+        std::int64_t size;   // afterwards, -1: not there
+        Wine wine = Wine::AsWindows;
+    };
+    constexpr std::uint32_t normal = FileAttributeNormal;
+    constexpr Row rows[] = {
+        {"new", u"new", W, CreateNew, normal, 0, 0},
+        {"new over a file", u"file", W, CreateNew, normal, 80, 3},
+        {"new over a file of other case", u"FILE", W, CreateNew, normal, 80, 3},
+        {"new over a folder", u"folder", W, CreateNew, normal, 80, 0},
+        {"new in a missing folder", u"none\\new", W, CreateNew, normal, 3, -1},
+        {"new below a file", u"file\\new", W, CreateNew, normal, 3, -1},
+        {"new with a closing separator", u"new\\", W, CreateNew, normal, 123, -1},
+        {"always", u"new", W, CreateAlways, normal, 0, 0},
+        {"always over a file", u"file", W, CreateAlways, normal, 183, 0},
+        {"always over a file, to read", u"file", R, CreateAlways, normal, 183, 0},
+        {"always over a folder", u"folder", W, CreateAlways, normal, 5, 0},
+        {"always over a read-only file", u"readonly", W, CreateAlways, normal, 5, 3, Wine::Otherwise}, // a root's Wine
+        {"always over a hidden file", u"hidden", W, CreateAlways, normal, 5, 3, Wine::Otherwise},
+        {"always over a hidden file, repeating it", u"hidden", W, CreateAlways, HiddenFile, 183, 0},
+        {"existing", u"file", R, OpenExisting, normal, 0, 3},
+        {"existing, by other case", u"FilE", R, OpenExisting, normal, 0, 3},
+        {"existing, no access", u"file", 0, OpenExisting, normal, 0, 3},
+        {"existing, missing", u"new", R, OpenExisting, normal, 2, -1},
+        {"existing, missing folder", u"none\\new", R, OpenExisting, normal, 3, -1},
+        {"existing folder", u"folder", R, OpenExisting, normal, 5, 0},
+        {"existing folder, asked for", u"folder", R, OpenExisting, FileFlagBackupSemantics, 0, 0},
+        {"existing folder with a closing separator", u"folder\\", R, OpenExisting, normal, 3, 0, Wine::Otherwise},
+        {"existing with a closing separator", u"file\\", R, OpenExisting, normal, 123, -1},
+        {"existing read-only, to write", u"readonly", W, OpenExisting, normal, 5, 3, Wine::Otherwise},
+        {"existing read-only, to read", u"readonly", R, OpenExisting, normal, 0, 3},
+        {"existing hidden, to write", u"hidden", W, OpenExisting, normal, 0, 3},
+        {"open or make", u"new", W, OpenAlways, normal, 0, 0},
+        {"open or make, there", u"file", W, OpenAlways, normal, 183, 3},
+        {"open or make, a folder", u"folder", W, OpenAlways, normal, 5, 0},
+        {"empty", u"file", W, TruncateExisting, normal, 0, 0},
+        {"empty what is missing", u"new", W, TruncateExisting, normal, 2, -1},
+        {"empty without writing", u"file", R, TruncateExisting, normal, 87, 3, Wine::Otherwise},
+        {"no such disposition", u"file", R, 6, normal, 87, 3},
+        {"a character no name has", u"a?b", W, CreateNew, normal, 123, -1},
+        {"another", u"a|b", R, OpenExisting, normal, 123, -1},
+        {"a control character", u"a\x1F", W, CreateNew, normal, 123, -1},
+        {"blanks and dots that close a name go", u"file. .", R, OpenExisting, normal, 0, 3},
+        {"dots and blanks within", u" a..b c", W, CreateNew, normal, 0, 0},
+        {"beyond the basic plane", u"\U0001F600", W, CreateNew, normal, 0, 0},
+        {"up and down", u"folder\\..\\none\\..\\file", R, OpenExisting, normal, 0, 3},
+    };
+    for (const Row& row : rows) {
+        if (!Applies(row.wine)) {
+            continue;
+        }
+        const CScratch scratch;
+        scratch.MakeFolder(u"folder");
+        scratch.Make(u"file", "abc");
+        scratch.Make(u"readonly", "abc");
+        scratch.Make(u"hidden", "abc");
+        EXPECT_TRUE(SetFileAttributes(scratch(u"readonly"), ReadOnlyFile));
+        EXPECT_TRUE(SetFileAttributes(scratch(u"hidden"), HiddenFile));
+        const bool opened = scratch.CanOpen(row.path, row.access, 0, row.disposition, row.attributes);
+        EXPECT_EQ(GetLastError(), row.error) << row.name;
+        EXPECT_EQ(opened, row.error == 0 || row.error == ErrorAlreadyExists) << row.name;
+        EXPECT_EQ(scratch.SizeOf(row.path), row.size) << row.name;
+    }
+    EXPECT_EQ(ErrorOf([] { return CreateFile(u"", R, 0, nullptr, OpenExisting, 0, nullptr) != InvalidHandle(); }), 3U);
+}
+
+// Each pair of handles to one file, by access and share mode of both.
+TEST(FileConformance, HandlesShareAFileOnlyIfBothAgree) {
+    const CScratch scratch;
+    scratch.Make(u"file", "abc");
+    struct Use {
+        std::uint32_t access;
+        std::uint32_t uses;
+    };
+    constexpr Use uses[] = {{R, 1}, {W, 2}, {R | W, 3}};
+    for (const Use& first : uses) {
+        for (std::uint32_t firstShare = 0; firstShare < 8; ++firstShare) {
+            const Handle file = scratch.Open(u"file", first.access, firstShare);
+            ASSERT_NE(file, InvalidHandle());
+            for (const Use& second : uses) {
+                for (std::uint32_t share = 0; share < 8; ++share) {
+                    for (const std::uint32_t disposition : {OpenExisting, OpenAlways}) {
+                        const bool agree = (second.uses & ~firstShare) == 0 && (first.uses & ~share) == 0;
+                        EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"FILE", second.access, share, disposition); }),
+                                  agree ? 0 : ErrorSharingViolation)
+                            << first.uses << "/" << firstShare << " " << second.uses << "/" << share;
+                    }
+                }
+            }
+            const std::uint32_t emptying = (firstShare & FileShareWrite) != 0 ? 0 : ErrorSharingViolation;
+            EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"file", W, 7, TruncateExisting); }), emptying);
+            EXPECT_EQ(scratch.SizeOf(u"file") == 0, emptying == 0) << "what is refused leaves the content";
+            EXPECT_TRUE(scratch.CanOpen(u"file", 0)) << "questions are free";
+            EXPECT_TRUE(CloseHandle(file));
+            EXPECT_TRUE(DeleteFile(scratch(u"file")));
+            scratch.Make(u"file", "abc");
+        }
+    }
+}
+
+TEST(FileConformance, WhatIsOpenKeepsItsName) {
+    struct Row {
+        const char* name;
+        std::uint32_t share;
+        bool (*operation)(const CScratch&);
+        std::uint32_t error;
+        Wine wine = Wine::AsWindows;
+    };
+    constexpr std::uint32_t all = FileShareRead | FileShareWrite | FileShareDelete;
+    const Row rows[] = {
+        {"delete", 3, [](const CScratch& s) { return DeleteFile(s(u"file")); }, 32},
+        {"delete, shared", all, [](const CScratch& s) { return DeleteFile(s(u"file")); }, 0},
+        {"name used again", all,
+         [](const CScratch& s) { return DeleteFile(s(u"file")) && s.CanOpen(u"file", W, 0, CreateNew); }, 0,
+         Wine::Otherwise}, // the name goes with the last handle there, as before Windows 10
+        {"rename", 3, [](const CScratch& s) { return MoveFile(s(u"file"), s(u"new")); }, 32},
+        {"rename, shared", all, [](const CScratch& s) { return MoveFile(s(u"file"), s(u"new")); }, 0},
+        {"replace", 3, [](const CScratch& s) { return MoveFileEx(s(u"other"), s(u"file"), 1); }, 5},
+        {"replace, shared", all, [](const CScratch& s) { return MoveFileEx(s(u"other"), s(u"file"), 1); }, 5},
+        {"copy from", FileShareRead, [](const CScratch& s) { return CopyFile(s(u"file"), s(u"new"), false); }, 0},
+        {"copy from, not shared", 0, [](const CScratch& s) { return CopyFile(s(u"file"), s(u"new"), false); }, 32},
+        {"copy onto, not shared", 0, [](const CScratch& s) { return CopyFile(s(u"other"), s(u"file"), false); }, 32},
+        {"copy onto, shared", 3, [](const CScratch& s) { return CopyFile(s(u"other"), s(u"file"), false); }, 0},
+        {"attributes", 0, [](const CScratch& s) { return SetFileAttributes(s(u"file"), HiddenFile); }, 0},
+    };
+    for (const Row& row : rows) {
+        if (Applies(row.wine)) {
+            const CScratch scratch;
+            scratch.Make(u"file");
+            scratch.Make(u"other");
+            const Handle file = scratch.Open(u"file", R, row.share);
+            EXPECT_EQ(ErrorOf([&] { return row.operation(scratch); }), row.error) << row.name;
+            EXPECT_TRUE(CloseHandle(file));
+        }
+    }
+}
+
+TEST(FileConformance, HandlesDoWhatTheyWereOpenedFor) {
+    struct Row {
+        const char* name;
+        bool (*operation)(Handle);
+        std::uint32_t onReading;
+        std::uint32_t onWriting;
+        Wine wine = Wine::AsWindows;
+    };
+    const Row rows[] = {
+        {"read",
+         [](Handle file) {
+             std::uint32_t count = 0;
+             char byte = 0;
+             return ReadFile(file, &byte, 1, count);
+         },
+         0, 5},
+        {"write",
+         [](Handle file) {
+             std::uint32_t count = 0;
+             return WriteFile(file, "x", 1, count);
+         },
+         5, 0},
+        {"end", [](Handle file) { return SetEndOfFile(file); }, 5, 0, Wine::Otherwise},
+        {"flush", [](Handle file) { return FlushFileBuffers(file); }, 5, 0},
+        {"set times",
+         [](Handle file) {
+             const std::int64_t time = 0x1D0000000000000;
+             return SetFileTime(file, nullptr, nullptr, &time);
+         },
+         5, 0, Wine::Otherwise},
+        {"times", [](Handle file) { return GetFileTime(file, nullptr, nullptr, nullptr); }, 0, 0},
+        {"size",
+         [](Handle file) {
+             std::int64_t size = 0;
+             return GetFileSizeEx(file, size);
+         },
+         0, 0},
+        {"type", [](Handle file) { return GetFileType(file) == FileTypeDisk; }, 0, 0},
+    };
+    for (const Row& row : rows) {
+        if (Applies(row.wine)) {
+            const CScratch scratch;
+            scratch.Make(u"file");
+            const std::pair<std::uint32_t, std::uint32_t> handles[] = {{R, row.onReading}, {W, row.onWriting}};
+            for (const auto& [access, error] : handles) {
+                const Handle file = scratch.Open(u"file", access, 0);
+                EXPECT_EQ(ErrorOf([&] { return row.operation(file); }), error) << row.name << " " << access;
+                CloseHandle(file);
+            }
+        }
+    }
+    EXPECT_EQ(ErrorOf([] { return CloseHandle(nullptr); }), ErrorInvalidHandle);
+    EXPECT_EQ(ErrorOf([] { return FindClose(InvalidHandle()); }), ErrorInvalidHandle);
+    EXPECT_EQ(ErrorOf([] { return GetFileSize(InvalidHandle(), nullptr) != InvalidFileSize; }), ErrorInvalidHandle);
+}
+
+TEST(FileConformance, ThePositionMovesInBothForms) {
+    const CScratch scratch;
+    scratch.Make(u"file", "0123456789");
+    const Handle file = scratch.Open(u"file", R | W, 0);
+    struct Row {
+        std::int32_t distance;
+        std::int32_t high;
+        bool hasHigh;
+        std::uint32_t method;
+        std::uint32_t low; // the result
+        std::int32_t newHigh;
+        std::uint32_t error;
+    };
+    constexpr std::uint32_t none = InvalidSetFilePointer;
+    constexpr Row rows[] = {{3, 0, false, FileBegin, 3, 0, 4711},    {-1, 0, false, FileCurrent, 2, 0, 4711},
+                            {-4, -1, true, FileEnd, 6, 0, 4711},     {-1, 0, true, FileBegin, none, 0, 0},
+                            {1, 0, true, FileCurrent, 0, 1, 4711},   {0, 0, false, FileCurrent, none, 0, 87},
+                            {5, 0, false, FileBegin, 5, 0, 4711},    {-6, 0, false, FileCurrent, none, 0, 131},
+                            {0, -1, true, FileBegin, none, -1, 131}, {0, 0, false, 3, none, 0, 87},
+                            {0, 0, false, FileCurrent, 5, 0, 4711}};
+    for (const Row& row : rows) {
+        if (&row - rows == 5 && !Applies(Wine::Otherwise)) {
+            continue; // gives a position cut to 32 bits there
+        }
+        std::int32_t high = row.high;
+        SetLastError(4711);
+        EXPECT_EQ(SetFilePointer(file, row.distance, row.hasHigh ? &high : nullptr, row.method), row.low)
+            << &row - rows;
+        EXPECT_EQ(GetLastError(), row.error) << &row - rows;
+        EXPECT_EQ(high, row.newHigh) << &row - rows;
+    }
+    EXPECT_EQ(Content(file), "56789");
+    EXPECT_EQ(Content(file), "") << "the end";
+    std::int64_t position = 0;
+    EXPECT_TRUE(SetFilePointerEx(file, 0x100000002, position, FileBegin) && position == 0x100000002);
+    EXPECT_EQ(Content(file), "") << "beyond the end";
+    EXPECT_TRUE(SetFilePointerEx(file, 2, position, FileBegin) && SetEndOfFile(file));
+    EXPECT_TRUE(SetFilePointerEx(file, 1, position, FileEnd) && position == 3);
+    std::uint32_t count = 0;
+    EXPECT_TRUE(WriteFile(file, "x", 1, count) && count == 1);
+    EXPECT_EQ(GetFileSize(file, nullptr), 4U);
+    EXPECT_TRUE(SetFilePointerEx(file, 0, position, FileBegin));
+    EXPECT_EQ(Content(file), std::string("01\0x", 4)) << "a gap is zeros";
+    EXPECT_TRUE(CloseHandle(file));
+}

@@ -1,0 +1,337 @@
+// What files have only on this system: links, kept attributes, names that Windows refuses, other processes, failures in
+// the middle.
+#include "platform/inc/faults.h"
+#include "platform/inc/shell.h"
+#include "platform/linux/fileinfo.h"
+#include "platform/linux/nativetext.h"
+#include "tests/unit/platform/scratchfolder.h"
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <fstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace Platform;
+
+namespace {
+
+std::string Native(std::u16string path) {
+    std::replace(path.begin(), path.end(), u'\\', u'/');
+    return NativeName(path);
+}
+
+// A process that was there before this one opened anything, so that it knows of our handles only what locks tell.
+class OtherProcess {
+public:
+    explicit OtherProcess(const CScratch& scratch) {
+        EXPECT_EQ(pipe(orders), 0);
+        EXPECT_EQ(pipe(answers), 0);
+        child = fork();
+        if (child == 0) {
+            close(orders[1]);
+            for (Order order{}; read(orders[0], &order, sizeof(order)) == sizeof(order);) {
+                const std::uint32_t error = ErrorOf([&] { return Obey(scratch, order); });
+                static_cast<void>(!write(answers[1], &error, sizeof(error)));
+            }
+            _exit(0);
+        }
+    }
+    ~OtherProcess() {
+        for (const int descriptor : {orders[0], orders[1], answers[0], answers[1]}) {
+            close(descriptor);
+        }
+        waitpid(child, nullptr, 0);
+    }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+    std::uint32_t Open(std::uint32_t access, std::uint32_t share) const { return Tell({access, share}); }
+    std::uint32_t Rename() const { return Tell({0, 0}); }
+
+private:
+    struct Order {
+        std::uint32_t access; // 0: rename there and back
+        std::uint32_t share;
+    };
+    static bool Obey(const CScratch& scratch, const Order& order) {
+        return order.access != 0
+                   ? scratch.CanOpen(u"file", order.access, order.share)
+                   : MoveFile(scratch(u"file"), scratch(u"new")) && MoveFile(scratch(u"new"), scratch(u"file"));
+    }
+    std::uint32_t Tell(const Order& order) const {
+        std::uint32_t error = ~0U;
+        EXPECT_EQ(write(orders[1], &order, sizeof(order)), static_cast<ssize_t>(sizeof(order)));
+        EXPECT_EQ(read(answers[0], &error, sizeof(error)), static_cast<ssize_t>(sizeof(error)));
+        return error;
+    }
+
+    int orders[2] = {};
+    int answers[2] = {};
+    pid_t child = 0;
+};
+
+} // namespace
+
+TEST(LinuxFiles, TimesConvertOverTheirRange) {
+    struct Row {
+        std::int64_t seconds;
+        std::int64_t nanoseconds;
+        std::int64_t count;
+    };
+    constexpr Row rows[] = {{0, 0, 116444736000000000},
+                            {0, 199, 116444736000000001},
+                            {-11644473600, 0, 0},
+                            {-11644473601, 0, 0},
+                            {-1, 999999900, 116444735999999999},
+                            {1'000'000'000'000'000, 0, 9223372036840000000}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(FileTimeOf(row.seconds, row.nanoseconds), row.count) << row.seconds;
+    }
+    const timespec time = NativeTimeOf(116444735999999999);
+    EXPECT_TRUE(time.tv_sec == -1 && time.tv_nsec == 999999900) << time.tv_sec << " " << time.tv_nsec;
+}
+
+TEST(LinuxFiles, ADotHidesANameUnlessSomeoneSaysOtherwise) {
+    const CScratch scratch;
+    scratch.Make(u".dot");
+    EXPECT_EQ(GetFileAttributes(scratch(u".dot")), FileAttributeHidden | FileAttributeArchive);
+    EXPECT_TRUE(scratch.CanOpen(u".dot", GenericWrite, 0, CreateAlways)) << "what nobody hid is not guarded";
+    EXPECT_TRUE(SetFileAttributes(scratch(u".dot"), FileAttributeArchive));
+    EXPECT_EQ(GetFileAttributes(scratch(u".dot")), FileAttributeArchive);
+}
+
+TEST(LinuxFiles, NamesThatWindowsRefusesOpenWhereTheyAre) {
+    const CScratch scratch;
+    std::ofstream(Native(scratch(u"a:b?\"c"))) << "x";
+    EXPECT_TRUE(scratch.CanOpen(u"a:b?\"c", GenericRead));
+    EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"a:c", GenericRead, 0, OpenAlways); }), ErrorInvalidName);
+    std::ofstream(Native(scratch(u"1")) + "\\2") << "a separator to every path of ours";
+    FindData data;
+    EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle());
+}
+
+TEST(LinuxFiles, ThePrefixTakesNamesAsTheyStand) {
+    const CScratch scratch;
+    CPath folder(u"\\\\?\\Z:" + scratch(u""));
+    std::replace(folder.begin(), folder.end(), u'/', u'\\');
+    EXPECT_TRUE(CreateDirectory(CPath(folder + u"as it stands. "), nullptr));
+    EXPECT_TRUE(std::filesystem::exists(Native(scratch(u"as it stands. "))));
+    struct Row {
+        std::u16string_view name;
+        std::uint32_t error;
+    };
+    constexpr Row rows[] = {
+        {u"as it stands. ", 0},     {u"as it stands", 2}, {u"as it stands. \\..\\x", 123}, {u".", 123}, {u"..", 123},
+        {u"as it stands. /x", 123}, {u"none\\x", 3}};
+    for (const Row& row : rows) {
+        const CPath path(folder + std::u16string(row.name));
+        EXPECT_EQ(ErrorOf([&] { return GetFileAttributes(path) != InvalidFileAttributes; }), row.error)
+            << Readable(row.name);
+    }
+    EXPECT_EQ(ErrorOf([&] { return CreateDirectory(CPath(folder + std::u16string(256, u'x')), nullptr); }), 123U);
+}
+
+TEST(LinuxFiles, LinksAreWhatTheyLeadToAndGoAlone) {
+    const CScratch scratch;
+    scratch.Make(u"file", "abc");
+    scratch.MakeFolder(u"folder");
+    scratch.Make(u"folder\\in");
+    EXPECT_EQ(symlink("file", Native(scratch(u"link")).c_str()), 0);
+    EXPECT_EQ(symlink("folder", Native(scratch(u"folderlink")).c_str()), 0);
+    EXPECT_EQ(symlink("none", Native(scratch(u"nowhere")).c_str()), 0);
+    EXPECT_EQ(scratch.SizeOf(u"link"), 3);
+    EXPECT_TRUE(scratch.Has(u"folderlink\\in"));
+    EXPECT_TRUE((GetFileAttributes(scratch(u"folderlink")) & FileAttributeDirectory) != 0);
+    EXPECT_TRUE((GetFileAttributes(scratch(u"link")) & FileAttributeReparsePoint) != 0);
+    const Handle file = scratch.Open(u"file", GenericRead, FileShareRead);
+    EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"link", GenericWrite, 3); }), ErrorSharingViolation)
+        << "one file by two names";
+    CloseHandle(file);
+    EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"nowhere", GenericWrite, 0, CreateAlways); }), ErrorFileNotFound)
+        << "nothing is made where a link leads";
+    EXPECT_TRUE(DeleteFile(scratch(u"link")) && DeleteFile(scratch(u"nowhere")));
+    EXPECT_TRUE(RemoveDirectory(scratch(u"folderlink")));
+    EXPECT_TRUE(scratch.Has(u"file") && scratch.Has(u"folder\\in"));
+}
+
+TEST(LinuxFiles, OtherProcessesShareByTheSameRules) {
+    const CScratch scratch;
+    scratch.Make(u"file", "abc");
+    OtherProcess other(scratch);
+    constexpr std::uint32_t accesses[] = {GenericRead, GenericWrite, GenericRead | GenericWrite};
+    const auto uses = [](std::uint32_t access) {
+        return access >> 31 | (access >> 29 & 2);
+    };
+    for (const std::uint32_t mine : accesses) {
+        for (std::uint32_t share = 0; share < 8; ++share) {
+            const Handle file = scratch.Open(u"file", mine, share);
+            for (const std::uint32_t theirs : accesses) {
+                for (std::uint32_t theirShare = 0; theirShare < 4; ++theirShare) {
+                    const bool agree = (uses(mine) & ~theirShare) == 0 && (uses(theirs) & ~share) == 0;
+                    EXPECT_EQ(other.Open(theirs, theirShare), agree ? 0 : ErrorSharingViolation)
+                        << mine << "/" << share << " " << theirs << "/" << theirShare;
+                }
+            }
+            EXPECT_EQ(other.Rename(), (share & FileShareDelete) != 0 ? 0 : ErrorSharingViolation) << share;
+            CloseHandle(file);
+        }
+    }
+}
+
+TEST(LinuxFiles, OneOfManyMakesTheName) {
+    const CScratch scratch;
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<int> made{0};
+        std::atomic<int> opened{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&, i] {
+                made += scratch.CanOpen(u"new", GenericWrite, 7, CreateNew) ? 1 : 0;
+                opened += scratch.CanOpen(u"always", GenericWrite, 7, i % 2 == 0 ? OpenAlways : CreateAlways) ? 1 : 0;
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        EXPECT_EQ(made, 1);
+        EXPECT_EQ(opened, 4);
+        EXPECT_TRUE(DeleteFile(scratch(u"new")) && DeleteFile(scratch(u"always")));
+    }
+}
+
+TEST(LinuxFiles, ACopyThatFailsLeavesNoTarget) {
+    const CScratch scratch;
+    scratch.Make(u"there");
+    for (const char16_t* target : {u"new", u"there"}) {
+        // A file that opens and whose first byte cannot be read.
+        EXPECT_EQ(ErrorOf([&] { return CopyFile(u"/proc/self/mem", scratch(target), false); }), ErrorIoDevice);
+        EXPECT_FALSE(scratch.Has(target)) << Readable(target);
+    }
+}
+
+TEST(LinuxFiles, TransfersCanBeMadeShort) {
+    if (!FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no hook";
+    }
+    const CScratch scratch;
+    scratch.Make(u"file", "abc");
+    const Handle file = scratch.Open(u"file", GenericRead | GenericWrite, 0);
+    ArmShortTransfers(1);
+    std::uint32_t count = 0;
+    char bytes[3] = {};
+    EXPECT_TRUE(ReadFile(file, bytes, 3, count) && count == 1);
+    EXPECT_TRUE(WriteFile(file, bytes, 3, count) && count == 1);
+    DisarmFaults();
+    EXPECT_TRUE(ReadFile(file, bytes, 3, count) && count == 1) << "the last byte";
+    CloseHandle(file);
+}
+
+TEST(LinuxFiles, EveryFunctionFailsOnOrder) {
+    if (!FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no hook";
+    }
+    struct Row {
+        const char* function;
+        bool (*call)(const CScratch&, Handle);
+    };
+    const Row rows[] = {
+        {"SetFilePointer",
+         [](const CScratch&, Handle file) {
+             return SetFilePointer(file, 0, nullptr, 0) != ~0U;
+         }},
+        {"SetEndOfFile",
+         [](const CScratch&, Handle file) {
+             return SetEndOfFile(file);
+         }},
+        {"GetFileSize",
+         [](const CScratch&, Handle file) {
+             return GetFileSize(file, nullptr) != InvalidFileSize;
+         }},
+        {"FlushFileBuffers",
+         [](const CScratch&, Handle file) {
+             return FlushFileBuffers(file);
+         }},
+        {"SetFileTime",
+         [](const CScratch&, Handle file) {
+             return SetFileTime(file, nullptr, nullptr, nullptr);
+         }},
+        {"GetFileAttributes",
+         [](const CScratch& s, Handle) {
+             return s.Has(u"file");
+         }},
+        {"SetFileAttributes",
+         [](const CScratch& s, Handle) {
+             return SetFileAttributes(s(u"file"), 128);
+         }},
+        {"CopyFile",
+         [](const CScratch& s, Handle) {
+             return CopyFile(s(u"file"), s(u"copy"), true);
+         }},
+        {"MoveFileEx",
+         [](const CScratch& s, Handle) {
+             return MoveFileEx(s(u"copy"), s(u"moved"), 0);
+         }},
+        {"DeleteFile",
+         [](const CScratch& s, Handle) {
+             return DeleteFile(s(u"moved"));
+         }},
+        {"CreateDirectory",
+         [](const CScratch& s, Handle) {
+             return CreateDirectory(s(u"folder"), nullptr);
+         }},
+        {"RemoveDirectory",
+         [](const CScratch& s, Handle) {
+             return RemoveDirectory(s(u"folder"));
+         }},
+    };
+    const CScratch scratch;
+    scratch.Make(u"file");
+    const Handle file = scratch.Open(u"file", GenericRead | GenericWrite, FileShareRead);
+    for (const Row& row : rows) {
+        ArmFault(row.function, 1, 4712, FaultMode::Once);
+        EXPECT_EQ(ErrorOf([&] { return row.call(scratch, file); }), 4712U) << row.function;
+        EXPECT_EQ(ErrorOf([&] { return row.call(scratch, file); }), 0U) << row.function << " did nothing before";
+        DisarmFaults();
+    }
+    CloseHandle(file);
+}
+
+TEST(LinuxFiles, ShellFoldersFollowTheUsersSettings) {
+    const CScratch scratch;
+    const std::string home = Native(scratch(u""));
+    const std::string kept = std::getenv("HOME") ? std::getenv("HOME") : "";
+    setenv("HOME", home.c_str(), 1);
+    unsetenv("XDG_CONFIG_HOME");
+    setenv("XDG_CACHE_HOME", "relative", 1);
+    std::filesystem::create_directory(home + ".config");
+    std::ofstream(home + ".config/user-dirs.dirs")
+        << "# XDG_MUSIC_DIR=\"/no\"\nXDG_DESKTOP_DIR=\"$HOME/My \\\"Desk\\\"\"\n"
+           "XDG_PICTURES_DIR=\"/pictures\"\nXDG_TEMPLATES_DIR=\"relative\"\n";
+    struct Row {
+        std::int32_t folder;
+        std::string path;
+    };
+    const Row rows[] = {
+        {0, home + "My \"Desk\""}, {39, "/pictures"},     {13, home + "Music"}, {21, home + "Templates"},
+        {26, home + ".config"},    {32, home + ".cache"}, {36, "/usr"}};
+    for (const Row& row : rows) {
+        char16_t path[MaxPath] = {};
+        EXPECT_EQ(SHGetFolderPath(nullptr, row.folder, nullptr, 0, path), 0) << row.folder;
+        EXPECT_EQ(Native(path), "Z:" + std::filesystem::path(row.path).lexically_normal().string()) << row.folder;
+        ItemIdList* list = nullptr;
+        char16_t again[MaxPath] = {};
+        EXPECT_EQ(SHGetSpecialFolderLocation(nullptr, row.folder, list), 0) << row.folder;
+        EXPECT_TRUE(SHGetPathFromIDList(list, again) && std::u16string_view(again) == path) << row.folder;
+        CoTaskMemFree(list);
+    }
+    char16_t path[MaxPath] = {};
+    EXPECT_EQ(SHGetFolderPath(nullptr, 32 | CsidlFlagCreate, nullptr, 0, path), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(home + ".cache"));
+    EXPECT_LT(SHGetFolderPath(nullptr, 17, nullptr, 0, path), 0) << "a place outside the file system";
+    EXPECT_LT(SHGetFolderPath(nullptr, 99, nullptr, 0, path), 0) << "no such number";
+    setenv("HOME", kept.c_str(), 1);
+    unsetenv("XDG_CACHE_HOME");
+}
