@@ -4,6 +4,7 @@
 #include "foundation/inc/growth.h"
 #include "foundation/inc/memorymanager.h"
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 
@@ -46,7 +47,7 @@ private:
     std::int32_t size = 0;
     T* elements = builtIn;
     std::int32_t capacity = BuiltInSize;
-    T builtIn[BuiltInSize];
+    T builtIn[static_cast<std::size_t>(BuiltInSize)];
 
     void MoveTo(std::int32_t newCapacity) {
         auto* block = static_cast<T*>(AllocateFromCurrentManager(newCapacity * std::int64_t{sizeof(T)}));
