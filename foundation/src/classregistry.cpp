@@ -28,22 +28,31 @@ void LoadClassModule(const CUnicodeString& module) {
     }
 }
 
+/// The factory of a class, or for a class without one the module to load.
+struct CClassSource {
+    CObjectFactory factory = nullptr;
+    CUnicodeString module;
+};
+
+CClassSource FindSource(const CUnicodeString& name) {
+    const CCriticalSectionLock guard(FoundationLock);
+    CClassSource source;
+    if (const CObjectFactory* factory = ClassRegistry.Factories.Find(name)) {
+        source.factory = *factory;
+    } else if (const CUnicodeString* module = ClassRegistry.Modules.Find(name)) {
+        source.module = *module;
+        TSX_ASSERT(!Platform::GetModuleHandle(module->Text()), ModuleName);
+    } else {
+        GenerateCheckException(ERR_NO_MODULE_LOADED_FOR_CLASS, name.Text(), u"");
+    }
+    return source;
+}
+
 CObjectFactory FindFactory(const CUnicodeString& name) {
     const CCriticalSectionLock guard(FoundationLock);
     const CObjectFactory* factory = ClassRegistry.Factories.Find(name);
+    TSX_ASSERT(factory, ModuleName);
     return factory ? *factory : nullptr;
-}
-
-/// The module to load for a class without a factory.
-CUnicodeString ModuleToLoad(const CUnicodeString& name) {
-    const CCriticalSectionLock guard(FoundationLock);
-    const CUnicodeString* module = ClassRegistry.Modules.Find(name);
-    if (!module) {
-        GenerateCheckException(ERR_NO_MODULE_LOADED_FOR_CLASS, name.Text(), u"");
-        return {};
-    }
-    TSX_ASSERT(!Platform::GetModuleHandle(module->Text()), ModuleName);
-    return *module;
 }
 
 } // namespace
@@ -79,13 +88,12 @@ CUnicodeString GetNameOfClass(const IObject& object) {
 }
 
 CHolder<IObject> CreateObject(const CUnicodeString& name) {
-    CObjectFactory factory = FindFactory(name);
-    if (!factory) {
-        LoadClassModule(ModuleToLoad(name));
-        factory = FindFactory(name);
-        TSX_ASSERT(factory, ModuleName);
+    CClassSource source = FindSource(name);
+    if (!source.module.IsEmpty()) {
+        LoadClassModule(source.module);
+        source.factory = FindFactory(name);
     }
-    auto object = CHolder<IObject>::Adopt(factory ? factory() : nullptr);
+    auto object = CHolder<IObject>::Adopt(source.factory ? source.factory() : nullptr);
     TSX_ASSERT(!object.IsEmpty(), ModuleName);
     return object;
 }
