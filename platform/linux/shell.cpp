@@ -133,7 +133,9 @@ std::string ValueInLine(std::string_view line, std::string_view name) {
         line.remove_prefix(homeMark.size());
     }
     for (std::size_t i = 0; i < line.size() && line[i] != '"'; ++i) {
-        i += line[i] == '\\' && i + 1 < line.size() ? 1 : 0;
+        if (line[i] == '\\' && i + 1 < line.size()) {
+            ++i; // the character behind it stands for itself
+        }
         value += line[i];
     }
     return value.starts_with('/') ? value : std::string();
