@@ -106,7 +106,7 @@ std::string Variable(const char* name) {
 }
 
 std::string Home() {
-    const std::string home = Variable("HOME");
+    std::string home = Variable("HOME");
     if (!home.empty()) {
         return home;
     }
@@ -199,7 +199,10 @@ std::int32_t SHGetFolderPath(Window owner, std::int32_t folder, Handle token, st
     static_cast<void>(token);
     static_cast<void>(flags);
     const Row* row = FindRow(folder);
-    const std::u16string found = row ? PathOf(*row) : std::u16string();
+    if (!row) {
+        return ResultInvalidArgument;
+    }
+    const std::u16string found = PathOf(*row);
     if (found.empty()) {
         return ResultInvalidArgument;
     }
