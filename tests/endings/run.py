@@ -3,6 +3,8 @@
 
 import argparse
 import os
+import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -38,6 +40,9 @@ STOP_MODES = (
     ({"AssertStopMode": "Never", "ErrorStopMode": "Always"}, "1 3\n", True),
 )
 
+# The setting of the message log, whether its file can be written, the lines that a double error leaves.
+LOGS = ((" ON ", True, [OUTER, DOUBLE]), ("banana", True, []), ("1", False, []))
+
 
 def text_of(output):
     return output.decode(errors="replace").replace("\r\n", "\n")
@@ -62,20 +67,43 @@ def problems_of(case, options):
         yield f"shown {text_of(result.stdout)!r}, expected {output!r}"
 
 
-def problems_of_modes(settings, modes, stops, options):
+def run_with_settings(program, word, root, settings, folder):
     """Natively alone: under Wine the settings would be those of all tests that run meanwhile."""
+    with open(os.path.join(folder, root + ".reg"), "w", encoding="utf-16") as file:
+        rows = [f'"{name}"="{value}"' for name, value in settings.items()]
+        file.write("\n".join(["Windows Registry Editor Version 5.00", "",
+                              rf"[{root}\Software\Ostrel\Tessarix]", *rows, ""]))
+    return subprocess.run([program, word], env={**os.environ, "TESSARIX_REGISTRY": folder}, stdin=subprocess.DEVNULL,
+                          capture_output=True, timeout=LIMIT, check=False)
+
+
+def problems_of_modes(settings, modes, stops, options):
     with tempfile.TemporaryDirectory() as folder:
-        with open(os.path.join(folder, "HKEY_CURRENT_USER.reg"), "w", encoding="utf-16") as file:
-            rows = [f'"{name}"="{value}"' for name, value in settings.items()]
-            file.write("\n".join(["Windows Registry Editor Version 5.00", "",
-                                  r"[HKEY_CURRENT_USER\Software\Ostrel\Tessarix]", *rows, ""]))
-        result = subprocess.run([options.endings, "modes"], env={**os.environ, "TESSARIX_REGISTRY": folder},
-                                stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
+        result = run_with_settings(options.endings, "modes", "HKEY_CURRENT_USER", settings, folder)
     if text_of(result.stdout) != modes:
         yield f"read {text_of(result.stdout)!r}, expected {modes!r}"
     wanted = -signal.SIGTRAP if stops else 1
     if result.returncode != wanted:
         yield f"exit code {result.returncode}, expected {wanted}"
+
+
+def problems_of_log(setting, writable, lines, options):
+    """The log lies beside the program, so that this one gets a folder of its own."""
+    with tempfile.TemporaryDirectory() as folder:
+        program = shutil.copy(options.endings, folder)
+        log = os.path.join(folder, "TessarixLog.txt")
+        if not writable:
+            os.mkdir(log)
+        result = run_with_settings(program, "double", "HKEY_LOCAL_MACHINE", {"WriteMessageLog": setting}, folder)
+        found = ""
+        if os.path.isfile(log):
+            with open(log, encoding="utf-8", newline="") as file:
+                found = file.read()
+    if text_of(result.stdout) != shown(OUTER, DOUBLE):
+        yield f"shown {text_of(result.stdout)!r}"
+    pattern = "".join(r"\d\d:\d\d:\d\d ProcessID:\d+ " + re.escape(line) + "\r\n" for line in lines)
+    if not re.fullmatch(pattern, found):
+        yield f"logged {found!r}"
 
 
 def main():
@@ -86,6 +114,7 @@ def main():
     options = parser.parse_args()
     results = [(case[0], list(problems_of(case, options))) for case in CASES]
     if not options.wine:
+        results += [(f"log {row}", list(problems_of_log(*row, options))) for row in LOGS]
         results += [(f"stop modes {row[0]}", list(problems_of_modes(*row, options))) for row in STOP_MODES]
     for name, problems in results:
         if problems:
