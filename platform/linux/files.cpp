@@ -145,7 +145,8 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
     }
     const auto* bytes = static_cast<const char*>(buffer);
     while (written < count) {
-        const ssize_t done = Retry([&] { return WriteWithoutSignal(object->descriptor, bytes + written, count - written); });
+        const ssize_t done =
+            Retry([&] { return WriteWithoutSignal(object->descriptor, bytes + written, count - written); });
         if (done < 0) {
             return FailFromErrno();
         }
