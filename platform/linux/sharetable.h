@@ -38,7 +38,7 @@ public:
     ~ShareClaim();
 
     /// Enters the open file behind `descriptor`; false with ERROR_SHARING_VIOLATION if a handle to it disagrees. A
-    /// claim that uses nothing is in nobody's way.
+    /// handle that uses nothing is in nobody's way afterwards.
     bool Enter(int descriptor, const FileKey& key, const ShareUse& use);
 
 private:

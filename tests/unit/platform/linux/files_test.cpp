@@ -114,6 +114,7 @@ TEST(LinuxFiles, NamesThatWindowsRefusesOpenWhereTheyAre) {
     EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"a:c", GenericRead, 0, OpenAlways); }), ErrorInvalidName);
     std::ofstream(Native(scratch(u"1")) + "\\2") << "a separator to every path of ours";
     EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle());
+    std::filesystem::remove(Native(scratch(u"1")) + "\\2");
 }
 
 TEST(LinuxFiles, ThePrefixTakesNamesAsTheyStand) {
