@@ -26,6 +26,7 @@ struct FileKey {
 struct ShareUse {
     std::uint32_t uses = 0;
     std::uint32_t allows = 0;
+    std::uint32_t atFirst = 0; // uses while it is opened and not later
 };
 
 /// A handle's entry in the table, taken out when this goes.
