@@ -44,6 +44,11 @@ void CheckCanonical(const CUnicodeString& path) {
         return;
     }
     const CUnicodeString canonical = CNativeFileSystem::GetCanonicalPath(path, type);
+    trimmed = canonical;
+    trimmed.Trim();
+    if (trimmed != canonical) {
+        return; // the split below would take blanks from its last part
+    }
     FileSystem::SplitPath(canonical, parts);
     for (std::int32_t i = type == PT_UNC ? 2 : 1; i < parts.Size(); ++i) {
         Require(parts[i] != u"." && parts[i] != u"..");
