@@ -8,7 +8,7 @@ from concurrent.futures import ThreadPoolExecutor
 
 FAILING = ("-s:Hello", "-x")
 SENDING = ("@words.txt", "-a:here.txt", "-a:none.txt", "-a:none/x.txt")
-FILES = {"words.txt": "\ufeff-r:Ann <ann@example.org>\n-s:\"Two words\" -b:Text\n", "here.txt": "here"}
+FILES = {"words.txt": "\ufeff\"-r:Ann <ann@example.org>\"\n-s:\"Two words\" -b:Text\n", "here.txt": "here"}
 NEVER = 1000000
 CODES = (5, 8)  # an access that is denied, and exhausted memory, which has an ending of its own
 LIMIT = 60  # seconds
@@ -53,6 +53,8 @@ def checks(place, root):
             for mode in ("once", "on"):
                 count, problems = sweep(place, folder, words, function, mode, usual)
                 yield f"{count} calls of {function} fail, {mode}, in {what}", problems
+    undisturbed = run(place, folder, SENDING, "*", NEVER, 5, "once")
+    yield "no fault", [] if undisturbed.returncode == 0 else [f"exit code {undisturbed.returncode}"]
     short = run(place, folder, SENDING, "*", NEVER, 5, "once", {"TESSARIX_SHORT_TRANSFERS": "1"})
     # The reader of a text file asks for all of it at once and takes less for its end.
     yield "transfers of one byte", [] if short.returncode in (0, 255) else [f"{short.returncode} {short.stderr!r}"]
