@@ -74,5 +74,5 @@ void ReadDirAndStat(benchmark::State& state) {
 
 } // namespace
 
-BENCHMARK(FindFiles)->Unit(benchmark::kMillisecond)->Repetitions(7)->ReportAggregatesOnly();
-BENCHMARK(ReadDirAndStat)->Unit(benchmark::kMillisecond)->Repetitions(7)->ReportAggregatesOnly();
+BENCHMARK(FindFiles)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly();
+BENCHMARK(ReadDirAndStat)->Unit(benchmark::kMillisecond)->Repetitions(5)->ReportAggregatesOnly();
