@@ -31,6 +31,7 @@ bool ReadHex(std::string_view text, std::uint32_t& number) {
 #define RAW __attribute__((no_sanitize("address", "undefined"), noinline))
 
 volatile std::uintptr_t nowhere = 16;
+volatile int one = 1;
 volatile int zero = 0;
 
 RAW void CrashReading() {
@@ -42,7 +43,7 @@ RAW void CrashWriting() {
 }
 
 RAW void CrashDividing() {
-    zero = 1 / zero;
+    one = one / zero;
 }
 
 RAW int CrashComparing(const void*, const void*) {
