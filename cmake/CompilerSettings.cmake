@@ -42,6 +42,11 @@ else()
     target_link_options(corvane_settings INTERFACE -Wl,-z,relro,-z,now)
 endif()
 
+# The product's code tells the fuzzer which branches an input took.
+if(CORVANE_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Sanitizers are set for the whole build, the test framework included, so that containers are instrumented alike.
 if(CORVANE_SANITIZERS)
     add_compile_options(-fsanitize=${CORVANE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)

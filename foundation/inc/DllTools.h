@@ -16,7 +16,7 @@ public:
     CDll(const CDll&) = delete;
     CDll& operator=(const CDll&) = delete;
 
-    /// Unloads the library if this object loaded it, and forgets it. Nothing when none is loaded.
+    /// Unloads the library if this object owns it, and forgets it in any case. Nothing when none is loaded.
     virtual void Free();
 
     /// Loads a library by name or path. Raises CLastErrorException, or CMemoryException for error 8; the object is
@@ -29,6 +29,9 @@ public:
     Platform::Procedure GetProcedure(const char* name) const;
 
 protected:
+    Platform::Module Handle = nullptr;
+    std::int32_t Ownership = 0; // 1: Free unloads the module; 0: it only forgets it
+
     /// The last check before an entry is called: a null one is an internal error, and `message` is raised where that
     /// did not throw.
     template <class TEntry>
@@ -38,10 +41,6 @@ protected:
             GenerateCheckException(message, u"", u"");
         }
     }
-
-private:
-    Platform::Module Handle = nullptr;
-    std::int32_t Ownership = 0; // 1: this object loaded the module and unloads it
 };
 
 } // namespace Tsx

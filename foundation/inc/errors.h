@@ -135,6 +135,10 @@ void ReportInternalFailure(const CUnicodeString& text);
 /// internal error.
 std::uint32_t GetFileCause(std::uint32_t lastError);
 
+/// The causes that are raised without a Windows code.
+constexpr std::uint32_t CauseTooManyOpenFiles = 4; // ERR_FILE_TOO_MANY_OPEN_FILES
+constexpr std::uint32_t CauseEndOfFile = 14;       // ERR_FILE_END_OF_FILE
+
 /// Where a developer wants to stop at a failure.
 constexpr std::uint32_t StopNever = 1;
 constexpr std::uint32_t StopInDebugger = 2;

@@ -1,28 +1,33 @@
-// An array of characters that needs no memory while it is short.
+// Arrays of plain elements that need no memory while they are short.
 #pragma once
 
 #include "foundation/inc/growth.h"
 #include "foundation/inc/memorymanager.h"
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace Tsx {
 
-/// Room for 512 characters in the object itself; more comes from the current memory manager. It grows as CArray does,
-/// but by 512 at least, and moves back to the built-in room when the size falls to 512 or below. The content survives a
-/// change of size up to the smaller one.
-class CRoomyBuffer {
-public:
-    static constexpr std::int32_t BuiltInSize = 512;
+/// Room for `Room` elements in the object itself; more comes from the current memory manager. It grows as CArray does,
+/// but by `Room` at least, and moves back to the built-in room when the size falls to that or below. The content
+/// survives a change of size up to the smaller one; what is new is undefined.
+template <class T, std::int32_t Room>
+class CRoomyArray {
+    static_assert(std::is_trivially_copyable_v<T>);
 
-    CRoomyBuffer() = default;
-    ~CRoomyBuffer() { FreeBlock(); }
-    CRoomyBuffer(const CRoomyBuffer&) = delete;
-    CRoomyBuffer& operator=(const CRoomyBuffer&) = delete;
+public:
+    static constexpr std::int32_t BuiltInSize = Room;
+
+    CRoomyArray() = default;
+    ~CRoomyArray() { FreeBlock(); }
+    CRoomyArray(const CRoomyArray&) = delete;
+    CRoomyArray& operator=(const CRoomyArray&) = delete;
 
     std::int32_t Size() const { return size; }
-    char16_t* Data() { return characters; }
-    bool IsBuiltIn() const { return characters == builtIn; }
+    T* Data() { return elements; }
+    bool IsBuiltIn() const { return elements == builtIn; }
     std::int32_t Capacity() const { return capacity; }
 
     /// Raises CMemoryException and leaves the buffer as it was.
@@ -30,9 +35,9 @@ public:
         if (wanted > capacity) {
             MoveTo(GrownCapacity(capacity, wanted, BuiltInSize));
         } else if (wanted <= BuiltInSize && !IsBuiltIn()) {
-            std::copy_n(characters, std::min(size, wanted), builtIn);
+            std::copy_n(elements, std::min(size, wanted), builtIn);
             FreeBlock();
-            characters = builtIn;
+            elements = builtIn;
             capacity = BuiltInSize;
         }
         size = wanted;
@@ -40,23 +45,26 @@ public:
 
 private:
     std::int32_t size = 0;
-    char16_t* characters = builtIn;
+    T* elements = builtIn;
     std::int32_t capacity = BuiltInSize;
-    char16_t builtIn[BuiltInSize];
+    T builtIn[static_cast<std::size_t>(BuiltInSize)];
 
     void MoveTo(std::int32_t newCapacity) {
-        auto* block = static_cast<char16_t*>(AllocateFromCurrentManager(newCapacity * std::int64_t{sizeof(char16_t)}));
-        std::copy_n(characters, size, block);
+        auto* block = static_cast<T*>(AllocateFromCurrentManager(newCapacity * std::int64_t{sizeof(T)}));
+        std::copy_n(elements, size, block);
         FreeBlock();
-        characters = block;
+        elements = block;
         capacity = newCapacity;
     }
 
     void FreeBlock() {
         if (!IsBuiltIn()) {
-            FreeToOwnManager(characters);
+            FreeToOwnManager(elements);
         }
     }
 };
+
+/// Characters of a formatted line.
+using CRoomyBuffer = CRoomyArray<char16_t, 512>;
 
 } // namespace Tsx

@@ -21,6 +21,8 @@ public:
     /// out empty.
     CUnicodeString(const char* text, std::uint32_t codePage);
 
+    /// The same from `count` bytes.
+    static CUnicodeString FromNarrow(const char* text, std::int32_t count, std::uint32_t codePage);
     /// From a buffer of `count` characters, cut at the first 0 in it.
     static CUnicodeString FromBuffer(const char16_t* buffer, std::int32_t count);
     /// The address, and the path of the module that holds it, if one does: "0x00007FF612345678 (C:\a\b.exe)".

@@ -5,6 +5,7 @@
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/modules.h"
+#include <utility>
 
 namespace Tsx {
 
@@ -22,12 +23,12 @@ void CDll::Free() {
     if (!Handle) {
         return;
     }
+    const Platform::Module module = std::exchange(Handle, nullptr);
     if (Ownership == 1) {
-        Platform::FreeLibrary(Handle);
+        Platform::FreeLibrary(module);
     } else {
         TSX_ASSERT_AT(Ownership == 0, ModuleName, 73);
     }
-    Handle = nullptr;
 }
 
 void CDll::Load(const char16_t* name) {

@@ -6,6 +6,7 @@
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
+#include "foundation/src/classregistry.h"
 
 // 101 is the first priority that programs may use.
 #define TSX_STATIC __attribute__((init_priority(101)))
@@ -126,6 +127,9 @@ TSX_OBJECT(CConsoleMessageHandler, StaticConsoleMessageHandler)
 TSX_OBJECT(CEventLogMessageHandler, StaticEventLogMessageHandler)
 TSX_OBJECT(static const CHandlerStage, HandlerStage)
 TSX_OBJECT(CResourceBase, ResourceBase)
+
+// The classes that archives create, before any static record registers one.
+TSX_OBJECT(CClassRegistry, ClassRegistry)
 
 // Tables of the file layer, empty until somebody asks or adds. They take no memory before that.
 TSX_OBJECT(CSpecialFolderMap, SpecialFolders)

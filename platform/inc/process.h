@@ -12,6 +12,9 @@ namespace Platform {
 /// the arguments in the quoting that the program's own splitter undoes, so that each argument arrives as it was given.
 const char16_t* GetCommandLine();
 
+/// The number by which the system knows this process.
+std::uint32_t GetCurrentProcessId();
+
 /// Ends the process at once and abnormally.
 [[noreturn]] void Abort();
 

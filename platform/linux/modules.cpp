@@ -38,6 +38,27 @@ std::vector<std::string> CandidateFiles(std::u16string_view name) {
     return files;
 }
 
+// The files of all loaded libraries with one of these names, whatever folder they came from.
+std::vector<std::string> LoadedFiles(const std::vector<std::u16string>& names) {
+    struct Search {
+        const std::vector<std::u16string>& names;
+        std::vector<std::string> files;
+    } search{names, {}};
+    dl_iterate_phdr(
+        [](dl_phdr_info* info, std::size_t, void* data) {
+            auto& wanted = *static_cast<Search*>(data);
+            const std::string file = info->dlpi_name;
+            const std::u16string name = WideName(file.substr(file.find_last_of('/') + 1));
+            if (std::any_of(wanted.names.begin(), wanted.names.end(),
+                            [&name](const std::u16string& candidate) { return NamesEqual(name, candidate); })) {
+                wanted.files.push_back(file);
+            }
+            return 0;
+        },
+        &search);
+    return std::move(search.files);
+}
+
 } // namespace
 
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
@@ -56,6 +77,24 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     // Last, where the loader itself would look: LD_LIBRARY_PATH and the system's library folders.
     for (const std::u16string& candidate : CandidateNames(name)) {
         if (void* module = IsPlainName(name) ? dlopen(NativeName(candidate).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr) {
+            return static_cast<Module>(module);
+        }
+    }
+    SetLastError(ErrorModuleNotFound);
+    return nullptr;
+}
+
+Module GetModuleHandle(const char16_t* name) {
+    PLATFORM_FAULT(GetModuleHandle, nullptr);
+    std::vector<std::string> files;
+    if (IsPlainName(name)) {
+        files = LoadedFiles(CandidateNames(name));
+    } else {
+        files = CandidateFiles(name);
+    }
+    for (const std::string& file : files) {
+        if (void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
+            dlclose(module); // whoever loaded it still holds it
             return static_cast<Module>(module);
         }
     }

@@ -2,6 +2,7 @@
 
 #include "platform/linux/commandline.h"
 #include <cstdlib>
+#include <unistd.h>
 
 namespace Platform {
 
@@ -22,6 +23,10 @@ __attribute__((constructor)) void KeepArguments(int count, char** arguments, cha
 const char16_t* GetCommandLine() {
     static const std::u16string line = JoinArguments(argumentCount, argumentVector);
     return line.c_str();
+}
+
+std::uint32_t GetCurrentProcessId() {
+    return static_cast<std::uint32_t>(getpid());
 }
 
 void Abort() {

@@ -16,6 +16,10 @@ Procedure GetProcAddress(Module module, const char* name) {
     return reinterpret_cast<Procedure>(::GetProcAddress(Native(module), name));
 }
 
+Module GetModuleHandle(const char16_t* name) {
+    return reinterpret_cast<Module>(::GetModuleHandleW(Wide(name)));
+}
+
 Module GetProgramModule() {
     return reinterpret_cast<Module>(::GetModuleHandleW(nullptr));
 }

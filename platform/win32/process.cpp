@@ -9,6 +9,10 @@ const char16_t* GetCommandLine() {
     return reinterpret_cast<const char16_t*>(::GetCommandLineW());
 }
 
+std::uint32_t GetCurrentProcessId() {
+    return ::GetCurrentProcessId();
+}
+
 void Abort() {
     std::abort();
 }

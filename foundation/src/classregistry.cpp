@@ -1,0 +1,103 @@
+#include "foundation/src/classregistry.h"
+
+#include "foundation/inc/DllTools.h"
+#include "foundation/inc/messagenames.h"
+#include "foundation/src/statics.h"
+#include "platform/inc/modules.h"
+#include <memory>
+
+namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\archive";
+
+/// A library that stays loaded: the objects of its classes may live for ever.
+class CStayingDll : public CDll {
+public:
+    ~CStayingDll() override { Ownership = 0; }
+};
+
+void LoadClassModule(const CUnicodeString& module) {
+    CStayingDll library;
+    try {
+        library.Load(module.Text());
+    } catch (CLastErrorException* exception) {
+        const std::unique_ptr<CLastErrorException> failure(exception);
+        GenerateCheckException(ERR_CANT_LOAD_DLL, module.Text(), GetLastErrorText(failure->code).Text());
+    }
+}
+
+/// The factory of a class, or for a class without one the module to load.
+struct CClassSource {
+    CObjectFactory factory = nullptr;
+    CUnicodeString module;
+};
+
+CClassSource FindSource(const CUnicodeString& name) {
+    const CCriticalSectionLock guard(FoundationLock);
+    CClassSource source;
+    if (const CObjectFactory* factory = ClassRegistry.Factories.Find(name)) {
+        source.factory = *factory;
+    } else if (const CUnicodeString* module = ClassRegistry.Modules.Find(name)) {
+        source.module = *module;
+        TSX_ASSERT(!Platform::GetModuleHandle(module->Text()), ModuleName);
+    } else {
+        GenerateCheckException(ERR_NO_MODULE_LOADED_FOR_CLASS, name.Text(), u"");
+    }
+    return source;
+}
+
+CObjectFactory FindFactory(const CUnicodeString& name) {
+    const CCriticalSectionLock guard(FoundationLock);
+    const CObjectFactory* factory = ClassRegistry.Factories.Find(name);
+    TSX_ASSERT(factory, ModuleName);
+    return factory ? *factory : nullptr;
+}
+
+} // namespace
+
+CClassRegistration::CClassRegistration(const char16_t* name, const std::type_info& type, CObjectFactory factory)
+    : className(name), classType(type) {
+    const CCriticalSectionLock guard(FoundationLock);
+    ClassRegistry.Factories.Set(className, factory);
+    ClassRegistry.Names.Set(type, className);
+}
+
+CClassRegistration::~CClassRegistration() {
+    const CCriticalSectionLock guard(FoundationLock);
+    ClassRegistry.Factories.DeleteAll(className);
+    if (ClassRegistry.Names.Has(classType)) {
+        ClassRegistry.Names.Delete(classType);
+    }
+}
+
+void RegisterClassModule(const CUnicodeString& name, const CUnicodeString& module) {
+    const CCriticalSectionLock guard(FoundationLock);
+    ClassRegistry.Modules.Set(name, module);
+}
+
+bool IsClassKnown(const CUnicodeString& name) {
+    const CCriticalSectionLock guard(FoundationLock);
+    return ClassRegistry.Factories.Has(name) || ClassRegistry.Modules.Has(name);
+}
+
+CUnicodeString GetNameOfClass(const IObject& object) {
+    const CCriticalSectionLock guard(FoundationLock);
+    const CUnicodeString* name = ClassRegistry.Names.Find(typeid(object));
+    TSX_ASSERT(name, ModuleName);
+    return name ? *name : CUnicodeString();
+}
+
+CHolder<IObject> CreateObject(const CUnicodeString& name) {
+    CClassSource source = FindSource(name);
+    if (!source.module.IsEmpty()) {
+        LoadClassModule(source.module);
+        source.factory = FindFactory(name);
+    }
+    auto object = CHolder<IObject>::Adopt(source.factory ? source.factory() : nullptr);
+    TSX_ASSERT(!object.IsEmpty(), ModuleName);
+    return object;
+}
+
+} // namespace Tsx

@@ -1,0 +1,93 @@
+#include "platform/inc/time.h"
+
+#include "platform/win32/windowsapi.h"
+#include <bit>
+#include <cerrno>
+#include <cstdlib>
+#include <cwchar>
+
+namespace Platform {
+
+static_assert(RangeError == ERANGE);
+
+namespace {
+
+// The two words of a FILETIME lie in memory as the number that they stand for.
+FILETIME Halves(FileTime time) {
+    return std::bit_cast<FILETIME>(time);
+}
+
+FileTime Whole(FILETIME time) {
+    return std::bit_cast<FileTime>(time);
+}
+
+} // namespace
+
+void GetLocalTime(SystemTime& time) {
+    SYSTEMTIME now;
+    ::GetLocalTime(&now);
+    time = std::bit_cast<SystemTime>(now);
+}
+
+FileTime GetSystemTimeAsFileTime() {
+    FILETIME now;
+    ::GetSystemTimeAsFileTime(&now);
+    return Whole(now);
+}
+
+bool SystemTimeToFileTime(const SystemTime& time, FileTime& result) {
+    const auto fields = std::bit_cast<SYSTEMTIME>(time);
+    FILETIME converted;
+    const bool success = ::SystemTimeToFileTime(&fields, &converted) != 0;
+    if (success) {
+        result = Whole(converted);
+    }
+    return success;
+}
+
+bool FileTimeToSystemTime(FileTime time, SystemTime& result) {
+    const FILETIME given = Halves(time);
+    SYSTEMTIME fields;
+    const bool success = ::FileTimeToSystemTime(&given, &fields) != 0;
+    if (success) {
+        result = std::bit_cast<SystemTime>(fields);
+    }
+    return success;
+}
+
+bool LocalFileTimeToFileTime(FileTime time, FileTime& result) {
+    const FILETIME given = Halves(time);
+    FILETIME converted;
+    const bool success = ::LocalFileTimeToFileTime(&given, &converted) != 0;
+    if (success) {
+        result = Whole(converted);
+    }
+    return success;
+}
+
+bool FileTimeToLocalFileTime(FileTime time, FileTime& result) {
+    const FILETIME given = Halves(time);
+    FILETIME converted;
+    const bool success = ::FileTimeToLocalFileTime(&given, &converted) != 0;
+    if (success) {
+        result = Whole(converted);
+    }
+    return success;
+}
+
+std::size_t wcsftime(char16_t* buffer, std::size_t size, const char16_t* format, const std::tm& time) {
+    errno = 0; // an empty result sets none
+    const std::size_t length = ::wcsftime(Wide(buffer), size, Wide(format), &time);
+    if (length < size) {
+        return length;
+    }
+    // Wine's run-time may stop at the end of the buffer and leave out the terminator.
+    errno = ERANGE;
+    return 0;
+}
+
+int get_errno(int& value) {
+    return ::_get_errno(&value);
+}
+
+} // namespace Platform

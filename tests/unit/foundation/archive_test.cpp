@@ -1,0 +1,349 @@
+#include "foundation/inc/archive.h"
+
+#include "foundation/inc/classregistry.h"
+#include "platform/inc/modules.h"
+#include "tests/support/memoryfile.h"
+#include "tests/support/text.h"
+#include <functional>
+#include <random>
+
+using namespace Tsx;
+
+namespace {
+
+/// What the action writes.
+template <class TAction>
+std::string Written(TAction action) {
+    CMemoryFile file;
+    CArchive archive(&file, AD_Store);
+    action(archive);
+    archive.Close();
+    return file.bytes;
+}
+
+std::string Bytes(std::initializer_list<int> values) {
+    return {values.begin(), values.end()};
+}
+
+class CPoint : public IObject {
+public:
+    CPoint() = default;
+    explicit CPoint(std::int32_t start) : x(start) {}
+    std::int32_t x = 0;
+    void Serialize(CArchive& archive) override { x == 0 ? void(x = archive.ReadCount()) : archive.WriteCount(x); }
+};
+
+class CLine : public CPoint {
+public:
+    using CPoint::CPoint;
+};
+
+template <class T>
+IObject* Create() {
+    auto* object = new T;
+    object->AddReference();
+    return object;
+}
+
+const CClassRegistration PointClass(u"Point", typeid(CPoint), &Create<CPoint>);
+const CClassRegistration LineClass(u"Line", typeid(CLine), &Create<CLine>);
+const CClassRegistration EmptyFactory(u"Nothing", typeid(CArchive), [] { return static_cast<IObject*>(nullptr); });
+
+} // namespace
+
+TEST(Archive, WritesTheFormsByteByByte) {
+    struct Row {
+        const char* name;
+        void (*write)(CArchive&);
+        std::string bytes;
+    };
+    const Row rows[] = {
+        {"0", [](CArchive& a) { a.WriteCount(0); }, Bytes({0})},
+        {"254", [](CArchive& a) { a.WriteCount(254); }, Bytes({0xFE})},
+        {"255", [](CArchive& a) { a.WriteCount(255); }, Bytes({0xFF, 0xFF, 0, 0, 0})},
+        {"-1", [](CArchive& a) { a.WriteCount(-1); }, Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF})},
+        {"0x01020304", [](CArchive& a) { a.WriteCount(0x01020304); }, Bytes({0xFF, 4, 3, 2, 1})},
+        {"string", [](CArchive& a) { a << CString("a\0b", 3) << CString(); }, Bytes({3, 'a', 0, 'b', 0})},
+        {"classes",
+         [](CArchive& a) {
+             for (const char16_t* name : {u"A", u"BC", u"A", u"", u"BC", u""}) {
+                 a.WriteClassName(name);
+             }
+         },
+         Bytes({1, 1, 'A', 3, 2, 'B', 'C', 0, 5, 0, 2, 4})},
+        {"objects",
+         [](CArchive& a) {
+             CPoint p(7);
+             CLine l(300);
+             for (IObject* object : {static_cast<IObject*>(nullptr), static_cast<IObject*>(&p),
+                                     static_cast<IObject*>(&l), static_cast<IObject*>(&p)}) {
+                 a.WriteObject(object);
+             }
+         },
+         Bytes({1, 0, 3, 5}) + "Point" + Bytes({7, 5, 4}) + "Line" + Bytes({0xFF, 44, 1, 0, 0, 2, 7})},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(Written(row.write), row.bytes) << row.name;
+    }
+}
+
+TEST(Archive, ReadsObjectsBack) {
+    CMemoryFile file(Bytes({1, 0, 3, 5}) + "Point" + Bytes({7, 5, 4}) + "Line" + Bytes({9, 2, 8, 0}));
+    CArchive archive(&file, AD_Load);
+    EXPECT_TRUE(archive.ReadObject().IsEmpty());
+    const CHolder<IObject> point = archive.ReadObject();
+    const CHolder<IObject> line = archive.ReadObject();
+    EXPECT_EQ(dynamic_cast<CPoint&>(*point).x, 7);
+    EXPECT_EQ(dynamic_cast<CLine&>(*line).x, 9);
+    EXPECT_EQ(dynamic_cast<CPoint&>(*archive.ReadObject()).x, 8);
+    EXPECT_TRUE(archive.ReadObject().IsEmpty());
+    EXPECT_EQ(archive.GetPosition(), file.GetLength());
+    EXPECT_TRUE(Raised<CInternalError>([] { CHolder<IObject>()->AddReference(); })->line == 268);
+}
+
+// Each size first behind nothing, then behind one byte: around one and two buffers.
+TEST(Archive, CrossesTheBordersOfTheBuffer) {
+    struct Row {
+        std::int32_t size;
+        std::int64_t inFile[2]; // once written, behind nothing and behind one byte
+    };
+    const Row rows[] = {{4094, {0, 0}},       {4095, {0, 4096}},    {4096, {4096, 4096}}, {4097, {4097, 4096}},
+                        {4098, {4098, 4096}}, {8190, {8190, 4096}}, {8191, {8191, 8192}}, {8192, {8192, 8193}}};
+    for (const Row& row : rows) {
+        for (const std::int32_t lead : {0, 1}) {
+            SCOPED_TRACE(testing::Message() << row.size << " behind " << lead);
+            std::string data(static_cast<std::size_t>(row.size + lead), 'a');
+            for (std::size_t i = 0; i < data.size(); ++i) {
+                data[i] = static_cast<char>(i * 7 + i / 251);
+            }
+            CMemoryFile file;
+            CArchive store(&file, AD_Store);
+            store.Write(data.data(), lead);
+            store.Write(data.data() + lead, row.size);
+            EXPECT_EQ(file.GetLength(), row.inFile[lead]);
+            EXPECT_LE(file.writes, 2);
+            EXPECT_EQ(store.GetPosition(), row.size + lead);
+            store.Close();
+            ASSERT_EQ(file.bytes, data);
+            EXPECT_EQ(file.flushes, 0) << "the file is its owner's";
+
+            file.position = 0;
+            file.reads = 0;
+            CArchive load(&file, AD_Load);
+            std::string back(data.size(), '\0');
+            load.Read(back.data(), lead);
+            load.Read(back.data() + lead, row.size);
+            EXPECT_EQ(back, data);
+            EXPECT_LE(file.reads, 2);
+            EXPECT_EQ(load.GetPosition(), row.size + lead);
+            EXPECT_TRUE(Raised<CFileException>([&load, &back] { load.Read(back.data(), 1); }));
+        }
+    }
+}
+
+TEST(Archive, CorruptDataRaisesTheNamedError) {
+    struct Row {
+        const char* name;
+        std::string bytes;
+        void (*read)(CArchive&);
+        const char* message; // null: the data end too early
+    };
+    const auto string = [](CArchive& a) {
+        CString text;
+        a >> text;
+    };
+    const auto object = [](CArchive& a) {
+        while (true) {
+            a.ReadObject();
+        }
+    };
+    const Row rows[] = {
+        {"nothing", "", [](CArchive& a) { a.ReadCount(); }, nullptr},
+        {"count cut", Bytes({0xFF, 1, 2, 3}), [](CArchive& a) { a.ReadCount(); }, nullptr},
+        {"string cut", Bytes({3, 'a', 'b'}), string, nullptr},
+        {"huge string", Bytes({0xFF, 0, 0, 0, 0x7F, 'a'}), string, nullptr},
+        {"negative length", Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), string, "memory.bin is corrupted."},
+        {"unnamed class", Bytes({0}), object, "memory.bin is corrupted."},
+        {"class out of order", Bytes({3, 5}) + "Point", object, "memory.bin is corrupted."},
+        {"class named twice", Bytes({1, 0, 1, 0}), object, "memory.bin is corrupted."},
+        {"negative class", Bytes({0xFF, 0xFE, 0xFF, 0xFF, 0xFF}), object, "memory.bin is corrupted."},
+        {"negative first class", Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), object, "memory.bin is corrupted."},
+        {"unknown class", Bytes({1, 1, 'X'}), object, "Invalid version of memory.bin."},
+    };
+    for (const Row& row : rows) {
+        CMemoryFile file(row.bytes);
+        CArchive archive(&file, AD_Load);
+        if (row.message) {
+            const auto error = Raised<CCheckException>([&] { row.read(archive); });
+            ASSERT_TRUE(error) << row.name;
+            EXPECT_EQ(Readable(error->GetMessageText().View()), row.message) << row.name;
+        } else {
+            const auto error = Raised<CFileException>([&] { row.read(archive); });
+            ASSERT_TRUE(error) << row.name;
+            EXPECT_EQ(error->cause, 14U) << row.name;
+            EXPECT_EQ(error->fileName, u"memory.bin") << row.name;
+        }
+    }
+}
+
+TEST(Archive, WrongCallsAreInternalErrors) {
+    CMemoryFile file;
+    CArchive load(&file, AD_Load);
+    CArchive store(&file, AD_Store);
+    CArchive closed(&file, AD_Store);
+    closed.Close();
+    char byte = 0;
+    IObject plain;
+    struct Row {
+        const char* name;
+        std::function<void()> call;
+    };
+    const Row rows[] = {{"read while storing",
+                         [&] {
+                             store.Read(&byte, 1);
+                         }},
+                        {"write while loading",
+                         [&] {
+                             load.Write(&byte, 1);
+                         }},
+                        {"nothing written while loading",
+                         [&] {
+                             load.Write(&byte, 0);
+                         }},
+                        {"negative read",
+                         [&] {
+                             load.Read(&byte, -1);
+                         }},
+                        {"negative write",
+                         [&] {
+                             store.Write(&byte, -1);
+                         }},
+                        {"closed read",
+                         [&] {
+                             closed.Read(&byte, 1);
+                         }},
+                        {"closed write",
+                         [&] {
+                             closed.Write(&byte, 0);
+                         }},
+                        {"closed flush",
+                         [&] {
+                             closed.Flush();
+                         }},
+                        {"closed close",
+                         [&] {
+                             closed.Close();
+                         }},
+                        {"closed position",
+                         [&] {
+                             closed.GetPosition();
+                         }},
+                        {"attached twice",
+                         [&] {
+                             store.Attach(&file, AD_Store);
+                         }},
+                        {"no file",
+                         [] {
+                             CArchive archive(nullptr, AD_Store);
+                         }},
+                        {"class beyond ASCII",
+                         [&] {
+                             store.WriteClassName(u"\x00E4");
+                         }},
+                        {"class without a name",
+                         [&] {
+                             store.WriteObject(&plain);
+                         }},
+                        {"class without a form",
+                         [&] {
+                             plain.Serialize(store);
+                         }},
+                        {"factory without an object", [] {
+                             CreateObject(u"Nothing");
+                         }}};
+    for (const Row& row : rows) {
+        EXPECT_TRUE(Raised<CInternalError>(row.call)) << row.name;
+    }
+}
+
+TEST(Archive, ClassesWithoutAFactoryLookForTheirModule) {
+    const char16_t* const loaded = Platform::GetModuleHandle(u"kernel32.dll") ? u"kernel32.dll" : u"libc.so.6";
+    RegisterClassModule(u"Missing", u"no such library.dll");
+    RegisterClassModule(u"Forgotten", loaded);
+    EXPECT_TRUE(IsClassKnown(u"Missing"));
+    EXPECT_EQ(Raised<CCheckException>([] { CreateObject(u"Unheard"); })->GetMessageText().Left(38),
+              u"ERR_NO_MODULE_LOADED_FOR_CLASS Unheard");
+    const auto missing = Raised<CCheckException>([] { CreateObject(u"Missing"); });
+    ASSERT_TRUE(missing);
+    EXPECT_EQ(missing->GetMessageText().Left(36), u"Cannot load DLL no such library.dll.");
+    EXPECT_EQ(missing->param1, GetLastErrorText(126));
+    EXPECT_TRUE(Raised<CInternalError>([] { CreateObject(u"Forgotten"); }));
+}
+
+TEST(Archive, AFailedWriteIsToldByCloseAndNotByTheDestructor) {
+    CMemoryFile file;
+    file.full = true;
+    {
+        CArchive archive(&file, AD_Store);
+        archive.WriteCount(1);
+        EXPECT_EQ(Raised<CFileException>([&archive] { archive.Close(); })->cause, 13U);
+        EXPECT_TRUE(archive.IsAttached());
+    }
+    EXPECT_EQ(file.writes, 2);
+}
+
+TEST(Archive, GivesBackWhatItReadAhead) {
+    CMemoryFile file("0123456789");
+    CArchive archive(&file, AD_Load);
+    char bytes[3];
+    archive.Read(bytes, 3);
+    EXPECT_EQ(file.position, 10);
+    archive.Flush();
+    EXPECT_EQ(file.position, 3);
+    EXPECT_EQ(archive.GetPosition(), 3);
+    archive.Read(bytes, 3);
+    EXPECT_EQ(std::string_view(bytes, 3), "345");
+    archive.Close();
+    EXPECT_EQ(file.position, 6);
+}
+
+TEST(ArchiveModel, PiecesOfAnySizeComeBackInOrder) {
+    const unsigned seed = std::random_device()();
+    std::mt19937 random(seed);
+    for (int round = 0; round < 60; ++round) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed << " round " << round);
+        const auto bufferSize =
+            static_cast<std::int32_t>(std::initializer_list<int>{0, 1, 7, 4096, 9000}.begin()[random() % 5]);
+        CMemoryFile file;
+        std::string model;
+        CArchive store(&file, AD_Store, bufferSize);
+        CArchive load(&file, AD_Load, bufferSize);
+        const auto pieceSize = [&random] {
+            return static_cast<std::int32_t>(random() % (random() % 8 == 0 ? 10000 : 40));
+        };
+        for (int step = 0; step < 300; ++step) {
+            std::string piece(static_cast<std::size_t>(pieceSize()), static_cast<char>(random()));
+            store.Write(piece.data(), static_cast<std::int32_t>(piece.size()));
+            model += piece;
+            if (random() % 16 == 0) {
+                store.Flush();
+                ASSERT_EQ(file.bytes, model);
+            }
+            ASSERT_EQ(store.GetPosition(), static_cast<std::int64_t>(model.size()));
+        }
+        store.Close();
+        ASSERT_EQ(file.bytes, model);
+        file.position = 0;
+        for (std::size_t at = 0; at < model.size();) {
+            std::string piece(std::min(static_cast<std::size_t>(pieceSize()), model.size() - at), '\0');
+            load.Read(piece.data(), static_cast<std::int32_t>(piece.size()));
+            ASSERT_EQ(piece, std::string_view(model).substr(at, piece.size()));
+            at += piece.size();
+            ASSERT_EQ(load.GetPosition(), static_cast<std::int64_t>(at));
+            if (random() % 16 == 0) {
+                load.Flush();
+                ASSERT_EQ(file.position, static_cast<std::int64_t>(at));
+            }
+        }
+    }
+}

@@ -1,0 +1,105 @@
+#include "foundation/inc/DllTools.h"
+
+#include "foundation/inc/filesystem.h"
+#include "platform/inc/modules.h"
+#include "tests/support/text.h"
+#include <functional>
+
+using namespace Tsx;
+
+namespace {
+
+class CLibrary : public CDll {
+public:
+    using CDll::Handle;
+    using CDll::Ownership;
+};
+
+/// A library of the system that nothing here has loaded.
+CUnicodeString UnusedLibrary() {
+    for (const char16_t* name : {u"msacm32.dll", u"libBrokenLocale.so.1"}) {
+        try {
+            CLibrary().Load(name);
+            return name;
+        } catch (CException* exception) {
+            delete exception;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+TEST(Dll, OwnsWhatItLoaded) {
+    const CUnicodeString name = UnusedLibrary();
+    CLibrary library;
+    EXPECT_FALSE(library.IsLoaded());
+    library.Load(name.Text());
+    EXPECT_EQ(library.Ownership, 1);
+    EXPECT_EQ(Platform::GetModuleHandle(name.Text()), library.Handle);
+    EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(library.Handle));
+    library.Free();
+    library.Free();
+    EXPECT_FALSE(library.IsLoaded());
+    EXPECT_FALSE(Platform::GetModuleHandle(name.Text()));
+
+    library.Load(name.Text());
+    const Platform::Module module = library.Handle;
+    library.Ownership = 0;
+    library.Free();
+    EXPECT_FALSE(library.IsLoaded());
+    EXPECT_EQ(Platform::GetModuleHandle(name.Text()), module) << "disowned";
+    Platform::FreeLibrary(module);
+}
+
+TEST(Dll, AMissingLibraryLeavesItLoadable) {
+    CLibrary library;
+    const auto error = Raised<CLastErrorException>([&library] { library.Load(u"no such library.dll"); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, 126U);
+    EXPECT_EQ(library.Ownership, 1);
+    library.Load(UnusedLibrary().Text());
+    EXPECT_TRUE(library.IsLoaded());
+}
+
+TEST(Dll, AMissingEntryIsNamedWithItsModule) {
+    CLibrary library;
+    library.Load(UnusedLibrary().Text());
+    const auto error = Raised<CCheckException>([&library] { library.GetProcedure("NoSuchEntry"); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->GetMessageText(), u"Cannot load DLL " + library.GetPath() + u" (NoSuchEntry).\n");
+}
+
+TEST(Dll, WrongCallsAreInternalErrors) {
+    CLibrary loaded;
+    loaded.Load(UnusedLibrary().Text());
+    CLibrary odd;
+    odd.Handle = loaded.Handle;
+    odd.Ownership = 2;
+    CLibrary empty;
+    struct Row {
+        std::int32_t line;
+        std::function<void()> call;
+    };
+    for (const Row& row : {Row{34,
+                               [&] {
+                                   loaded.Load(u"any");
+                               }},
+                           {73,
+                            [&] {
+                                odd.Free();
+                            }},
+                           {81,
+                            [&] {
+                                empty.GetPath();
+                            }},
+                           {93, [&] {
+                                empty.GetProcedure("any");
+                            }}}) {
+        const auto error = Raised<CInternalError>(row.call);
+        ASSERT_TRUE(error) << row.line;
+        EXPECT_EQ(error->line, row.line);
+        EXPECT_STREQ(Readable(error->file).c_str(), "src\\dlltools");
+    }
+    EXPECT_FALSE(odd.IsLoaded()) << "forgotten all the same";
+}
