@@ -134,6 +134,7 @@ private:
 
     [[gnu::noinline]] void ReadPastBuffer(void* buffer, std::int32_t count);
     [[gnu::noinline]] void WritePastBuffer(const void* buffer, std::int32_t count);
+    void Detach();
     void FlushStored();
     void FlushLoaded();
     CUnicodeString FailAsCorrupt() const;

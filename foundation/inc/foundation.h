@@ -21,6 +21,8 @@ bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* mach
 /// Ends what the matching call began; the last one stops the foundation.
 void DeinitializeFoundation();
 
+/// The folder of the program's module, with its separator.
+CUnicodeString GetModuleDirectory();
 /// The executable's file name without extension.
 CUnicodeString GetProgramTitle();
 

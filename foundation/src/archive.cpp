@@ -20,7 +20,7 @@ CArchive::CArchive(CBaseFile* file, TArchiveDirection direction, std::int32_t bu
 CArchive::~CArchive() {
     try {
         if (IsAttached()) {
-            CArchive::Close();
+            Detach(); // the class tables go with the object
         }
     } catch (CException* exception) {
         delete exception;
@@ -79,11 +79,15 @@ void CArchive::FlushLoaded() {
     }
 }
 
-void CArchive::Close() {
+void CArchive::Detach() {
     Flush();
     File = nullptr;
     Name.Clear();
     Direction = AD_None;
+}
+
+void CArchive::Close() {
+    Detach();
     ResetClassTables();
 }
 

@@ -67,7 +67,9 @@ CClassRegistration::CClassRegistration(const char16_t* name, const std::type_inf
 CClassRegistration::~CClassRegistration() {
     const CCriticalSectionLock guard(FoundationLock);
     ClassRegistry.Factories.DeleteAll(className);
-    ClassRegistry.Names.DeleteAll(classType);
+    if (ClassRegistry.Names.Has(classType)) {
+        ClassRegistry.Names.Delete(classType);
+    }
 }
 
 void RegisterClassModule(const CUnicodeString& name, const CUnicodeString& module) {

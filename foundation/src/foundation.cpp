@@ -3,6 +3,7 @@
 #include "foundation/inc/errors.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/src/statics.h"
+#include "platform/inc/modules.h"
 #include "platform/inc/text.h"
 #include <atomic>
 
@@ -50,6 +51,10 @@ void DeinitializeFoundation() {
     if (foundationState == FS_Initialised && --initCount == 0) {
         foundationState = FS_Stopped;
     }
+}
+
+CUnicodeString GetModuleDirectory() {
+    return FileSystem::GetPath(FileSystem::GetModulePath(Platform::GetProgramModule()));
 }
 
 CUnicodeString GetProgramTitle() {

@@ -1,6 +1,6 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/resourceinfo.h"
-#include "foundation/src/messageboxrules.h"
+#include "foundation/src/pressedbutton.h"
 #include "platform/inc/messagebox.h"
 
 namespace Tsx {
@@ -30,8 +30,7 @@ bool IsVisible(Window owner) {
     return popup && IsWindowVisible(popup);
 }
 
-} // namespace
-
+// The style in which a box is shown.
 std::uint32_t GetBoxStyle(std::uint32_t style, Window owner, const char16_t* iconName) {
     if (iconName) {
         constexpr std::uint32_t systemIcons = MbIconMask & ~MbUserIcon;
@@ -43,14 +42,12 @@ std::uint32_t GetBoxStyle(std::uint32_t style, Window owner, const char16_t* ico
     return IsVisible(owner) ? style : style | MbSetForeground | MbTopmost | MbTaskModal;
 }
 
-std::int32_t GetPressedButton(std::int32_t answer, std::uint32_t style) {
-    return answer != 0 ? answer : GetDefaultButton(style);
-}
+} // namespace
 
 std::int32_t CMessageBoxHandler::ShowMessageBox(Window owner, const char16_t* text, const char16_t* title,
                                                 std::uint32_t style) {
     const CRuntimeHeapSwitcher switcher;
-    return GetPressedButton(MessageBox(owner, text, title, GetBoxStyle(style, owner, nullptr)), style);
+    return PressedButton(MessageBox(owner, text, title, GetBoxStyle(style, owner, nullptr)), style);
 }
 
 std::int32_t CMessageBoxHandler::ShowMessageWithIcon(Window owner, const char16_t* text, const char16_t* title,
@@ -59,7 +56,7 @@ std::int32_t CMessageBoxHandler::ShowMessageWithIcon(Window owner, const char16_
     Module module = iconName ? GetResourceBase().FindModuleWithIcon(iconName) : nullptr;
     TSX_ASSERT(module || !iconName, u"src\\messagehandlers");
     const std::uint32_t boxStyle = GetBoxStyle(style, owner, iconName);
-    return GetPressedButton(MessageBoxIndirect(owner, text, title, boxStyle, module, iconName), style);
+    return PressedButton(MessageBoxIndirect(owner, text, title, boxStyle, module, iconName), style);
 }
 
 } // namespace Tsx

@@ -4,7 +4,7 @@
 #include "foundation/inc/messagelog.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/inc/versioninfo.h"
-#include "foundation/src/messageboxrules.h"
+#include "foundation/src/pressedbutton.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/files.h"
 #include "platform/inc/messagebox.h"
@@ -135,7 +135,7 @@ std::int32_t DisplayMessage(const char16_t* text, std::uint32_t style) {
     WriteMessageLogLine(text);
     CMessageHandler* handler = GetCurrentMessageHandler();
     if (handler == InvalidMessageHandler()) {
-        return GetPressedButton(Platform::MessageBox(nullptr, text, FoundationTitle, style), style);
+        return PressedButton(Platform::MessageBox(nullptr, text, FoundationTitle, style), style);
     }
     return handler->ShowMessageBox(nullptr, text, title.Text(), style);
 }

@@ -27,7 +27,7 @@ void SortUnique(CArray<CUnicodeString>& names) {
     SortStrings(names);
     for (std::int32_t i = names.Size() - 1; i > 0; --i) {
         if (names[i] == names[i - 1]) {
-            names.DeleteAt(i);
+            names.RemoveAt(i);
         }
     }
 }
@@ -96,10 +96,9 @@ void SaveUndefinedMessagesList(const CUnicodeString& path) {
 
 void SaveAllMessagesList(const CUnicodeString& path) {
     const CRuntimeHeapSwitcher switcher;
-    constexpr std::int64_t noReserve = 0;
     CFile file;
-    file.Open(path, OM_Write | OM_ShareDenyWrite | OM_Create, Platform::FileAttributeNormal, noReserve);
-    CTextStream stream(&file, TE_Unicode);
+    file.Open(path, OM_Write | OM_ShareDenyWrite | OM_Create);
+    CTextStream stream(&file, nullptr, TE_Unicode);
     WriteLine(stream, u"Name\tModule\tDefined\tUsed\r\n");
     CArray<const CMessageName*> records;
     CollectRecords(records);

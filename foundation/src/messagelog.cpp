@@ -1,9 +1,52 @@
 #include "foundation/inc/messagelog.h"
 
+#include "foundation/inc/errors.h"
+#include "foundation/inc/file.h"
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/foundation.h"
+#include "foundation/inc/settings.h"
+#include "foundation/inc/time.h"
+#include "platform/inc/files.h"
+#include "platform/inc/process.h"
+
 namespace Tsx {
 
+namespace {
+
+bool IsLogWanted() {
+    bool wanted = false;
+    return GetMachineSetting(u"WriteMessageLog", u"").ToBool(wanted) && wanted;
+}
+
+CString ComposeLine(const char16_t* text) {
+    Platform::SystemTime now{};
+    Platform::GetLocalTime(now);
+    const CUnicodeString time = FormatLocalTimeOfDay(TimeFromLocalSystemTime(now));
+    const CUnicodeString start = CUnicodeString::Format(u"%sProcessID:%u ", time, Platform::GetCurrentProcessId());
+    return (start + text + u"\r\n").ToNarrow(AnsiCodePage);
+}
+
+// One write a line, so that the lines of several processes do not mix.
+void AppendLine(const CString& line) {
+    CFile file;
+    file.Open(FileSystem::MergeName(GetModuleDirectory(), u"TessarixLog.txt"),
+              OM_Write | OM_ShareDenyWrite | OM_Create | OM_NoTruncate);
+    file.Seek(0, Platform::FileEnd);
+    file.Write(line.Text(), line.Length());
+    file.Close();
+}
+
+} // namespace
+
 void WriteMessageLogLine(const char16_t* text) {
-    static_cast<void>(text);
+    const CRuntimeHeapSwitcher switcher;
+    try {
+        if (IsLogWanted()) {
+            AppendLine(ComposeLine(text ? text : u""));
+        }
+    } catch (CException* exception) {
+        delete exception; // a report of a lost line would itself be logged
+    }
 }
 
 } // namespace Tsx

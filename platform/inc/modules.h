@@ -18,8 +18,8 @@ bool FreeLibrary(Module module);
 /// The entry point of that exact name, or null.
 Procedure GetProcAddress(Module module, const char* name);
 
-/// The module of that name among those loaded, by its file name or its path; null if it is not loaded. It is not counted
-/// and not to be freed. On Linux a name ending in ".dll" stands for the one with ".so" too.
+/// The module of that name among those loaded, by its file name or its path; null if it is not loaded. It is not
+/// counted and not to be freed. On Linux a name ending in ".dll" stands for the one with ".so" too.
 Module GetModuleHandle(const char16_t* name);
 
 /// The program's own module; not to be freed.

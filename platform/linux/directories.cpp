@@ -140,7 +140,11 @@ bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::
 std::uint32_t GetDriveType(const char16_t* root) {
     PLATFORM_FAULT(GetDriveType, DriveUnknown);
     Location location;
-    const bool drive = Locate(root ? root : u"\\", location) && location.isRoot;
+    std::u16string path = root ? root : u"\\";
+    if (path.size() == 2 && path[1] == u':') {
+        path += u'\\'; // the drive, not its current folder
+    }
+    const bool drive = Locate(path, location) && location.isRoot;
     return drive ? TypeOfVolume(location.folder.Get()) : DriveNoRootDir;
 }
 

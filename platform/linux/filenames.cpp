@@ -72,7 +72,9 @@ std::u16string FindFile(const char16_t* path, std::u16string_view name) {
     const std::vector<std::u16string> folders = IsPlaced(name) ? std::vector<std::u16string>(1) : FoldersOf(path);
     for (const std::u16string& folder : folders) {
         for (const std::u16string& candidate : candidates) {
-            std::u16string file = folder.empty() ? candidate : folder + u'\\' + candidate;
+            std::u16string file = folder;
+            file += folder.empty() ? u"" : u"\\";
+            file += candidate;
             if (IsFile(file)) {
                 return file;
             }

@@ -28,7 +28,7 @@ bool IsPossible(const OpenRequest& request) {
     return known && !emptiesUnasked && (request.access & ~GenericBits) == 0 && (request.attributes & RefusedFlags) == 0;
 }
 
-// Emptying is writing, also through a handle that then only reads.
+// Emptying is writing, also for a handle that then only reads.
 int NativeFlags(const OpenRequest& request, bool empties) {
     const bool writes = (request.access & GenericWrite) != 0 || empties;
     const bool reads = (request.access & GenericRead) != 0;
@@ -40,9 +40,9 @@ int NativeFlags(const OpenRequest& request, bool empties) {
 }
 
 ShareUse UseOf(const OpenRequest& request, bool empties) {
-    const bool writes = (request.access & GenericWrite) != 0 || empties;
+    const bool writes = (request.access & GenericWrite) != 0;
     const bool reads = (request.access & GenericRead) != 0;
-    return {(reads ? FileShareRead : 0) | (writes ? FileShareWrite : 0), request.share};
+    return {(reads ? FileShareRead : 0) | (writes ? FileShareWrite : 0), request.share, empties ? FileShareWrite : 0};
 }
 
 enum class Outcome { Done, Failed, ChangedMeanwhile };

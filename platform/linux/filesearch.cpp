@@ -1,5 +1,5 @@
 // The search for names: FindFirstFile and what follows it. A search tells the entries that were there when it began,
-// "." and ".." first and the others in the order of their names, as Windows does on its own file system.
+// "." and ".." first and the others in the order of their names without regard to case.
 #include "platform/inc/directories.h"
 
 #include "platform/inc/lasterror.h"
@@ -67,7 +67,8 @@ bool ListMatches(SearchObject& search, std::u16string_view expression, bool isRo
 
 // The folder to search and, for a pattern, what in it; for a plain name the name as it is spelled there.
 bool StartSearch(std::u16string_view path, SearchObject& search) {
-    const std::size_t nameStart = path.find_last_of(u"\\/:") + 1; // npos + 1 is 0: the whole path is a name
+    const std::size_t driveEnd = path.size() > 1 && path[1] == u':' ? 2 : 0;
+    const std::size_t nameStart = std::max(path.find_last_of(u"\\/") + 1, driveEnd); // npos + 1 is 0
     std::u16string_view pattern = path.substr(nameStart);
     if (pattern.empty()) {
         return Fail(ErrorFileNotFound); // a root or a closing separator names no entry

@@ -126,9 +126,11 @@ private:
         if (name.size() > LongestName) {
             location.tooLong = !asItStands;
             error = asItStands ? ErrorInvalidName : ErrorPathNotFound;
-        } else if (IsPath(name)) {
-            error = ErrorInvalidName;
-        } else if (!Look() && errno == ENOENT && !(FindSpelling(name) && Look()) && !CanBeName(name)) {
+            return;
+        }
+        const bool possible =
+            !IsPath(name) && (Look() || errno != ENOENT || (FindSpelling(name) && Look()) || CanBeName(name));
+        if (!possible) {
             error = ErrorInvalidName;
         } else if (!location.exists && errno != ENOENT) {
             error = WindowsErrorCode(errno);

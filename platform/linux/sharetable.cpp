@@ -19,8 +19,8 @@ std::mutex& TableLock() {
     return *lock;
 }
 
-bool Agree(const ShareUse& a, const ShareUse& b) {
-    return (a.uses & ~b.allows) == 0 && (b.uses & ~a.allows) == 0;
+bool Agree(const ShareUse& present, const ShareUse& added) {
+    return (present.uses & ~added.allows) == 0 && ((added.uses | added.atFirst) & ~present.allows) == 0;
 }
 
 // The locks of a handle are single bytes far behind any content, one in the range "in use" of each thing it does and
@@ -79,7 +79,7 @@ bool OtherProcessesAgree(int descriptor, const ShareUse& use) {
         }
     }
     for (std::size_t i = 0; i < std::size(Kinds); ++i) {
-        if (((use.uses & Kinds[i]) != 0 && OthersHoldAny(descriptor, DenyRange(i))) ||
+        if ((((use.uses | use.atFirst) & Kinds[i]) != 0 && OthersHoldAny(descriptor, DenyRange(i))) ||
             ((use.allows & Kinds[i]) == 0 && OthersHoldAny(descriptor, UseRange(i)))) {
             return false;
         }
@@ -102,7 +102,7 @@ ShareClaim::~ShareClaim() {
 }
 
 bool ShareClaim::Enter(int descriptor, const FileKey& key, const ShareUse& use) {
-    if (use.uses == 0) {
+    if ((use.uses | use.atFirst) == 0) {
         return true;
     }
     const ShareTableLock lock;
@@ -112,6 +112,10 @@ bool ShareClaim::Enter(int descriptor, const FileKey& key, const ShareUse& use) 
     if (disagrees || !OtherProcessesAgree(descriptor, use)) {
         Unlock(descriptor); // before another thread takes these locks for those of an open file
         return Fail(ErrorSharingViolation);
+    }
+    if (use.uses == 0) {
+        Unlock(descriptor);
+        return true;
     }
     table.push_front({key, use});
     entry = table.begin();

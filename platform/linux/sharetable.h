@@ -26,6 +26,7 @@ struct FileKey {
 struct ShareUse {
     std::uint32_t uses = 0;
     std::uint32_t allows = 0;
+    std::uint32_t atFirst = 0; // uses while it is opened and not later
 };
 
 /// A handle's entry in the table, taken out when this goes.
@@ -37,7 +38,7 @@ public:
     ~ShareClaim();
 
     /// Enters the open file behind `descriptor`; false with ERROR_SHARING_VIOLATION if a handle to it disagrees. A
-    /// claim that uses nothing is in nobody's way.
+    /// handle that uses nothing is in nobody's way afterwards.
     bool Enter(int descriptor, const FileKey& key, const ShareUse& use);
 
 private:

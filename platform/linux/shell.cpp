@@ -106,7 +106,7 @@ std::string Variable(const char* name) {
 }
 
 std::string Home() {
-    const std::string home = Variable("HOME");
+    std::string home = Variable("HOME");
     if (!home.empty()) {
         return home;
     }
@@ -133,7 +133,9 @@ std::string ValueInLine(std::string_view line, std::string_view name) {
         line.remove_prefix(homeMark.size());
     }
     for (std::size_t i = 0; i < line.size() && line[i] != '"'; ++i) {
-        i += line[i] == '\\' && i + 1 < line.size() ? 1 : 0;
+        if (line[i] == '\\' && i + 1 < line.size()) {
+            ++i; // the character behind it stands for itself
+        }
         value += line[i];
     }
     return value.starts_with('/') ? value : std::string();
@@ -197,7 +199,10 @@ std::int32_t SHGetFolderPath(Window owner, std::int32_t folder, Handle token, st
     static_cast<void>(token);
     static_cast<void>(flags);
     const Row* row = FindRow(folder);
-    const std::u16string found = row ? PathOf(*row) : std::u16string();
+    if (!row) {
+        return ResultInvalidArgument;
+    }
+    const std::u16string found = PathOf(*row);
     if (found.empty()) {
         return ResultInvalidArgument;
     }

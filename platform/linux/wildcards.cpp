@@ -7,10 +7,11 @@ namespace Platform {
 
 namespace {
 
-// The wildcards of an expression besides the plain star, by their published names.
-constexpr char16_t DosStar = u'<'; // any text, but never past the last dot
-constexpr char16_t DosQm = u'>';   // one character, or none before a dot and at the end
-constexpr char16_t DosDot = u'"';  // a dot, or nothing at the end
+// The wildcards of an expression besides the plain star, by their published names. The characters are of no text:
+// those of Windows may stand in names of this system.
+constexpr char16_t DosStar = u'\uFDD0'; // any text, but never past the last dot
+constexpr char16_t DosQm = u'\uFDD1';   // one character, or none before a dot and at the end
+constexpr char16_t DosDot = u'\uFDD2';  // a dot, or nothing at the end
 
 // Whether the expression from `p` on matches the name from `n` on, told from what is known of the rest: `same[p + 1]`
 // skips the character of the expression, `next[p]` and `next[p + 1]` use up one of the name.
@@ -37,7 +38,7 @@ bool MatchesFrom(std::u16string_view name, std::size_t n, char16_t c, const std:
 } // namespace
 
 bool HasWildcards(std::u16string_view pattern) {
-    return pattern.find_first_of(u"*?<>\"") != std::u16string_view::npos;
+    return pattern.find_first_of(u"*?") != std::u16string_view::npos;
 }
 
 std::u16string SearchExpression(std::u16string_view pattern, bool endsInDot) {

@@ -2,7 +2,7 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"
-#include "tests/support/standardoutput.h"
+#include "tests/support/boxes.h"
 #include <csignal>
 #include <cstdio>
 #include <string_view>
@@ -43,18 +43,14 @@ void DoubleErrorInException() {
     }
 }
 
-CBoxWatch* boxes = nullptr;
-
 // The process is about to end: what its boxes said, and that it ends in this way.
 void OnAbort(int) {
-    std::printf("box %sabort\n", boxes->Finish().c_str());
+    std::printf("box %sabort\n", ShownBoxes.c_str());
     std::fflush(stdout);
 }
 
 // Memory exceptions that nobody gives back.
 void ExhaustPool() {
-    CBoxWatch watch;
-    boxes = &watch;
     std::signal(SIGABRT, &OnAbort);
     for (int kept = 0;; ++kept) {
         try {

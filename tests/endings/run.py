@@ -3,12 +3,14 @@
 
 import argparse
 import os
+import re
+import shutil
 import signal
 import subprocess
 import sys
 import tempfile
 
-LIMIT = 60  # seconds; a message box that nobody answers waits for ever
+LIMIT = 60  # seconds
 STATIC = "Internal Program Error:\nAssertion failed: (  )\nsrc\\broken, 7.\n(  ).\n"
 OUTER = "Internal Program Error:\nAssertion failed: (  )\nsrc\\outer, 1.\n(  )."
 RAISED = "Internal Program Error:\nsrc\\outer, 1."
@@ -20,13 +22,13 @@ def shown(*texts):
     return "".join(f"shown with style 4112: {text}\n" for text in texts)
 
 
-# name, program, words, standard output (where boxes show an icon, it stands in the place of the star), exit code
+# name, program, words, standard output, exit code
 CASES = (
     ("a static object fails", "static", ["-r:ann"], STATIC, 255),
     ("a failure inside a failure", "endings", ["double"], shown(OUTER, DOUBLE), ABORTED),
     ("a failure inside a report", "endings", ["exception"], shown(RAISED, DOUBLE), ABORTED),
     ("the 65th memory exception", "endings", ["pool"],
-     "".join(f"{n} kept\n" for n in range(65)) + "box Tessarix: Not enough memory!*\nabort\n", ABORTED),
+     "".join(f"{n} kept\n" for n in range(65)) + "box Tessarix: Not enough memory! 1010\nabort\n", ABORTED),
 )
 
 # The settings of the stop modes, as they are read, whether the failure that follows stops the process.
@@ -38,6 +40,9 @@ STOP_MODES = (
     ({"AssertStopMode": "Never", "ErrorStopMode": "Always"}, "1 3\n", True),
 )
 
+# The setting of the message log, whether its file can be written, the lines that a double error leaves.
+LOGS = ((" ON ", True, [OUTER, DOUBLE]), ("banana", True, []), ("1", False, []))
+
 
 def text_of(output):
     return output.decode(errors="replace").replace("\r\n", "\n")
@@ -46,10 +51,10 @@ def text_of(output):
 def problems_of(case, options):
     _, program, words, output, code = case
     command = [getattr(options, program), *words]
-    aborted, icon = -signal.SIGABRT, ""
+    aborted = -signal.SIGABRT
     if options.wine:
         command.insert(0, options.wine)
-        aborted, icon = 3, " [x]"  # the code is that of the run-time's abort
+        aborted = 3  # what the run-time's abort ends with
     try:
         result = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
     except subprocess.TimeoutExpired as late:
@@ -58,25 +63,47 @@ def problems_of(case, options):
     wanted = aborted if code == ABORTED else code
     if result.returncode != wanted:
         yield f"exit code {result.returncode}, expected {wanted}"
-    output = output.replace("*", icon)
     if text_of(result.stdout) != output:
         yield f"shown {text_of(result.stdout)!r}, expected {output!r}"
 
 
-def problems_of_modes(settings, modes, stops, options):
+def run_with_settings(program, word, root, settings, folder):
     """Natively alone: under Wine the settings would be those of all tests that run meanwhile."""
+    with open(os.path.join(folder, root + ".reg"), "w", encoding="utf-16") as file:
+        rows = [f'"{name}"="{value}"' for name, value in settings.items()]
+        file.write("\n".join(["Windows Registry Editor Version 5.00", "",
+                              rf"[{root}\Software\Ostrel\Tessarix]", *rows, ""]))
+    return subprocess.run([program, word], env={**os.environ, "TESSARIX_REGISTRY": folder}, stdin=subprocess.DEVNULL,
+                          capture_output=True, timeout=LIMIT, check=False)
+
+
+def problems_of_modes(settings, modes, stops, options):
     with tempfile.TemporaryDirectory() as folder:
-        with open(os.path.join(folder, "HKEY_CURRENT_USER.reg"), "w", encoding="utf-16") as file:
-            rows = [f'"{name}"="{value}"' for name, value in settings.items()]
-            file.write("\n".join(["Windows Registry Editor Version 5.00", "",
-                                  r"[HKEY_CURRENT_USER\Software\Ostrel\Tessarix]", *rows, ""]))
-        result = subprocess.run([options.endings, "modes"], env={**os.environ, "TESSARIX_REGISTRY": folder},
-                                stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
+        result = run_with_settings(options.endings, "modes", "HKEY_CURRENT_USER", settings, folder)
     if text_of(result.stdout) != modes:
         yield f"read {text_of(result.stdout)!r}, expected {modes!r}"
     wanted = -signal.SIGTRAP if stops else 1
     if result.returncode != wanted:
         yield f"exit code {result.returncode}, expected {wanted}"
+
+
+def problems_of_log(setting, writable, lines, options):
+    """The log lies beside the program, so that this one gets a folder of its own."""
+    with tempfile.TemporaryDirectory() as folder:
+        program = shutil.copy(options.endings, folder)
+        log = os.path.join(folder, "TessarixLog.txt")
+        if not writable:
+            os.mkdir(log)
+        result = run_with_settings(program, "double", "HKEY_LOCAL_MACHINE", {"WriteMessageLog": setting}, folder)
+        found = ""
+        if os.path.isfile(log):
+            with open(log, encoding="utf-8", newline="") as file:
+                found = file.read()
+    if text_of(result.stdout) != shown(OUTER, DOUBLE):
+        yield f"shown {text_of(result.stdout)!r}"
+    pattern = "".join(r"\d\d:\d\d:\d\d ProcessID:\d+ " + re.escape(line) + "\r\n" for line in lines)
+    if not re.fullmatch(pattern, found):
+        yield f"logged {found!r}"
 
 
 def main():
@@ -87,6 +114,7 @@ def main():
     options = parser.parse_args()
     results = [(case[0], list(problems_of(case, options))) for case in CASES]
     if not options.wine:
+        results += [(f"log {row}", list(problems_of_log(*row, options))) for row in LOGS]
         results += [(f"stop modes {row[0]}", list(problems_of_modes(*row, options))) for row in STOP_MODES]
     for name, problems in results:
         if problems:

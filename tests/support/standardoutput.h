@@ -1,5 +1,4 @@
-// Something else in the place of the standard output, and message boxes without a person: for tests of what is written
-// and shown.
+// Something else in the place of the standard output, for tests of what is written.
 #pragma once
 
 #include <memory>
@@ -12,6 +11,8 @@ enum class EOutput { File, Pipe, BrokenPipe, Terminal, NullDevice, Missing };
 /// must not fall in between.
 class CStandardOutput {
 public:
+    static const bool HasTerminals; // a console of its own needs a display on Windows
+
     /// A file holds `content` already and is written behind it.
     explicit CStandardOutput(EOutput kind, std::string_view content = {});
     ~CStandardOutput();
@@ -19,29 +20,10 @@ public:
     CStandardOutput& operator=(const CStandardOutput&) = delete;
 
     /// Called once. Puts the old output back and returns what came: all bytes of the file or the pipe (64 KB at most),
-    /// the terminal's lines in UTF-8.
+    /// the bytes of the terminal.
     std::string Finish();
 
 private:
     struct CState;
     std::unique_ptr<CState> state; // null when finished
-};
-
-/// Presses the default button of the message boxes that the calling thread shows, until it is finished or destroyed.
-class CBoxWatch {
-public:
-    static const bool SeesIcons;
-
-    CBoxWatch();
-    ~CBoxWatch();
-    CBoxWatch(const CBoxWatch&) = delete;
-    CBoxWatch& operator=(const CBoxWatch&) = delete;
-
-    /// What was shown, a line for each box: "title: text", and where icons are seen " [!]", " [x]" or " [own]" for an
-    /// exclamation mark, a hand or another one.
-    std::string Finish();
-
-private:
-    struct CState;
-    std::unique_ptr<CState> state;
 };

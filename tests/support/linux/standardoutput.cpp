@@ -123,6 +123,8 @@ struct CStandardOutput::CState {
     CRedirection output;
 };
 
+const bool CStandardOutput::HasTerminals = true;
+
 CStandardOutput::CStandardOutput(EOutput kind, std::string_view content)
     : state(new CState{{STDOUT_FILENO, Open(kind, content)}}) {}
 
@@ -130,19 +132,4 @@ CStandardOutput::~CStandardOutput() = default;
 
 std::string CStandardOutput::Finish() {
     return std::unique_ptr<CState>(std::move(state))->output.Finish();
-}
-
-// This system's boxes are lines on standard error.
-struct CBoxWatch::CState {
-    CRedirection errors;
-};
-
-const bool CBoxWatch::SeesIcons = false;
-
-CBoxWatch::CBoxWatch() : state(new CState{{STDERR_FILENO, OpenPipe()}}) {}
-
-CBoxWatch::~CBoxWatch() = default;
-
-std::string CBoxWatch::Finish() {
-    return std::unique_ptr<CState>(std::move(state))->errors.Finish();
 }

@@ -1,8 +1,10 @@
 #include "app/ConsoleTools.h"
 
 #include "platform/inc/console.h"
+#include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/text.h"
+#include "tests/support/folder.h"
 #include "tests/support/standardoutput.h"
 #include "tests/support/text.h"
 #include <string>
@@ -65,6 +67,43 @@ TEST(ConsoleTools, WritesForWhatTheOutputIs) {
         ConsolePrintf(u"%s", row.text);
         EXPECT_EQ(output.Finish(), row.before + row.after) << row.name;
     }
+}
+
+TEST(ConsoleTools, EachNewHandleIsDecidedAnew) {
+    const CTestFolder folder;
+    folder.Write(u"old", "old");
+    const auto open = [&folder](const char16_t* name) {
+        return Platform::CreateFile((folder / name).Text(), Platform::GenericWrite, Platform::FileShareRead, nullptr,
+                                    Platform::OpenAlways, Platform::FileAttributeNormal, nullptr);
+    };
+    const Platform::Handle fresh = open(u"fresh");
+    const Platform::Handle old = open(u"old");
+    std::int64_t position = 0;
+    ASSERT_TRUE(Platform::SetFilePointerEx(old, 0, position, Platform::FileEnd));
+    for (const Platform::Handle handle : {fresh, old, fresh}) {
+        const CHandleScope scope(handle);
+        ConsoleWrite(u"a");
+        ConsoleWrite(u"b");
+    }
+    ForgetHandle();
+    EXPECT_TRUE(Platform::CloseHandle(fresh));
+    EXPECT_TRUE(Platform::CloseHandle(old));
+    // A file that was left has content when it comes back, and so goes on in bytes.
+    EXPECT_EQ(folder.Content(u"fresh"), Mark + Wide(u"ab") + "ab");
+    EXPECT_EQ(folder.Content(u"old"), "oldab");
+}
+
+TEST(ConsoleTools, AHandleThatWasNeverThereIsAnInternalError) {
+    // As at the first call of a process: there is no change to look at.
+    const CHandleScope invalid(Platform::InvalidHandle());
+    const auto failure = Raised<CLastErrorException>([] {
+        Platform::SetLastError(Platform::ErrorInvalidHandle);
+        ConsoleWrite(u"x");
+    });
+    EXPECT_TRUE(failure) << "the handle has changed";
+    EXPECT_TRUE(Raised<CInternalError>([] { ConsoleWrite(u"x"); })) << "it has not changed";
+    EXPECT_TRUE(Raised<CInternalError>([] { WriteBytes(nullptr, "x", 1); }));
+    EXPECT_TRUE(Raised<CInternalError>([] { WriteBytes(Platform::GetStdHandle(Platform::StdErrorHandle), "x", -1); }));
 }
 
 TEST(ConsoleTools, ALongTextArrivesUnbroken) {

@@ -1,10 +1,12 @@
 #include "foundation/inc/message.h"
 
 #include "foundation/inc/debugflags.h"
+#include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/resourceinfo.h"
 #include "platform/inc/messagebox.h"
+#include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <set>
 #include <string>
@@ -95,6 +97,34 @@ TEST(Message, ListsOfUndefinedAndUnusedNames) {
 #include "tests/support/catalogue.inc"
 #undef ROW
     EXPECT_EQ(found.count(u"ERR_FILE_GENERIC"), 0U);
+}
+
+TEST(Message, ListsAreWrittenInUtf16) {
+    const CTestFolder folder;
+    folder.Write(u"undefined.txt", "an old list that is longer than the mark");
+    SaveUndefinedMessagesList(folder / u"undefined.txt");
+    const std::string undefined = folder.Content(u"undefined.txt");
+    const auto wide = [](std::u16string_view text) {
+        return std::string(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t));
+    };
+    EXPECT_EQ(undefined.substr(0, 2), "\xFF\xFE");
+    EXPECT_TRUE(undefined.substr(2).starts_with(wide(u"ERR_NO_MODULE_LOADED_FOR_CLASS\r\nERR_UNCAUGHT")));
+    EXPECT_NE(undefined.find(wide(u"MSG_VIRTUAL_MEMORY_FILE\r\n********** Unused messages ********\r\nERR_")),
+              std::string::npos);
+    EXPECT_FALSE(undefined.ends_with(wide(u"\n"))) << "nothing stands behind the last name";
+
+    SaveAllMessagesList(folder / u"all.txt");
+    const std::string all = folder.Content(u"all.txt");
+    const CUnicodeString module = FileSystem::GetProgramPath();
+    EXPECT_TRUE(all.starts_with("\xFF\xFE" + wide(u"Name\tModule\tDefined\tUsed\r\n")));
+    for (const CUnicodeString& line :
+         {u"MSG_ASSERT\t" + module + u"\tfalse\ttrue\r\n", u"ERR_BAD_ARCHIVE\t" + module + u"\ttrue\ttrue\r\n",
+          CUnicodeString(u"ERR_TOOLS_EMAIL_USER_CANCELED\t\ttrue\tfalse\r\n")}) {
+        EXPECT_NE(all.find(wide(line.View())), std::string::npos) << Readable(line.View());
+    }
+    // Where no file can be: one of the two keeps silent about that.
+    SaveUndefinedMessagesList(folder / u"none\\x.txt");
+    EXPECT_TRUE(Raised<CFileException>([&] { SaveAllMessagesList(folder / u"none\\x.txt"); }));
 }
 
 namespace {

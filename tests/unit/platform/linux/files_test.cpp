@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -107,10 +108,13 @@ TEST(LinuxFiles, NamesThatWindowsRefusesOpenWhereTheyAre) {
     const CScratch scratch;
     std::ofstream(Native(scratch(u"a:b?\"c"))) << "x";
     EXPECT_TRUE(scratch.CanOpen(u"a:b?\"c", GenericRead));
+    FindData data;
+    EXPECT_TRUE(FindClose(FindFirstFile(scratch(u"a:b?\"c"), data)));
+    EXPECT_EQ(Readable(data.name), "a:b?\"c");
     EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"a:c", GenericRead, 0, OpenAlways); }), ErrorInvalidName);
     std::ofstream(Native(scratch(u"1")) + "\\2") << "a separator to every path of ours";
-    FindData data;
     EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle());
+    std::filesystem::remove(Native(scratch(u"1")) + "\\2");
 }
 
 TEST(LinuxFiles, ThePrefixTakesNamesAsTheyStand) {
@@ -233,69 +237,65 @@ TEST(LinuxFiles, EveryFunctionFailsOnOrder) {
     if (!FaultsAvailable()) {
         GTEST_SKIP() << "this build has no hook";
     }
-    struct Row {
-        const char* function;
-        bool (*call)(const CScratch&, Handle);
-    };
-    const Row rows[] = {
+    const CScratch s;
+    s.Make(u"file");
+    const Handle file = s.Open(u"file", GenericRead | GenericWrite, FileShareRead);
+    const std::pair<const char*, std::function<bool()>> calls[] = {
         {"SetFilePointer",
-         [](const CScratch&, Handle file) {
-             return SetFilePointer(file, 0, nullptr, 0) != ~0U;
+         [&] {
+             return SetFilePointer(file, 0, nullptr, 0) != InvalidSetFilePointer;
          }},
         {"SetEndOfFile",
-         [](const CScratch&, Handle file) {
+         [&] {
              return SetEndOfFile(file);
          }},
         {"GetFileSize",
-         [](const CScratch&, Handle file) {
+         [&] {
              return GetFileSize(file, nullptr) != InvalidFileSize;
          }},
         {"FlushFileBuffers",
-         [](const CScratch&, Handle file) {
+         [&] {
              return FlushFileBuffers(file);
          }},
         {"SetFileTime",
-         [](const CScratch&, Handle file) {
+         [&] {
              return SetFileTime(file, nullptr, nullptr, nullptr);
          }},
         {"GetFileAttributes",
-         [](const CScratch& s, Handle) {
+         [&] {
              return s.Has(u"file");
          }},
         {"SetFileAttributes",
-         [](const CScratch& s, Handle) {
-             return SetFileAttributes(s(u"file"), 128);
+         [&] {
+             return SetFileAttributes(s(u"file"), FileAttributeNormal);
          }},
         {"CopyFile",
-         [](const CScratch& s, Handle) {
+         [&] {
              return CopyFile(s(u"file"), s(u"copy"), true);
          }},
         {"MoveFileEx",
-         [](const CScratch& s, Handle) {
+         [&] {
              return MoveFileEx(s(u"copy"), s(u"moved"), 0);
          }},
         {"DeleteFile",
-         [](const CScratch& s, Handle) {
+         [&] {
              return DeleteFile(s(u"moved"));
          }},
         {"CreateDirectory",
-         [](const CScratch& s, Handle) {
+         [&] {
              return CreateDirectory(s(u"folder"), nullptr);
          }},
         {"RemoveDirectory",
-         [](const CScratch& s, Handle) {
+         [&] {
              return RemoveDirectory(s(u"folder"));
          }},
     };
-    const CScratch scratch;
-    scratch.Make(u"file");
-    const Handle file = scratch.Open(u"file", GenericRead | GenericWrite, FileShareRead);
-    for (const Row& row : rows) {
-        ArmFault(row.function, 1, 4712, FaultMode::Once);
-        EXPECT_EQ(ErrorOf([&] { return row.call(scratch, file); }), 4712U) << row.function;
-        EXPECT_EQ(ErrorOf([&] { return row.call(scratch, file); }), 0U) << row.function << " did nothing before";
-        DisarmFaults();
+    for (const auto& [function, call] : calls) {
+        ArmFault(function, 1, 4712, FaultMode::Once);
+        EXPECT_EQ(ErrorOf(call), 4712U) << function;
+        EXPECT_EQ(ErrorOf(call), 0U) << function << " did nothing before";
     }
+    DisarmFaults();
     CloseHandle(file);
 }
 
