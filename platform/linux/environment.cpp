@@ -23,18 +23,15 @@ const char* FindVariable(std::u16string_view name) {
     return nullptr;
 }
 
+// Percent signs pair from the left, so that one that stands for itself takes the next one's meaning away.
 std::u16string Expand(std::u16string_view text) {
     std::u16string expanded;
     while (!text.empty()) {
         const std::size_t end = text.front() == u'%' ? text.find(u'%', 1) : std::u16string_view::npos;
-        const char* value = end != std::u16string_view::npos ? FindVariable(text.substr(1, end - 1)) : nullptr;
-        if (value) {
-            expanded += WideName(value);
-            text.remove_prefix(end + 1);
-        } else {
-            expanded += text.front();
-            text.remove_prefix(1);
-        }
+        const std::size_t taken = end == std::u16string_view::npos ? 1 : end + 1;
+        const char* value = taken > 1 ? FindVariable(text.substr(1, taken - 2)) : nullptr;
+        expanded += value ? WideName(value) : std::u16string(text.substr(0, taken));
+        text.remove_prefix(taken);
     }
     return expanded;
 }

@@ -366,6 +366,16 @@ TEST(ProviderSearch, ReadsOutlooksLanguage) {
     }
 }
 
+TEST(ProviderSearch, PlainNamesAreFoundInTheFolderSetForThem) {
+    const CFixture fixture;
+    fixture.Make(u"set\\plainname.dll");
+    EXPECT_EQ(fixture.Take(Platform::LoadLibraryEx(u"plainname.dll", 0)), "none");
+    EXPECT_TRUE(Platform::SetDllDirectory(fixture.Whole(u"set\\").c_str()));
+    EXPECT_EQ(fixture.Take(Platform::LoadLibraryEx(u"plainname.dll", 0)), "set\\plainname.dll");
+    EXPECT_TRUE(Platform::SetDllDirectory(nullptr));
+    EXPECT_EQ(fixture.Take(Platform::LoadLibraryEx(u"plainname.dll", 0)), "none");
+}
+
 namespace {
 
 /// As if the process had just begun.
