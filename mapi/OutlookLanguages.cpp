@@ -9,16 +9,16 @@ namespace {
 
 /// One place that says where the language is told, and the order of the two keys in which that is looked for.
 struct Attempt {
-    std::uint32_t root;
     const char16_t* value;
+    std::uint32_t root;
     bool policyFirst;
 };
 
 // AS DESIGNED: the order of the keys differs between the roots, and the last attempt repeats the one before it.
 constexpr Attempt Attempts[] = {
-    {Platform::HkeyCurrentUser, u"MSIApplicationLCID", true},   {Platform::HkeyCurrentUser, u"MSIOfficeLCID", true},
-    {Platform::HkeyLocalMachine, u"MSIApplicationLCID", false}, {Platform::HkeyLocalMachine, u"MSIOfficeLCID", false},
-    {Platform::HkeyLocalMachine, u"MSIOfficeLCID", false},
+    {u"MSIApplicationLCID", Platform::HkeyCurrentUser, true},   {u"MSIOfficeLCID", Platform::HkeyCurrentUser, true},
+    {u"MSIApplicationLCID", Platform::HkeyLocalMachine, false}, {u"MSIOfficeLCID", Platform::HkeyLocalMachine, false},
+    {u"MSIOfficeLCID", Platform::HkeyLocalMachine, false},
 };
 
 std::optional<std::uint32_t> ReadNumber(const CSearchKey& key, const char16_t* name) {

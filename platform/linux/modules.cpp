@@ -63,7 +63,9 @@ std::vector<std::string> CandidateFiles(std::u16string_view name) {
     }
     for (const std::u16string& folder : LibraryFolders()) {
         for (const std::u16string& candidate : CandidateNames(name)) {
-            if (MapPath(folder + u"/" + candidate, native)) {
+            std::u16string path = folder;
+            path.append(u"/").append(candidate);
+            if (MapPath(path, native)) {
                 files.push_back(native);
             }
         }
