@@ -43,7 +43,7 @@ public:
     /// The length of a file that 31 bits can count; any other length is an internal error.
     std::int32_t GetLength32() const {
         const std::int64_t length = GetLength();
-        TSX_ASSERT(length >= 0 && length <= std::numeric_limits<std::int32_t>::max(), u"inc\\basefile");
+        TSX_ASSERT_AT(length >= 0 && length <= std::numeric_limits<std::int32_t>::max(), u"inc\\basefile", 56);
         return static_cast<std::int32_t>(length);
     }
 };

@@ -45,6 +45,7 @@ constexpr std::uint32_t ErrorInvalidFlags = 1004;         // ERROR_INVALID_FLAGS
 constexpr std::uint32_t ErrorKeyDeleted = 1018;           // ERROR_KEY_DELETED
 constexpr std::uint32_t ErrorNoUnicodeTranslation = 1113; // ERROR_NO_UNICODE_TRANSLATION
 constexpr std::uint32_t ErrorIoDevice = 1117;             // ERROR_IO_DEVICE
+constexpr std::uint32_t ErrorUnknownComponent = 1607;     // ERROR_UNKNOWN_COMPONENT
 constexpr std::uint32_t ErrorResourceDataNotFound = 1812; // ERROR_RESOURCE_DATA_NOT_FOUND
 constexpr std::uint32_t ErrorResourceTypeNotFound = 1813; // ERROR_RESOURCE_TYPE_NOT_FOUND
 constexpr std::uint32_t ErrorResourceNameNotFound = 1814; // ERROR_RESOURCE_NAME_NOT_FOUND

@@ -69,6 +69,8 @@ std::uint32_t RegCloseKey(RegistryKey key);
 /// ErrorMoreData and nothing is copied. The bytes are those that were stored: a text may lack its terminator.
 std::uint32_t RegQueryValueEx(RegistryKey key, const char16_t* name, std::uint32_t* type, void* data,
                               std::uint32_t* size);
+/// The same in narrow text: name and data of the text types are in the ANSI code page.
+std::uint32_t RegQueryValueExA(RegistryKey key, const char* name, std::uint32_t* type, void* data, std::uint32_t* size);
 /// Writes a value. On Linux the file on the disk is then either the new one or, after a failure, the old one.
 std::uint32_t RegSetValueEx(RegistryKey key, const char16_t* name, std::uint32_t type, const void* data,
                             std::uint32_t size);

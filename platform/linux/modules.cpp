@@ -3,12 +3,15 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/fullpath.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/searchfolders.h"
 #include <algorithm>
 #include <dlfcn.h>
+#include <filesystem>
 #include <link.h>
+#include <mutex>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -16,6 +19,36 @@
 namespace Platform {
 
 namespace {
+
+/// The folder of SetDllDirectory, in Windows syntax.
+struct DllDirectory {
+    std::mutex lock;
+    bool isSet = false;
+    std::u16string folder;
+};
+
+// Never destroyed: a library may be loaded by a static object's end.
+DllDirectory& ChosenDllDirectory() {
+    static DllDirectory& chosen = *new DllDirectory;
+    return chosen;
+}
+
+std::vector<std::u16string> LibraryFolders() {
+    std::vector<std::u16string> folders;
+    for (const std::string& folder : SearchFolders()) {
+        folders.push_back(WideName(folder));
+    }
+    DllDirectory& chosen = ChosenDllDirectory();
+    const std::lock_guard guard(chosen.lock);
+    if (chosen.isSet) {
+        constexpr std::ptrdiff_t currentFolder = 2;
+        folders.erase(folders.begin() + currentFolder);
+        if (!chosen.folder.empty()) {
+            folders.insert(folders.begin() + 1, chosen.folder);
+        }
+    }
+    return folders;
+}
 
 std::vector<std::string> CandidateFiles(std::u16string_view name) {
     std::vector<std::string> files;
@@ -28,9 +61,11 @@ std::vector<std::string> CandidateFiles(std::u16string_view name) {
         }
         return files;
     }
-    for (const std::string& folder : SearchFolders()) {
+    for (const std::u16string& folder : LibraryFolders()) {
         for (const std::u16string& candidate : CandidateNames(name)) {
-            if (MapPath(WideName(folder) + u"/" + candidate, native)) {
+            std::u16string path = folder;
+            path.append(u"/").append(candidate);
+            if (MapPath(path, native)) {
                 files.push_back(native);
             }
         }
@@ -57,6 +92,17 @@ std::vector<std::string> LoadedFiles(const std::vector<std::u16string>& names) {
         },
         &search);
     return std::move(search.files);
+}
+
+// A loaded library, counted once more; null if it is not loaded.
+void* FindLoaded(const char16_t* name) {
+    for (const std::string& file : IsPlainName(name) ? LoadedFiles(CandidateNames(name)) : CandidateFiles(name)) {
+        if (void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
+            return module;
+        }
+    }
+    SetLastError(ErrorModuleNotFound);
+    return nullptr;
 }
 
 } // namespace
@@ -86,20 +132,40 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
 
 Module GetModuleHandle(const char16_t* name) {
     PLATFORM_FAULT(GetModuleHandle, nullptr);
-    std::vector<std::string> files;
-    if (IsPlainName(name)) {
-        files = LoadedFiles(CandidateNames(name));
-    } else {
-        files = CandidateFiles(name);
+    void* module = FindLoaded(name);
+    if (module) {
+        dlclose(module); // whoever loaded it still holds it
     }
-    for (const std::string& file : files) {
-        if (void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
-            dlclose(module); // whoever loaded it still holds it
-            return static_cast<Module>(module);
-        }
+    return static_cast<Module>(module);
+}
+
+bool GetModuleHandleEx(std::uint32_t, const char16_t* name, Module& module) {
+    module = nullptr;
+    PLATFORM_FAULT(GetModuleHandleEx, false);
+    module = static_cast<Module>(FindLoaded(name));
+    return module != nullptr;
+}
+
+Module LoadLibraryA(const char* path) {
+    return LoadLibraryEx(Utf16Text(path).c_str(), 0);
+}
+
+bool SetDllDirectory(const char16_t* folder) {
+    PLATFORM_FAULT(SetDllDirectory, false);
+    const std::u16string_view name = folder ? folder : u"";
+    if (name.find(u';') != std::u16string_view::npos) {
+        return Fail(ErrorInvalidParameter);
     }
-    SetLastError(ErrorModuleNotFound);
-    return nullptr;
+    DllDirectory& chosen = ChosenDllDirectory();
+    const std::lock_guard guard(chosen.lock);
+    chosen.isSet = folder != nullptr;
+    chosen.folder = name;
+    return true;
+}
+
+std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
+    PLATFORM_FAULT(GetSystemDirectory, 0);
+    return CopyPath(WindowsPath(std::filesystem::path(SystemFolder()).lexically_normal().string()), size, buffer);
 }
 
 bool FreeLibrary(Module module) {

@@ -3,6 +3,7 @@
 
 #include "platform/inc/lasterror.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/nativetext.h"
 #include "platform/linux/regstore.h"
 #include <algorithm>
 #include <cstring>
@@ -123,6 +124,42 @@ std::uint32_t CopyValue(const RegistryValue& value, std::uint32_t* type, void* d
     return ErrorSuccess;
 }
 
+// Runs an action on the value of an open key.
+template <class TAction>
+std::uint32_t WithValue(RegistryKey key, std::u16string_view name, TAction action) {
+    return Guarded([&] {
+        KeyReference open;
+        std::uint32_t result = FindKey(key, open);
+        if (result != ErrorSuccess) {
+            return result;
+        }
+        if (!(open->access & KeyQueryValue)) {
+            return ErrorAccessDenied;
+        }
+        std::shared_ptr<const RegistryNode> top;
+        result = LoadRegistry(open->root, top);
+        if (result != ErrorSuccess) {
+            return result;
+        }
+        if (!Exists(*top, *open)) {
+            return ErrorKeyDeleted;
+        }
+        const RegistryNode* node = FindNode(*top, open->names);
+        const RegistryValue* value = node ? node->values.Find(name) : nullptr;
+        return value ? action(*value) : ErrorFileNotFound;
+    });
+}
+
+// The value with its characters narrow, if it is a text.
+RegistryValue Narrow(const RegistryValue& value) {
+    if (value.type != RegSz && value.type != RegExpandSz && value.type != RegMultiSz) {
+        return value;
+    }
+    std::u16string text(value.bytes.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), value.bytes.data(), text.size() * sizeof(char16_t));
+    return {value.type, Utf8Text(text)};
+}
+
 } // namespace
 
 std::uint32_t RegOpenKeyEx(RegistryKey key, const char16_t* path, std::uint32_t, std::uint32_t access,
@@ -184,27 +221,18 @@ std::uint32_t RegQueryValueEx(RegistryKey key, const char16_t* name, std::uint32
     if (data && !size) {
         return ErrorInvalidParameter;
     }
-    return Guarded([&] {
-        KeyReference open;
-        std::uint32_t result = FindKey(key, open);
-        if (result != ErrorSuccess) {
-            return result;
-        }
-        if (!(open->access & KeyQueryValue)) {
-            return ErrorAccessDenied;
-        }
-        std::shared_ptr<const RegistryNode> top;
-        result = LoadRegistry(open->root, top);
-        if (result != ErrorSuccess) {
-            return result;
-        }
-        if (!Exists(*top, *open)) {
-            return ErrorKeyDeleted;
-        }
-        const RegistryNode* node = FindNode(*top, open->names);
-        const RegistryValue* value = node ? node->values.Find(name ? name : u"") : nullptr;
-        return value ? CopyValue(*value, type, data, size) : ErrorFileNotFound;
-    });
+    return WithValue(key, name ? name : u"",
+                     [&](const RegistryValue& value) { return CopyValue(value, type, data, size); });
+}
+
+std::uint32_t RegQueryValueExA(RegistryKey key, const char* name, std::uint32_t* type, void* data,
+                               std::uint32_t* size) {
+    PLATFORM_FAULT(RegQueryValueExA, GetLastError());
+    if (data && !size) {
+        return ErrorInvalidParameter;
+    }
+    return WithValue(key, Utf16Text(name ? name : ""),
+                     [&](const RegistryValue& value) { return CopyValue(Narrow(value), type, data, size); });
 }
 
 std::uint32_t RegSetValueEx(RegistryKey key, const char16_t* name, std::uint32_t type, const void* data,

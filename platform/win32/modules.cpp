@@ -8,6 +8,25 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     return reinterpret_cast<Module>(::LoadLibraryExW(Wide(name), nullptr, flags));
 }
 
+Module LoadLibraryA(const char* path) {
+    return reinterpret_cast<Module>(::LoadLibraryA(path));
+}
+
+bool SetDllDirectory(const char16_t* folder) {
+    return ::SetDllDirectoryW(Wide(folder)) != 0;
+}
+
+std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
+    return ::GetSystemDirectoryW(Wide(buffer), size);
+}
+
+bool GetModuleHandleEx(std::uint32_t flags, const char16_t* name, Module& module) {
+    HMODULE found = nullptr;
+    const bool isLoaded = ::GetModuleHandleExW(flags, Wide(name), &found) != 0;
+    module = reinterpret_cast<Module>(found);
+    return isLoaded;
+}
+
 bool FreeLibrary(Module module) {
     return ::FreeLibrary(Native(module)) != 0;
 }

@@ -12,6 +12,7 @@
 #undef CreateDirectory
 #undef CreateFile
 #undef DeleteFile
+#undef ExpandEnvironmentStrings
 #undef FindFirstFile
 #undef FindNextFile
 #undef FindResource
@@ -27,6 +28,8 @@
 #undef GetFullPathName
 #undef GetModuleFileName
 #undef GetModuleHandle
+#undef GetModuleHandleEx
+#undef GetSystemDirectory
 #undef GetVersionEx
 #undef LoadLibraryEx
 #undef LoadString
@@ -44,6 +47,7 @@
 #undef ReportEvent
 #undef SearchPath
 #undef SetCurrentDirectory
+#undef SetDllDirectory
 #undef SetFileAttributes
 #undef VerQueryValue
 #undef WriteConsole

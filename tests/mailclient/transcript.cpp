@@ -15,6 +15,19 @@ File OpenTranscript(const char* mode) {
     return {path ? std::fopen(path, mode) : nullptr, &std::fclose};
 }
 
+std::string Utf8FromWide(std::u16string_view wide) {
+    if (wide.empty()) {
+        return {};
+    }
+    const auto length = static_cast<std::int32_t>(wide.size());
+    std::string bytes(static_cast<std::size_t>(Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(),
+                                                                             length, nullptr, 0)),
+                      '\0');
+    Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(), length, bytes.data(),
+                                  static_cast<std::int32_t>(bytes.size()));
+    return bytes;
+}
+
 // By way of UTF-16, as the system converts between two code pages.
 std::string Utf8FromAnsi(std::string_view text) {
     if (text.empty()) {
@@ -24,14 +37,8 @@ std::string Utf8FromAnsi(std::string_view text) {
     const std::uint32_t page = Platform::GetACP();
     std::u16string wide(
         static_cast<std::size_t>(Platform::MultiByteToWideChar(page, 0, text.data(), length, nullptr, 0)), u'\0');
-    const auto wideLength = static_cast<std::int32_t>(wide.size());
-    Platform::MultiByteToWideChar(page, 0, text.data(), length, wide.data(), wideLength);
-    std::string bytes(static_cast<std::size_t>(Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(),
-                                                                             wideLength, nullptr, 0)),
-                      '\0');
-    Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(), wideLength, bytes.data(),
-                                  static_cast<std::int32_t>(bytes.size()));
-    return bytes;
+    Platform::MultiByteToWideChar(page, 0, text.data(), length, wide.data(), static_cast<std::int32_t>(wide.size()));
+    return Utf8FromWide(wide);
 }
 
 void AppendHex(std::string& out, unsigned char byte) {
@@ -59,7 +66,34 @@ void AppendEscaped(std::string& out, char c) {
     }
 }
 
+std::string QuotedUtf8(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        AppendEscaped(quoted, c);
+    }
+    return quoted + '"';
+}
+
 } // namespace
+
+std::string Quoted(const char* text) {
+    return text ? QuotedUtf8(Utf8FromAnsi(text)) : "null";
+}
+
+std::string Quoted(const char16_t* text) {
+    return text ? QuotedUtf8(Utf8FromWide(text)) : "null";
+}
+
+std::string Hex(const void* bytes, std::size_t size) {
+    if (!bytes) {
+        return "null";
+    }
+    std::string digits;
+    for (const char byte : std::string_view(static_cast<const char*>(bytes), size)) {
+        AppendHex(digits, static_cast<unsigned char>(byte));
+    }
+    return digits;
+}
 
 std::string Decimal(std::uint64_t value) {
     std::string digits;
@@ -84,28 +118,11 @@ void Transcript::Pointer(std::string_view name, const void* pointer) {
 }
 
 void Transcript::Text(std::string_view name, const char* text) {
-    std::string line = std::string(name) + ' ';
-    if (!text) {
-        Line(line + "null");
-        return;
-    }
-    line += '"';
-    for (const char c : Utf8FromAnsi(text)) {
-        AppendEscaped(line, c);
-    }
-    Line(line + '"');
+    Line(std::string(name) + ' ' + Quoted(text));
 }
 
 void Transcript::Bytes(std::string_view name, const void* bytes, std::size_t size) {
-    std::string line = std::string(name) + ' ';
-    if (!bytes) {
-        Line(line + "null");
-        return;
-    }
-    for (const char byte : std::string_view(static_cast<const char*>(bytes), size)) {
-        AppendHex(line, static_cast<unsigned char>(byte));
-    }
-    Line(line);
+    Line(std::string(name) + ' ' + Hex(bytes, size));
 }
 
 void Transcript::Write() {

@@ -11,6 +11,14 @@
 /// libraries, and a library that shares it is never unloaded.
 std::string Decimal(std::uint64_t value);
 
+/// A terminated text in quotes, with escapes where the rows below show them; "null" for null. Narrow text is in the
+/// system's ANSI code page.
+std::string Quoted(const char* text);
+std::string Quoted(const char16_t* text);
+
+/// Two upper-case digits a byte; "null" for null.
+std::string Hex(const void* bytes, std::size_t size);
+
 /// Collects lines and appends them to the file that the environment variable CORVANE_TRANSCRIPT names; without the
 /// variable all of it is dropped. Nothing is open between two calls, since a client may die in any of them. For one
 /// thread.
@@ -28,7 +36,6 @@ public:
     void Number(std::string_view name, std::uint64_t value);
     /// Whether there is something; addresses differ from run to run.
     void Pointer(std::string_view name, const void* pointer);
-    /// A terminated text in the system's ANSI code page.
     void Text(std::string_view name, const char* text);
     void Bytes(std::string_view name, const void* bytes, std::size_t size);
 

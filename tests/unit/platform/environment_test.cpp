@@ -1,0 +1,64 @@
+#include "platform/inc/environment.h"
+
+#include "platform/inc/locale.h"
+#include "tests/support/text.h"
+#include <cstdlib>
+
+namespace {
+
+void SetVariable(const char* name, const char* value) {
+#ifdef _WIN32
+    _putenv_s(name, value);
+#else
+    setenv(name, value, 1);
+#endif
+}
+
+} // namespace
+
+TEST(Environment, ReferencesAreExpanded) {
+    SetVariable("TEST_NAME", "C:\\a b");
+    struct Row {
+        std::u16string text;
+        std::u16string expanded;
+    };
+    const Row rows[] = {
+        {u"%TEST_NAME%\\c", u"C:\\a b\\c"},
+        {u"%test_Name%%TEST_NAME%", u"C:\\a bC:\\a b"},
+        {u"%TEST_NONE%\\%TEST_NAME%", u"%TEST_NONE%\\C:\\a b"},
+        {u"100% of %TEST_NAME%", u"100% of %TEST_NAME%"},
+        {u"100%% of %TEST_NAME%", u"100%% of C:\\a b"},
+        {u"a%", u"a%"},
+        {u"", u""},
+    };
+    for (const Row& row : rows) {
+        char16_t buffer[100] = {};
+        const std::uint32_t length = Platform::ExpandEnvironmentStrings(row.text.c_str(), buffer, 100);
+        EXPECT_EQ(Readable(buffer), Readable(row.expanded));
+        EXPECT_EQ(length, row.expanded.size() + 1) << Readable(row.text);
+        char16_t small[2] = {};
+        EXPECT_GE(Platform::ExpandEnvironmentStrings(row.text.c_str(), small, 1), row.expanded.size() + 1)
+            << Readable(row.text);
+    }
+}
+
+#ifndef _WIN32
+TEST(Environment, LanguagesHaveTheirNumbers) {
+    struct Row {
+        const char* locale;
+        std::uint32_t lcid;
+    };
+    constexpr Row rows[] = {{"de_DE.UTF-8", 0x407}, {"de_AT.UTF-8", 0xC07}, {"de", 0x407},      {"pt_BR", 0x416},
+                            {"pt_PT@euro", 0x816},  {"en_GB.UTF-8", 0x809}, {"C.UTF-8", 0x409}, {"xx_XX", 0x409},
+                            {"design", 0x409},      {"POSIX", 0x409}};
+    for (const Row& row : rows) {
+        SetVariable("LC_ALL", row.locale);
+        EXPECT_EQ(Platform::GetUserDefaultLCID(), row.lcid) << row.locale;
+    }
+    SetVariable("LC_ALL", "");
+    SetVariable("LC_MESSAGES", "fr_CA.UTF-8");
+    SetVariable("LANG", "it_IT.UTF-8");
+    EXPECT_EQ(Platform::GetUserDefaultLCID(), 0xC0CU);
+    EXPECT_EQ(Platform::GetSystemDefaultLCID(), Platform::LcidEnglishUnitedStates);
+}
+#endif
