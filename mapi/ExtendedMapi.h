@@ -3,15 +3,42 @@
 
 #include "foundation/inc/array.h"
 #include "foundation/inc/namedaddress.h"
+#include "mapi/MapiSession.h"
 
-/// The objects of one delivery.
-class CMapiContext {};
+/// The objects of one delivery, filled and emptied in a fixed order. For the main thread.
+class CMapiContext {
+public:
+    CMapiContext() = default;
+    ~CMapiContext() { Empty(); }
+    CMapiContext(const CMapiContext&) = delete;
+    CMapiContext& operator=(const CMapiContext&) = delete;
 
-/// Whether the Extended route can be taken. So far it is not built, and the answer is no.
+    /// Starts MAPI, logs on and opens what a delivery needs, in the order of the fields; nothing if that was begun
+    /// before. After a failure, which is raised, the fields up to there stay filled.
+    void Open();
+    /// Lets go of everything in the reverse order: the end of MAPI comes last.
+    void Empty();
+
+    Tsx::CHolder<Mapi::CMapi> Library;
+    Tsx::CHolder<Mapi::CMapiSession> Session;
+    Tsx::CHolder<Mapi::CMapiMessageStore> Store; // the default one
+    Tsx::CHolder<Mapi::CMapiFolder> Outbox;
+    Tsx::CHolder<Mapi::CMapiFolder> ReceiveFolder;
+    Tsx::CHolder<Mapi::CMapiAddressBook> AddressBook;
+};
+
+/// Whether a logon without any user interface succeeds. Shows and raises nothing.
 bool IsExtendedMapiAvailable();
 
-/// 0 on success, 1 if the user cancelled, 2 after any other failure that was reported. Not to be called without a
-/// positive probe.
+/// Composes one message to all recipients in the outbox and opens it in the mail client's form. Blocks while the form
+/// is open.
+///
+///   0    the user has seen the form
+///   1    the user cancelled: nothing is shown
+///   2    the mail system failed otherwise, and its failure was shown
+///
+/// Any other failure is raised: a file that cannot be read, exhausted memory, CSehException for a fault in the mail
+/// client's code. The context is empty after 0; in all other cases the caller empties it.
 std::int32_t SendThroughExtendedMapi(CMapiContext& context, const Tsx::CUnicodeString& subject,
                                      const Tsx::CUnicodeString& body, const Tsx::CArray<CNamedAddress>& recipients,
                                      const Tsx::CArray<Tsx::CUnicodeString>& attachmentPaths);

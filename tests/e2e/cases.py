@@ -24,6 +24,7 @@ class Case:
     files: dict = dataclasses.field(default_factory=dict)  # name (folders included) -> content
     line: str = None  # the Windows command line behind the program, in place of the words
     answer: str = None  # what the client is told to answer
+    settings: dict = dataclasses.field(default_factory=dict)  # environment variables
     mail: str = "recording"
     unprivileged: bool = False  # run as a user whom file permissions bind; the folder "locked" is closed to all
     limit: int = 20  # seconds

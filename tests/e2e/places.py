@@ -9,11 +9,13 @@ A place keeps three copies of the program, each in a folder where it finds anoth
 
 import dataclasses
 import os
+import re
 import shutil
 import signal
 import subprocess
 
 NOBODY = 65534
+CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
 
 @dataclasses.dataclass
@@ -42,6 +44,10 @@ def windows_path(native):
     return "Z:" + native.replace("/", "\\")
 
 
+def settings_text(*rows):
+    return "\n".join(["Windows Registry Editor Version 5.00", "", *rows, ""])
+
+
 class Place:
     """What both have in common. `root` is a folder of this run alone."""
 
@@ -50,10 +56,20 @@ class Place:
         self.root = root
         self.programs = {}
         # Settings of whoever starts the suite must not reach the program.
-        own = ("CORVANE_TRANSCRIPT", "CORVANE_MAPI_ANSWER", "LD_LIBRARY_PATH")
         self.environment = {name: value for name, value in os.environ.items()
-                            if name not in own and not name.startswith("TESSARIX_")}
+                            if name not in ("CORVANE_TRANSCRIPT", "LD_LIBRARY_PATH")
+                            and not name.startswith(("TESSARIX_", "CORVANE_MAPI_"))}
         self.environment["LC_ALL"] = "C.UTF-8"
+
+    def registered_client(self, **libraries):
+        """The settings that make a mail client the default one, its libraries under the names of their values."""
+        paths = {value: windows_path(library).replace("\\", "\\\\") for value, library in libraries.items()}
+        rows = [f'"{value}"="{path}"' for value, path in paths.items()]
+        return settings_text(f"[{CLIENTS}]", '@="CorvaneTest"', f"[{CLIENTS}\\CorvaneTest]", *rows)
+
+    def transcript(self, case):
+        """The text that the case's run leaves, or a pattern of it."""
+        return case.sends if isinstance(case.sends, re.Pattern) else "".join(part.transcript() for part in case.sends)
 
     def copy_program(self, mail, name, library=None):
         folder = os.path.join(self.root, mail.replace(" ", ""))
@@ -75,6 +91,11 @@ class Native(Place):
         self.copy_program("no entry", "corvane", options.no_entry_client)
 
     def __enter__(self):
+        if self.options.extended:
+            folder = self.environment["TESSARIX_REGISTRY"]
+            os.mkdir(folder)
+            with open(os.path.join(folder, "HKEY_LOCAL_MACHINE.reg"), "w", encoding="utf-8") as stream:
+                stream.write(self.registered_client(DllPathEx=self.options.extended_client))
         return self
 
     def __exit__(self, *_):
@@ -98,7 +119,6 @@ class Native(Place):
 
 class Wine(Place):
     windows = True
-    clients = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
     # Where Wine takes the MAPI library from, if not from its own: from nowhere, or from the program's folder.
     overrides = {"missing": "mapi32=", "no entry": "mapi32=n"}
 
@@ -111,18 +131,18 @@ class Wine(Place):
         self.code_file = os.path.join(root, "code")
 
     def __enter__(self):
-        client = windows_path(self.options.client).replace("\\", "\\\\")
-        self.registry(f"[{self.clients}]", '@="CorvaneTest"', f"[{self.clients}\\CorvaneTest]", f'"DLLPath"="{client}"')
+        extended = {"DllPathEx": self.options.extended_client} if self.options.extended else {}
+        self.registry(self.registered_client(DLLPath=self.options.client, **extended))
         return self
 
     def __exit__(self, *_):
         # What a new prefix has, also after a run that was killed.
-        self.registry(f"[{self.clients}]", '@="Native Mail Client"', f"[-{self.clients}\\CorvaneTest]")
+        self.registry(settings_text(f"[{CLIENTS}]", '@="Native Mail Client"', f"[-{CLIENTS}\\CorvaneTest]"))
 
-    def registry(self, *rows):
+    def registry(self, text):
         file = os.path.join(self.root, "settings.reg")
         with open(file, "w", encoding="utf-16") as stream:
-            stream.write("\n".join(["Windows Registry Editor Version 5.00", "", *rows, ""]))
+            stream.write(text)
         # The first run of all makes the prefix, which takes a while.
         result = execute([self.options.wine, "regedit", "/S", windows_path(file)], self.root, self.environment, 200)
         if result.code != 0:

@@ -4,7 +4,6 @@
 import argparse
 import difflib
 import fnmatch
-import itertools
 import os
 import re
 import shutil
@@ -13,6 +12,7 @@ import tempfile
 
 import cases
 import exports
+import extended
 import faultsweep
 import outputs
 from places import Native, Wine
@@ -56,7 +56,7 @@ def check(place, case, folder):
     transcript_file = folder + ".transcript"
     with open(transcript_file, "wb"):
         os.chmod(transcript_file, 0o666)
-    environment = {"CORVANE_TRANSCRIPT": place.client_path(transcript_file)}
+    environment = {"CORVANE_TRANSCRIPT": place.client_path(transcript_file), **case.settings}
     if case.answer:
         environment["CORVANE_MAPI_ANSWER"] = case.answer
     result = place.run(case, folder, environment)
@@ -73,14 +73,22 @@ def check(place, case, folder):
         problems += [] if result.code == wanted else [f"exit code {result.code}, expected {wanted}"]
         problems += difference("standard error", "", result.errors.decode(errors="replace"))
     problems += difference("standard output", case.output, result.output.decode(errors="replace"))
-    problems += difference("transcript", "".join(mail.transcript() for mail in case.sends), transcript)
-    return problems
+    return problems + difference("transcript", place.transcript(case), transcript)
+
+
+def further_checks(place, options, root):
+    """What the program does beside handing mail over."""
+    if not options.extended:
+        yield from outputs.checks(place, root)
+        yield from exports.checks(place, options)
+        yield from faultsweep.checks(place, root) if options.faults else ()
 
 
 def run_all(options, root):
     passed = failed = 0
     with (Wine if options.wine else Native)(options, root) as place:
-        for number, case in enumerate(cases.all_cases(place)):
+        table = extended.all_cases if options.extended else cases.all_cases
+        for number, case in enumerate(table(place)):
             if not fnmatch.fnmatch(case.name, options.only):
                 continue
             if case.skip:
@@ -90,9 +98,7 @@ def run_all(options, root):
             passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
             if problems:
                 print("\n    ".join([f"FAIL {case.name}", *problems]))
-    more = itertools.chain(outputs.checks(place, root), exports.checks(place, options),
-                           faultsweep.checks(place, root) if options.faults else ())
-    for name, problems in more if options.only == "*" else ():
+    for name, problems in further_checks(place, options, root) if options.only == "*" else ():
         passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
         if problems:
             print("\n    ".join([f"FAIL {name}", *problems]))
@@ -104,6 +110,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--program", required=True)
     parser.add_argument("--client", required=True, help="the recording MAPI library")
+    parser.add_argument("--extended-client", required=True, help="the recording library of Extended MAPI")
+    parser.add_argument("--extended", action="store_true", help="run the cases of the Extended route alone")
     parser.add_argument("--no-entry-client", required=True, help="a MAPI library that cannot send")
     parser.add_argument("--probe", required=True, help="what looks at the program's message table")
     parser.add_argument("--faults", action="store_true", help="the program has the fault hook")

@@ -20,8 +20,8 @@ std::string Utf8FromWide(std::u16string_view wide) {
         return {};
     }
     const auto length = static_cast<std::int32_t>(wide.size());
-    std::string bytes(static_cast<std::size_t>(Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(),
-                                                                             length, nullptr, 0)),
+    std::string bytes(static_cast<std::size_t>(
+                          Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(), length, nullptr, 0)),
                       '\0');
     Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, wide.data(), length, bytes.data(),
                                   static_cast<std::int32_t>(bytes.size()));

@@ -90,4 +90,9 @@ PLATFORM_EXPORT std::int32_t HrSetOneProp(IMAPIProp* object, SPropValue* propert
     return Answer("HrSetOneProp", Joined(NameOf(object), Shown(*property)), [](const std::string&) { return 0; });
 }
 
+// For tests that live in the same process: how much is given out at the moment.
+PLATFORM_EXPORT std::uint32_t CorvaneThingsOut() {
+    return ThingsOut();
+}
+
 } // extern "C"

@@ -9,7 +9,7 @@ namespace {
 
 bool lineIsOpen = false; // a crash has left it so
 
-std::map<const void*, std::string>& ThingsOut() {
+std::map<const void*, std::string>& Things() {
     static std::map<const void*, std::string> things;
     return things;
 }
@@ -48,10 +48,10 @@ std::string ShownBytes(const Mapi::SBinary& bytes) {
 
 // What was not given back is told when the library goes.
 struct EndOfLibrary {
-    EndOfLibrary() { ThingsOut(); } // is there before, and goes after
+    EndOfLibrary() { Things(); } // is there before, and goes after
     ~EndOfLibrary() {
         std::string line = lineIsOpen ? "\nend:" : "end:";
-        for (const auto& [thing, name] : ThingsOut()) {
+        for (const auto& [thing, name] : Things()) {
             line += ' ' + name + " not given back;";
         }
         WriteText(line, true);
@@ -122,24 +122,28 @@ std::int32_t EndCall(std::int32_t result) {
 }
 
 void GiveOut(const void* thing, const std::string& name) {
-    ThingsOut().emplace(thing, name);
+    Things().emplace(thing, name);
 }
 
 std::string NameOf(const void* thing) {
     if (!thing) {
         return "null";
     }
-    const auto found = ThingsOut().find(thing);
-    if (found == ThingsOut().end()) {
+    const auto found = Things().find(thing);
+    if (found == Things().end()) {
         Protest("not its own, or was given back before", thing);
     }
     return found->second;
 }
 
 void TakeBack(const void* thing) {
-    if (ThingsOut().erase(thing) == 0) {
+    if (Things().erase(thing) == 0) {
         Protest("not its own, or was given back before", thing);
     }
+}
+
+std::uint32_t ThingsOut() {
+    return static_cast<std::uint32_t>(Things().size());
 }
 
 void* AllocateBuffer(std::size_t size, const std::string& name) {

@@ -41,6 +41,7 @@ std::int32_t Answer(std::string_view name, const std::string& arguments, TPerfor
 void GiveOut(const void* thing, const std::string& name);
 std::string NameOf(const void* thing);
 void TakeBack(const void* thing);
+std::uint32_t ThingsOut();
 
 /// Memory that counts as given out until FreeBuffer.
 void* AllocateBuffer(std::size_t size, const std::string& name);

@@ -1,0 +1,44 @@
+// The recipients of a message, in the form in which the address book resolves them.
+#pragma once
+
+#include "foundation/inc/array.h"
+#include "foundation/inc/object.h"
+#include "foundation/inc/unicodestring.h"
+#include "mapi/MapiInterfaces.h"
+
+namespace Mapi {
+
+/// What a recipient is shown and resolved as.
+///
+///   Ann, ann@example.org     Ann[ann@example.org]
+///   (none), ann              [ann]
+///   Ann, (none)              Ann
+Tsx::CUnicodeString RecipientDisplayName(const Tsx::CUnicodeString& name, const Tsx::CUnicodeString& address);
+
+/// The bytes of a list with room for that many entries.
+constexpr std::uint32_t AddressListSize(std::int32_t capacity) {
+    return static_cast<std::uint32_t>(capacity) * 16 + 8;
+}
+
+/// All of it but the texts is the mail system's memory, so that the address book can put entries of its own in the
+/// place of ours. Raises what CheckResult raises when memory is refused.
+class CMapiAddressList : public virtual Tsx::IObject {
+public:
+    CMapiAddressList();
+    ~CMapiAddressList() override;
+
+    /// Appends a recipient. AS DESIGNED: `type` is not read, and every recipient is one of the To line.
+    void Add(const Tsx::CUnicodeString& name, const Tsx::CUnicodeString& address, std::uint32_t type);
+
+    /// The list stays this object's.
+    ADRLIST* List() const { return addressList; }
+
+private:
+    ADRLIST* addressList;
+    std::int32_t capacity;                         // entries
+    Tsx::CArray<Tsx::CUnicodeString> displayNames; // what the entries' texts point into
+
+    void Grow();
+};
+
+} // namespace Mapi

@@ -1,0 +1,275 @@
+"""The Extended route: what the program asks of a mail client, call by call, and what becomes of a run in which the client
+refuses, crashes or gives nothing. The probe's calls stand at the head of every transcript."""
+
+import dataclasses
+import re
+import zlib
+
+from cases import FAILED, Case, in_folder
+from expect import Mail, failure, internal_error, quoted
+
+FAIL, CANCEL, NO_MEMORY = 0x80040700, 0x80040113, 0x8007000E
+FAIL_TEXT = "Unknown COM error. Error code: 0x80040700"  # the one code here for which no system has a text
+ADDRESS = "0x[0-9A-F]{16}"
+ERRORS_RETURNED = "0x40380"
+
+CRASHES = {
+    "read": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be read.",
+    "write": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be written.",
+    "callback": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be written.",
+    "divide": f"Integer division by zero.\nException address: {ADDRESS}",
+}
+
+# A fault runs no destructors: texts of the frames that it leaves are lost.
+NO_LEAK_CHECK = {"ASAN_OPTIONS": "detect_leaks=0"}
+
+
+@dataclasses.dataclass(frozen=True)
+class Lines:
+    """The lines of a transcript; a case takes them where it takes deliveries."""
+
+    lines: tuple
+
+    def transcript(self):
+        return "".join(line + "\n" for line in self.lines)
+
+
+def number(value):
+    return str(value) if value < 10 else f"0x{value:X}"
+
+
+def data(content):
+    if len(content) <= 64:
+        return f"{len(content)}:{content.hex().upper() if content else 'null'}"
+    return f"{number(len(content))} bytes {number(zlib.adler32(content))}"
+
+
+def ole(place):
+    return "OLE is started" if place.windows else "OLE is not started"
+
+
+def probe(place):
+    return (f"MAPIInitialize(null, {ole(place)}) = 0", "MAPILogonEx(0, null, null, 0x8020) = 0",
+            "IMAPISession::Release() = 0", f"MAPIUninitialize({ole(place)})")
+
+
+def wrapped(name):
+    return [f"{name}::AddRef() = 2", f"{name}::Release() = 1"]
+
+
+def stores(first_column):
+    return ["IMAPISession::GetMsgStoresTable(0) = 0",
+            f"IMAPITable::SetColumns([{first_column}, 0xFFF0102], 0) = 0",
+            "HrQueryAllRows(IMAPITable, null, null, null, 0) = 0"]
+
+
+def opening(place, row):
+    size = 2 * row + 3
+    return [f"MAPIInitialize(null, {ole(place)}) = 0", "MAPILogonEx(0, null, null, 0x80000062) = 0",
+            *wrapped("IMAPISession"), *stores("0x30090003"),
+            f"IMAPISession::OpenMsgStore(0, {size}:{f'{0x10 + row:X}' * size}, null, 4) = 0", "FreeProws(rows)",
+            *wrapped("IMsgStore"), "IMAPITable::Release() = 0",
+            "HrGetOneProp(IMsgStore, 0x35E20102) = 0", f"IMsgStore::OpenEntry(5:{'A5' * 5}, null, 1) = 0",
+            "MAPIFreeBuffer(property)", *wrapped("Outbox"),
+            "IMsgStore::GetReceiveFolder(null, 0x80000000, null) = 0",
+            f"IMsgStore::OpenEntry(21:{'B6' * 21}, null, 1) = 0", "MAPIFreeBuffer(identifier)", *wrapped("Inbox"),
+            "IMAPISession::OpenAddressBook(0, null, 1) = 0", *wrapped("IAddrBook")]
+
+
+def recipients(names):
+    lines, capacity, buffer = ["MAPIAllocateBuffer(0x88) = 0"], 8, "buffer of 136"
+    for index, _ in enumerate(names):
+        if index == capacity:
+            capacity *= 2
+            lines += [f"MAPIAllocateBuffer({number(capacity * 16 + 8)}) = 0", f"MAPIFreeBuffer({buffer})"]
+            buffer = f"buffer of {capacity * 16 + 8}"
+        lines.append("MAPIAllocateBuffer(0x30) = 0")
+    entries = ", ".join(f"{{0, buffer of 48, 0x3001001F {quoted(name)}, 0xC150003 1}}" for name in names)
+    lines += [f"IAddrBook::ResolveName(0, 0x80000000, null, {buffer}, [{entries}]) = 0",
+              f"IMessage::ModifyRecipients(0, {buffer}) = 0"]
+    return lines, buffer
+
+
+def attachment(name, content):
+    return ["IMessage::CreateAttach(null, 0) = 0", "HrSetOneProp(IAttach, 0x37050003 1) = 0",
+            f"HrSetOneProp(IAttach, 0x3704001F {quoted(name)}) = 0",
+            f"HrSetOneProp(IAttach, 0x37010102 {data(content)}) = 0", "IAttach::SaveChanges(2) = 0",
+            "IAttach::Release() = 0"]
+
+
+def ending(place, buffer):
+    return ["IMessage::Release() = 0", "IAddrBook::Release() = 0", "Inbox::Release() = 0", "Outbox::Release() = 0",
+            "IMsgStore::Release() = 0", "IMAPISession::Release() = 0", f"MAPIUninitialize({ole(place)})",
+            f"FreePadrlist({buffer})", "end:"]
+
+
+def delivery(place, names, subject="", body="", files=(), row=0, form='0, 0, 0, "IPM.Note"', spoolers=()):
+    """All lines of a run that ends well."""
+    list_lines, buffer = recipients(names)
+    lines = [*probe(place), *opening(place, row), "Outbox::CreateMessage(null, 0) = 0",
+             "HrSetOneProp(IMessage, 0xE01000B 1) = 0", *wrapped("IMessage"), *list_lines,
+             f"HrSetOneProp(IMessage, 0x37001F {quoted(subject)}) = 0",
+             f"HrSetOneProp(IMessage, 0x1000001F {quoted(body)}) = 0"]
+    for name, content in files:
+        lines += attachment(name, content)
+    lines += ["IMAPISession::PrepareForm(null, IMessage) = 0",
+              f"IMessage::GetProps([0xE070003, 0x1A001F, 0xFF40003, 0xFFF0102, 0xE170003], 0) = {ERRORS_RETURNED}",
+              f"IMAPISession::ShowForm(0, IMsgStore, Outbox, null, the token, null, 1, {form}) = 0",
+              "MAPIFreeBuffer(properties of the message)", *stores("0x3E030003")]
+    for spooler in spoolers:
+        size = 2 * spooler + 3
+        lines += [f"IMAPISession::OpenEntry({size}:{f'{0x10 + spooler:X}' * size}, null, 1) = 0",
+                  "IMAPIStatus::FlushQueues(0, 0, null, 0x1A) = 0", "IMAPIStatus::Release() = 0"]
+    return (*lines, "FreeProws(rows)", "IMAPITable::Release() = 0", *ending(place, buffer))
+
+
+def sends(name, words, place, *, script=None, rows=None, disk=None, limit=60, **delivered):
+    settings = {key: value for key, value in (("SCRIPT", script), ("STORES", rows)) if value}
+    return Case(name, tuple(words), [Lines(delivery(place, **delivered))], files=disk or {}, limit=limit,
+                settings={f"CORVANE_MAPI_{key}": value for key, value in settings.items()})
+
+
+def text_of(place, text):
+    """A text of the system's own: Wine's have a period."""
+    return text + ("." if place.windows else "")
+
+
+def messages(place):
+    yield sends("a name and a bare address", ["-r:Ann Lee <ann@x>", "-r:bob@y", "-s:Hello", "-b:Text"], place,
+                names=["Ann Lee[ann@x]", "[bob@y]"], subject="Hello", body="Text")
+    yield sends("a name without an address", ["-r:Ann <>"], place, names=["Ann"])
+    for count in (8, 9, 17):
+        yield sends(f"{count} recipients", [f"-r:N{i} <n{i}>" for i in range(count)], place,
+                    names=[f"N{i}[n{i}]" for i in range(count)])
+    wide = "Ж 漢 😀"
+    yield sends("letters of the world", [f"-r:{wide} <{wide}>", f"-s:{wide}", f"-b:{wide}"], place,
+                names=[f"{wide}[{wide}]"], subject=wide, body=wide)
+    for name, content in (("an empty file", b""), ("a file of 1 byte", b"\0"), ("a file of 64 MiB", b"Mail" * 2**24)):
+        yield sends(name, ["-r:a", "-a:sub/x.txt"], place, names=["[a]"], files=[("x.txt", content)],
+                    disk={"sub/x.txt": content})
+    yield sends("each file that exists goes in once, under its own name",
+                ["-r:a", "-a:Shown <x.txt>", "-a:none.txt", "-a:y"], place, names=["[a]"],
+                files=[("x.txt", b"x"), ("y", b"yy")], disk={"x.txt": b"x", "y": b"yy"})
+    yield sends("the book puts entries of its own in the list", ["-r:a", "-r:b", "-r:c"], place,
+                names=["[a]", "[b]", "[c]"], script="IAddrBook::ResolveName=replace")
+    narrow = "N\u00f6te"
+    yield sends("each property of the message goes to its own place in the form", ["-r:a"], place, names=["[a]"],
+                script="IMessage::GetProps=odd", form=f'0x104, 0x100, 0x102, "IPM.{narrow}"')
+
+
+def tables(place):
+    for name, rows, row in (("default and primary", "2 1004", 1), ("two primary", "1004 2 1004", 2),
+                            ("misleading rows", "4 1000 error bare noid:0 2 2", 5), ("primary and default", "1004 2", 0)):
+        yield sends(f"stores: {name}", ["-r:a"], place, rows=rows, names=["[a]"], row=row)
+    yield sends("stores of the spooler's type", ["-r:a"], place, rows="2 0/25 0/24 0/25", names=["[a]"],
+                spoolers=[1, 3])
+    unexpected = text_of(place, "Catastrophic failure")
+    for name, rows in (("none", "none"), ("none that will do", "4 1000 error bare"),
+                       ("the chosen one has no identifier", "noid:2")):
+        lines = [*probe(place), *opening(place, 0)[:7], "FreeProws(rows)", "IMAPITable::Release() = 0",
+                 "IMAPISession::Release() = 0", f"MAPIUninitialize({ole(place)})", "end:"]
+        yield Case(f"stores: {name}", ("-r:a",), [Lines(tuple(lines))], output=unexpected,
+                   settings={"CORVANE_MAPI_STORES": rows})
+
+
+def refusals(place):
+    """The probe fails: the other route follows, and nothing is said."""
+    initialize, logon, release, uninitialize = probe(place)
+    mail = Mail("A", "a")
+    refused = logon.replace("= 0", f"= {number(FAIL)}")
+    for name, script, lines in (
+            ("a refused logon", f"MAPILogonEx#1={FAIL:X}", (initialize, refused, uninitialize)),
+            ("a logon without a session", "MAPILogonEx#1=nothing", (initialize, logon, uninitialize)),
+            ("MAPI does not start", f"MAPIInitialize#1={FAIL:X}", (initialize.replace("= 0", f"= {number(FAIL)}"),)),
+            ("exhausted memory at the logon", f"MAPILogonEx#1={NO_MEMORY:X}",
+             (initialize, logon.replace("= 0", f"= {number(NO_MEMORY)}"), uninitialize))):
+        yield Case(name, ("-r:A <a>",), [Lines(lines), mail, Lines(("end:",))],
+                   settings={"CORVANE_MAPI_SCRIPT": script})
+
+
+WORDS = ("-r:Ann <a>", "-r:b", "-s:Hello", "-b:Text", "-a:x.txt")
+FILES = {"x.txt": b"x"}
+RELEASE = r"(\w+::Release\(\) = [01]|MAPIFreeBuffer\(.*\)|FreeProws\(rows\))"
+COUNTED = {"IMessage": 0, "IAddrBook": 1, "Inbox": 2, "Outbox": 3, "IMsgStore": 4, "IMAPISession": 5}
+
+
+def calls(lines):
+    """Each call that can fail, behind the probe: its place in the transcript, and its name with its number."""
+    seen = {}
+    for index, line in enumerate(lines):
+        name = line.split("(")[0]
+        seen[name] = seen.get(name, 0) + 1
+        if index >= 4 and " = " in line and not line.endswith(("AddRef() = 2", "Release() = 1", "Release() = 0")):
+            yield index, f"{name}#{seen[name]}"
+
+
+def last_words(place, before):
+    """What a run lets go of that has come this far, in this order, whatever it had in its hands besides."""
+    ends = ending(place, "buffer of 136")
+    counted = [ends[at] for name, at in COUNTED.items() if f"{name}::AddRef() = 2" in before]
+    book = [ends[7]] if "MAPIAllocateBuffer(0x88) = 0" in before else []
+    started = [ends[6]] if before.count(f"MAPIInitialize(null, {ole(place)}) = 0") == 2 else []
+    return [*book, *counted, *started, "end:"]
+
+
+def failed_run(place, good, index, shown):
+    """A pattern of the transcript of a run that fails at one call; `shown` is how that call's line ends."""
+    before = good[:index]
+    call = good[index].rsplit(" = ", 1)[0] + shown
+    tail = last_words(place, before)
+    return re.compile(re.escape(Lines((*before, call)).transcript()) + f"({RELEASE}\n)*?"
+                      + re.escape(Lines(tail).transcript()))
+
+
+def sweep(place):
+    """Every call behind the probe fails, and crashes."""
+    good = delivery(place, ["Ann[a]", "[b]"], "Hello", "Text", [("x.txt", b"x")])
+    yield Case("before the sweep", WORDS, [Lines(good)], files=FILES)
+    kinds = list(CRASHES.items())
+    for turn, (index, name) in enumerate(calls(good)):
+        def case(action, shown, output, code, **settings):
+            return Case(f"{name} {action}", WORDS, failed_run(place, good, index, shown), code=code,
+                        output=output, files=FILES, settings={"CORVANE_MAPI_SCRIPT": f"{name}={action}", **settings})
+
+        yield case(f"{FAIL:X}", f" = {number(FAIL)}", FAIL_TEXT, 0)
+        yield case(f"{CANCEL:X}", f" = {number(CANCEL)}", "", 0)
+        yield case(f"{NO_MEMORY:X}", f" = {number(NO_MEMORY)}", failure("Not enough memory!"), FAILED)
+        word, text = kinds[turn % len(kinds)]
+        before, after = failure("@").split("@")
+        crash = re.compile(re.escape(before) + text.replace("\n", "\r\n") + re.escape(after))
+        yield case(word, "", crash, FAILED, **NO_LEAK_CHECK)
+
+
+def oddities(place):
+    """A client that reports success and gives nothing, or something else; a file that is gone when its turn comes."""
+    good = delivery(place, ["Ann[a]", "[b]"], "Hello", "Text", [("x.txt", b"x")])
+    balanced = re.compile("(?s).*\nend:\n")  # all that was given out came back
+
+    def case(rule, output="", code=0, sends=balanced, **settings):
+        return Case(rule, WORDS, sends, code=code, output=output, files=FILES,
+                    settings={"CORVANE_MAPI_SCRIPT": rule, **settings})
+
+    for call in ("MAPILogonEx#2", "IMAPISession::GetMsgStoresTable#1", "IMAPISession::GetMsgStoresTable#2",
+                 "IMAPISession::OpenMsgStore", "IMsgStore::OpenEntry#1", "IMAPISession::OpenAddressBook",
+                 "Outbox::CreateMessage", "MAPIAllocateBuffer#1", "MAPIAllocateBuffer#2", "IMessage::CreateAttach"):
+        yield case(f"{call}=nothing", text_of(place, "Invalid pointer"))
+    for rule in ("HrQueryAllRows#1=nothing", "HrGetOneProp=nothing", "HrGetOneProp=error"):
+        yield case(rule, text_of(place, "Catastrophic failure"))
+    yield case("IMessage::GetProps=nothing", re.compile(internal_error("ExtendedMapi").pattern.replace(r"\d+", "309")),
+               FAILED)
+    for rule in ("HrQueryAllRows#2=nothing", "IMsgStore::OpenEntry#2=nothing", "IMessage::GetProps=short",
+                 "IMsgStore::GetReceiveFolder=root", "IMsgStore::GetReceiveFolder=nothing"):
+        yield case(rule)
+    shown = [line.replace('"IPM.Note"', '""') for line in good]
+    yield case("IMessage::GetProps=errors", sends=[Lines(shown)])
+    # What crashes is not given back; the rest is.
+    yield case("FreeProws#1=read", re.compile("(?s).*Access violation.*"), FAILED,
+               re.compile("(?s).*IMAPITable::Release\(\) = 0\n.*MAPIUninitialize.*\nend: .*row.*\n"), **NO_LEAK_CHECK)
+    gone = good.index('HrSetOneProp(IAttach, 0x3704001F "x.txt") = 0')
+    yield case("Outbox::CreateMessage=unlink:x.txt", in_folder("\\x.txt was not found."), FAILED,
+               failed_run(place, good, gone, " = 0"))
+
+
+def all_cases(place):
+    for group in (messages, tables, refusals, oddities, sweep):
+        yield from group(place)

@@ -1,0 +1,165 @@
+// The Extended route against the recording mail client, in one process with it.
+#include "mapi/ExtendedMapi.h"
+
+#include "platform/inc/faults.h"
+#include "platform/inc/modules.h"
+#include "tests/support/folder.h"
+#include "tests/support/text.h"
+#include <functional>
+#include <memory>
+
+using namespace Tsx;
+using namespace Mapi;
+
+namespace {
+
+/// The client, under a name that the search takes from among what the process has loaded; stays to the end.
+class CClient {
+public:
+    CClient() : module(Platform::LoadLibraryEx(CLIENT_LIBRARY, 0)) {}
+    bool IsLoaded() const { return module != nullptr; }
+    std::uint32_t ThingsOut() const {
+        return reinterpret_cast<std::uint32_t (*)()>(Platform::GetProcAddress(module, "CorvaneThingsOut"))();
+    }
+
+private:
+    Platform::Module module;
+};
+
+const CClient& Client() {
+    static const CClient client;
+    return client;
+}
+
+/// The text of what the action raised; empty for nothing.
+CUnicodeString TextOfRaised(const std::function<void()>& action) {
+    try {
+        action();
+        return {};
+    } catch (CException* exception) {
+        const std::unique_ptr<CException> owner(exception);
+        return exception->GetMessageText();
+    }
+}
+
+struct CMail {
+    CTestFolder folder;
+    CArray<CNamedAddress> recipients;
+    CArray<CUnicodeString> paths;
+
+    CMail() {
+        for (std::int32_t i = 0; i < 9; ++i) {
+            recipients.Append({u"Ann", u"ann@example.org"});
+        }
+        folder.Write(u"x.txt", "content");
+        paths.Append(folder / u"x.txt");
+    }
+    std::int32_t Send(CMapiContext& context) const {
+        return SendThroughExtendedMapi(context, u"subject", u"body", recipients, paths);
+    }
+};
+
+} // namespace
+
+TEST(ExtendedMapi, AWrapperOfNothingFailsAtItsFirstUse) {
+    CMapiSession session(nullptr);
+    CMapiMessageStore store(nullptr);
+    CMapiFolder folder(nullptr);
+    CMapiMessage message(nullptr);
+    const struct {
+        const char* name;
+        std::function<void()> use;
+    } table[] = {
+        {"OpenDefaultMessageStore",
+         [&] {
+             session.OpenDefaultMessageStore();
+         }},
+        {"OpenAddressBook",
+         [&] {
+             session.OpenAddressBook();
+         }},
+        {"FlushOutgoingQueues",
+         [&] {
+             session.FlushOutgoingQueues();
+         }},
+        {"OpenReceiveFolder",
+         [&] {
+             store.OpenReceiveFolder();
+         }},
+        {"OpenOutbox",
+         [&] {
+             store.OpenOutbox();
+         }},
+        {"CreateMessage",
+         [&] {
+             folder.CreateMessage();
+         }},
+        {"SetSubject",
+         [&] {
+             message.SetSubject(u"x");
+         }},
+        {"SetBody",
+         [&] {
+             message.SetBody(u"x");
+         }},
+        {"AddAttachment",
+         [&] {
+             message.AddAttachment(u"x");
+         }},
+        {"ShowForm",
+         [&] {
+             message.ShowForm(session, store, folder);
+         }},
+        {"Submit",
+         [&] {
+             message.Submit();
+         }},
+    };
+    for (const auto& row : table) {
+        const auto raised = Raised<CCOMException>(row.use);
+        EXPECT_TRUE(raised && raised->hresult == ResultPointer) << row.name;
+    }
+}
+
+TEST(ExtendedMapi, TheContextIsFilledOnceAndEmptiedByTheSend) {
+    ASSERT_TRUE(Client().IsLoaded());
+    EXPECT_TRUE(IsExtendedMapiAvailable());
+    EXPECT_EQ(Client().ThingsOut(), 0U);
+    CMapiContext context;
+    context.Open();
+    const CMapiSession* session = context.Session.Get();
+    context.Open();
+    EXPECT_EQ(context.Session.Get(), session);
+    EXPECT_EQ(Client().ThingsOut(), 5U) << "session, store, two folders, address book";
+    EXPECT_EQ(CMail().Send(context), 0);
+    EXPECT_TRUE(context.Library.IsEmpty() && context.Session.IsEmpty() && context.AddressBook.IsEmpty());
+    EXPECT_EQ(Client().ThingsOut(), 0U);
+}
+
+// Whatever of ours fails on the way (memory, a file, a text): the client gets back all that it gave.
+TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
+    if (!Platform::FaultsAvailable()) {
+        GTEST_SKIP() << "needs the fault hook";
+    }
+    ASSERT_TRUE(Client().IsLoaded());
+    const CMail mail;
+    CMapiContext first; // binds the entries: what gives back must be known before anything is given out
+    ASSERT_EQ(mail.Send(first), 0);
+    for (const char* function : {"allocation", "*"}) {
+        std::int32_t nth = 1;
+        for (bool reached = true; reached; ++nth) {
+            CUnicodeString text;
+            std::int32_t result = 0;
+            {
+                CMapiContext context;
+                Platform::ArmFault(function, nth, 8, Platform::FaultMode::Once);
+                text = TextOfRaised([&] { result = mail.Send(context); });
+            }
+            reached = Platform::FaultCallsSeen() >= nth;
+            Platform::DisarmFaults();
+            ASSERT_EQ(Client().ThingsOut(), 0U) << function << ' ' << nth << ": " << Readable(text.View());
+            ASSERT_TRUE(reached || (text.IsEmpty() && result == 0)) << "the run that nothing disturbs";
+        }
+        EXPECT_GT(nth, 15) << function;
+    }
+}
