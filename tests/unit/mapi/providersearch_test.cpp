@@ -284,31 +284,28 @@ TEST(ProviderSearch, LeavesTheReasonInTheLastError) {
     Platform::FreeLibrary(loaded);
     installer = nullptr;
 
+    const std::u16string tooMuch = u"%PROVIDER_ROOT%" + std::u16string(240, u'x');
+    const std::u16string tooLong(260, u'x');
     struct FolderRow {
         const char* name;
-        Value value;
-        std::u16string path;
+        std::uint32_t type;
+        const char16_t* folder;
+        const char16_t* path;
         std::uint32_t error;
     };
-    const FolderRow folders[] = {
-        {"no value", {Machine, Windows, u"Other", RegSz, u""}, u"x.dll", 2},
-        {"another type", {Machine, Windows, u"CommonFilesDir", RegMultiSz, u"{R}\\|"}, u"x.dll", 87},
-        {"expands to too much",
-         {Machine, Windows, u"CommonFilesDir", RegExpandSz, u"%PROVIDER_ROOT%" + std::u16string(240, u'x')},
-         u"x.dll",
-         122},
-        {"missing folder", {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\gone"}, u"x.dll", 2},
-        {"too long together",
-         {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\elsewhere"},
-         std::u16string(260, u'x'),
-         122},
-        {"no library", {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\elsewhere"}, u"x.dll", 126},
-    };
+    const FolderRow folders[] = {{"another type", RegMultiSz, u"{R}\\|", u"x.dll", 87},
+                                 {"expands to too much", RegExpandSz, tooMuch.c_str(), u"x.dll", 122},
+                                 {"missing folder", RegSz, u"{R}\\gone", u"x.dll", 2},
+                                 {"too long together", RegSz, u"{R}\\elsewhere", tooLong.c_str(), 122},
+                                 {"no library", RegSz, u"{R}\\elsewhere", u"x.dll", 126}};
     EXPECT_EQ(LoadUnderCommonFiles(u"x.dll"), nullptr);
     EXPECT_EQ(Platform::GetLastError(), 2U) << "no key";
+    fixture.Set({Machine, Windows, u"Other", RegSz, u""});
+    EXPECT_EQ(LoadUnderCommonFiles(u"x.dll"), nullptr);
+    EXPECT_EQ(Platform::GetLastError(), 2U) << "no value";
     for (const FolderRow& row : folders) {
-        fixture.Set(row.value);
-        EXPECT_EQ(LoadUnderCommonFiles(row.path.c_str()), nullptr) << row.name;
+        fixture.Set({Machine, Windows, u"CommonFilesDir", row.type, row.folder});
+        EXPECT_EQ(LoadUnderCommonFiles(row.path), nullptr) << row.name;
         EXPECT_EQ(Platform::GetLastError(), row.error) << row.name;
     }
     EXPECT_EQ(fixture.Take(LoadUnderCommonFiles(u"\\there.dll")), "elsewhere\\there.dll") << "one separator";
