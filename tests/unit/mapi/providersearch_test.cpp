@@ -408,28 +408,31 @@ TEST(MapiProvider, WhatTheProcessHasIsUsedWithoutASearch) {
 
 TEST(MapiProvider, OneOfSeveralThreadsSetsIt) {
     const CFixture fixture;
-    fixture.Make(u"Client\\ex.dll");
-    fixture.Set(DefaultClient);
-    fixture.Set(ClientPathEx);
-    for (int round = 0; round < 10; ++round) {
-        std::atomic<int> waiting{4};
-        std::vector<Platform::Module> found(4);
-        std::vector<std::thread> threads;
-        for (Platform::Module& mine : found) {
-            threads.emplace_back([&] {
-                for (--waiting; waiting > 0;) {
-                    std::this_thread::yield();
-                }
-                mine = LocateMapiModule();
-            });
+    fixture.Make(u"component.dll");
+    fixture.Set(OutlookProgram);
+    fixture.Set({User, Outlook, u"MSIComponentID", RegSz, u"{Id}"});
+    const std::uint32_t generation = providerGeneration;
+    std::atomic<int> searching{4};
+    installer = [&](const std::string&, std::u16string& path) {
+        for (--searching; searching > 0;) {
+            std::this_thread::yield(); // until all of them are in the midst of their search
         }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-        EXPECT_EQ(found, std::vector<Platform::Module>(4, providerModule));
-        Forget();
-        EXPECT_EQ(Platform::GetModuleHandle(u"ex.dll"), nullptr) << "what was loaded in vain is given back";
+        path = fixture.Whole(u"component.dll");
+        return 0U;
+    };
+    std::vector<Platform::Module> found(4);
+    std::vector<std::thread> threads;
+    for (Platform::Module& mine : found) {
+        threads.emplace_back([&mine] { mine = LocateMapiModule(); });
     }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    installer = nullptr;
+    EXPECT_EQ(found, std::vector<Platform::Module>(4, providerModule));
+    EXPECT_EQ(providerGeneration, generation + 4);
+    Forget();
+    EXPECT_EQ(Platform::GetModuleHandle(u"component.dll"), nullptr) << "what was loaded in vain is given back";
 }
 
 TEST(MapiEntries, AreBoundWhenCalledAndAgainForANewLibrary) {
