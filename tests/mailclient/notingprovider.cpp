@@ -41,8 +41,11 @@ private:
 
 const CPresence presence;
 
+// Not by std::to_string, which has an object that must be the process's only one: the library could not be unloaded.
 std::string Number(std::uint64_t argument) {
-    return " " + std::to_string(argument);
+    char text[30] = {};
+    std::snprintf(text, sizeof(text), " %llu", static_cast<unsigned long long>(argument));
+    return text;
 }
 std::string Number(const void* argument) {
     return Number(reinterpret_cast<std::uintptr_t>(argument));

@@ -284,31 +284,28 @@ TEST(ProviderSearch, LeavesTheReasonInTheLastError) {
     Platform::FreeLibrary(loaded);
     installer = nullptr;
 
+    const std::u16string tooMuch = u"%PROVIDER_ROOT%" + std::u16string(240, u'x');
+    const std::u16string tooLong(260, u'x');
     struct FolderRow {
         const char* name;
-        Value value;
-        std::u16string path;
+        std::uint32_t type;
+        const char16_t* folder;
+        const char16_t* path;
         std::uint32_t error;
     };
-    const FolderRow folders[] = {
-        {"no value", {Machine, Windows, u"Other", RegSz, u""}, u"x.dll", 2},
-        {"another type", {Machine, Windows, u"CommonFilesDir", RegMultiSz, u"{R}\\|"}, u"x.dll", 87},
-        {"expands to too much",
-         {Machine, Windows, u"CommonFilesDir", RegExpandSz, u"%PROVIDER_ROOT%" + std::u16string(240, u'x')},
-         u"x.dll",
-         122},
-        {"missing folder", {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\gone"}, u"x.dll", 2},
-        {"too long together",
-         {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\elsewhere"},
-         std::u16string(260, u'x'),
-         122},
-        {"no library", {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\elsewhere"}, u"x.dll", 126},
-    };
+    const FolderRow folders[] = {{"another type", RegMultiSz, u"{R}\\|", u"x.dll", 87},
+                                 {"expands to too much", RegExpandSz, tooMuch.c_str(), u"x.dll", 122},
+                                 {"missing folder", RegSz, u"{R}\\gone", u"x.dll", 2},
+                                 {"too long together", RegSz, u"{R}\\elsewhere", tooLong.c_str(), 122},
+                                 {"no library", RegSz, u"{R}\\elsewhere", u"x.dll", 126}};
     EXPECT_EQ(LoadUnderCommonFiles(u"x.dll"), nullptr);
     EXPECT_EQ(Platform::GetLastError(), 2U) << "no key";
+    fixture.Set({Machine, Windows, u"Other", RegSz, u""});
+    EXPECT_EQ(LoadUnderCommonFiles(u"x.dll"), nullptr);
+    EXPECT_EQ(Platform::GetLastError(), 2U) << "no value";
     for (const FolderRow& row : folders) {
-        fixture.Set(row.value);
-        EXPECT_EQ(LoadUnderCommonFiles(row.path.c_str()), nullptr) << row.name;
+        fixture.Set({Machine, Windows, u"CommonFilesDir", row.type, row.folder});
+        EXPECT_EQ(LoadUnderCommonFiles(row.path), nullptr) << row.name;
         EXPECT_EQ(Platform::GetLastError(), row.error) << row.name;
     }
     EXPECT_EQ(fixture.Take(LoadUnderCommonFiles(u"\\there.dll")), "elsewhere\\there.dll") << "one separator";
@@ -411,28 +408,31 @@ TEST(MapiProvider, WhatTheProcessHasIsUsedWithoutASearch) {
 
 TEST(MapiProvider, OneOfSeveralThreadsSetsIt) {
     const CFixture fixture;
-    fixture.Make(u"Client\\ex.dll");
-    fixture.Set(DefaultClient);
-    fixture.Set(ClientPathEx);
-    for (int round = 0; round < 10; ++round) {
-        std::atomic<int> waiting{4};
-        std::vector<Platform::Module> found(4);
-        std::vector<std::thread> threads;
-        for (Platform::Module& mine : found) {
-            threads.emplace_back([&] {
-                for (--waiting; waiting > 0;) {
-                    std::this_thread::yield();
-                }
-                mine = LocateMapiModule();
-            });
+    fixture.Make(u"component.dll");
+    fixture.Set(OutlookProgram);
+    fixture.Set({User, Outlook, u"MSIComponentID", RegSz, u"{Id}"});
+    const std::uint32_t generation = providerGeneration;
+    std::atomic<int> searching{4};
+    installer = [&](const std::string&, std::u16string& path) {
+        for (--searching; searching > 0;) {
+            std::this_thread::yield(); // until all of them are in the midst of their search
         }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
-        EXPECT_EQ(found, std::vector<Platform::Module>(4, providerModule));
-        Forget();
-        EXPECT_EQ(Platform::GetModuleHandle(u"ex.dll"), nullptr) << "what was loaded in vain is given back";
+        path = fixture.Whole(u"component.dll");
+        return 0U;
+    };
+    std::vector<Platform::Module> found(4);
+    std::vector<std::thread> threads;
+    for (Platform::Module& mine : found) {
+        threads.emplace_back([&mine] { mine = LocateMapiModule(); });
     }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    installer = nullptr;
+    EXPECT_EQ(found, std::vector<Platform::Module>(4, providerModule));
+    EXPECT_EQ(providerGeneration, generation + 4);
+    Forget();
+    EXPECT_EQ(Platform::GetModuleHandle(u"component.dll"), nullptr) << "what was loaded in vain is given back";
 }
 
 TEST(MapiEntries, AreBoundWhenCalledAndAgainForANewLibrary) {
