@@ -58,8 +58,8 @@ public:
     /// Resolves `.` and `..` in a path of the type PT_UNC or PT_DriveAbsolute; any other type and an empty path are
     /// internal errors. `..` never climbs above the drive or the share:
     ///
-    ///   C:\..\..\a\.\b    C:\a\b        C:\a\..      C:\
-    ///   \\s\h\..\x        \\s\h\x       \\s\h\x\..   \\s\h
+    ///   C:\..\..\a\.\b    C:\a\b        \\s\h\..\x        \\s\h\x
+    ///   C:\a\..           C:\           \\s\h\x\..        \\s\h
     static CUnicodeString GetCanonicalPath(const CUnicodeString& path, TPathType type);
 
     static void SetTemporaryFolder(const CUnicodeString& path);

@@ -97,7 +97,8 @@ public:
 
     /// Removes every node with an equal key.
     void DeleteAll(const TKey& key) {
-        const TKey wanted = key; // the argument may stand in one of the nodes
+        // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the argument may stand in one of the nodes
+        const TKey wanted = key;
         std::int32_t position = GetFirstPosition(wanted);
         while (position != NoPosition) {
             const std::int32_t next = GetNextPosition(wanted, position);

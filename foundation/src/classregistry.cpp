@@ -55,6 +55,14 @@ CObjectFactory FindFactory(const CUnicodeString& name) {
     return factory ? *factory : nullptr;
 }
 
+// Another record of the same class or name may have gone before.
+template <class TTable, class TKey>
+void DeleteIfPresent(TTable& table, const TKey& key) {
+    if (table.Has(key)) {
+        table.Delete(key);
+    }
+}
+
 } // namespace
 
 CClassRegistration::CClassRegistration(const char16_t* name, const std::type_info& type, CObjectFactory factory)
@@ -66,10 +74,8 @@ CClassRegistration::CClassRegistration(const char16_t* name, const std::type_inf
 
 CClassRegistration::~CClassRegistration() {
     const CCriticalSectionLock guard(FoundationLock);
-    ClassRegistry.Factories.DeleteAll(className);
-    if (ClassRegistry.Names.Has(classType)) {
-        ClassRegistry.Names.Delete(classType);
-    }
+    DeleteIfPresent(ClassRegistry.Factories, className);
+    DeleteIfPresent(ClassRegistry.Names, std::type_index(classType));
 }
 
 void RegisterClassModule(const CUnicodeString& name, const CUnicodeString& module) {

@@ -25,17 +25,16 @@ CConsoleMessageHandler::CConsoleMessageHandler(Handle standardOutput)
     : output(standardOutput), fileType(IsMissing(output) ? 0 : GetFileType(output) & ~FileTypeRemote) {}
 
 bool CConsoleMessageHandler::BeginsWithMark() const {
-    std::int64_t position = 0;
-    if (!SetFilePointerEx(output, 0, position, FileCurrent) || position == 0) {
+    std::int64_t kept = 0;
+    if (!SetFilePointerEx(output, 0, kept, FileCurrent) || kept == 0) {
         return false;
     }
-    std::int64_t ignored = 0;
+    std::int64_t moved = 0;
     unsigned char start[2] = {};
     std::uint32_t read = 0;
-    const bool found = SetFilePointerEx(output, 0, ignored, FileBegin) &&
-                       ReadFile(output, start, sizeof(start), read) && read == sizeof(start) && start[0] == 0xFF &&
-                       start[1] == 0xFE;
-    SetFilePointerEx(output, position, ignored, FileBegin);
+    const bool found = SetFilePointerEx(output, 0, moved, FileBegin) && ReadFile(output, start, sizeof(start), read) &&
+                       read == sizeof(start) && start[0] == 0xFF && start[1] == 0xFE;
+    SetFilePointerEx(output, kept, moved, FileBegin);
     return found;
 }
 

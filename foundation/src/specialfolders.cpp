@@ -80,7 +80,7 @@ CUnicodeString GetPathOfItem(std::int32_t csidl) {
     Platform::ItemIdList* item = nullptr;
     const std::int32_t result = Platform::SHGetSpecialFolderLocation(nullptr, csidl, item);
     if (result < 0) {
-        GenerateLastErrorException(static_cast<std::uint32_t>(result));
+        GenerateCOMException(result);
     }
     const std::unique_ptr<Platform::ItemIdList, CItemIdListRelease> owner(item);
     char16_t path[Platform::MaxPath + 1] = {};

@@ -18,6 +18,9 @@ constexpr std::int32_t SFalse = 1; // S_FALSE
 /// The root of every COM interface. Results are HRESULT values; a reference is given back by Release.
 class IUnknown {
 public:
+    IUnknown(const IUnknown&) = delete;
+    IUnknown& operator=(const IUnknown&) = delete;
+
     virtual std::int32_t QueryInterface(const Guid& interfaceId, void** object) = 0;
     virtual std::uint32_t AddRef() = 0;
     virtual std::uint32_t Release() = 0;
@@ -25,8 +28,6 @@ public:
 protected:
     IUnknown() = default;
     ~IUnknown() = default;
-    IUnknown(const IUnknown&) = delete;
-    IUnknown& operator=(const IUnknown&) = delete;
 };
 
 /// The published interface, slot for slot. Strings are the caller's, who frees them with SysFreeString.

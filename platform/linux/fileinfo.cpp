@@ -31,10 +31,25 @@ std::string NameOf(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
+// What is kept beside a file, each only where somebody set it.
+struct KeptValues {
+    std::optional<std::uint32_t> bits;
+    std::optional<std::int64_t> created;
+};
+
+/// How a path is asked for its extended attributes: through a link at its end, or that link itself.
+struct AttributeCalls {
+    decltype(&listxattr) list;
+    decltype(&getxattr) get;
+};
+constexpr AttributeCalls Followed{&listxattr, &getxattr};
+constexpr AttributeCalls NotFollowed{&llistxattr, &lgetxattr};
+
 template <class TNumber>
-std::optional<TNumber> ReadNumber(int descriptor, const char* attribute, std::string_view prefix, int base) {
+std::optional<TNumber> ReadNumber(const AttributeCalls& calls, const char* path, const char* attribute,
+                                  std::string_view prefix, int base) {
     char buffer[32];
-    const ssize_t size = getxattr(NameOf(descriptor).c_str(), attribute, buffer, sizeof(buffer));
+    const ssize_t size = calls.get(path, attribute, buffer, sizeof(buffer));
     std::string_view text(buffer, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     if (!text.starts_with(prefix)) {
         return std::nullopt;
@@ -45,8 +60,27 @@ std::optional<TNumber> ReadNumber(int descriptor, const char* attribute, std::st
     return result.ec == std::errc() ? std::optional(value) : std::nullopt;
 }
 
+// Most files have none, which one call tells.
+KeptValues ReadKept(const AttributeCalls& calls, const std::string& path) {
+    char names[1024];
+    const ssize_t size = calls.list(path.c_str(), names, sizeof(names));
+    const bool isLong = size < 0 && errno == ERANGE;
+    const std::string_view all(names, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    const auto has = [&](const char* name) {
+        return isLong || all.find(name) != std::string_view::npos;
+    };
+    KeptValues kept;
+    if (has(AttributesName)) {
+        kept.bits = ReadNumber<std::uint32_t>(calls, path.c_str(), AttributesName, "0x", 16);
+    }
+    if (has(CreatedName)) {
+        kept.created = ReadNumber<std::int64_t>(calls, path.c_str(), CreatedName, "", 10);
+    }
+    return kept;
+}
+
 std::optional<std::uint32_t> ReadKeptBits(int descriptor) {
-    return ReadNumber<std::uint32_t>(descriptor, AttributesName, "0x", 16);
+    return ReadKept(Followed, NameOf(descriptor)).bits;
 }
 
 bool Keep(int descriptor, const char* attribute, const std::string& text) {
@@ -67,8 +101,8 @@ std::uint32_t BitsThatCount(mode_t mode) {
     return IsFolder(mode) ? KeptBits | FileAttributeReadOnly : KeptBits;
 }
 
-std::uint32_t AttributesOf(int descriptor, mode_t mode, const std::string& name) {
-    std::uint32_t bits = ReadKeptBits(descriptor).value_or(BitsByName(mode, name)) & BitsThatCount(mode);
+std::uint32_t AttributesOf(const KeptValues& kept, mode_t mode, const std::string& name) {
+    std::uint32_t bits = kept.bits.value_or(BitsByName(mode, name)) & BitsThatCount(mode);
     if (IsFolder(mode)) {
         bits |= FileAttributeDirectory;
     } else if ((mode & S_IWUSR) == 0 && !S_ISLNK(mode)) {
@@ -79,6 +113,17 @@ std::uint32_t AttributesOf(int descriptor, mode_t mode, const std::string& name)
 
 std::int64_t FileTimeOf(const statx_timestamp& time) {
     return Platform::FileTimeOf(time.tv_sec, time.tv_nsec);
+}
+
+constexpr unsigned StatusMask = STATX_BASIC_STATS | STATX_BTIME;
+
+void Fill(FileAttributeData& data, const struct statx& status, const KeptValues& kept, const std::string& name) {
+    data.attributes = AttributesOf(kept, status.stx_mode, name);
+    data.lastAccessTime = FileTimeOf(status.stx_atime);
+    data.lastWriteTime = FileTimeOf(status.stx_mtime);
+    const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+    data.creationTime = kept.created.value_or(hasBirth ? FileTimeOf(status.stx_btime) : data.lastWriteTime);
+    data.size = IsFolder(status.stx_mode) ? 0 : static_cast<std::int64_t>(status.stx_size);
 }
 
 // The permissions are set last when they forbid the rest, and first when they allow it.
@@ -139,24 +184,23 @@ timespec NativeTimeOf(std::int64_t fileTime) {
 
 bool ReadFileInfo(int descriptor, const std::string& name, FileAttributeData& data) {
     struct statx status {};
-    if (statx(descriptor, "", AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+    if (statx(descriptor, "", AT_EMPTY_PATH, StatusMask, &status) != 0) {
         return false;
     }
-    data.attributes = AttributesOf(descriptor, status.stx_mode, name);
-    data.lastAccessTime = FileTimeOf(status.stx_atime);
-    data.lastWriteTime = FileTimeOf(status.stx_mtime);
-    const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
-    const std::int64_t birth = hasBirth ? FileTimeOf(status.stx_btime) : data.lastWriteTime;
-    data.creationTime = ReadNumber<std::int64_t>(descriptor, CreatedName, "", 10).value_or(birth);
-    data.size = IsFolder(status.stx_mode) ? 0 : static_cast<std::int64_t>(status.stx_size);
+    Fill(data, status, ReadKept(Followed, NameOf(descriptor)), name);
     return true;
 }
 
 bool ReadEntryInfo(int folder, const std::string& name, FileAttributeData& data) {
-    struct stat status {};
-    if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    struct statx status {};
+    if (statx(folder, name.c_str(), AT_SYMLINK_NOFOLLOW, StatusMask, &status) != 0) {
         return false;
     }
+    if (!S_ISLNK(status.stx_mode)) {
+        Fill(data, status, ReadKept(NotFollowed, NameOf(folder) + "/" + name), name);
+        return true;
+    }
+    // A link tells of what it leads to, or of itself where that is nothing.
     Descriptor entry(openat(folder, name.c_str(), O_PATH | O_CLOEXEC));
     if (!entry) {
         entry = Descriptor(openat(folder, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
@@ -164,7 +208,7 @@ bool ReadEntryInfo(int folder, const std::string& name, FileAttributeData& data)
     if (!entry || !ReadFileInfo(entry.Get(), name, data)) {
         return false;
     }
-    data.attributes |= S_ISLNK(status.st_mode) ? FileAttributeReparsePoint : 0;
+    data.attributes |= FileAttributeReparsePoint;
     return true;
 }
 

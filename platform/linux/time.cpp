@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 #include <cwchar>
 #include <string>
-#include <time.h>
 #include <vector>
 
 namespace Platform {
@@ -18,7 +18,7 @@ static_assert(RangeError == ERANGE);
 namespace {
 
 constexpr FileTime TicksPerSecond = 10'000'000;
-constexpr FileTime TicksPerDay = 24 * 60 * 60 * TicksPerSecond;
+constexpr FileTime TicksPerDay = TicksPerSecond * 60 * 60 * 24;
 constexpr std::uint16_t FirstYear = 1601;
 constexpr std::uint16_t LastYear = 30827; // the last whole year that 63 bits can count to
 constexpr auto FirstDay = std::chrono::sys_days(std::chrono::January / 1 / FirstYear);

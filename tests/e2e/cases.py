@@ -170,7 +170,7 @@ def deliveries(place):
         yield Case(f"the first of two deliveries answers {answer}", two, [Mail("A", "a", result=code), Mail("B", "b")],
                    answer=f"{answer},success")
     yield Case("every delivery fails", two, [Mail("A", "a", result=2), Mail("B", "b", result=2)], answer="2")
-    yield Case("the client crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], code=CRASHED,
+    yield Case("the client crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], limit=90, code=CRASHED,
                # Wine's debugger reports on standard output.
                answer="success,crash", output=re.compile("(?s).*") if place.windows else "")
     # Each system's own text for the code, which brings its own line end.

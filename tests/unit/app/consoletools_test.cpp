@@ -62,6 +62,9 @@ TEST(ConsoleTools, WritesForWhatTheOutputIs) {
                         {"terminal", EOutput::Terminal, "", u"a\u00E4\n", "a\xC3\xA4\r\n"},
                         {"null device", EOutput::NullDevice, "", u"a", ""}};
     for (const Row& row : rows) {
+        if (row.kind == EOutput::Terminal && !CStandardOutput::HasTerminals) {
+            continue; // the end-to-end tests have one
+        }
         CStandardOutput output(row.kind, row.before);
         ForgetHandle();
         ConsolePrintf(u"%s", row.text);
@@ -80,6 +83,7 @@ TEST(ConsoleTools, EachNewHandleIsDecidedAnew) {
     const Platform::Handle old = open(u"old");
     std::int64_t position = 0;
     ASSERT_TRUE(Platform::SetFilePointerEx(old, 0, position, Platform::FileEnd));
+    ForgetHandle(); // a closed one may have had the value of one of these
     for (const Platform::Handle handle : {fresh, old, fresh}) {
         const CHandleScope scope(handle);
         ConsoleWrite(u"a");

@@ -201,6 +201,8 @@ TEST(NativeFileSystem, MakesAllLevelsAndDeletesTrees) {
     folder.Write(u"a\\b\\file");
     folder.Write(u"a\\b\\c\\guarded");
     Files().SetAttributes(folder / u"a\\b\\c\\guarded", ReadOnly);
+    Files().CreateDirectory(folder / u"a\\guarded", true);
+    Files().SetAttributes(folder / u"a\\guarded", ReadOnly);
     const auto refused = Raised<CFileException>([&] { Files().DeleteTree(folder / u"a", false); });
     ASSERT_TRUE(refused);
     EXPECT_EQ(refused->fileName, folder / u"a\\b\\c\\guarded");
@@ -210,10 +212,12 @@ TEST(NativeFileSystem, MakesAllLevelsAndDeletesTrees) {
 
 TEST(NativeFileSystem, FindsFiles) {
     const CTestFolder folder;
-    for (const char16_t* name : {u"One.txt", u"two.txt", u"hidden.txt", u"sub\\three.txt", u"sub\\deep\\four.log"}) {
+    for (const char16_t* name :
+         {u"One.txt", u"two.txt", u"hidden.txt", u"sub\\three.txt", u"sub\\deep\\four.log", u"veiled\\five.txt"}) {
         folder.Write(name);
     }
     Files().SetAttributes(folder / u"hidden.txt", Hidden);
+    Files().SetAttributes(folder / u"veiled", Hidden);
     struct Row {
         const char16_t* patterns;
         std::uint32_t flags;
@@ -228,7 +232,8 @@ TEST(NativeFileSystem, FindsFiles) {
         {u"", all, u""},
         {u";two.*;*.txt;", FF_Files, u"One.txt two.txt two.txt "},
         {u"*.log", FF_Files | FF_Recursive, u"sub\\deep\\four.log "},
-        {u"*", all, u"One.txt hidden.txt sub sub\\deep sub\\deep\\four.log sub\\three.txt two.txt "}};
+        {u"*", all,
+         u"One.txt hidden.txt sub sub\\deep sub\\deep\\four.log sub\\three.txt two.txt veiled veiled\\five.txt "}};
     for (const Row& row : rows) {
         CArray<CFileStatus> found;
         Files().FindFilesEx(folder.Path(), found, row.patterns, row.flags, nullptr);
@@ -333,6 +338,40 @@ TEST(NativeFileSystem, FaultsOfASearchEndIt) {
         Platform::DisarmFaults();
         EXPECT_EQ(failure ? failure->lastError : 0, row.raised) << row.function << " " << row.code;
     }
+}
+
+TEST(NativeFileSystem, AnyFailureOfTheSystemLeavesNothingOpen) {
+    if (!Platform::FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no fault hook";
+    }
+    const CTestFolder folder;
+    folder.Write(u"f");
+    const auto useEverything = [&] {
+        CFile file;
+        file.Open(folder / u"f", 4129);
+        file.Close();
+        CFileStatus status;
+        Files().GetStatus(folder / u"f", status);
+        Files().SetStatus(folder / u"f", status);
+        CArray<CFileStatus> found;
+        Files().FindFilesEx(folder.Path(), found, u"*", FF_Files);
+        Files().CopyFile(folder / u"g", folder / u"f");
+    };
+    std::int32_t raised = 0;
+    std::int32_t nth = 1;
+    for (std::int32_t seen = 1; seen >= nth; ++nth) {
+        Platform::ArmFault("*", nth, 5, Platform::FaultMode::Once);
+        try {
+            useEverything();
+        } catch (CException* exception) {
+            delete exception;
+            ++raised;
+        }
+        seen = Platform::FaultCallsSeen();
+        Platform::DisarmFaults();
+        ASSERT_TRUE(Files().CheckFile(folder / u"f", 17)) << "after failure " << nth << " nobody has it open";
+    }
+    EXPECT_GT(raised, 15) << "of " << nth;
 }
 
 TEST(NativeFileSystem, SpecialFolders) {

@@ -36,7 +36,7 @@ TEST(ThreadObject, EachThreadHasItsOwnZeroedValue) {
 }
 
 TEST(ThreadObject, RacingThreadsGetOneIndex) {
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 50; ++round) {
         auto family = std::make_unique<CProbe<int>>();
         CProbe<int> other;
         std::latch start(4);
