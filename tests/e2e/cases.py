@@ -8,10 +8,9 @@ import dataclasses
 import re
 
 from expect import HELP, LOGO, Mail, failure, internal_error, printed
-from places import windows_path
+from places import CRASHED, windows_path
 
 FAILED = -1
-CRASHED = "crashed"
 
 
 @dataclasses.dataclass(frozen=True)

@@ -9,6 +9,7 @@ from cases import FAILED, Case, in_folder
 from expect import Mail, failure, internal_error, quoted
 
 FAIL, CANCEL, NO_MEMORY = 0x80040700, 0x80040113, 0x8007000E
+POINTER, UNEXPECTED = 0x80004003, 0x8000FFFF
 FAIL_TEXT = "Unknown COM error. Error code: 0x80040700"  # the one code here for which no system has a text
 ADDRESS = "0x[0-9A-F]{16}"
 ERRORS_RETURNED = "0x40380"
@@ -129,9 +130,10 @@ def sends(name, words, place, *, script=None, rows=None, disk=None, limit=60, **
                 settings={f"CORVANE_MAPI_{key}": value for key, value in settings.items()})
 
 
-def text_of(place, text):
-    """A text of the system's own: Wine's have a period."""
-    return text + ("." if place.windows else "")
+def com_text(place, code):
+    """Wine has no text for these codes."""
+    native = {POINTER: "Invalid pointer", UNEXPECTED: "Catastrophic failure"}
+    return f"Unknown COM error. Error code: 0x{code:x}" if place.windows else native[code]
 
 
 def messages(place):
@@ -163,7 +165,7 @@ def tables(place):
         yield sends(f"stores: {name}", ["-r:a"], place, rows=rows, names=["[a]"], row=row)
     yield sends("stores of the spooler's type", ["-r:a"], place, rows="2 0/25 0/24 0/25", names=["[a]"],
                 spoolers=[1, 3])
-    unexpected = text_of(place, "Catastrophic failure")
+    unexpected = com_text(place, UNEXPECTED)
     for name, rows in (("none", "none"), ("none that will do", "4 1000 error bare"),
                        ("the chosen one has no identifier", "noid:2")):
         lines = [*probe(place), *opening(place, 0)[:7], "FreeProws(rows)", "IMAPITable::Release() = 0",
@@ -232,8 +234,9 @@ def sweep(place):
                         output=output, files=FILES, settings={"CORVANE_MAPI_SCRIPT": f"{name}={action}", **settings})
 
         yield case(f"{FAIL:X}", f" = {number(FAIL)}", FAIL_TEXT, 0)
-        yield case(f"{CANCEL:X}", f" = {number(CANCEL)}", "", 0)
-        yield case(f"{NO_MEMORY:X}", f" = {number(NO_MEMORY)}", failure("Not enough memory!"), FAILED)
+        if turn % 4 == 0 or not place.windows:  # a start under Wine takes its time
+            yield case(f"{CANCEL:X}", f" = {number(CANCEL)}", "", 0)
+            yield case(f"{NO_MEMORY:X}", f" = {number(NO_MEMORY)}", failure("Not enough memory!"), FAILED)
         word, text = kinds[turn % len(kinds)]
         before, after = failure("@").split("@")
         crash = re.compile(re.escape(before) + text.replace("\n", "\r\n") + re.escape(after))
@@ -252,9 +255,9 @@ def oddities(place):
     for call in ("MAPILogonEx#2", "IMAPISession::GetMsgStoresTable#1", "IMAPISession::GetMsgStoresTable#2",
                  "IMAPISession::OpenMsgStore", "IMsgStore::OpenEntry#1", "IMAPISession::OpenAddressBook",
                  "Outbox::CreateMessage", "MAPIAllocateBuffer#1", "MAPIAllocateBuffer#2", "IMessage::CreateAttach"):
-        yield case(f"{call}=nothing", text_of(place, "Invalid pointer"))
+        yield case(f"{call}=nothing", com_text(place, POINTER))
     for rule in ("HrQueryAllRows#1=nothing", "HrGetOneProp=nothing", "HrGetOneProp=error"):
-        yield case(rule, text_of(place, "Catastrophic failure"))
+        yield case(rule, com_text(place, UNEXPECTED))
     yield case("IMessage::GetProps=nothing", re.compile(internal_error("ExtendedMapi").pattern.replace(r"\d+", "309")),
                FAILED)
     for rule in ("HrQueryAllRows#2=nothing", "IMsgStore::OpenEntry#2=nothing", "IMessage::GetProps=short",

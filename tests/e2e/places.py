@@ -15,6 +15,7 @@ import signal
 import subprocess
 
 NOBODY = 65534
+CRASHED = "crashed"  # a case's exit code
 CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
 
@@ -150,6 +151,16 @@ class Wine(Place):
 
     def client_path(self, native):
         return windows_path(native)
+
+    def transcript(self, case):
+        """The search for Extended MAPI finds the Simple client too, and keeps what it has loaded: that library comes and
+        goes once in a run, however many deliveries it has."""
+        text = super().transcript(case)
+        delivers = case.sends or case.mail != "recording"
+        if self.options.extended or not delivers:
+            return text
+        ends = "" if case.code == CRASHED else "detach\n"
+        return "attach\n" + re.sub("(?m)^(at|de)tach\n", "", text) + ends
 
     def exit_code(self, code):
         return code & 0xFFFFFFFF
