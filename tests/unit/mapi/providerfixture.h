@@ -2,6 +2,7 @@
 // it is seen from outside.
 #pragma once
 
+#include "mapi/MapiProvider.h"
 #include "platform/inc/modules.h"
 #include "platform/inc/registry.h"
 #include "tests/support/folder.h"
@@ -220,3 +221,27 @@ private:
     CScratchRegistry registry;
     std::string notes;
 };
+
+// Keys and values of the registry that several tests set.
+constexpr const char16_t* Mail = u"Software\\Clients\\Mail";
+constexpr const char16_t* Client = u"Software\\Clients\\Mail\\Client";
+constexpr const char16_t* Outlook = u"Software\\Clients\\Mail\\Microsoft Outlook";
+constexpr const char16_t* Windows = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion";
+constexpr const char16_t* AppPath = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\OUTLOOK.EXE";
+
+inline const Value DefaultClient{Machine, Mail, u"", Platform::RegSz, u"Client"};
+inline const Value ClientPathEx{Machine, Client, u"DllPathEx", Platform::RegSz, u"{R}\\Client\\ex.dll"};
+inline const Value ClientPath{Machine, Client, u"DllPath", Platform::RegSz, u"{R}\\Client\\plain.dll"};
+inline const Value ClientComponent{Machine, Client, u"MSIComponentID", Platform::RegSz, u"{Id}"};
+inline const Value ClientLanguage{Machine, Client, u"MSIApplicationLCID", Platform::RegSz, u"1031"};
+inline const Value OutlookProgram{Machine, AppPath, u"", Platform::RegSz, u"{R}\\Office\\OUTLOOK.EXE"};
+inline const Value Common{Machine, Windows, u"CommonFilesDir", Platform::RegSz, u"{R}\\Common"};
+inline const Value GermanPlace{User, Outlook, u"MSIApplicationLCID", Platform::RegMultiSz, u"Lang|Id|"};
+inline const Value German{User, u"Software\\Lang", u"Id", Platform::RegDword, u"", 1031};
+
+/// As if the process had just begun.
+inline void Forget() {
+    if (const Platform::Module module = Mapi::providerModule.exchange(nullptr)) {
+        Platform::FreeLibrary(module);
+    }
+}
