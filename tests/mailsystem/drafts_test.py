@@ -263,7 +263,8 @@ name = os.path.basename(sys.argv[0])
 if name == "xdg-mime":
     print(os.environ.get("HANDLER_" + sys.argv[3].split("/")[0].replace("-", "_"), ""))
     sys.exit()
-state = {{"words": sys.argv[1:], "session": os.getsid(0), "files": [os.readlink(f"/proc/self/fd/{{i}}") for i in range(3)],
+state = {{"words": sys.argv[1:], "session": os.getsid(0),
+         "files": [os.readlink(f"/proc/self/fd/{{i}}") for i in range(3)],
          "more": [i for i in range(3, 64) if os.path.exists(f"/proc/self/fd/{{i}}")], "sigign": os.environ["IGNORED"]}}
 with open(os.path.join(os.environ["RECORD"], "." + name), "w") as file:
     json.dump(state, file)
@@ -284,7 +285,9 @@ os.rename(file.name, os.path.join(os.environ["RECORD"], name))
             os.chmod(os.path.join(folder, name), 0o755)
         return folder
 
-    def started(self, *arguments, handler, mail="", programs=("xdg-mime", "thunderbird", "claws-mail", "evolution", "xdg-open")):
+    ALL_PROGRAMS = ("xdg-mime", "thunderbird", "claws-mail", "evolution", "xdg-open")
+
+    def started(self, *arguments, handler, mail="", programs=ALL_PROGRAMS):
         """What the one program that was started wrote down, and the path of the draft."""
         folder = self.programs(*programs)
         record = tempfile.mkdtemp(dir=self.folder)
