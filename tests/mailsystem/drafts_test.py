@@ -310,16 +310,21 @@ os.rename(file.name, os.path.join(os.environ["RECORD"], name))
         os.makedirs(os.path.join(self.folder, "other"))
         paths = [self.file("Same.txt", b"one"), self.file("other/Same.txt", b"two"),
                  self.file("big.bin", os.urandom(25 << 20))]
-        draft = self.saved(ANN, "-r:bob@example.org", "-r:C [x] <c@[192.0.2.1]>", "-s:Grüße", "-b:Text",
+        draft = self.saved(ANN, "-r:bob@example.org", "-r:C [x] <c@example.org>", "-s:Grüße", "-b:Text",
                            *[f"-a:{path}" for path in paths])
         self.assertEqual(mailboxes(draft), [("Ann Lee", "ann@example.org"), ("", "bob@example.org"),
-                                            ("C [x]", "c@[192.0.2.1]")])
+                                            ("C [x]", "c@example.org")])
         self.assertEqual(draft["Subject"], "Grüße")
         parts = list(draft.iter_attachments())
         self.assertEqual([part.get_filename() for part in parts], ["Same.txt", "Same.txt", "big.bin"])
         for part, path in zip(parts, paths):
             with open(path, "rb") as file:
                 self.assertTrue(part.get_payload(decode=True) == file.read(), path)
+
+    def test_domain_in_brackets(self):
+        # As it is in the file: not every version of the address parser takes such a domain.
+        draft = self.saved("-r:C [x] <c@[192.0.2.1]>")
+        self.assertEqual(dict(draft.raw_items())["To"], '"C [x]" <c@[192.0.2.1]>')
 
     def test_clients(self):
         first, second = self.file("a,b'c %.txt", b"one"), self.file("plain.txt", b"two")
