@@ -142,6 +142,7 @@ class ProgramRun(DraftTest):
 
         def prepare():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            signal.signal(signal.SIGPIPE, signal.SIG_IGN)  # no client may inherit that
             for kind, limit in limits:
                 resource.setrlimit(kind, (limit, limit))
 
