@@ -23,32 +23,25 @@ std::string GuessType(const std::string& name, std::span<const unsigned char> he
     return std::string(composite || found.find('/') == std::string_view::npos ? UnknownType : found);
 }
 
+// Whatever the path is like, it is not the name that the reader sees that tells what the file is.
+std::string TypeName(const Attachment& attachment) {
+    return attachment.bytes ? attachment.ShownName() : attachment.path.substr(attachment.path.find_last_of('/') + 1);
+}
+
 } // namespace
 
-AttachmentFile::AttachmentFile(std::string nativePath) : path(std::move(nativePath)) {
-    std::array<unsigned char, 4096> head{};
-    const std::size_t count = Read(Open(), head);
-    mediaType = GuessType(Name(), std::span(head).first(count));
+std::string Attachment::ShownName() const {
+    const std::string_view whole = name.empty() ? path : name;
+    return OneLine(whole.substr(whole.find_last_of('/') + 1)); // npos + 1 is 0: the whole name
 }
 
-std::string AttachmentFile::Name() const {
-    return OneLine(std::string_view(path).substr(path.find_last_of('/') + 1));
-}
-
-Descriptor AttachmentFile::Open() const {
-    // O_NONBLOCK: a pipe without a writer is to be refused, and not to be waited for.
-    Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-    struct stat status {};
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
-        throw AttachmentFailure(path, errno);
+std::size_t AttachmentReader::Read(std::span<unsigned char> buffer) {
+    if (attachment.bytes) {
+        const std::size_t count =
+            attachment.bytes->copy(reinterpret_cast<char*>(buffer.data()), buffer.size(), position);
+        position += count;
+        return count;
     }
-    if (!S_ISREG(status.st_mode)) {
-        throw AttachmentFailure(path, S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
-    }
-    return file;
-}
-
-std::size_t AttachmentFile::Read(const Descriptor& file, std::span<unsigned char> buffer) const {
     std::size_t filled = 0;
     while (filled < buffer.size()) {
         const ssize_t count = read(file.Get(), buffer.data() + filled, buffer.size() - filled);
@@ -58,10 +51,32 @@ std::size_t AttachmentFile::Read(const Descriptor& file, std::span<unsigned char
         if (count > 0) {
             filled += static_cast<std::size_t>(count);
         } else if (errno != EINTR) {
-            throw AttachmentFailure(path, errno);
+            throw AttachmentFailure(attachment.path, errno);
         }
     }
     return filled;
+}
+
+AttachmentFile::AttachmentFile(Attachment source) : attachment(std::move(source)) {
+    std::array<unsigned char, 4096> head{};
+    const std::size_t count = Open().Read(head);
+    mediaType = GuessType(OneLine(TypeName(attachment)), std::span(head).first(count));
+}
+
+AttachmentReader AttachmentFile::Open() const {
+    if (attachment.bytes) {
+        return {attachment, Descriptor(-1)};
+    }
+    // O_NONBLOCK: a pipe without a writer is to be refused, and not to be waited for.
+    Descriptor file(open(attachment.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    struct stat status {};
+    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {
+        throw AttachmentFailure(attachment.path, errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw AttachmentFailure(attachment.path, S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
+    }
+    return {attachment, std::move(file)};
 }
 
 } // namespace MailSystem

@@ -1,34 +1,54 @@
-// A file that a message carries: looked at when the message is made, read when it is written. It is open only while it
-// is read, for a message may carry more files than a process may have open.
+// What a message carries, a file or bytes: looked at when the message is made, read when it is written. A file is open
+// only while it is read, for a message may carry more files than a process may have open.
 #pragma once
 
 #include "mailsystem/Owners.h"
+#include <memory>
 #include <span>
 #include <string>
 
 namespace MailSystem {
 
+struct Attachment {
+    std::string path;                         // native; of no meaning with bytes
+    std::string name;                         // as the reader sees it; when empty, the last component of the path
+    std::shared_ptr<const std::string> bytes; // null for a file
+
+    /// The name that the reader sees: without folders, in one line of valid UTF-8.
+    std::string ShownName() const;
+};
+
+/// An attachment that is being read.
+class AttachmentReader {
+public:
+    AttachmentReader(const Attachment& source, Descriptor openFile) : attachment(source), file(std::move(openFile)) {}
+
+    /// Fills `buffer` unless the content ends before; the number of bytes. Raises MailFailure.
+    std::size_t Read(std::span<unsigned char> buffer);
+
+private:
+    const Attachment& attachment;
+    Descriptor file;
+    std::size_t position = 0; // in the bytes
+};
+
 class AttachmentFile {
 public:
     /// Raises MailFailure for what is missing, cannot be read or is no regular file: a pipe could be read but once,
     /// and a device for ever.
-    explicit AttachmentFile(std::string nativePath);
+    explicit AttachmentFile(Attachment source);
 
-    /// The last component of the path, in valid UTF-8.
-    std::string Name() const;
+    std::string Name() const { return attachment.ShownName(); }
 
     /// The media type, from the name and the first bytes. What it knows no better, and every type whose content may not
     /// be in base64, is "application/octet-stream".
     const std::string& MediaType() const { return mediaType; }
 
-    /// The file, open for reading from its start. Raises MailFailure, as the constructor does.
-    Descriptor Open() const;
-
-    /// Fills `buffer` unless the file ends before; the number of bytes. Raises MailFailure.
-    std::size_t Read(const Descriptor& file, std::span<unsigned char> buffer) const;
+    /// The content from its start; lives no longer than this object. Raises MailFailure, as the constructor does.
+    AttachmentReader Open() const;
 
 private:
-    std::string path;
+    Attachment attachment;
     std::string mediaType;
 };
 

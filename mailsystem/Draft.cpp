@@ -9,6 +9,8 @@ namespace MailSystem {
 namespace {
 
 constexpr const char* Charset = "utf-8";
+constexpr std::uint32_t RecipientClassCc = 2;  // MAPI_CC
+constexpr std::uint32_t RecipientClassBcc = 3; // MAPI_BCC
 
 using FormatOptions = std::unique_ptr<GMimeFormatOptions, Releaser<&g_mime_format_options_free>>;
 using DateTime = std::unique_ptr<GDateTime, Releaser<&g_date_time_unref>>;
@@ -72,15 +74,14 @@ void SetCharset(GMimeParamList* parameters, const char* name) {
     g_mime_param_set_charset(g_mime_param_list_get_parameter(parameters, name), Charset);
 }
 
-ObjectPointer<GMimePart> MakeFilePart(const AttachmentFile& file, const std::string& shownName) {
+ObjectPointer<GMimePart> MakeFilePart(const AttachmentFile& file) {
     const std::string& type = file.MediaType();
     const std::size_t slash = type.find('/');
     ObjectPointer<GMimePart> part(
         g_mime_part_new_with_type(type.substr(0, slash).c_str(), type.substr(slash + 1).c_str()));
     // Base64 whatever the type: a text keeps its very bytes too.
     g_mime_part_set_content_encoding(part.get(), GMIME_CONTENT_ENCODING_BASE64);
-    const std::string name = shownName.empty() ? file.Name() : OneLine(shownName);
-    g_mime_part_set_filename(part.get(), name.c_str());
+    g_mime_part_set_filename(part.get(), file.Name().c_str());
     SetCharset(g_mime_content_type_get_parameters(g_mime_object_get_content_type(Object(part))), "name");
     GMimeContentDisposition* disposition = g_mime_object_get_content_disposition(Object(part));
     SetCharset(g_mime_content_disposition_get_parameters(disposition), "filename");
@@ -92,8 +93,8 @@ void WriteBase64(const AttachmentFile& file, DraftFile& output) {
     constexpr std::size_t lineCount = 1024;
     std::vector<unsigned char> bytes(lineBytes * lineCount);
     std::string text;
-    const Descriptor open = file.Open();
-    while (const std::size_t count = file.Read(open, bytes)) {
+    AttachmentReader reader = file.Open();
+    while (const std::size_t count = reader.Read(bytes)) {
         text.clear();
         for (std::size_t start = 0; start < count; start += lineBytes) {
             const GlibText line(g_base64_encode(&bytes[start], std::min(lineBytes, count - start)));
@@ -105,6 +106,23 @@ void WriteBase64(const AttachmentFile& file, DraftFile& output) {
 
 } // namespace
 
+std::string WithoutKind(std::string address) {
+    constexpr std::string_view kind = "SMTP:";
+    const bool present = g_ascii_strncasecmp(address.c_str(), kind.data(), kind.size()) == 0;
+    return present ? address.substr(kind.size()) : std::move(address);
+}
+
+std::vector<Mailbox>& Draft::ListFor(std::uint32_t recipientClass) {
+    switch (recipientClass) {
+    case RecipientClassCc:
+        return cc;
+    case RecipientClassBcc:
+        return bcc;
+    default:
+        return to;
+    }
+}
+
 DraftMessage::DraftMessage(const Draft& draft) : message(NewMessage()), body(MakeBody(draft.body)) {
     AddFields(draft);
     if (draft.attachments.empty()) {
@@ -112,8 +130,8 @@ DraftMessage::DraftMessage(const Draft& draft) : message(NewMessage()), body(Mak
         return;
     }
     for (const Attachment& attachment : draft.attachments) {
-        AttachmentFile file(attachment.path);
-        ObjectPointer<GMimePart> part = MakeFilePart(file, attachment.name);
+        AttachmentFile file(attachment);
+        ObjectPointer<GMimePart> part = MakeFilePart(file);
         fileParts.push_back({std::move(file), std::move(part)});
     }
     parts.reset(g_mime_multipart_new_with_subtype("mixed"));

@@ -4,6 +4,7 @@
 #include "mailsystem/AttachmentFile.h"
 #include "mailsystem/DraftFolder.h"
 #include "mailsystem/Owners.h"
+#include <cstdint>
 #include <gmime/gmime.h>
 #include <string>
 #include <vector>
@@ -16,10 +17,8 @@ struct Mailbox {
     std::string address; // when empty, the name stands for it too; when both are, there is no mailbox
 };
 
-struct Attachment {
-    std::string path; // native
-    std::string name; // as the reader sees it, without folders; when empty, the last component of the path
-};
+/// An address of the kind "SMTP:ann@example.org" names its kind before the address proper.
+std::string WithoutKind(std::string address);
 
 struct Draft {
     std::string subject;
@@ -29,6 +28,9 @@ struct Draft {
     std::vector<Mailbox> cc;
     std::vector<Mailbox> bcc;
     std::vector<Attachment> attachments;
+
+    /// The recipients of a published class. One that is none of these counts as To, where the user sees it.
+    std::vector<Mailbox>& ListFor(std::uint32_t recipientClass);
 };
 
 class DraftMessage {

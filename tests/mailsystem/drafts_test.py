@@ -12,6 +12,7 @@ import email
 import email.header
 import email.policy
 import email.utils
+import json
 import os
 import re
 import resource
@@ -131,16 +132,22 @@ class DraftTest(unittest.TestCase):
         self.assertEqual([file for _, _, files in os.walk(self.home) for file in files], [])
 
 
-class ProgramTest(DraftTest):
+class ProgramRun(DraftTest):
+    def settings(self):
+        """The folder of the settings; none of its files is there."""
+        return os.path.join(self.folder, "settings")
+
     def run_program(self, *arguments, limits=(), **variables):
         """What the program says on standard error, line by line. It ends with 0 whatever becomes of the draft."""
 
         def prepare():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            signal.signal(signal.SIGPIPE, signal.SIG_IGN)  # no client may inherit that
             for kind, limit in limits:
                 resource.setrlimit(kind, (limit, limit))
 
-        environment = {**os.environ, "XDG_DATA_HOME": self.home, **variables}
+        environment = {**os.environ, "XDG_DATA_HOME": self.home, "TESSARIX_REGISTRY": self.settings(),
+                       "CORVANE_MAIL_CLIENT": "draft", **variables}
         result = subprocess.run([PROGRAM, *arguments], env=environment, cwd=self.folder, preexec_fn=prepare,
                                 stderr=subprocess.PIPE, encoding="utf-8", timeout=60)
         self.assertEqual(result.returncode, 0, result.stderr)
@@ -152,6 +159,17 @@ class ProgramTest(DraftTest):
         self.assertEqual(len(said), 1, said)
         self.assertRegex(said[0], "^Draft saved: /")
         return self.read(said[0].removeprefix("Draft saved: "))
+
+
+class SimpleTest(ProgramRun):
+    def settings(self):
+        """A provider that is registered, but not by a text, ends the search for the Extended side."""
+        folder = super().settings()
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, "HKEY_LOCAL_MACHINE.reg"), "w", encoding="utf-8") as stream:
+            stream.write("Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\"
+                         "CurrentVersion\\App Paths\\OUTLOOK.EXE]\n@=dword:00000000\n")
+        return folder
 
     def test_messages(self):
         for name, arguments, to, subject, body in MESSAGES:
@@ -234,6 +252,124 @@ class ProgramTest(DraftTest):
                 self.assertRegex(line, "^Draft not saved: cannot ")
                 self.assertTrue(line.endswith(said), line)
                 self.assert_nothing_left()
+
+
+class ExtendedTest(ProgramRun):
+    """One draft for all recipients, and the client that it is opened in."""
+
+    # Each program writes down what it is started with, under its own name; xdg-mime answers from what it is told.
+    PROGRAM = """#!{python}
+import json, os, sys
+name = os.path.basename(sys.argv[0])
+if name == "xdg-mime":
+    print(os.environ.get("HANDLER_" + sys.argv[3].split("/")[0].replace("-", "_"), ""))
+    sys.exit()
+state = {{"words": sys.argv[1:], "session": os.getsid(0),
+         "files": [os.readlink(f"/proc/self/fd/{{i}}") for i in range(3)],
+         "more": [i for i in range(3, 64) if os.path.exists(f"/proc/self/fd/{{i}}")], "sigign": os.environ["IGNORED"]}}
+with open(os.path.join(os.environ["RECORD"], "." + name), "w") as file:
+    json.dump(state, file)
+os.rename(file.name, os.path.join(os.environ["RECORD"], name))
+"""
+
+    def programs(self, *names):
+        folder = os.path.join(self.folder, "programs")
+        os.makedirs(folder, exist_ok=True)
+        for name in names:
+            with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
+                # A shell leaves the signals as they are; Python itself ignores SIGPIPE.
+                file.write("#!/bin/sh\nread -r IGNORED <<END\n$(/usr/bin/grep SigIgn /proc/self/status)\nEND\n"
+                           f'export IGNORED\nexec {sys.executable} "$0.py" "$@"\n')
+            with open(os.path.join(folder, name + ".py"), "w", encoding="utf-8") as file:
+                file.write(self.PROGRAM.format(python=sys.executable).replace(
+                    "os.path.basename(sys.argv[0])", "os.path.basename(sys.argv[0])[:-3]"))
+            os.chmod(os.path.join(folder, name), 0o755)
+        return folder
+
+    ALL_PROGRAMS = ("xdg-mime", "thunderbird", "claws-mail", "evolution", "xdg-open")
+
+    def started(self, *arguments, handler, mail="", programs=ALL_PROGRAMS):
+        """What the one program that was started wrote down, and the path of the draft."""
+        folder = self.programs(*programs)
+        record = tempfile.mkdtemp(dir=self.folder)
+        (line,) = self.run_program(*arguments, CORVANE_MAIL_CLIENT="", PATH=folder, RECORD=record,
+                                   HANDLER_x_scheme_handler=handler, HANDLER_message=mail)
+        draft = line.removeprefix("Draft saved: ")
+        self.read(draft)
+        end = time.time() + 30
+        while time.time() < end and not [name for name in os.listdir(record) if name[0] != "."]:
+            time.sleep(0.05)
+        (name,) = os.listdir(record)
+        with open(os.path.join(record, name), encoding="utf-8") as file:
+            state = json.load(file)
+        self.assertNotEqual(state["session"], os.getsid(0))
+        self.assertEqual((state["files"], state["more"]), (["/dev/null"] * 3, []))
+        self.assertEqual(int(state["sigign"].split()[1], 16) & 1 << signal.SIGPIPE - 1, 0)
+        return name, state["words"], draft
+
+    def test_whole_draft(self):
+        os.makedirs(os.path.join(self.folder, "other"))
+        paths = [self.file("Same.txt", b"one"), self.file("other/Same.txt", b"two"),
+                 self.file("big.bin", os.urandom(25 << 20))]
+        draft = self.saved(ANN, "-r:bob@example.org", "-r:C [x] <c@example.org>", "-s:Grüße", "-b:Text",
+                           *[f"-a:{path}" for path in paths])
+        self.assertEqual(mailboxes(draft), [("Ann Lee", "ann@example.org"), ("", "bob@example.org"),
+                                            ("C [x]", "c@example.org")])
+        self.assertEqual(draft["Subject"], "Grüße")
+        parts = list(draft.iter_attachments())
+        self.assertEqual([part.get_filename() for part in parts], ["Same.txt", "Same.txt", "big.bin"])
+        for part, path in zip(parts, paths):
+            with open(path, "rb") as file:
+                self.assertTrue(part.get_payload(decode=True) == file.read(), path)
+
+    def test_domain_in_brackets(self):
+        # As it is in the file: not every version of the address parser takes such a domain.
+        draft = self.saved("-r:C [x] <c@[192.0.2.1]>")
+        self.assertEqual(dict(draft.raw_items())["To"], '"C [x]" <c@[192.0.2.1]>')
+
+    def test_clients(self):
+        first, second = self.file("a,b'c %.txt", b"one"), self.file("plain.txt", b"two")
+        words = [ANN, "-r:bob@example.org", "-s:50% & 'a', b", "-b:x\ny", f"-a:{first}", f"-a:{second}"]
+        address = "%22Ann%20Lee%22%20%3Cann%40example.org%3E%2C%20bob%40example.org"
+        uri = address.replace("%40", "@").replace("%2C", ",")
+        mailto = f"mailto:{uri}?subject=50%25%20%26%20%27a%27%2C%20b&body=x%0Ay"
+        for handler, program, expected in [
+            ("org.mozilla.Thunderbird.desktop", "thunderbird",
+             ["-compose", f"to='{address}',subject=\"50%25%20%26%20%27a%27%2C%20b\",body='x%0Ay',"
+              "attachment='file://FOLDER/1/a%252Cb%2527c%2520%2525.txt,file://FOLDER/2/plain.txt'"]),
+            ("claws-mail.desktop", "claws-mail",
+             ["--compose", mailto, "--attach", "FOLDER/1/a,b'c %.txt", "FOLDER/2/plain.txt"]),
+            ("org.gnome.Evolution.desktop", "evolution",
+             [mailto + "&attach=FOLDER/1/a%2Cb%27c%20%25.txt&attach=FOLDER/2/plain.txt"]),
+            ("other.desktop", "xdg-open", ["DRAFT"]),
+        ]:
+            with self.subTest(handler):
+                name, said, draft = self.started(*words, handler=handler, mail="other.desktop")
+                folder = draft.removesuffix(".eml") + ".files"
+                files = folder.replace("data home", "data%2520home" if program == "thunderbird" else
+                                       "data%20home" if program == "evolution" else "data home")
+                self.assertEqual((name, said), (program, [word.replace("FOLDER", files).replace("DRAFT", draft)
+                                                          for word in expected]))
+                if program != "xdg-open":
+                    with open(os.path.join(folder, "1", "a,b'c %.txt"), "rb") as file:
+                        self.assertEqual(file.read(), b"one")
+
+    def test_draft_in_place_of_words(self):
+        for name, options, arguments in [
+            ("client missing", {"programs": ("xdg-mime", "xdg-open")}, []),
+            ("words too long", {}, ["-b:" + "ü" * 30000]),
+            ("both quotes", {}, ["-b:a', b\", c"]),
+        ]:
+            with self.subTest(name):
+                said = self.started(ANN, *arguments, handler="thunderbird.desktop", mail="x.desktop", **options)
+                self.assertEqual(said[:2], ("xdg-open", [said[2]]))
+
+    def test_no_client(self):
+        for programs in ((), ("xdg-mime",), ("xdg-mime", "xdg-open")):
+            with self.subTest(programs):
+                folder = self.programs(*programs)
+                (line,) = self.run_program(ANN, CORVANE_MAIL_CLIENT="", PATH=folder, RECORD=self.folder)
+                self.read(line.removeprefix("Draft saved: "))
 
 
 @unittest.skipUnless(LIBRARY, "the library is built for a sanitizer")

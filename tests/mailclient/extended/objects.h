@@ -10,7 +10,7 @@ class Counted : public TBase {
 public:
     std::int32_t QueryInterface(const Mapi::Guid&, void** object) override {
         *object = nullptr;
-        return Unused::Call("IUnknown::QueryInterface");
+        return Unused::Noted::Call("IUnknown::QueryInterface");
     }
     std::uint32_t AddRef() override { return Changed("AddRef", references + 1); }
     std::uint32_t Release() override {

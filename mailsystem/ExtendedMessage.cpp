@@ -1,0 +1,107 @@
+#include "mailsystem/ExtendedMessage.h"
+
+#include "mapi/SimpleMapi.h"
+#include "platform/linux/nativetext.h"
+#include <span>
+
+using namespace Mapi;
+
+namespace MailSystem {
+
+namespace {
+
+constexpr std::uint32_t FlagUnsent = 0x8;  // MSGFLAG_UNSENT
+constexpr std::uint32_t AccessOwn = 0x7;   // MAPI_ACCESS_MODIFY, MAPI_ACCESS_READ and MAPI_ACCESS_DELETE
+constexpr std::uint32_t AllRecipients = 0; // the flags of ModifyRecipients for a list that replaces the one before
+
+// The place of the bracket that the text's last one closes; npos when that is no bracket, or closes nothing.
+std::size_t OpeningBracket(std::string_view text) {
+    std::size_t depth = 0;
+    for (std::size_t i = text.ends_with(']') ? text.size() : 0; i-- > 0;) {
+        if (text[i] == ']') {
+            ++depth;
+        } else if (text[i] == '[' && --depth == 0) {
+            return i;
+        }
+    }
+    return std::string_view::npos;
+}
+
+} // namespace
+
+Mailbox MailboxOf(std::string_view displayName) {
+    const std::size_t open = OpeningBracket(displayName);
+    if (open == std::string_view::npos) {
+        return {std::string(displayName), ""};
+    }
+    const std::string_view address = displayName.substr(open + 1, displayName.size() - open - 2);
+    return {std::string(displayName.substr(0, open)), WithoutKind(std::string(address))};
+}
+
+std::int32_t AttachObject::SaveChanges(std::uint32_t) {
+    saved = true;
+    return Platform::SOk;
+}
+
+Attachment AttachObject::Content() const {
+    std::shared_ptr<const std::string> bytes = properties.Bytes(TagAttachmentData);
+    return {"", properties.Text(TagAttachmentFileName), bytes ? bytes : std::make_shared<const std::string>()};
+}
+
+MessageObject::MessageObject() {
+    properties.SetNumber(TagMessageFlags, FlagUnsent);
+    properties.SetText(TagMessageClass, u"IPM.Note");
+    properties.SetNumber(TagAccess, AccessOwn);
+    properties.SetNumber(TagMessageStatus, 0);
+}
+
+std::int32_t MessageObject::CreateAttach(const Guid*, std::uint32_t, std::uint32_t* number, IAttach** attachment) {
+    *attachment = nullptr;
+    return Guarded([&] {
+        auto made = Reference<AttachObject>::Adopt(new AttachObject);
+        attachments.push_back(Reference<AttachObject>(made.Get()));
+        *number = static_cast<std::uint32_t>(attachments.size() - 1);
+        made->AddRef();
+        *attachment = made.Get();
+        return Platform::SOk;
+    });
+}
+
+std::int32_t MessageObject::ModifyRecipients(std::uint32_t flags, ADRLIST* list) {
+    if (!list || flags != AllRecipients) {
+        return list ? ResultNoSupport : ResultInvalidParameter;
+    }
+    return Guarded([&] {
+        std::vector<Recipient> modified;
+        for (const ADRENTRY& entry : std::span(list->aEntries, list->cEntries)) {
+            Recipient recipient{{}, RecipientClassTo};
+            for (const SPropValue& property : std::span(entry.rgPropVals, entry.rgPropVals ? entry.cValues : 0)) {
+                if (property.ulPropTag == TagDisplayName && property.Value.lpszW) {
+                    recipient.mailbox = MailboxOf(Platform::Utf8Text(property.Value.lpszW));
+                } else if (property.ulPropTag == TagRecipientType) {
+                    recipient.recipientClass = property.Value.ul;
+                }
+            }
+            modified.push_back(std::move(recipient));
+        }
+        recipients = std::move(modified);
+        return Platform::SOk;
+    });
+}
+
+Draft MessageObject::Content() const {
+    Draft draft;
+    draft.subject = properties.Text(TagSubject);
+    draft.body = properties.Text(TagBody);
+    for (const Recipient& recipient : recipients) {
+        draft.ListFor(recipient.recipientClass).push_back(recipient.mailbox);
+    }
+    for (const Reference<AttachObject>& attachment : attachments) {
+        if (attachment->IsSaved()) {
+            draft.attachments.push_back(attachment->Content());
+        }
+    }
+    return draft;
+}
+
+} // namespace MailSystem

@@ -1,0 +1,68 @@
+#include "mailsystem/ExtendedSession.h"
+
+#include "mailsystem/Delivery.h"
+#include "mailsystem/ExtendedStore.h"
+#include "mapi/SimpleMapi.h"
+
+using namespace Mapi;
+
+namespace MailSystem {
+
+namespace {
+
+// The failures of a delivery in the codes of this side.
+std::int32_t ResultFor(std::uint32_t code) {
+    switch (code) {
+    case SuccessSuccess:
+        return Platform::SOk;
+    case ErrorDiskFull:
+        return ResultNotEnoughDisk;
+    case ErrorInsufficientMemory:
+        return ResultOutOfMemory;
+    default:
+        return ResultFail;
+    }
+}
+
+} // namespace
+
+std::int32_t AddressBook::ResolveName(WindowParameter, std::uint32_t, TextPointer, ADRLIST* list) {
+    return list ? Platform::SOk : ResultInvalidParameter;
+}
+
+std::int32_t Session::GetMsgStoresTable(std::uint32_t, IMAPITable** table) {
+    return HandOut<StoresTable>(table);
+}
+
+std::int32_t Session::OpenMsgStore(WindowParameter, std::uint32_t entryIdSize, ENTRYID* entryId, const Guid*,
+                                   std::uint32_t, IMsgStore** store) {
+    *store = nullptr;
+    return IsEntry(EEntry::Store, entryIdSize, entryId) ? HandOut<Store>(store) : ResultInvalidEntryId;
+}
+
+std::int32_t Session::OpenAddressBook(WindowParameter, const Guid*, std::uint32_t, IAddrBook** book) {
+    return HandOut<AddressBook>(book);
+}
+
+std::int32_t Session::PrepareForm(const Guid*, IMessage* message, MessageToken* token) {
+    auto* const own = dynamic_cast<MessageObject*>(message);
+    if (!own) {
+        return ResultInvalidObject;
+    }
+    return Guarded([&] {
+        prepared.emplace(lastToken + 1, Reference<MessageObject>(own));
+        *token = ++lastToken;
+        return Platform::SOk;
+    });
+}
+
+std::int32_t Session::ShowForm(WindowParameter, IMsgStore*, IMAPIFolder*, const Guid*, MessageToken token, IMessage*,
+                               std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t, char*) {
+    const auto shown = prepared.extract(token);
+    if (shown.empty()) {
+        return ResultInvalidParameter;
+    }
+    return ResultFor(Deliver([&shown] { return shown.mapped()->Content(); }, EShow::InClient));
+}
+
+} // namespace MailSystem
