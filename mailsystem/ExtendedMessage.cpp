@@ -59,7 +59,7 @@ std::int32_t MessageObject::CreateAttach(const Guid*, std::uint32_t, std::uint32
     *attachment = nullptr;
     return Guarded([&] {
         auto made = Reference<AttachObject>::Adopt(new AttachObject);
-        attachments.push_back(Reference<AttachObject>(made.Get()));
+        attachments.emplace_back(made.Get());
         *number = static_cast<std::uint32_t>(attachments.size() - 1);
         made->AddRef();
         *attachment = made.Get();

@@ -23,7 +23,7 @@ public:
 
     /// The tags' values in one block of AllocateBuffer, in the order of the tags; an error in place of each that is
     /// missing, and a warning as the result then.
-    std::int32_t Get(const Mapi::SPropTagArray& tags, Mapi::SPropValue** values) const;
+    std::int32_t Get(const Mapi::SPropTagArray& tags, Mapi::SPropValue** result) const;
 
 private:
     struct Value {
