@@ -12,22 +12,13 @@ constexpr const char16_t* SourcesKey = u"SYSTEM\\CurrentControlSet\\Services\\Ev
 constexpr const char16_t* MessageFileValue = u"EventMessageFile";
 constexpr const char16_t* MessageFileName = u"TsxEventSrc.dll";
 
-CUnicodeString GetMessageFilePath() {
-    CUnicodeString drive;
-    CUnicodeString dir;
-    CUnicodeString name;
-    CUnicodeString ext;
-    FileSystem::SplitName(FileSystem::GetProgramPath(), drive, dir, name, ext);
-    return drive + dir + MessageFileName;
-}
-
 // Tells the system where the texts of a source's events are. Without the right to do so its events have no text around
 // their strings.
 void StoreMessageFile(const CUnicodeString& source) {
     try {
         CRegistryKey key;
         if (key.Open(Platform::RootKey(Platform::HkeyLocalMachine), (SourcesKey + source).Text(), RK_Write)) {
-            const CUnicodeString path = GetMessageFilePath();
+            const CUnicodeString path = FileSystem::GetProgramDirectory() + MessageFileName;
             const std::int32_t size = (path.Length() + 1) * static_cast<std::int32_t>(sizeof(char16_t));
             key.SetStringValue(MessageFileValue, path.Text(), size);
         }
@@ -71,11 +62,11 @@ std::int32_t CEventLogMessageHandler::ShowMessageBox(Platform::Window owner, con
 }
 
 void CEventLogMessageHandler::ShowException(CException* exception) {
-    const CUnicodeString text = exception->GetMessageText();
-    if (!dynamic_cast<CUserException*>(exception)) {
-        const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
-        WriteEvent(text.Text(), title.Text(), Platform::EventLogErrorType);
+    if (dynamic_cast<CUserException*>(exception)) {
+        return;
     }
+    const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
+    WriteEvent(exception->GetMessageText().Text(), title.Text(), Platform::EventLogErrorType);
 }
 
 } // namespace Tsx

@@ -123,7 +123,9 @@ CUnicodeString GetMessage(const CMessageName& name) {
 
 CUnicodeString GetMessageOrBuiltIn(const CMessageName& name, const char16_t* builtIn) {
     const CRuntimeHeapSwitcher switcher;
-    return GetFoundationState() == FS_Initialised && HasMessage(name) ? GetMessage(name) : CUnicodeString(builtIn);
+    CUnicodeString text;
+    const bool stands = GetFoundationState() == FS_Initialised;
+    return stands && ResourceBase.LookupMessage(name.Name, text) ? text : CUnicodeString(builtIn);
 }
 
 CUnicodeString SubstituteParams(const CUnicodeString& text, const char16_t* const* parameters, std::int32_t count) {
@@ -144,10 +146,11 @@ CUnicodeString SubstituteParams(const CUnicodeString& text, const char16_t* cons
 
 CUnicodeString FormatMessageFrom(const CMessageName& name, const char16_t* const* parameters, std::int32_t count) {
     const CRuntimeHeapSwitcher switcher;
-    if (HasMessage(name)) {
-        return SubstituteParams(GetMessage(name), parameters, count);
+    CUnicodeString text;
+    if (ResourceBase.LookupMessage(name.Name, text)) {
+        return SubstituteParams(text, parameters, count);
     }
-    CUnicodeString text(name.Name);
+    text = name.Name;
     for (std::int32_t i = 0; i < count; ++i) {
         text += u' ';
         text += parameters[i];

@@ -4,6 +4,7 @@
 #include "foundation/inc/file.h"
 #include "foundation/inc/nativefile.h"
 #include "foundation/src/nativesearch.h"
+#include "foundation/src/separators.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/directories.h"
 #include "platform/inc/filenames.h"
@@ -26,10 +27,6 @@ void Check(bool success, const CUnicodeString& path) {
     }
 }
 
-bool IsSeparator(char16_t c) {
-    return c == u'\\' || c == u'/';
-}
-
 /// `C:` with anything in the place of the letter, or two equal separators.
 bool BeginsLikeAbsolute(const CUnicodeString& path) {
     return IsSeparator(path[0]) ? path[1] == path[0] : path[1] == u':';
@@ -38,7 +35,7 @@ bool BeginsLikeAbsolute(const CUnicodeString& path) {
 /// The directory above, or an empty text where none can be made: above a root, a server name, or a single name.
 CUnicodeString GetParentToMake(const CUnicodeString& path) {
     CUnicodeString text = path;
-    if (!text.IsEmpty() && IsSeparator(text[text.Length() - 1])) {
+    if (EndsInSeparator(text)) {
         text = text.Left(text.Length() - 1);
     }
     const std::int32_t last = std::max(text.FindLast(u'\\'), text.FindLast(u'/'));

@@ -2,6 +2,7 @@
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/pathkey.h"
+#include "foundation/src/separators.h"
 #include "platform/inc/text.h"
 #include <string_view>
 
@@ -10,10 +11,6 @@ namespace Tsx {
 namespace {
 
 constexpr const char16_t* ModuleName = u"src\\filesystem";
-
-bool IsSeparator(char16_t c) {
-    return c == u'\\' || c == u'/';
-}
 
 bool IsLetter(char16_t c) {
     return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z');
@@ -30,10 +27,6 @@ std::int32_t FindLastSeparator(const CUnicodeString& text) {
 
 bool BeginsLikeUnc(const CUnicodeString& text) {
     return text.Length() >= 2 && IsSeparator(text[0]) && text[1] == text[0];
-}
-
-bool EndsInSeparator(const CUnicodeString& text) {
-    return !text.IsEmpty() && IsSeparator(text[text.Length() - 1]);
 }
 
 std::int32_t CompareCharacters(char16_t a, char16_t b) {

@@ -106,13 +106,13 @@ CUnicodeString ReadText(CBaseFile& file, std::uint32_t codePage) {
 
 CUnicodeString ReadTextFile(const CUnicodeString& path) {
     CFile file;
-    file.Open(path, OM_Read | OM_ShareDenyWrite, Platform::FileAttributeNormal, 0);
+    file.Open(path, OM_Read | OM_ShareDenyWrite);
     return ReadText(file, AnsiCodePage);
 }
 
 void WriteTextFile(const CUnicodeString& path, const CArray<CUnicodeString>& lines) {
     CFile file;
-    file.Open(path, OM_Write | OM_ShareDenyWrite | OM_Create, Platform::FileAttributeNormal, 0);
+    file.Open(path, OM_Write | OM_ShareDenyWrite | OM_Create);
     CArchive archive(&file, AD_Store);
     const auto write = [&archive](std::u16string_view text) {
         archive.Write(text.data(), static_cast<std::int32_t>(text.size() * sizeof(char16_t)));

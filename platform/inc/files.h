@@ -41,9 +41,8 @@ constexpr std::uint32_t FileTypeRemote = 0x8000; // FILE_TYPE_REMOTE
 /// Opens or makes a file; the caller closes the handle. InvalidHandle() on failure.
 ///
 ///   access         a sum of the Generic bits; 0 opens for questions about the file alone
-///   share          a sum of the FileShare bits: what other handles to the file may do while this one is open, before
-///   it
-///                  and after it. What conflicts fails with 32
+///   share          a sum of the FileShare bits: what other handles to the file may do while this one is open, those
+///                  before it and those after it. What conflicts fails with 32
 ///   security       null
 ///   disposition    what is done with a name that is there and with one that isn't:
 ///                                     there                          not there

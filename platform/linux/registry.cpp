@@ -101,6 +101,27 @@ std::uint32_t CheckExists(const OpenKey& parent, const OpenKey& key) {
     return Exists(*top, parent) ? ErrorFileNotFound : ErrorKeyDeleted;
 }
 
+// Opens the key at `path` below another; `onMissing` decides what a key that isn't there comes to.
+template <class TMissing>
+std::uint32_t OpenBelow(RegistryKey key, const char16_t* path, std::uint32_t access, RegistryKey& opened,
+                        TMissing onMissing) {
+    return Guarded([&] {
+        KeyReference parent;
+        std::shared_ptr<OpenKey> wanted;
+        std::uint32_t result = FindBelow(key, path, access, parent, wanted);
+        if (result == ErrorSuccess) {
+            result = CheckExists(*parent, *wanted);
+            if (result == ErrorFileNotFound) {
+                result = onMissing(*wanted);
+            }
+        }
+        if (result == ErrorSuccess) {
+            opened = Register(std::move(wanted));
+        }
+        return result;
+    });
+}
+
 bool IsGood(std::u16string_view valueName) {
     return valueName.find_first_of(u"\r\n") == std::u16string_view::npos;
 }
@@ -166,41 +187,18 @@ std::uint32_t RegOpenKeyEx(RegistryKey key, const char16_t* path, std::uint32_t,
                            RegistryKey& opened) {
     opened = nullptr;
     PLATFORM_FAULT(RegOpenKeyEx, GetLastError());
-    return Guarded([&] {
-        KeyReference parent;
-        std::shared_ptr<OpenKey> wanted;
-        std::uint32_t result = FindBelow(key, path, access, parent, wanted);
-        if (result == ErrorSuccess) {
-            result = CheckExists(*parent, *wanted);
-        }
-        if (result == ErrorSuccess) {
-            opened = Register(std::move(wanted));
-        }
-        return result;
-    });
+    return OpenBelow(key, path, access, opened, [](const OpenKey&) { return ErrorFileNotFound; });
 }
 
 std::uint32_t RegCreateKeyEx(RegistryKey key, const char16_t* path, std::uint32_t, std::uint32_t access,
                              RegistryKey& opened) {
     opened = nullptr;
     PLATFORM_FAULT(RegCreateKeyEx, GetLastError());
-    return Guarded([&] {
-        KeyReference parent;
-        std::shared_ptr<OpenKey> wanted;
-        std::uint32_t result = FindBelow(key, path, access, parent, wanted);
-        if (result == ErrorSuccess) {
-            result = CheckExists(*parent, *wanted);
-            if (result == ErrorFileNotFound) {
-                result = ChangeRegistry(wanted->root, [&](RegistryNode& top) {
-                    MakeNode(top, wanted->names);
-                    return ErrorSuccess;
-                });
-            }
-        }
-        if (result == ErrorSuccess) {
-            opened = Register(std::move(wanted));
-        }
-        return result;
+    return OpenBelow(key, path, access, opened, [](const OpenKey& missing) {
+        return ChangeRegistry(missing.root, [&missing](RegistryNode& top) {
+            MakeNode(top, missing.names);
+            return ErrorSuccess;
+        });
     });
 }
 
