@@ -1,6 +1,7 @@
 // The guard around the program: what it raises becomes an exit code, and a program whose static construction failed
 // does not start.
 #include "app/CorvaneApplication.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"
 
@@ -35,11 +36,7 @@ std::int32_t ProgramMain() {
         return FailureExitCode;
     }
     const CExceptionsAllowed scope(mode);
-    try {
-        return ProgramBody();
-    } catch (CException* exception) {
-        DisplayException(exception);
-        delete exception;
-        return FailureExitCode;
-    }
+    std::int32_t exitCode = FailureExitCode;
+    ShowFailure([&exitCode] { exitCode = ProgramBody(); });
+    return exitCode;
 }

@@ -22,6 +22,9 @@ constexpr std::uint32_t DebugSilenceTrace = 0x2000;
 
 std::uint32_t GetDebugFlags();
 void SetDebugFlag(std::uint32_t bit, bool on);
+/// Sets the flags that have a user's setting. A missing or empty value leaves a flag as it is; a text that is no bool
+/// clears it.
+void ReadDebugFlags();
 
 inline bool HasDebugFlag(std::uint32_t bit) {
     return (GetDebugFlags() & bit) != 0;

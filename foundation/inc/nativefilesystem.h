@@ -48,6 +48,8 @@ public:
     /// Sets the application's folders to a path below the user's local, the user's roaming and the common application
     /// data.
     static void SetApplicationFolders(const CUnicodeString& relativePath);
+    /// Sets all three to one folder, where the system has none to offer.
+    static void StoreApplicationFolders(const CUnicodeString& folder);
 
     /// The form in which the system takes a long path:
     ///

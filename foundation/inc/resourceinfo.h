@@ -11,6 +11,10 @@ constexpr std::uint32_t NoLanguage = 0xFFFFFFFF;
 /// The modules with message tables. So far the program's own module is the only one and no language can be chosen.
 class CResourceBase {
 public:
+    /// Called by the start and the stop of the foundation.
+    void Initialize() {}
+    void Deinitialize() {}
+
     /// The text of a message by name; false if no module has one.
     bool LookupMessage(const char16_t* name, CUnicodeString& text);
     /// The names in the tables of all modules, sorted by code units, each once.

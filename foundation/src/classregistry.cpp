@@ -1,32 +1,16 @@
 #include "foundation/src/classregistry.h"
 
-#include "foundation/inc/DllTools.h"
+#include "foundation/inc/errors.h"
 #include "foundation/inc/messagenames.h"
+#include "foundation/inc/modulelist.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/modules.h"
-#include <memory>
 
 namespace Tsx {
 
 namespace {
 
 constexpr const char16_t* ModuleName = u"src\\archive";
-
-/// A library that stays loaded: the objects of its classes may live for ever.
-class CStayingDll : public CDll {
-public:
-    ~CStayingDll() override { Ownership = 0; }
-};
-
-void LoadClassModule(const CUnicodeString& module) {
-    CStayingDll library;
-    try {
-        library.Load(module.Text());
-    } catch (CLastErrorException* exception) {
-        const std::unique_ptr<CLastErrorException> failure(exception);
-        GenerateCheckException(ERR_CANT_LOAD_DLL, module.Text(), GetLastErrorText(failure->code).Text());
-    }
-}
 
 /// The factory of a class, or for a class without one the module to load.
 struct CClassSource {
@@ -98,7 +82,7 @@ CUnicodeString GetNameOfClass(const IObject& object) {
 CHolder<IObject> CreateObject(const CUnicodeString& name) {
     CClassSource source = FindSource(name);
     if (!source.module.IsEmpty()) {
-        LoadClassModule(source.module);
+        LoadModule(source.module.Text()); // for as long as the foundation stands
         source.factory = FindFactory(name);
     }
     auto object = CHolder<IObject>::Adopt(source.factory ? source.factory() : nullptr);

@@ -5,27 +5,8 @@
 #include "foundation/inc/roomybuffer.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/messagebox.h"
-#include <atomic>
 
 namespace Tsx {
-
-namespace {
-
-std::atomic<std::uint32_t> debugFlags{DebugEnableHeapSwitching | DebugUnused};
-
-} // namespace
-
-std::uint32_t GetDebugFlags() {
-    return debugFlags.load(std::memory_order_relaxed);
-}
-
-void SetDebugFlag(std::uint32_t bit, bool on) {
-    if (on) {
-        debugFlags |= bit;
-    } else {
-        debugFlags &= ~bit;
-    }
-}
 
 void DebugTraceList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
     if (HasDebugFlag(DebugSilenceTrace)) {

@@ -1,9 +1,10 @@
 #include "foundation/inc/DllTools.h"
 
-#include "foundation/inc/destructorguard.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/threadobject.h"
+#include "foundation/src/libraryload.h"
 #include "platform/inc/modules.h"
 #include <utility>
 
@@ -14,6 +15,14 @@ namespace {
 constexpr const char16_t* ModuleName = u"src\\dlltools";
 
 } // namespace
+
+Platform::Module LoadLibraryInThisMode(const char16_t* name) {
+    CThreadErrorMode& mode = *ThreadErrorMode.Get();
+    const bool noExceptions = mode.NoExceptions;
+    const Platform::Module module = Platform::LoadLibraryEx(name, Platform::LoadWithAlteredSearchPath);
+    mode.NoExceptions = noExceptions;
+    return module;
+}
 
 CDll::~CDll() {
     GuardDestructor([this] { CDll::Free(); });
@@ -34,11 +43,7 @@ void CDll::Free() {
 void CDll::Load(const char16_t* name) {
     TSX_ASSERT_AT(!Handle, ModuleName, 34);
     Ownership = 1;
-    // A library's start-up code may run foundation code of its own and change the mode.
-    CThreadErrorMode& mode = *ThreadErrorMode.Get();
-    const bool noExceptions = mode.NoExceptions;
-    Handle = Platform::LoadLibraryEx(name, Platform::LoadWithAlteredSearchPath);
-    mode.NoExceptions = noExceptions;
+    Handle = LoadLibraryInThisMode(name);
     if (!Handle) {
         GenerateExceptionFromLastError();
     }

@@ -1,7 +1,7 @@
 #include "foundation/inc/file.h"
 
 #include "foundation/inc/assertion.h"
-#include "foundation/inc/destructorguard.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
 #include "platform/inc/files.h"
 #include <utility>

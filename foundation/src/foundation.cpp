@@ -1,11 +1,19 @@
 #include "foundation/inc/foundation.h"
 
-#include "foundation/inc/errors.h"
+#include "foundation/inc/debugflags.h"
+#include "foundation/inc/debugtrace.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
+#include "foundation/inc/messagelog.h"
+#include "foundation/inc/modulelist.h"
+#include "foundation/inc/settings.h"
+#include "foundation/src/runtimehooks.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/modules.h"
+#include "platform/inc/process.h"
 #include "platform/inc/text.h"
 #include <atomic>
+#include <cstdlib>
 
 namespace Tsx {
 
@@ -16,8 +24,117 @@ constexpr const char16_t* ModuleName = u"src\\foundation";
 std::atomic<TFoundationState> foundationState{FS_NeverStarted};
 std::int32_t initCount = 0; // starts that no stop has matched; under FoundationLock
 
+/// Failures can be thrown while this lives, whatever was decided before.
+class CExceptionsEnabledScope {
+public:
+    CExceptionsEnabledScope() : before(ExceptionsEnabled.exchange(true)) {}
+    ~CExceptionsEnabledScope() { ExceptionsEnabled = before; }
+    CExceptionsEnabledScope(const CExceptionsEnabledScope&) = delete;
+    CExceptionsEnabledScope& operator=(const CExceptionsEnabledScope&) = delete;
+
+private:
+    bool before;
+};
+
+/// A value that says neither yes nor no counts as yes.
+void SetLocaleIfWanted() {
+    bool wanted = true;
+    if (!GetUserSetting(u"SetLocale", u"true").ToBool(wanted) || wanted) {
+        Platform::SetUserLocale();
+        WriteMessageLogLine(u"Tessarix: CRT locale changed.");
+    }
+}
+
+void SetApplicationFolders() {
+    try {
+        CNativeFileSystem::SetApplicationFolders(u"Ostrel\\" + GetProgramTitle());
+    } catch (CException* exception) {
+        ReleaseTrace(u"Tessarix: Exception during application data path initialization. Using current module dir as "
+                     u"application data path.\n");
+        delete exception;
+        CNativeFileSystem::StoreApplicationFolders(GetModuleDirectory());
+    }
+}
+
 void StoreRegistryPath(CUnicodeString& target, const char16_t* path) {
-    target = path ? CUnicodeString(path) : u"Software\\Ostrel\\" + GetProgramTitle();
+    const CUnicodeString stored = path ? CUnicodeString(path) : u"Software\\Ostrel\\" + GetProgramTitle();
+    const CCriticalSectionLock guard(RegistryPathLock);
+    target = stored;
+}
+
+void SetTemporaryFolderIfGiven() {
+    const CUnicodeString folder = GetMachineSetting(u"Temp", u"");
+    if (!folder.IsEmpty()) {
+        CNativeFileSystem::SetTemporaryFolder(folder);
+    }
+}
+
+/// The steps of the start, in the order in which each finds what it relies on.
+void Start(const char16_t* userRegistryPath, const char16_t* machineRegistryPath) {
+    ReadDebugFlags();
+    WriteMessageLogLine(u"Tessarix: Debug flags initialized.");
+    SetLocaleIfWanted();
+    SetApplicationFolders();
+    WriteMessageLogLine(u"Tessarix: Application data path initialized.");
+    SetUserRegistryPath(userRegistryPath);
+    SetMachineRegistryPath(machineRegistryPath);
+    WriteMessageLogLine(u"Tessarix: Registry paths initialized.");
+    ResourceBase.Initialize();
+    WriteMessageLogLine(u"Tessarix: Resource base initialized.");
+    SetTemporaryFolderIfGiven();
+    foundationState = FS_Initialised;
+    if (!InitializeModules()) {
+        foundationState = FS_Failed;
+    }
+    WriteMessageLogLine(u"Tessarix: All modules initialized.");
+}
+
+/// The lists that developers ask for. A file that can't be written is no reason to disturb anybody.
+void SaveMessageLists() {
+    try {
+        if (HasDebugFlag(DebugSaveAllMessages)) {
+            SaveAllMessagesList(FileSystem::GetProgramDirectory() + GetProgramTitle() + u" all messages.txt");
+            WriteMessageLogLine(u"Tessarix: All messages saved.");
+        }
+        if (HasDebugFlag(DebugSaveUndefinedMessages)) {
+            CUnicodeString path = FileSystem::GetProgramPath();
+            FileSystem::ReplaceExt(path, u".txt");
+            SaveUndefinedMessagesList(path);
+            WriteMessageLogLine(u"Tessarix: Undefined messages saved.");
+        }
+    } catch (CFileException* exception) {
+        delete exception;
+    }
+}
+
+void EndModules() {
+    TerminateModules();
+    WriteMessageLogLine(u"Tessarix: All modules terminated.");
+}
+
+void EndTemporaryFiles() {
+    const CCriticalSectionLock guard(TemporaryFilesLock);
+    CNativeFileSystem::ReleaseTemporaryObjects();
+    TemporaryFiles.DeleteAll();
+    TemporaryDirectories.DeleteAll();
+    WriteMessageLogLine(u"Tessarix: Temporary files system terminated.");
+}
+
+void Stop() {
+    WriteMessageLogLine(u"Tessarix: Deinitializing...");
+    {
+        const CExceptionsEnabledScope scope;
+        ShowFailure(&SaveMessageLists);
+        ShowFailure(&EndModules);
+        ShowFailure(&EndTemporaryFiles);
+        ShowFailure(&FileSystem::ShutdownFileSystems);
+    }
+    RestoreRuntimeHooks();
+    foundationState = FS_Stopped;
+    ResourceBase.Deinitialize();
+    WriteMessageLogLine(u"Tessarix: Resource base deinitialized.");
+    WriteMessageLogLine(u"Tessarix: Deinitialization complete.");
+    ReleaseTrace(u"Tessarix deinitialized!\n");
 }
 
 } // namespace
@@ -29,16 +146,17 @@ TFoundationState GetFoundationState() {
 bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* machineRegistryPath) {
     const CCriticalSectionLock guard(FoundationLock);
     if (initCount++ != 0) {
-        return foundationState == FS_Initialised;
+        return foundationState == FS_Initialised && InitializeModules();
     }
     TSX_ASSERT(foundationState == FS_NeverStarted || foundationState == FS_Stopped, ModuleName);
     foundationState = FS_Starting;
+    std::srand(Platform::GetCurrentProcessId());
+    InstallRuntimeHooks();
+    const CExceptionsEnabledScope scope;
     try {
-        Platform::SetUserLocale();
-        StoreRegistryPath(UserRegistryPath, userRegistryPath);
-        StoreRegistryPath(MachineRegistryPath, machineRegistryPath);
-        foundationState = FS_Initialised;
+        Start(userRegistryPath, machineRegistryPath);
     } catch (CException* exception) {
+        ReleaseTrace(u"Exception during Tessarix Initialization\n");
         DisplayException(exception);
         delete exception;
         foundationState = FS_Failed;
@@ -48,17 +166,36 @@ bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* mach
 
 void DeinitializeFoundation() {
     const CCriticalSectionLock guard(FoundationLock);
-    if (foundationState == FS_Initialised && --initCount == 0) {
-        foundationState = FS_Stopped;
+    if (foundationState == FS_Initialised && --initCount < 1) {
+        Stop();
     }
 }
 
+void SetUserRegistryPath(const char16_t* path) {
+    StoreRegistryPath(UserRegistryPath, path);
+}
+
+void SetMachineRegistryPath(const char16_t* path) {
+    StoreRegistryPath(MachineRegistryPath, path);
+}
+
+void StoreProgramModule(Platform::Module module) {
+    TSX_ASSERT(!ProgramModule || ProgramModule == module, ModuleName);
+    ProgramModule = module;
+}
+
 CUnicodeString GetModuleDirectory() {
-    return FileSystem::GetPath(FileSystem::GetModulePath(Platform::GetProgramModule()));
+    if (!ProgramModule) {
+        ProgramModule = Platform::GetProgramModule();
+        TSX_ASSERT(ProgramModule, ModuleName);
+    }
+    return FileSystem::GetPath(FileSystem::GetModulePath(ProgramModule));
 }
 
 CUnicodeString GetProgramTitle() {
-    return FileSystem::GetName(FileSystem::GetProgramPath());
+    CUnicodeString path = FileSystem::GetProgramPath();
+    FileSystem::GetFullName(path);
+    return FileSystem::GetName(path);
 }
 
 } // namespace Tsx

@@ -3,7 +3,7 @@
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/debugtrace.h"
-#include "foundation/inc/destructorguard.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/messagebox.h"

@@ -1,7 +1,7 @@
 #include "foundation/inc/memorymanager.h"
 
 #include "foundation/inc/assertion.h"
-#include "foundation/inc/destructorguard.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/memory.h"
 #include <limits>

@@ -1,6 +1,6 @@
 #include "foundation/inc/nativefile.h"
 
-#include "foundation/inc/destructorguard.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"

@@ -127,4 +127,11 @@ void CNativeFileSystem::SetApplicationFolders(const CUnicodeString& relativePath
     }
 }
 
+void CNativeFileSystem::StoreApplicationFolders(const CUnicodeString& folder) {
+    const CCriticalSectionLock guard(SpecialFoldersLock);
+    LocalApplicationFolder = folder;
+    ApplicationFolder = folder;
+    CommonApplicationFolder = folder;
+}
+
 } // namespace Tsx

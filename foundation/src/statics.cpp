@@ -3,10 +3,12 @@
 // text. Each group says why it precedes the next.
 #include "foundation/src/statics.h"
 
+#include "foundation/inc/foundation.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/src/classregistry.h"
+#include "platform/inc/modules.h"
 
 // 101 is the first priority that programs may use.
 #define TSX_STATIC __attribute__((init_priority(101)))
@@ -55,6 +57,12 @@ public:
     CHandlerStage& operator=(const CHandlerStage&) = delete;
 };
 
+/// Stands behind the last object of the foundation.
+class CProgramStage {
+public:
+    CProgramStage() { StoreProgramModule(Platform::GetProgramModule()); }
+};
+
 } // namespace
 
 EStringStage GetStringStage() {
@@ -75,6 +83,7 @@ TSX_OBJECT(CCriticalSection, ConsoleHandlerLock)
 TSX_OBJECT(CCriticalSection, EventLogHandlerLock)
 TSX_OBJECT(CCriticalSection, ApplicationNameLock)
 TSX_OBJECT(CCriticalSection, FoundationLock)
+TSX_OBJECT(CCriticalSection, RegistryPathLock)
 TSX_OBJECT(CCriticalSection, SpecialFoldersLock)
 TSX_OBJECT(CCriticalSection, TemporaryFilesLock)
 
@@ -116,6 +125,7 @@ TSX_FOUNDATION_MESSAGES(TSX_DEFINE_MESSAGE)
 TSX_OBJECT(CUnicodeString, StoredApplicationName)
 TSX_OBJECT(CUnicodeString, UserRegistryPath)
 TSX_OBJECT(CUnicodeString, MachineRegistryPath)
+TSX_OBJECT(CUnicodeString, LibrarySearchPath)
 TSX_OBJECT(CUnicodeString, LocalApplicationFolder)
 TSX_OBJECT(CUnicodeString, ApplicationFolder)
 TSX_OBJECT(CUnicodeString, CommonApplicationFolder)
@@ -128,7 +138,8 @@ TSX_OBJECT(CEventLogMessageHandler, StaticEventLogMessageHandler)
 TSX_OBJECT(static const CHandlerStage, HandlerStage)
 TSX_OBJECT(CResourceBase, ResourceBase)
 
-// The classes that archives create, before any static record registers one.
+// The modules that are loaded, and the classes that archives create, before any static record registers one.
+TSX_OBJECT(CModuleList, ModuleList)
 TSX_OBJECT(CClassRegistry, ClassRegistry)
 
 // Tables of the file layer, empty until somebody asks or adds. They take no memory before that.
@@ -142,5 +153,9 @@ constinit CVirtualFileSystem* VirtualFileSystem = nullptr;
 TSX_OBJECT(const CUnicodeString, VirtualRootName, u"\\\\Ostrel\\Tessarix\\VirtualFiles$\\")
 TSX_OBJECT(static CNativeFileSystem, NativeFileSystemObject)
 TSX_OBJECT(static CVirtualFileSystem, VirtualFileSystemObject)
+
+// The program: the foundation stands now, and knows whom it serves.
+constinit Platform::Module ProgramModule = nullptr;
+TSX_OBJECT(static const CProgramStage, ProgramStage)
 
 } // namespace Tsx

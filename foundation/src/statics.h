@@ -7,6 +7,7 @@
 #include "foundation/inc/hashtable.h"
 #include "foundation/inc/map.h"
 #include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/modulelist.h"
 #include "foundation/inc/nativefilesystem.h"
 #include "foundation/inc/pathkey.h"
 #include "foundation/inc/resourceinfo.h"
@@ -25,6 +26,7 @@ extern CCriticalSection ConsoleHandlerLock;
 extern CCriticalSection EventLogHandlerLock;
 extern CCriticalSection ApplicationNameLock;
 extern CCriticalSection FoundationLock;
+extern CCriticalSection RegistryPathLock; // guards the two paths
 
 /// Whether the foundation can make strings: not yet, now, or no more.
 enum class EStringStage { Before, Usable, After };
@@ -49,6 +51,13 @@ extern CMessageBoxHandler StaticMessageBoxHandler;
 extern CConsoleMessageHandler StaticConsoleMessageHandler;
 extern CEventLogMessageHandler StaticEventLogMessageHandler;
 extern CResourceBase ResourceBase;
+
+/// The modules with their counts and entries, and where those without a complete name are looked for first. Both under
+/// FoundationLock. Process heap: the list outlives the threads that add to it.
+using CModuleList = CArray<CModuleEntry, CProcessHeapPolicy>;
+extern CModuleList ModuleList;
+extern CUnicodeString LibrarySearchPath; // folders, separated by `;`. AS DESIGNED: nobody fills it in this program
+extern Platform::Module ProgramModule;
 
 /// The system's numbers by TSpecialFolder, filled at the first question. SpecialFoldersLock guards filling and clearing
 /// it, and stores into the application's folders; it is not held while the shell is asked.

@@ -223,7 +223,7 @@ TEST(Archive, ClassesWithoutAFactoryLookForTheirModule) {
     const auto missing = Raised<CCheckException>([] { CreateObject(u"Missing"); });
     ASSERT_TRUE(missing);
     EXPECT_EQ(missing->GetMessageText().Left(36), u"Cannot load DLL no such library.dll.");
-    EXPECT_EQ(missing->param1, GetLastErrorText(126));
+    EXPECT_EQ(missing->param1, GetLastErrorText(2));
     EXPECT_TRUE(Raised<CInternalError>([] { CreateObject(u"Forgotten"); }));
 }
 

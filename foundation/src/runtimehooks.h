@@ -1,0 +1,12 @@
+// What the C++ run-time calls where a program has gone wrong for good.
+#pragma once
+
+namespace Tsx {
+
+/// Installs ours: a failure that nobody catches ends the process with a notice (unless FatalNoMessageBox), a call of a
+/// pure virtual function ends it silently.
+void InstallRuntimeHooks();
+/// Puts back what stood before.
+void RestoreRuntimeHooks();
+
+} // namespace Tsx
