@@ -1,13 +1,13 @@
-// The same strings and version record for the Linux program, in the form that its platform layer serves.
-#include "app/res/version.h"
+// The same strings and version record for the Linux modules, in the form that their platform layer serves.
 #include "platform/linux/moduleresources.h"
 #include "platform/linux/versionblock.h"
+#include RESOURCE_VERSION
 
 namespace {
 
 constexpr Platform::ModuleString Strings[] = {
 #define MESSAGE(id, name, text) {id, u"" text},
-#include "app/res/messages.inc"
+#include RESOURCE_MESSAGES
 #undef MESSAGE
 };
 
@@ -35,7 +35,7 @@ constexpr Platform::FixedFileInfo Fixed{
     .dwFileFlagsMask = 0x3F, // VS_FFI_FILEFLAGSMASK
     .dwFileFlags = 0,
     .dwFileOS = 0x00040004, // VOS_NT_WINDOWS32
-    .dwFileType = 1,        // VFT_APP
+    .dwFileType = CORVANE_FILE_TYPE,
     .dwFileSubtype = 0,
     .dwFileDateMS = 0,
     .dwFileDateLS = 0,
