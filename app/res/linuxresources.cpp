@@ -2,6 +2,9 @@
 #include "platform/linux/moduleresources.h"
 #include "platform/linux/versionblock.h"
 #include RESOURCE_VERSION
+#include <algorithm>
+#include <iterator>
+#include <span>
 
 namespace {
 
@@ -10,6 +13,20 @@ constexpr Platform::ModuleString Strings[] = {
 #include RESOURCE_MESSAGES
 #undef MESSAGE
 };
+
+static_assert(std::is_sorted(std::begin(Strings), std::end(Strings),
+                             [](const Platform::ModuleString& a, const Platform::ModuleString& b) {
+                                 return a.id < b.id;
+                             }),
+              "the look-up searches by halves");
+
+#ifdef RESOURCE_ICON
+// What the module's script on Windows has an icon for.
+constexpr const char16_t* IconNames[] = {u"" RESOURCE_ICON};
+constexpr std::span<const char16_t* const> Icons = IconNames;
+#else
+constexpr std::span<const char16_t* const> Icons;
+#endif
 
 constexpr Platform::VersionString VersionStrings[] = {
     {u"CompanyName", u"" CORVANE_COMPANY_NAME},       {u"FileDescription", u"" CORVANE_FILE_DESCRIPTION},
@@ -49,4 +66,4 @@ alignas(4) __attribute__((section(TESSARIX_VERSION_SECTION), used)) constexpr au
 } // namespace
 
 extern "C" PLATFORM_EXPORT const Platform::ModuleResources TessarixModuleResources;
-const Platform::ModuleResources TessarixModuleResources{std::size(Strings), Strings};
+const Platform::ModuleResources TessarixModuleResources{std::size(Strings), Strings, Icons.size(), Icons.data()};

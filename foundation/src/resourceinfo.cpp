@@ -21,7 +21,7 @@ constexpr const char16_t* ModuleName = u"src\\resourceinfo";
 template <class TPredicate>
 Platform::Module FindLast(const CResourceModules& modules, TPredicate isWanted) {
     for (std::int32_t i = modules.Size() - 1; i >= 0; --i) {
-        if (isWanted(*modules[i])) {
+        if (modules[i] && isWanted(*modules[i])) { // null while that module goes, whose end may tell of a failure
             return modules[i]->handle;
         }
     }
