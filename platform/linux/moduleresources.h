@@ -1,6 +1,6 @@
 // The resources of a program or library of ours on this system, in place of what the Windows linker would add: strings
-// and the names of icons in a table under one exported symbol, and the version block, in the same form as on Windows, in
-// a section of its own that can be read from the file.
+// and the names of icons in a table under one exported symbol, and the version block, in the same form as on Windows,
+// in a section of its own that can be read from the file.
 #pragma once
 
 #include <cstdint>

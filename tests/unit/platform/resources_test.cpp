@@ -8,6 +8,7 @@
 #include "tests/support/text.h"
 #include <algorithm>
 #include <set>
+#include <span>
 #include <string>
 
 using namespace Tsx;
@@ -26,7 +27,6 @@ constexpr Row Rows[] = {
 #undef MESSAGE
 };
 
-// In each language that there is a library of.
 constexpr Row German[] = {
 #define MESSAGE(id, name, text) {id, u## #name, u"" text},
 #include "languages/german.inc"
@@ -37,6 +37,9 @@ template <class TFunction>
 TFunction* Export(const char* name, Platform::Module module = Platform::GetProgramModule()) {
     return reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
 }
+
+// Of every library in languages/.
+constexpr std::span<const Row> Translations[] = {German};
 
 // The parameters that a text uses: "012" for three.
 std::u16string ParametersOf(std::u16string_view text) {
@@ -92,18 +95,19 @@ TEST(Resources, VersionRecord) {
     EXPECT_FALSE(none.GetFixedInfo(fixed));
 }
 
-TEST(Resources, TranslationsKeepNamesNumbersAndParameters) {
-    ASSERT_EQ(std::size(German), std::size(Rows));
-    for (std::size_t i = 0; i < std::size(Rows); ++i) {
-        const std::string name = Readable(Rows[i].name);
-        EXPECT_EQ(German[i].id, Rows[i].id) << name;
-        EXPECT_STREQ(Readable(German[i].name).c_str(), name.c_str());
-        const std::u16string_view text = German[i].text;
-        EXPECT_EQ(ParametersOf(text), ParametersOf(Rows[i].text)) << name;
-        EXPECT_EQ(std::count(text.begin(), text.end(), u'\n'),
-                  std::ranges::count(std::u16string_view(Rows[i].text), u'\n'))
-            << name;
-        EXPECT_FALSE(text.empty()) << name;
+TEST(Resources, TranslationsKeepNamesNumbersParametersAndLines) {
+    for (const std::span<const Row> translation : Translations) {
+        ASSERT_EQ(translation.size(), std::size(Rows));
+        for (std::size_t i = 0; i < std::size(Rows); ++i) {
+            const std::string name = Readable(translation[0].text) + " " + Readable(Rows[i].name);
+            const std::u16string_view english = Rows[i].text;
+            const std::u16string_view text = translation[i].text;
+            EXPECT_EQ(translation[i].id, Rows[i].id) << name;
+            EXPECT_EQ(Readable(translation[i].name), Readable(Rows[i].name)) << name;
+            EXPECT_EQ(ParametersOf(text), ParametersOf(english)) << name;
+            EXPECT_EQ(std::ranges::count(text, u'\n'), std::ranges::count(english, u'\n')) << name;
+            EXPECT_FALSE(text.empty()) << name;
+        }
     }
 }
 
