@@ -10,6 +10,24 @@
 
 using namespace Tsx;
 
+// Outside the unnamed namespace: the compiler must not know that there is one override alone.
+struct CHalfBuilt;
+CHalfBuilt* volatile underConstruction = nullptr; // the compiler must not see whom the call below meets
+
+struct CHalfBuilt {
+    CHalfBuilt() {
+        underConstruction = this;
+        CHalfBuilt* const object = underConstruction;
+        object->Answer();
+    }
+    virtual ~CHalfBuilt() = default;
+    virtual void Answer() = 0;
+};
+
+struct CBuilt : CHalfBuilt {
+    void Answer() override {}
+};
+
 namespace {
 
 /// Prints what it is shown, and fails while it shows the first text.
@@ -62,23 +80,6 @@ void ExhaustPool() {
         }
     }
 }
-
-struct CHalfBuilt;
-CHalfBuilt* volatile underConstruction = nullptr; // the compiler must not see whom the call below meets
-
-struct CHalfBuilt {
-    CHalfBuilt() {
-        underConstruction = this;
-        CHalfBuilt* const object = underConstruction;
-        object->Answer();
-    }
-    virtual ~CHalfBuilt() = default;
-    virtual void Answer() = 0;
-};
-
-struct CBuilt : CHalfBuilt {
-    void Answer() override {}
-};
 
 void CallPure() {
     std::signal(SIGABRT, &OnAbort);
