@@ -34,8 +34,9 @@ std::mutex& PlanLock() {
     return lock;
 }
 
+// Never destroyed: static objects still make calls while they go.
 Plan& CurrentPlan() {
-    static Plan plan;
+    static Plan& plan = *new Plan;
     return plan;
 }
 

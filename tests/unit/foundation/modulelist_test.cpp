@@ -36,7 +36,7 @@ protected:
     }
 };
 
-const CUnicodeString Library = CLIENT_LIBRARY;
+const CUnicodeString Library = SOME_LIBRARY;
 
 } // namespace
 
