@@ -1,15 +1,32 @@
-// The same strings and version record for the Linux program, in the form that its platform layer serves.
-#include "app/res/version.h"
+// The same strings and version record for the Linux modules, in the form that their platform layer serves.
 #include "platform/linux/moduleresources.h"
 #include "platform/linux/versionblock.h"
+#include RESOURCE_VERSION
+#include <algorithm>
+#include <iterator>
+#include <span>
 
 namespace {
 
 constexpr Platform::ModuleString Strings[] = {
 #define MESSAGE(id, name, text) {id, u"" text},
-#include "app/res/messages.inc"
+#include RESOURCE_MESSAGES
 #undef MESSAGE
 };
+
+static_assert(std::is_sorted(std::begin(Strings), std::end(Strings),
+                             [](const Platform::ModuleString& a, const Platform::ModuleString& b) {
+                                 return a.id < b.id;
+                             }),
+              "the look-up searches by halves");
+
+#ifdef RESOURCE_ICON
+// What the module's script on Windows has an icon for.
+constexpr const char16_t* IconNames[] = {u"" RESOURCE_ICON};
+constexpr std::span<const char16_t* const> Icons = IconNames;
+#else
+constexpr std::span<const char16_t* const> Icons;
+#endif
 
 constexpr Platform::VersionString VersionStrings[] = {
     {u"CompanyName", u"" CORVANE_COMPANY_NAME},       {u"FileDescription", u"" CORVANE_FILE_DESCRIPTION},
@@ -35,7 +52,7 @@ constexpr Platform::FixedFileInfo Fixed{
     .dwFileFlagsMask = 0x3F, // VS_FFI_FILEFLAGSMASK
     .dwFileFlags = 0,
     .dwFileOS = 0x00040004, // VOS_NT_WINDOWS32
-    .dwFileType = 1,        // VFT_APP
+    .dwFileType = CORVANE_FILE_TYPE,
     .dwFileSubtype = 0,
     .dwFileDateMS = 0,
     .dwFileDateLS = 0,
@@ -49,4 +66,4 @@ alignas(4) __attribute__((section(TESSARIX_VERSION_SECTION), used)) constexpr au
 } // namespace
 
 extern "C" PLATFORM_EXPORT const Platform::ModuleResources TessarixModuleResources;
-const Platform::ModuleResources TessarixModuleResources{std::size(Strings), Strings};
+const Platform::ModuleResources TessarixModuleResources{std::size(Strings), Strings, Icons.size(), Icons.data()};

@@ -1,5 +1,5 @@
-// What the executable exports: the message table that the catalogue asks for names and ids, and the mark that it is
-// built on Tessarix.
+// What a module with messages exports: the table that the catalogue asks for names and ids. The program and the
+// libraries of other languages are built from this source, each with its own rows.
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
@@ -15,7 +15,7 @@ struct MessageRow {
 // In ascending order of the names' code units.
 constexpr MessageRow Rows[] = {
 #define MESSAGE(id, name, text) {id, u## #name},
-#include "app/res/messages.inc"
+#include RESOURCE_MESSAGES
 #undef MESSAGE
 };
 
@@ -36,8 +36,6 @@ PLATFORM_EXPORT std::uint32_t GetResourceID(const char16_t* name);
 PLATFORM_EXPORT std::int32_t NumberOfMessages();
 PLATFORM_EXPORT const char16_t* GetMessageName(std::int32_t index);
 PLATFORM_EXPORT std::uint32_t GetMessageSystemVersion();
-// NOLINTNEXTLINE(bugprone-reserved-identifier): tools outside look for this very symbol; its value means nothing
-PLATFORM_EXPORT extern std::int32_t __TessarixUsed;
 
 /// The id of a message's string resource; 0 for a name that is not in the table. Case counts.
 std::uint32_t GetResourceID(const char16_t* name) {
@@ -58,6 +56,4 @@ const char16_t* GetMessageName(std::int32_t index) {
 std::uint32_t GetMessageSystemVersion() {
     return InterfaceVersion;
 }
-
-std::int32_t __TessarixUsed = 0; // NOLINT(bugprone-reserved-identifier)
 }

@@ -8,5 +8,7 @@ namespace Tsx {
 
 /// Ascending order of the 16-bit character codes, not of a locale. Nothing is allocated.
 void SortStrings(CArray<CUnicodeString>& strings);
+/// The same, and drops what stands there twice.
+void SortUniqueStrings(CArray<CUnicodeString>& strings);
 
 } // namespace Tsx

@@ -22,16 +22,6 @@ void CollectRecords(CArray<const CMessageName*>& records) {
     }
 }
 
-// Sorts by code units and drops what stands there twice.
-void SortUnique(CArray<CUnicodeString>& names) {
-    SortStrings(names);
-    for (std::int32_t i = names.Size() - 1; i > 0; --i) {
-        if (names[i] == names[i - 1]) {
-            names.RemoveAt(i);
-        }
-    }
-}
-
 CUnicodeString ModulePathOf(const CMessageName* record) {
     const Platform::MemoryRegion region = Platform::QueryAddress(record);
     TSX_ASSERT(region.committed, ModuleName);
@@ -52,7 +42,7 @@ void CollectUndefinedMessages(CArray<CUnicodeString>& names) {
             names.Append(name->Name);
         }
     }
-    SortUnique(names);
+    SortUniqueStrings(names);
 }
 
 void CollectUnusedMessages(CArray<CUnicodeString>& names) {
@@ -65,7 +55,7 @@ void CollectUnusedMessages(CArray<CUnicodeString>& names) {
     for (const CMessageName* record : records) {
         used.Append(record->Name);
     }
-    SortUnique(used);
+    SortUniqueStrings(used);
     std::int32_t next = 0; // both lists are sorted: one walk over them
     for (const CUnicodeString& name : all) {
         while (next < used.Size() && used[next] < name) {

@@ -1,47 +1,156 @@
 #include "foundation/inc/resourceinfo.h"
 
 #include "foundation/inc/assertion.h"
+#include "foundation/inc/debugflags.h"
+#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/stringsort.h"
+#include "foundation/src/resourcemodules.h"
 #include "foundation/src/statics.h"
-#include "platform/inc/modules.h"
+#include "platform/inc/messagebox.h"
 #include "platform/inc/resources.h"
+#include <algorithm>
 
 namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\resourceinfo";
+
+// The last module that a condition holds for, so that what came later goes before what was there; null if there is
+// none.
+template <class TPredicate>
+Platform::Module FindLast(const CResourceModules& modules, TPredicate isWanted) {
+    for (std::int32_t i = modules.Size() - 1; i >= 0; --i) {
+        if (modules[i] && isWanted(*modules[i])) { // null while that module goes, whose end may tell of a failure
+            return modules[i]->handle;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
 
 CResourceBase& GetResourceBase() {
     return ResourceBase;
 }
 
-bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
-    using GetResourceIDFunction = std::uint32_t(const char16_t*);
-    const Platform::Module module = Platform::GetProgramModule();
-    auto* getResourceId = reinterpret_cast<GetResourceIDFunction*>(Platform::GetProcAddress(module, "GetResourceID"));
-    const std::uint32_t id = getResourceId ? getResourceId(name) : 0;
-    return id != 0 && text.LoadString(module, id);
+CResourceBase::~CResourceBase() {
+    DestroyLanguageModules();
 }
 
-void CResourceBase::GetAllMessageNames(CArray<CUnicodeString>& names) {
-    using NumberOfMessagesFunction = std::int32_t();
-    using GetMessageNameFunction = const char16_t*(std::int32_t);
-    const Platform::Module module = Platform::GetProgramModule();
-    auto* count = reinterpret_cast<NumberOfMessagesFunction*>(Platform::GetProcAddress(module, "NumberOfMessages"));
-    auto* name = reinterpret_cast<GetMessageNameFunction*>(Platform::GetProcAddress(module, "GetMessageName"));
-    for (std::int32_t i = 0; count && name && i < count(); ++i) {
-        names.Append(name(i)); // sorted and without duplicates already
+const CResourceModules* CResourceBase::ModulesOfThread() const {
+    CLanguageModules* const* list = languageModules.Find(LanguageOfThread());
+    return list ? &(*list)->modules : nullptr;
+}
+
+template <class TPredicate>
+Platform::Module CResourceBase::FindModule(TPredicate isWanted) {
+    {
+        const CCriticalSectionLock guard(mainLock);
+        const CResourceModules* modules = ModulesOfThread();
+        if (Platform::Module found = modules ? FindLast(*modules, isWanted) : nullptr) {
+            return found;
+        }
+    }
+    const CCriticalSectionLock guard(staticLock);
+    return FindLast(staticModules, isWanted);
+}
+
+void CResourceBase::RegisterStaticModule(Platform::Module handle) {
+    CRecordHolder<CResourceModule> module = MakeResourceModule(handle, RM_Static);
+    const CCriticalSectionLock guard(staticLock);
+    const std::int32_t known = FindHandle(staticModules, handle);
+    AppendRecord(staticModules, module);
+    if (known >= 0) {
+        staticModules.DeleteAt(known);
     }
 }
 
+void CResourceBase::UnregisterStaticModule(Platform::Module handle) {
+    const CCriticalSectionLock guard(staticLock);
+    const std::int32_t known = FindHandle(staticModules, handle);
+    TSX_ASSERT(known >= 0, ModuleName);
+    if (known >= 0) {
+        staticModules.DeleteAt(known);
+    }
+}
+
+void CResourceBase::AddPrefix(const CUnicodeString& directory, const CUnicodeString& prefix) {
+    CRecordHolder<CResourcePrefix> added = MakeRecord<CResourcePrefix>();
+    added->directory = directory;
+    added->prefix = prefix;
+    const CCriticalSectionLock guard(mainLock);
+    TSX_ASSERT(!initialized, ModuleName);
+    AppendRecord(prefixes, added);
+}
+
+void CResourceBase::Initialize() {
+    CUnicodeString missing;
+    bool hasLanguages = false;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        CollectLanguages();
+        if (HasDebugFlag(DebugCheckAllResourceModules)) {
+            missing = DescribeMissingLibraries();
+        }
+        hasLanguages = !languages.IsEmpty();
+        initialized = true;
+    }
+    if (!missing.IsEmpty()) {
+        DisplayMessage(missing, ResourceFailureStyle);
+    }
+    if (hasLanguages) {
+        SetCurrentLanguage(GetDefaultLanguage());
+    }
+}
+
+void CResourceBase::Deinitialize() {
+    {
+        const CCriticalSectionLock guard(mainLock);
+        ReleaseThreadLanguage();
+        DestroyLanguageModules();
+        keptLists.DeleteAll();
+        for (CResourcePrefix* prefix : prefixes) {
+            prefix->scanned = false;
+        }
+        currentLanguage = NoLanguage;
+        ++period;
+        initialized = false;
+    }
+    const CCriticalSectionLock guard(staticLock);
+    for (std::int32_t i = staticModules.Size() - 1; i >= 0; --i) {
+        if (staticModules[i]->kind == 0) {
+            staticModules.DeleteAt(i);
+        }
+    }
+}
+
+bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
+    return FindModule([name, &text](const CResourceModule& module) { return module.FindText(name, text); }) != nullptr;
+}
+
+void CResourceBase::GetAllMessageNames(CArray<CUnicodeString>& names) {
+    names.RemoveAll();
+    {
+        const CCriticalSectionLock guard(mainLock);
+        const CResourceModules* modules = ModulesOfThread();
+        for (std::int32_t i = modules ? modules->Size() - 1 : -1; i >= 0; --i) {
+            (*modules)[i]->AppendNames(names);
+        }
+    }
+    {
+        const CCriticalSectionLock guard(staticLock);
+        for (const CResourceModule* module : staticModules) {
+            module->AppendNames(names);
+        }
+    }
+    SortUniqueStrings(names);
+}
+
 Platform::Module CResourceBase::FindModuleWithIcon(const char16_t* name) {
-    const Platform::Module module = Platform::GetProgramModule();
-    return Platform::FindResource(module, name, Platform::RtGroupIcon) ? module : nullptr;
-}
-
-std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
-    static_cast<void>(language);
-    return NoLanguage;
-}
-
-void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
-    TSX_ASSERT(FindLanguage(language) != NoLanguage, u"src\\resourceinfo");
+    return FindModule([name](const CResourceModule& module) {
+        return Platform::FindResource(module.handle, name, Platform::RtGroupIcon);
+    });
 }
 
 } // namespace Tsx

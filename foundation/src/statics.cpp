@@ -57,10 +57,17 @@ public:
     CHandlerStage& operator=(const CHandlerStage&) = delete;
 };
 
-/// Stands behind the last object of the foundation.
+/// Stands behind the last object of the foundation. The program's messages are there from now on, for the static
+/// objects of the program too.
 class CProgramStage {
 public:
-    CProgramStage() { StoreProgramModule(Platform::GetProgramModule()); }
+    CProgramStage() {
+        StoreProgramModule(Platform::GetProgramModule());
+        ResourceBase.RegisterStaticModule(ProgramModule);
+    }
+    ~CProgramStage() { ResourceBase.UnregisterStaticModule(ProgramModule); }
+    CProgramStage(const CProgramStage&) = delete;
+    CProgramStage& operator=(const CProgramStage&) = delete;
 };
 
 } // namespace
@@ -93,6 +100,7 @@ TSX_OBJECT(CTlsSlot, MemoryManagerSlot)
 TSX_OBJECT(CThreadObject<CErrorGuardState>, ErrorGuardState)
 TSX_OBJECT(CThreadObject<CThreadErrorMode>, ThreadErrorMode)
 TSX_OBJECT(CThreadObject<CThreadHandler>, threadHandler)
+TSX_OBJECT(CThreadObject<CThreadLanguage>, ThreadLanguage)
 TSX_OBJECT(static const CStaticStage, StaticStage)
 
 // Memory: pages, then the heap that serves every thread at first, then the strings that live on both.

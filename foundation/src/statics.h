@@ -47,6 +47,7 @@ struct CThreadHandler {
     CMessageHandler* Handler;
 };
 extern CThreadObject<CThreadHandler> threadHandler;
+extern CThreadObject<CThreadLanguage> ThreadLanguage;
 extern CMessageBoxHandler StaticMessageBoxHandler;
 extern CConsoleMessageHandler StaticConsoleMessageHandler;
 extern CEventLogMessageHandler StaticEventLogMessageHandler;

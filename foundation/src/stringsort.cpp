@@ -1,5 +1,6 @@
 #include "foundation/inc/stringsort.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Tsx {
@@ -73,6 +74,11 @@ void SortStrings(CArray<CUnicodeString>& strings) {
         pending[waiting++] = belowIsLarger ? below : above;
         range = belowIsLarger ? above : below;
     }
+}
+
+void SortUniqueStrings(CArray<CUnicodeString>& strings) {
+    SortStrings(strings);
+    strings.SetSize(static_cast<std::int32_t>(std::unique(strings.begin(), strings.end()) - strings.begin()));
 }
 
 } // namespace Tsx

@@ -26,8 +26,8 @@ static_assert(sizeof(FixedFileInfo) == 52);
 
 constexpr std::uint32_t RtGroupIcon = 14; // RT_GROUP_ICON
 
-/// Whether a module has the named resource of a type. The Linux layer's modules carry strings alone, so that the answer
-/// is no.
+/// Whether a module has the named resource of a type; case does not count. On Linux icons are the one type, and a name
+/// is all that there is of one.
 bool FindResource(Module module, const char16_t* name, std::uint32_t type);
 
 /// Copies the string resource `id` of a module, terminated and cut to `size` - 1 characters; returns the length, 0 if

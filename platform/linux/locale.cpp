@@ -1,5 +1,7 @@
 #include "platform/inc/locale.h"
 
+#include "platform/linux/faulthook.h"
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -14,11 +16,14 @@ struct Language {
 
 // A language by itself stands for its chief country, behind those that are named.
 constexpr Language Languages[] = {
-    {"cs", 0x405},    {"da", 0x406},     {"de_AT", 0xC07}, {"de_CH", 0x807}, {"de", 0x407}, {"el", 0x408},
-    {"en_AU", 0xC09}, {"en_CA", 0x1009}, {"en_GB", 0x809}, {"en", 0x409},    {"es", 0xC0A}, {"fi", 0x40B},
-    {"fr_CA", 0xC0C}, {"fr_CH", 0x100C}, {"fr", 0x40C},    {"he", 0x40D},    {"hu", 0x40E}, {"it", 0x410},
-    {"ja", 0x411},    {"ko", 0x412},     {"nb", 0x414},    {"nl", 0x413},    {"pl", 0x415}, {"pt_BR", 0x416},
-    {"pt", 0x816},    {"ru", 0x419},     {"sv", 0x41D},    {"tr", 0x41F},    {"uk", 0x422}, {"zh_TW", 0x404},
+    {"bg", 0x402}, {"ca", 0x403},    {"cs", 0x405},    {"da", 0x406},     {"de_AT", 0xC07},  {"de_CH", 0x807},
+    {"de", 0x407}, {"el", 0x408},    {"en_AU", 0xC09}, {"en_CA", 0x1009}, {"en_GB", 0x809},  {"en", 0x409},
+    {"es", 0xC0A}, {"et", 0x425},    {"fi", 0x40B},    {"fr_CA", 0xC0C},  {"fr_CH", 0x100C}, {"fr", 0x40C},
+    {"he", 0x40D}, {"hi", 0x439},    {"hr", 0x41A},    {"hu", 0x40E},     {"is", 0x40F},     {"it", 0x410},
+    {"ja", 0x411}, {"kk", 0x43F},    {"ko", 0x412},    {"lt", 0x427},     {"lv", 0x426},     {"mk", 0x42F},
+    {"nb", 0x414}, {"nl_BE", 0x813}, {"nl", 0x413},    {"pl", 0x415},     {"pt_BR", 0x416},  {"pt", 0x816},
+    {"ro", 0x418}, {"ru", 0x419},    {"sk", 0x41B},    {"sl", 0x424},     {"sr", 0xC1A},     {"sv", 0x41D},
+    {"th", 0x41E}, {"tr", 0x41F},    {"tt", 0x444},    {"uk", 0x422},     {"vi", 0x42A},     {"zh_TW", 0x404},
     {"zh", 0x804},
 };
 
@@ -53,6 +58,19 @@ std::uint32_t GetUserDefaultLCID() {
 
 std::uint32_t GetSystemDefaultLCID() {
     return LcidEnglishUnitedStates;
+}
+
+std::uint16_t GetSystemDefaultLangID() {
+    return static_cast<std::uint16_t>(GetUserDefaultLCID());
+}
+
+bool IsValidLocale(std::uint32_t lcid, std::uint32_t flags) {
+    PLATFORM_FAULT(IsValidLocale, false);
+    static_cast<void>(flags);
+    constexpr std::uint32_t primaryLanguage = 0x3FF; // of a LANGID
+    return std::any_of(std::begin(Languages), std::end(Languages), [lcid](const Language& row) {
+        return (row.lcid & primaryLanguage) == (lcid & primaryLanguage);
+    });
 }
 
 } // namespace Platform

@@ -1,6 +1,6 @@
 // The resources of a program or library of ours on this system, in place of what the Windows linker would add: strings
-// in a table under one exported symbol, and the version block, in the same form as on Windows, in a section of its own
-// that can be read from the file.
+// and the names of icons in a table under one exported symbol, and the version block, in the same form as on Windows, in
+// a section of its own that can be read from the file.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +15,8 @@ struct ModuleString {
 struct ModuleResources {
     std::uint32_t stringCount;
     const ModuleString* strings; // by ascending id
+    std::uint32_t iconCount = 0;
+    const char16_t* const* icons = nullptr; // names, for there is nothing here that draws an icon
 };
 
 /// The symbol under which a module exports its ModuleResources.

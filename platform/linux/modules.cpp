@@ -4,6 +4,7 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/fullpath.h"
+#include "platform/linux/loadedmodules.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/searchfolders.h"
@@ -107,6 +108,24 @@ void* FindLoaded(const char16_t* name) {
 
 } // namespace
 
+bool IsLoaded(Module module) {
+    struct Search {
+        const void* wanted;
+        bool found;
+    } search{module, module == nullptr};
+    // The loader counts its modules under its lock; only the first call is needed, and its list stands still meanwhile.
+    dl_iterate_phdr(
+        [](dl_phdr_info*, std::size_t, void* data) {
+            auto& wanted = *static_cast<Search*>(data);
+            for (const link_map* map = _r_debug.r_map; map && !wanted.found; map = map->l_next) {
+                wanted.found = map == wanted.wanted;
+            }
+            return 1;
+        },
+        &search);
+    return search.found;
+}
+
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     PLATFORM_FAULT(LoadLibraryEx, nullptr);
     static_cast<void>(flags); // a library's own dependencies are found by what it was linked with
@@ -169,11 +188,15 @@ std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
 }
 
 bool FreeLibrary(Module module) {
-    return dlclose(module) == 0 || Fail(ErrorInvalidHandle);
+    return IsLoaded(module) ? dlclose(module) == 0 || Fail(ErrorInvalidHandle) : Fail(ErrorModuleNotFound);
 }
 
 Procedure GetProcAddress(Module module, const char* name) {
     PLATFORM_FAULT(GetProcAddress, nullptr);
+    if (!IsLoaded(module)) {
+        SetLastError(ErrorModuleNotFound);
+        return nullptr;
+    }
     auto entry = reinterpret_cast<Procedure>(dlsym(module, name));
     if (!entry) {
         SetLastError(ErrorProcedureNotFound);
@@ -189,7 +212,7 @@ Module GetProgramModule() {
 std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t size) {
     PLATFORM_FAULT(GetModuleFileName, 0);
     const link_map* map = nullptr;
-    if (module && module != GetProgramModule() && dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) {
+    if (module && module != GetProgramModule() && (!IsLoaded(module) || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0)) {
         SetLastError(ErrorModuleNotFound);
         return 0;
     }

@@ -3,7 +3,9 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/loadedmodules.h"
 #include "platform/linux/moduleresources.h"
+#include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/versionblock.h"
 #include <algorithm>
@@ -13,6 +15,7 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -68,21 +71,40 @@ bool ReadVersionSection(const char16_t* path, std::vector<std::byte>& block) {
     return Fail(ErrorResourceDataNotFound);
 }
 
+// The resources of a loaded module; null with the last error set if it has none, or is gone.
+const ModuleResources* ResourcesOf(Module module) {
+    if (!IsLoaded(module)) {
+        SetLastError(ErrorModuleNotFound);
+        return nullptr;
+    }
+    const auto* resources = static_cast<const ModuleResources*>(dlsym(module, ModuleResourcesSymbol));
+    if (!resources) {
+        SetLastError(ErrorResourceDataNotFound);
+    }
+    return resources;
+}
+
 } // namespace
 
 bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
     PLATFORM_FAULT(FindResource, false);
-    static_cast<void>(module);
-    static_cast<void>(name);
-    static_cast<void>(type);
-    return Fail(ErrorResourceTypeNotFound);
+    const ModuleResources* resources = ResourcesOf(module);
+    if (!resources) {
+        return false;
+    }
+    if (type != RtGroupIcon || resources->iconCount == 0) {
+        return Fail(ErrorResourceTypeNotFound);
+    }
+    const std::span<const char16_t* const> icons(resources->icons, resources->iconCount);
+    return std::any_of(icons.begin(), icons.end(), [name](const char16_t* icon) { return NamesEqual(icon, name); }) ||
+           Fail(ErrorResourceNameNotFound);
 }
 
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
     PLATFORM_FAULT(LoadString, 0);
-    const auto* resources = static_cast<const ModuleResources*>(dlsym(module, ModuleResourcesSymbol));
+    const ModuleResources* resources = ResourcesOf(module);
     if (!resources || size <= 0) {
-        SetLastError(resources ? ErrorInvalidParameter : ErrorResourceDataNotFound);
+        SetLastError(resources ? ErrorInvalidParameter : GetLastError());
         return 0;
     }
     const ModuleString* end = resources->strings + resources->stringCount;

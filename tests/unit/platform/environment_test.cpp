@@ -60,5 +60,7 @@ TEST(Environment, LanguagesHaveTheirNumbers) {
     SetVariable("LANG", "it_IT.UTF-8");
     EXPECT_EQ(Platform::GetUserDefaultLCID(), 0xC0CU);
     EXPECT_EQ(Platform::GetSystemDefaultLCID(), Platform::LcidEnglishUnitedStates);
+    EXPECT_EQ(Platform::GetSystemDefaultLangID(), 0xC0C);
+    EXPECT_FALSE(Platform::IsValidLocale(0x401, Platform::LcidInstalled)) << "no language of the table";
 }
 #endif

@@ -1,10 +1,14 @@
-// The message table, strings and version record of the built program, as every module serves them.
+// The message table, strings and version record of the built program and of libraries, as every module serves them.
 #include "platform/inc/resources.h"
 
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/versioninfo.h"
+#include "platform/inc/lasterror.h"
 #include "platform/inc/modules.h"
 #include "tests/support/text.h"
+#include <algorithm>
+#include <set>
+#include <string>
 
 using namespace Tsx;
 
@@ -22,9 +26,27 @@ constexpr Row Rows[] = {
 #undef MESSAGE
 };
 
+// In each language that there is a library of.
+constexpr Row German[] = {
+#define MESSAGE(id, name, text) {id, u## #name, u"" text},
+#include "languages/german.inc"
+#undef MESSAGE
+};
+
 template <class TFunction>
-TFunction* Export(const char* name) {
-    return reinterpret_cast<TFunction*>(Platform::GetProcAddress(Platform::GetProgramModule(), name));
+TFunction* Export(const char* name, Platform::Module module = Platform::GetProgramModule()) {
+    return reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
+}
+
+// The parameters that a text uses: "012" for three.
+std::u16string ParametersOf(std::u16string_view text) {
+    std::set<char16_t> used;
+    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+        if (text[i] == u'%') {
+            used.insert(text[i + 1]);
+        }
+    }
+    return {used.begin(), used.end()};
 }
 
 } // namespace
@@ -68,4 +90,77 @@ TEST(Resources, VersionRecord) {
     none.Load(u"no such file");
     EXPECT_EQ(none.GetString(u"InternalName"), u"");
     EXPECT_FALSE(none.GetFixedInfo(fixed));
+}
+
+TEST(Resources, TranslationsKeepNamesNumbersAndParameters) {
+    ASSERT_EQ(std::size(German), std::size(Rows));
+    for (std::size_t i = 0; i < std::size(Rows); ++i) {
+        const std::string name = Readable(Rows[i].name);
+        EXPECT_EQ(German[i].id, Rows[i].id) << name;
+        EXPECT_STREQ(Readable(German[i].name).c_str(), name.c_str());
+        const std::u16string_view text = German[i].text;
+        EXPECT_EQ(ParametersOf(text), ParametersOf(Rows[i].text)) << name;
+        EXPECT_EQ(std::count(text.begin(), text.end(), u'\n'),
+                  std::ranges::count(std::u16string_view(Rows[i].text), u'\n'))
+            << name;
+        EXPECT_FALSE(text.empty()) << name;
+    }
+}
+
+TEST(Resources, ALibraryServesItsOwn) {
+    const CUnicodeString path = GERMAN_LANGUAGE;
+    const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
+    ASSERT_TRUE(library);
+    EXPECT_EQ(Export<std::int32_t()>("NumberOfMessages", library)(), 61);
+    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion", library)(), 200U);
+    EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
+    for (const Row& row : German) {
+        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), row.id);
+        CUnicodeString text;
+        EXPECT_TRUE(text.LoadString(library, row.id));
+        EXPECT_EQ(text, row.text);
+    }
+    EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
+    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceTypeNotFound);
+    CVersionInfo version;
+    version.Load(path);
+    EXPECT_EQ(version.GetString(u"FileDescription"), u"Resource DLL");
+    EXPECT_EQ(version.GetString(u"OriginalFilename"), u"corvane2.dll");
+    Platform::FixedFileInfo fixed{};
+    ASSERT_TRUE(version.GetFixedInfo(fixed));
+    EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
+    EXPECT_EQ(fixed.dwFileVersionMS, 0x00050000U);
+    EXPECT_TRUE(Platform::FreeLibrary(library));
+}
+
+TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {
+    const CUnicodeString path = TEST_LANGUAGE;
+    const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
+    ASSERT_TRUE(library);
+    struct Icon {
+        const char16_t* name;
+        std::uint32_t type;
+        std::uint32_t error; // 0 for one that is found
+    };
+    for (const Icon& icon : {Icon{u"TESTICON", Platform::RtGroupIcon, 0}, Icon{u"TestIcon", Platform::RtGroupIcon, 0},
+                             Icon{u"ABSENT", Platform::RtGroupIcon, Platform::ErrorResourceNameNotFound},
+                             Icon{u"TESTICON", 12, Platform::ErrorResourceTypeNotFound}}) {
+        EXPECT_EQ(Platform::FindResource(library, icon.name, icon.type), icon.error == 0) << Readable(icon.name);
+        if (icon.error != 0) {
+            EXPECT_EQ(Platform::GetLastError(), icon.error) << Readable(icon.name);
+        }
+    }
+    char16_t buffer[300] = {};
+    EXPECT_GT(Platform::LoadString(library, 102, buffer, 300), 0);
+    // Twice loaded, it is there until it has been freed twice.
+    EXPECT_EQ(Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath), library);
+    EXPECT_TRUE(Platform::FreeLibrary(library));
+    EXPECT_GT(Platform::GetModuleFileName(library, buffer, 300), 0U);
+    EXPECT_TRUE(Platform::FreeLibrary(library));
+    EXPECT_EQ(Platform::GetModuleFileName(library, buffer, 300), 0U);
+    EXPECT_EQ(Platform::LoadString(library, 102, buffer, 300), 0);
+    EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
+    EXPECT_FALSE(Platform::GetProcAddress(library, "GetResourceID"));
+    EXPECT_FALSE(Platform::FreeLibrary(library));
+    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorModuleNotFound);
 }

@@ -1,0 +1,266 @@
+// The languages of the resource base: which there are, which one is chosen, and the modules of those in use.
+#include "foundation/inc/assertion.h"
+#include "foundation/inc/debugtrace.h"
+#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/messagenames.h"
+#include "foundation/src/languagetable.h"
+#include "foundation/src/resourcemodules.h"
+#include "foundation/src/statics.h"
+#include "platform/inc/locale.h"
+#include "platform/inc/messagebox.h"
+#include "platform/inc/text.h"
+#include <algorithm>
+
+namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\resourceinfo";
+constexpr std::int32_t LibraryNumberCount = 128;
+
+// Takes an element out without destroying it.
+template <class TArray>
+auto* TakeAt(TArray& array, std::int32_t index) {
+    auto* const element = array.Exchange(index, nullptr);
+    array.DeleteAt(index);
+    return element;
+}
+
+CUnicodeString NumberText(std::uint32_t language) {
+    return CUnicodeString::Format(u"%u", language);
+}
+
+struct CHasLibrary {
+    std::int32_t number;
+    bool operator()(const CResourcePrefix* prefix) const { return prefix->available.Has(number); }
+};
+
+void ShowLoadFailures(const CArray<CUnicodeString, CProcessHeapPolicy>& files) {
+    for (const CUnicodeString& file : files) {
+        DisplayMessage(FormatMessage(ERR_CANT_LOAD_DLL, file), ResourceFailureStyle);
+    }
+}
+
+} // namespace
+
+void CLanguageModules::Destroy(CLanguageModules* list) {
+    FreeRecord(list);
+}
+
+void CResourceBase::CollectLanguages() {
+    for (CResourcePrefix* prefix : prefixes) {
+        if (!prefix->scanned) {
+            ScanPrefix(*prefix);
+        }
+    }
+    languages.RemoveAll();
+    languageIndex.DeleteAll();
+    for (std::int32_t number = 0; number < LibraryNumberCount && !prefixes.IsEmpty(); ++number) {
+        if (!std::all_of(prefixes.begin(), prefixes.end(), CHasLibrary{number})) {
+            continue;
+        }
+        const auto language = static_cast<std::uint32_t>(number);
+        CLanguageInfo info{language, {}};
+        for (const CResourcePrefix* prefix : prefixes) {
+            info.name = info.name.IsEmpty() ? prefix->names.Get(language) : info.name;
+        }
+        info.name = info.name.IsEmpty() ? NumberText(language) : info.name;
+        languageIndex.Set(language, languages.Size());
+        languages.Append(std::move(info));
+    }
+}
+
+CUnicodeString CResourceBase::DescribeMissingLibraries() const {
+    CUnicodeString text;
+    for (const CResourcePrefix* prefix : prefixes) {
+        CUnicodeString missing;
+        for (std::int32_t number = 0; number < LibraryNumberCount; ++number) {
+            const CHasLibrary hasIt{number};
+            if (!hasIt(prefix) && std::any_of(prefixes.begin(), prefixes.end(), hasIt)) {
+                missing += missing.IsEmpty() ? u"" : u", ";
+                missing += CUnicodeString::FromInt(number);
+            }
+        }
+        if (!missing.IsEmpty()) {
+            const char16_t* const parameters[] = {prefix->prefix.Text(), missing.Text()};
+            text += SubstituteParams(u"For prefix '%0' resource modules for following languages: %1 are missing.",
+                                     parameters, 2);
+            text += u'\n';
+        }
+    }
+    return text;
+}
+
+std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
+    const CCriticalSectionLock guard(mainLock);
+    TSX_ASSERT(initialized, ModuleName);
+    const std::int32_t* index = languageIndex.Find(language);
+    return index ? static_cast<std::uint32_t>(*index) : NoLanguage;
+}
+
+CUnicodeString CResourceBase::GetLanguageName(std::uint32_t language) {
+    const CCriticalSectionLock guard(mainLock);
+    const std::int32_t* index = languageIndex.Find(language);
+    return index && !languages[*index].name.IsEmpty() ? languages[*index].name : NumberText(language);
+}
+
+bool CResourceBase::IsLanguageSupported(std::uint32_t language) {
+    TSX_ASSERT(language < LanguageCount, ModuleName);
+    return language < LanguageCount &&
+           Platform::IsValidLocale(GetLanguageId(LanguageTable[language]), Platform::LcidInstalled);
+}
+
+std::uint32_t CResourceBase::GetDefaultLanguage() {
+    CLanguageSet known;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        TSX_ASSERT(!languages.IsEmpty(), ModuleName);
+        for (const CLanguageInfo& info : languages) {
+            if (info.language < LanguageCount) {
+                known.set(info.language);
+            }
+        }
+    }
+    CLanguageSet supported;
+    for (std::uint32_t language = 0; language < LanguageCount; ++language) {
+        supported[language] = known[language] && IsLanguageSupported(language);
+    }
+    return ChooseDefaultLanguage(known, supported, Platform::GetSystemDefaultLangID(), Platform::GetACP());
+}
+
+void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
+    bool hasCurrent = false;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        TSX_ASSERT(languageIndex.Has(language), ModuleName);
+        if (!languageIndex.Has(language)) {
+            return;
+        }
+        hasCurrent = currentLanguage != NoLanguage;
+    }
+    if (!IsLanguageSupported(language)) {
+        const CUnicodeString name = GetLanguageName(language);
+        const char16_t* const parameters[] = {name.Text()};
+        DisplayMessage(
+            SubstituteParams(u"The selected interface language ( %0 ) is not supported on the operating system.",
+                             parameters, 1),
+            Platform::MbOk);
+        if (hasCurrent) {
+            return;
+        }
+        language = GetDefaultLanguage();
+    }
+    SwitchLanguage(language);
+}
+
+void CResourceBase::SetThreadLanguage(std::uint32_t language) {
+    CThreadLanguage* const own = ThreadLanguage.Get();
+    CFileNames failed;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        const bool isKnown = language == NoLanguage || languageIndex.Has(language);
+        TSX_ASSERT(isKnown && own, ModuleName);
+        if (!isKnown || !own) {
+            return;
+        }
+        CLanguageModules* list = language != NoLanguage ? &AcquireLanguage(language) : nullptr;
+        ReleaseThreadLanguage();
+        *own = {~language, period};
+        if (list) {
+            AddLibraries(*list, failed);
+        }
+    }
+    ShowLoadFailures(failed);
+}
+
+void CResourceBase::SwitchLanguage(std::uint32_t language) {
+    CFileNames failed;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        if (language == currentLanguage) {
+            return;
+        }
+        ReleaseTrace(u"Tessarix: Changing current language to %s\n", GetLanguageName(language));
+        CLanguageModules& list = AcquireLanguage(language);
+        // Stored before the old one goes, so that a failure in that leaves a language whose modules are there.
+        const std::uint32_t old = std::exchange(currentLanguage, language);
+        if (old != NoLanguage) {
+            ReleaseLanguage(old);
+        }
+        AddLibraries(list, failed);
+    }
+    ShowLoadFailures(failed);
+}
+
+std::uint32_t CResourceBase::LanguageOfThread() const {
+    const CThreadLanguage* own = ThreadLanguage.Find();
+    const std::uint32_t chosen = own && own->period == period ? ~own->inverted : NoLanguage;
+    return chosen != NoLanguage ? chosen : currentLanguage;
+}
+
+void CResourceBase::ReleaseThreadLanguage() {
+    CThreadLanguage* own = ThreadLanguage.Find();
+    const CThreadLanguage old = own ? std::exchange(*own, {}) : CThreadLanguage{};
+    if (old.inverted != 0 && old.period == period) {
+        ReleaseLanguage(~old.inverted);
+    }
+}
+
+CLanguageModules& CResourceBase::AcquireLanguage(std::uint32_t language) {
+    CLanguageModules** present = languageModules.Find(language);
+    if (!present) {
+        const auto* const kept = std::find_if(keptLists.begin(), keptLists.end(), [language](CLanguageModules* list) {
+            return list->language == language;
+        });
+        if (kept != keptLists.end()) {
+            languageModules.Set(language, *kept);
+            TakeAt(keptLists, static_cast<std::int32_t>(kept - keptLists.begin()));
+        } else {
+            CRecordHolder<CLanguageModules> list = MakeRecord<CLanguageModules>();
+            list->language = language;
+            languageModules.Set(language, list.get());
+            static_cast<void>(list.release());
+        }
+        present = languageModules.Find(language);
+    }
+    ++(*present)->useCount;
+    return **present;
+}
+
+void CResourceBase::ReleaseLanguage(std::uint32_t language) {
+    CLanguageModules** present = languageModules.Find(language);
+    TSX_ASSERT(present && (*present)->useCount > 0, ModuleName);
+    if (!present || --(*present)->useCount > 0) {
+        return;
+    }
+    CRecordHolder<CLanguageModules> list(*present);
+    languageModules.Delete(language);
+    if (keptListsLimit > 0) {
+        while (keptLists.Size() >= keptListsLimit) {
+            keptLists.DeleteAt(0);
+        }
+        AppendRecord(keptLists, list);
+    }
+}
+
+void CResourceBase::AddLibraries(CLanguageModules& list, CFileNames& failed) const {
+    for (const CResourcePrefix* prefix : prefixes) {
+        CRecordHolder<CResourceModule> library(LoadResourceLibrary(*prefix, list.language));
+        if (!library) {
+            failed.Append(prefix->GetFileName(list.language));
+        } else if (FindHandle(list.modules, library->handle) < 0) {
+            AppendRecord(list.modules, library);
+        }
+    }
+}
+
+void CResourceBase::DestroyLanguageModules() {
+    while (!languageModules.IsEmpty()) {
+        // Out of the map first: the end of a library may run code that looks up a message.
+        const CRecordHolder<CLanguageModules> list(languageModules.begin()->Value);
+        languageModules.Delete(list->language);
+    }
+    languageModules.DeleteAll();
+}
+
+} // namespace Tsx

@@ -1,0 +1,131 @@
+// Single modules and the libraries of a prefix: finding, loading and asking them.
+#include "foundation/src/resourcemodules.h"
+
+#include "foundation/inc/debugtrace.h"
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/messagenames.h"
+#include "foundation/inc/modulelist.h"
+#include "foundation/inc/versioninfo.h"
+#include "platform/inc/modules.h"
+#include <algorithm>
+
+namespace Tsx {
+
+namespace {
+
+constexpr std::int32_t LargestLibraryNumber = 127;
+
+template <class TFunction>
+void TakeExport(TFunction*& function, Platform::Module module, const char* name) {
+    function = reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
+}
+
+// The language number that follows the prefix in the name of a file; -1 if something else does.
+std::int32_t ReadLibraryNumber(const CUnicodeString& fileName, const CUnicodeString& prefix) {
+    std::int32_t number = 0;
+    const bool isNumber = FileSystem::GetName(fileName).Mid(prefix.Length()).ToInt(number);
+    return isNumber && number >= 0 && number <= LargestLibraryNumber ? number : -1;
+}
+
+bool IsResourceLibrary(const CUnicodeString& fileName) {
+    CVersionInfo version;
+    version.Load(fileName);
+    return version.GetString(u"FileDescription").CompareNoCase(u"Resource DLL") == 0;
+}
+
+} // namespace
+
+void CResourceModule::Destroy(CResourceModule* module) {
+    if (module->kind == RM_Loaded) {
+        Platform::FreeLibrary(module->handle);
+    }
+    FreeRecord(module);
+}
+
+bool CResourceModule::FindText(const char16_t* name, CUnicodeString& text) const {
+    const std::uint32_t id = getResourceId ? getResourceId(name) : 0;
+    return id != 0 && text.LoadString(handle, id);
+}
+
+void CResourceModule::AppendNames(CArray<CUnicodeString>& names) const {
+    const std::int32_t count = numberOfMessages && getMessageName ? numberOfMessages() : 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+        names.Append(getMessageName(i));
+    }
+}
+
+std::int32_t FindHandle(const CResourceModules& modules, Platform::Module handle) {
+    const auto* const found = std::find_if(modules.begin(), modules.end(), [handle](const CResourceModule* module) {
+        return module && module->handle == handle;
+    });
+    return found != modules.end() ? static_cast<std::int32_t>(found - modules.begin()) : -1;
+}
+
+CRecordHolder<CResourceModule> MakeResourceModule(Platform::Module handle, TResourceModuleKind kind) {
+    CRecordHolder<CResourceModule> module;
+    try {
+        module = MakeRecord<CResourceModule>();
+    } catch (...) {
+        if (kind == RM_Loaded) {
+            Platform::FreeLibrary(handle);
+        }
+        throw;
+    }
+    module->handle = handle;
+    module->kind = kind;
+    TakeExport(module->getResourceId, handle, "GetResourceID");
+    TakeExport(module->numberOfMessages, handle, "NumberOfMessages");
+    TakeExport(module->getMessageName, handle, "GetMessageName");
+    return module;
+}
+
+void CResourcePrefix::Destroy(CResourcePrefix* prefix) {
+    FreeRecord(prefix);
+}
+
+CUnicodeString CResourcePrefix::GetFileName(std::uint32_t language) const {
+    return FileSystem::MergeName(directory, CUnicodeString::Format(u"%s%u", prefix, language), u".dll");
+}
+
+CResourceModule* CResourceBase::LoadResourceLibrary(const CResourcePrefix& prefix, std::uint32_t language) {
+    const CUnicodeString name = prefix.GetFileName(language);
+    if (!FileSystem::GetFileSystem(name).CheckFile(name, FA_Exists)) {
+        ReleaseTrace(u"Tessarix: Resource DLL %s not found.\n", name);
+        return nullptr;
+    }
+    if (!IsResourceLibrary(name)) {
+        ReleaseTrace(u"Tessarix: Resource DLL candidate %s has invalid version info\n", name);
+        return nullptr;
+    }
+    const Platform::Module handle = LoadLibrarySearched(name.Text());
+    if (!handle) {
+        ReleaseTrace(u"Tessarix: Can't load resource DLL %s.\n", name);
+        return nullptr;
+    }
+    ReleaseTrace(u"Tessarix: Resource DLL %s is loaded.\n", name);
+    return MakeResourceModule(handle, RM_Loaded).release();
+}
+
+void CResourceBase::ScanPrefix(CResourcePrefix& prefix) {
+    prefix.available = {};
+    prefix.names.DeleteAll();
+    CArray<CUnicodeString> files;
+    FileSystem::GetFileNames(prefix.directory, files, prefix.prefix + u"*.dll");
+    for (const CUnicodeString& file : files) {
+        const std::int32_t number = ReadLibraryNumber(file, prefix.prefix);
+        if (number < 0) {
+            continue;
+        }
+        const auto language = static_cast<std::uint32_t>(number);
+        const CRecordHolder<CResourceModule> library(LoadResourceLibrary(prefix, language));
+        if (library) {
+            CUnicodeString name;
+            library->FindText(CURRENT_LANGUAGE_NAME.Name, name);
+            prefix.available.Set(number);
+            prefix.names.Set(language, name);
+        }
+    }
+    prefix.scanned = true;
+}
+
+} // namespace Tsx

@@ -1,0 +1,43 @@
+// Records on the process heap, for the sources of the resource base.
+#pragma once
+
+#include "foundation/inc/memorymanager.h"
+#include "foundation/inc/resourceinfo.h"
+#include "platform/inc/messagebox.h"
+#include <memory>
+
+namespace Tsx {
+
+template <class TRecord>
+using CRecordHolder = std::unique_ptr<TRecord, CDestroyer<TRecord>>;
+
+/// Raises CMemoryException.
+template <class TRecord>
+CRecordHolder<TRecord> MakeRecord() {
+    return CRecordHolder<TRecord>(new (AllocateFromProcessHeap(sizeof(TRecord))) TRecord{});
+}
+
+template <class TRecord>
+void FreeRecord(TRecord* record) {
+    record->~TRecord();
+    FreeToProcessHeap(record);
+}
+
+/// Appends what a holder has; it stays there when that raises.
+template <class TArray, class TRecord>
+void AppendRecord(TArray& array, CRecordHolder<TRecord>& record) {
+    array.Append(record.get());
+    static_cast<void>(record.release());
+}
+
+/// The style of what is told about resource libraries.
+constexpr std::uint32_t ResourceFailureStyle = Platform::MbSystemModal | Platform::MbIconHand;
+
+/// The place of a module among others; -1 if it is not one of them.
+std::int32_t FindHandle(const CResourceModules& modules, Platform::Module handle);
+
+/// A record of a module with the functions that it exports. Raises CMemoryException; a module that was to be owned is
+/// freed then.
+CRecordHolder<CResourceModule> MakeResourceModule(Platform::Module handle, TResourceModuleKind kind);
+
+} // namespace Tsx

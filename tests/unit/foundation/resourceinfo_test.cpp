@@ -1,0 +1,466 @@
+#include "foundation/inc/resourceinfo.h"
+
+#include "foundation/inc/debugflags.h"
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/foundation.h"
+#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/messagenames.h"
+#include "foundation/src/languagetable.h"
+#include "platform/inc/faults.h"
+#include "platform/inc/messagebox.h"
+#include "platform/inc/modules.h"
+#include "tests/support/folder.h"
+#include "tests/support/text.h"
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <string>
+#include <thread>
+
+using namespace Tsx;
+
+namespace {
+
+/// The told: "style text" a line.
+class CRecordingHandler : public CMessageHandler {
+public:
+    CUnicodeString texts;
+
+    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
+        texts += CUnicodeString::Format(u"%u %s|", style, text);
+        return Platform::IdOk;
+    }
+};
+
+/// A resource base beside the program's own.
+class CBase : public CResourceBase {
+public:
+    using CResourceBase::currentLanguage;
+    using CResourceBase::keptLists;
+    using CResourceBase::keptListsLimit;
+    using CResourceBase::languageModules;
+    using CResourceBase::languages;
+    using CResourceBase::LoadResourceLibrary;
+
+    /// What a lookup finds; "(none)" if it finds nothing.
+    CUnicodeString Text(const char16_t* name) {
+        CUnicodeString text;
+        return LookupMessage(name, text) ? text : u"(none)";
+    }
+    /// The only module of a language in use.
+    Platform::Module ModuleOf(std::uint32_t language) { return languageModules.Get(language)->modules[0]->handle; }
+};
+
+std::string FileBytes(const char16_t* path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+/// Puts one text, wide or narrow, in the place of another of the same length.
+template <class TText>
+std::string Patched(std::string bytes, const TText& from, const TText& to) {
+    const auto raw = [](const TText& text) {
+        return std::string_view(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(text[0]));
+    };
+    const std::size_t place = bytes.find(raw(from));
+    EXPECT_NE(place, std::string::npos);
+    return place == std::string::npos ? bytes : bytes.replace(place, raw(to).size(), raw(to));
+}
+
+/// A library that says what it is and that no system loads: without a machine, or without segments.
+std::string Unloadable(std::string bytes) {
+    constexpr std::size_t elfSegmentCount = 56;
+    constexpr std::size_t peHeaderPlace = 0x3C;
+    std::size_t place = elfSegmentCount;
+    if (bytes.starts_with("MZ")) {
+        place = static_cast<std::uint8_t>(bytes[peHeaderPlace]) + 4U;
+    }
+    bytes[place] = bytes[place + 1] = 0;
+    return bytes;
+}
+
+/// A folder with libraries of all kinds.
+class CLibraries : public CTestFolder {
+public:
+    CLibraries() {
+        using namespace std::string_literals;
+        const std::string good = FileBytes(TEST_LANGUAGE);
+        const std::string lowerCase = Patched(good, u"Resource DLL"s, u"resource dll"s);
+        // Of a name that is not found any more, all that is left is a library without a table.
+        const std::string bare = Patched(good, "GetResourceID"s, "GetResourceXY"s);
+        for (const char16_t* name :
+             {u"alpha2.dll", u"alpha128.dll", u"alpha5x.dll", u"alpha.dll", u"alpha 6.dll", u"alpha-1.dll",
+              u"alphabet.dll", u"alpha70.dll", u"alpha3.txt", u"beta2.dll", u"beta3.dll", u"beta11.dll", u"beta12.dll",
+              u"beta70.dll", u"kept2.dll", u"kept3.dll", u"kept4.dll", u"rare12.dll", u"rare13.dll"}) {
+            Write(name, good);
+        }
+        Write(u"alpha3.dll", lowerCase);
+        Write(u"alpha11.dll", bare);
+        Write(u"alpha9.dll", Patched(good, u"Resource DLL"s, u"Resource EXE"s));
+        Write(u"alpha10.dll", Unloadable(good));
+        Write(u"alpha4.dll", "no library at all");
+        Write(u"alpha14.dll\\a file", "in a folder that has a library's name");
+        Write(u"kept5.dll", FileBytes(GERMAN_LANGUAGE));
+    }
+};
+
+std::string Numbers(const CBase& base) {
+    std::string text;
+    for (const CLanguageInfo& info : base.languages) {
+        text += std::to_string(info.language) + ":" + Readable(info.name.View()) + " ";
+    }
+    return text;
+}
+
+class ResourceBaseTest : public testing::Test {
+protected:
+    const CLibraries folder;
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope{&handler};
+    CBase base; // goes before the folder of its libraries
+
+    bool IsLoaded(const char16_t* name) const { return Platform::GetModuleHandle((folder / name).Text()) != nullptr; }
+    CUnicodeString Told() { return std::exchange(handler.texts, {}); }
+};
+
+} // namespace
+
+TEST(LanguageTable, TheDefaultFitsTheSystemBest) {
+    struct Row {
+        const char* name;
+        std::vector<std::uint32_t> known;
+        std::vector<std::uint32_t> unsupported;
+        std::uint32_t systemLanguage;
+        std::uint32_t codePage;
+        std::uint32_t expected;
+    };
+    const Row rows[] = {
+        {"the primary language", {2, 3, 5}, {}, 0x080C, 1251, 3},
+        {"the primary language before an earlier code page", {1, 2, 3}, {}, 0x040C, 1251, 3},
+        {"the first of two with the primary language", {27, 13}, {}, 0x0816, 0, 13},
+        {"the code page", {0, 16, 17, 18}, {}, 0x0409 + 0x100, 1250, 16},
+        {"the first supported one", {7, 16, 26}, {7}, 0x0436, 874, 16},
+        {"a fitting one that is not supported", {2, 3}, {3}, 0x040C, 0, 2},
+        {"none is supported", {5, 3, 26}, {3, 5, 26}, 0x040C, 1252, 3},
+        {"a number that is not used", {12}, {12}, 0, 0, 12},
+        {"none at all", {}, {}, 0x0409, 1252, NoLanguage},
+    };
+    for (const Row& row : rows) {
+        CLanguageSet known;
+        for (const std::uint32_t language : row.known) {
+            known.set(language);
+        }
+        CLanguageSet supported = ~CLanguageSet();
+        for (const std::uint32_t language : row.unsupported) {
+            supported.reset(language);
+        }
+        EXPECT_EQ(ChooseDefaultLanguage(known, supported, row.systemLanguage, row.codePage), row.expected) << row.name;
+    }
+}
+
+TEST(LanguageTable, TheSystemHasEveryLanguageOfTheTable) {
+    CBase base;
+    std::set<std::uint32_t> ids;
+    std::int32_t used = 0;
+    for (std::uint32_t language = 0; language < LanguageCount; ++language) {
+        const CLanguageRow& row = LanguageTable[language];
+        EXPECT_EQ(row.primary != 0, row.sublanguage != 0) << language;
+        if (row.primary != 0) {
+            const bool isOfAFormerCountry = language == 35 || language == 43; // which Wine has dropped
+            EXPECT_TRUE(base.IsLanguageSupported(language) || isOfAFormerCountry) << language;
+            ids.insert(GetLanguageId(row));
+            ++used;
+        }
+    }
+    EXPECT_EQ(used, 43);
+    EXPECT_EQ(ids.size(), 43U) << "each once";
+    EXPECT_EQ(GetLanguageId(LanguageTable[2]), 0x0407U);
+    EXPECT_EQ(GetLanguageId(LanguageTable[35]), 0x0C1AU);
+    EXPECT_TRUE(Raised<CInternalError>([&base] { base.IsLanguageSupported(70); }));
+}
+
+TEST_F(ResourceBaseTest, WithoutPrefixesThereIsNothingToChoose) {
+    EXPECT_TRUE(Raised<CInternalError>([this] { base.FindLanguage(0); })) << "too early";
+    base.Initialize();
+    EXPECT_EQ(base.currentLanguage, NoLanguage);
+    for (const std::uint32_t language : {0U, 2U, 70U, NoLanguage}) {
+        EXPECT_EQ(base.FindLanguage(language), NoLanguage);
+        EXPECT_TRUE(Raised<CInternalError>([this, language] { base.SetCurrentLanguage(language); })) << language;
+    }
+    EXPECT_TRUE(Raised<CInternalError>([this] { base.GetDefaultLanguage(); }));
+    EXPECT_TRUE(Raised<CInternalError>([this] { base.AddPrefix(folder.Path(), u"late"); }));
+    EXPECT_TRUE(Raised<CInternalError>([this] { base.SetThreadLanguage(2); }));
+    base.SetThreadLanguage(NoLanguage);
+    EXPECT_EQ(base.GetLanguageName(2), u"2");
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"(none)");
+    EXPECT_EQ(Told(), u"");
+}
+
+TEST_F(ResourceBaseTest, ScansForLibrariesThatAreSome) {
+    base.AddPrefix(folder.Path(), u"alpha");
+    base.Initialize();
+    EXPECT_EQ(Numbers(base), "2:Testish 3:Testish 11:11 70:Testish ");
+    EXPECT_EQ(base.FindLanguage(11), 2U);
+    EXPECT_EQ(base.FindLanguage(9), NoLanguage);
+    EXPECT_EQ(base.GetLanguageName(2), u"Testish");
+    EXPECT_EQ(base.currentLanguage, base.GetDefaultLanguage());
+    EXPECT_NE(base.currentLanguage, 70U);
+    EXPECT_TRUE(Raised<CInternalError>([this] { base.SetCurrentLanguage(70); })) << "listed, and none of the table's";
+    EXPECT_EQ(Told(), u"");
+    // A scan lasts until the stop.
+    folder.Write(u"alpha20.dll", FileBytes(TEST_LANGUAGE));
+    base.Initialize();
+    EXPECT_EQ(base.FindLanguage(20), NoLanguage);
+    base.Deinitialize();
+    EXPECT_TRUE(base.languageModules.IsEmpty());
+    base.Initialize();
+    EXPECT_EQ(base.FindLanguage(20), 3U);
+}
+
+TEST_F(ResourceBaseTest, ALanguageIsOneThatEveryPrefixHas) {
+    base.AddPrefix(folder.Path() + u'\\', u"alpha");
+    base.AddPrefix(folder.Path(), u"beta");
+    SetDebugFlag(DebugCheckAllResourceModules, true);
+    base.Initialize();
+    SetDebugFlag(DebugCheckAllResourceModules, false);
+    EXPECT_EQ(Numbers(base), "2:Testish 3:Testish 11:Testish 70:Testish ");
+    EXPECT_EQ(Told(), u"4112 For prefix 'alpha' resource modules for following languages: 12 are missing.\n|");
+    EXPECT_EQ(base.languageModules.Get(base.currentLanguage)->modules.Size(), 2);
+
+    CBase other;
+    other.AddPrefix(folder.Path(), u"kept");
+    other.AddPrefix(folder.Path(), u"beta");
+    SetDebugFlag(DebugCheckAllResourceModules, true);
+    other.Initialize();
+    SetDebugFlag(DebugCheckAllResourceModules, false);
+    EXPECT_EQ(Told(), u"4112 For prefix 'kept' resource modules for following languages: 11, 12, 70 are missing.\n"
+                      u"For prefix 'beta' resource modules for following languages: 4, 5 are missing.\n|");
+}
+
+TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndGoesWithTheNext) {
+    base.AddPrefix(folder.Path(), u"kept");
+    base.Initialize();
+    base.SetCurrentLanguage(5);
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.");
+    base.SetCurrentLanguage(5);
+    EXPECT_EQ(base.languageModules.Get(5)->useCount, 1);
+    EXPECT_EQ(base.languageModules.Get(5)->modules.Size(), 1);
+    EXPECT_TRUE(IsLoaded(u"kept5.dll"));
+    base.SetCurrentLanguage(2);
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"Noop %0");
+    EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"(none)") << "an empty text is none";
+    EXPECT_FALSE(IsLoaded(u"kept5.dll"));
+    EXPECT_EQ(base.languageModules.GetItemCount(), 1);
+    EXPECT_TRUE(base.keptLists.IsEmpty());
+    EXPECT_EQ(base.FindModuleWithIcon(u"testicon"), base.ModuleOf(2));
+    EXPECT_FALSE(base.FindModuleWithIcon(u"ABSENT"));
+    base.Deinitialize();
+    EXPECT_FALSE(IsLoaded(u"kept2.dll"));
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"(none)");
+    EXPECT_EQ(Told(), u"");
+}
+
+TEST_F(ResourceBaseTest, ReleasedListsAreKeptUpToALimit) {
+    base.AddPrefix(folder.Path(), u"kept");
+    base.keptListsLimit = 2;
+    base.Initialize();
+    base.SetCurrentLanguage(2);
+    const CLanguageModules* second = base.languageModules.Get(2);
+    base.SetCurrentLanguage(3);
+    base.SetCurrentLanguage(4);
+    ASSERT_EQ(base.keptLists.Size(), 2);
+    EXPECT_EQ(base.keptLists[0], second) << "the oldest is in front";
+    base.SetCurrentLanguage(2);
+    EXPECT_EQ(base.languageModules.Get(2), second) << "taken out again";
+    EXPECT_EQ(second->modules.Size(), 1) << "the library that is loaded anew is the same";
+    EXPECT_EQ(second->useCount, 1);
+    EXPECT_EQ(base.keptLists.Size(), 2);
+    EXPECT_EQ(base.keptLists[1]->language, 4U);
+    for (const std::uint32_t language : {3U, 4U, 5U}) {
+        base.SetCurrentLanguage(language);
+    }
+    EXPECT_FALSE(IsLoaded(u"kept2.dll")) << "the oldest went";
+    EXPECT_TRUE(IsLoaded(u"kept3.dll") && IsLoaded(u"kept4.dll"));
+    base.Deinitialize();
+    EXPECT_TRUE(base.keptLists.IsEmpty());
+}
+
+TEST_F(ResourceBaseTest, TellsWhatCannotBeLoadedOrShown) {
+    base.AddPrefix(folder.Path(), u"rare");
+    base.Initialize();
+    base.SetCurrentLanguage(13);
+    const Platform::Module module = base.ModuleOf(13);
+    ASSERT_FALSE(base.IsLanguageSupported(12)) << "a number that is not used";
+    base.SetCurrentLanguage(12);
+    EXPECT_EQ(base.currentLanguage, 13U) << "kept";
+    EXPECT_EQ(base.ModuleOf(13), module);
+    const CUnicodeString unsupported =
+        u"0 The selected interface language ( Testish ) is not supported on the operating system.|";
+    EXPECT_EQ(Told(), unsupported);
+    base.currentLanguage = NoLanguage;
+    base.SetCurrentLanguage(12);
+    EXPECT_EQ(base.currentLanguage, 13U) << "the default in its place";
+    EXPECT_EQ(Told(), unsupported);
+
+    CBase other;
+    other.AddPrefix(folder.Path(), u"beta");
+    other.Initialize();
+    other.SetCurrentLanguage(2);
+    folder.Write(u"beta3.dll", "no library any more");
+    other.SetCurrentLanguage(3);
+    EXPECT_EQ(other.currentLanguage, 3U);
+    EXPECT_TRUE(other.languageModules.Get(3)->modules.IsEmpty());
+    EXPECT_EQ(Told(), u"4112 Cannot load DLL " + folder.Path() + u"\\beta3.dll.\n|");
+}
+
+TEST_F(ResourceBaseTest, ALanguageGoesBeforeStaticModulesAndLaterOnesBeforeEarlier) {
+    const Platform::Module german = Platform::LoadLibraryEx((folder / u"kept5.dll").Text(), 8);
+    const Platform::Module program = Platform::GetProgramModule();
+    ASSERT_TRUE(german);
+    base.RegisterStaticModule(german);
+    EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"%0 ist beschädigt.");
+    base.RegisterStaticModule(program);
+    EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"%0 is corrupted.");
+    base.RegisterStaticModule(german);
+    EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"%0 ist beschädigt.") << "moved to the end";
+    base.AddPrefix(folder.Path(), u"kept");
+    base.Initialize();
+    base.SetCurrentLanguage(2);
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"Noop %0");
+    EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"%0 ist beschädigt.") << "the language's is empty";
+    CArray<CUnicodeString> names;
+    names.Append(u"what stood there");
+    base.GetAllMessageNames(names);
+    EXPECT_EQ(names.Size(), 62) << "those of all modules, each once";
+    EXPECT_EQ(names[0], u"CURRENT_LANGUAGE_NAME");
+    EXPECT_EQ(names[names.Size() - 1], u"ONLY_IN_TESTISH");
+    base.Deinitialize();
+    EXPECT_EQ(base.Text(u"ONLY_IN_TESTISH"), u"(none)");
+    base.UnregisterStaticModule(german);
+    EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"%0 is corrupted.") << "static modules stay";
+    EXPECT_TRUE(Raised<CInternalError>([&] { base.UnregisterStaticModule(german); }));
+    EXPECT_TRUE(Platform::FreeLibrary(german)) << "was not owned";
+}
+
+TEST_F(ResourceBaseTest, ThreadsMayHaveALanguageOfTheirOwn) {
+    base.AddPrefix(folder.Path(), u"kept");
+    base.Initialize();
+    base.SetCurrentLanguage(2);
+    std::atomic<int> wrong = 0;
+    const auto speak = [&](std::uint32_t language, const char16_t* expected) {
+        for (int i = 0; i < 30; ++i) {
+            base.SetThreadLanguage(language);
+            wrong += base.Text(u"ERR_FILE_NOT_FOUND") != expected;
+            base.SetThreadLanguage(NoLanguage);
+        }
+    };
+    std::thread german(speak, 5, u"%0 wurde nicht gefunden.");
+    std::thread testish(speak, 3, u"Noop %0");
+    for (std::uint32_t i = 0; i < 30; ++i) {
+        base.SetCurrentLanguage(2 + i % 4);
+        CArray<CUnicodeString> names;
+        base.GetAllMessageNames(names);
+        wrong += names.IsEmpty();
+    }
+    german.join();
+    testish.join();
+    EXPECT_EQ(wrong, 0);
+    base.SetCurrentLanguage(2);
+    EXPECT_EQ(base.languageModules.GetItemCount(), 1) << "what the threads used is gone";
+
+    // The stop ends the choice of every thread.
+    base.SetThreadLanguage(5);
+    std::atomic<int> step = 0;
+    std::thread other([&] {
+        base.SetThreadLanguage(3);
+        step = 1;
+        step.notify_all();
+        step.wait(1);
+        EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.") << "the current language's";
+        base.SetThreadLanguage(NoLanguage);
+    });
+    step.wait(0);
+    EXPECT_EQ(base.languageModules.GetItemCount(), 3);
+    base.Deinitialize();
+    base.Initialize();
+    base.SetCurrentLanguage(3);
+    base.SetCurrentLanguage(5);
+    step = 2;
+    step.notify_all();
+    other.join();
+    EXPECT_EQ(base.languageModules.Get(5)->useCount, 1);
+    EXPECT_EQ(Told(), u"");
+}
+
+TEST_F(ResourceBaseTest, FoldersThatAreNone) {
+    CResourcePrefix inMemory;
+    inMemory.directory = u"\\\\OSTREL\\Tessarix\\VirtualFiles$\\"; // which has no file
+    EXPECT_FALSE(CBase::LoadResourceLibrary(inMemory, 2));
+    base.AddPrefix(folder / u"none", u"alpha");
+    EXPECT_TRUE(Raised<CFileException>([this] { base.Initialize(); }));
+    EXPECT_TRUE(Raised<CInternalError>([this] { base.FindLanguage(2); })) << "not initialised";
+}
+
+TEST_F(ResourceBaseTest, TheProgramSpeaksGerman) {
+    ASSERT_TRUE(InitializeFoundation(nullptr, nullptr));
+    EXPECT_EQ(FormatMessage(ERR_FILE_NOT_FOUND, u"x"), u"x was not found.");
+    DeinitializeFoundation();
+    GetResourceBase().AddPrefix(folder.Path(), u"kept");
+    ASSERT_TRUE(InitializeFoundation(nullptr, nullptr));
+    GetResourceBase().SetCurrentLanguage(5);
+    EXPECT_EQ(FormatMessage(ERR_FILE_NOT_FOUND, u"x"), u"x wurde nicht gefunden.");
+    EXPECT_EQ(GetMessageOrBuiltIn(MSG_INTERNAL_ERROR, u"built in"), u"Interner Programmfehler:\n%0, %1.");
+    GetResourceBase().SetCurrentLanguage(2);
+    EXPECT_EQ(FormatMessage(ERR_FILE_NOT_FOUND, u"x"), u"Noop x");
+    EXPECT_EQ(FormatMessage(ERR_BAD_ARCHIVE, u"x"), u"x is corrupted.") << "the program's own text";
+    DeinitializeFoundation();
+    EXPECT_EQ(FormatMessage(ERR_FILE_NOT_FOUND, u"x"), u"x was not found.");
+}
+
+TEST_F(ResourceBaseTest, EveryFailureLeavesTheBaseUsable) {
+    if (!Platform::FaultsAvailable()) {
+        GTEST_SKIP() << "this build has no hook";
+    }
+    const auto run = [this](CBase& swept) {
+        swept.keptListsLimit = 1;
+        swept.RegisterStaticModule(Platform::GetProgramModule());
+        swept.AddPrefix(folder.Path(), u"kept");
+        swept.Initialize();
+        for (const std::uint32_t language : {2U, 5U, 2U}) {
+            swept.SetThreadLanguage(language);
+            swept.SetCurrentLanguage(language);
+            swept.Text(u"ERR_FILE_NOT_FOUND");
+        }
+        CArray<CUnicodeString> names;
+        swept.GetAllMessageNames(names);
+    };
+    for (const char* function : {"allocation", "*"}) {
+        std::int32_t nth = 0;
+        std::int32_t seen = 0;
+        do {
+            ++nth;
+            CBase swept;
+            Platform::ArmFault(function, nth, 8, Platform::FaultMode::Once);
+            try {
+                run(swept);
+            } catch (CException* exception) {
+                delete exception;
+            }
+            seen = Platform::FaultCallsSeen();
+            Platform::DisarmFaults();
+            swept.Deinitialize();
+            swept.Initialize();
+            if (swept.languages.IsEmpty()) {
+                continue; // not even the prefix came in
+            }
+            swept.SetCurrentLanguage(5);
+            EXPECT_EQ(swept.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.") << function << nth;
+            EXPECT_EQ(swept.languageModules.GetItemCount(), 1) << function << nth;
+            swept.Deinitialize();
+            EXPECT_FALSE(IsLoaded(u"kept2.dll") || IsLoaded(u"kept5.dll")) << function << nth;
+        } while (seen >= nth);
+        EXPECT_GT(nth, 50) << function;
+    }
+}
