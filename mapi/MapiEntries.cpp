@@ -24,16 +24,11 @@ struct CBoundEntry {
     }
 };
 
-constinit CBoundEntry<decltype(MAPIInitialize)> InitializeEntry;
-
 } // namespace
 
-bool CanInitializeMapi() {
-    return InitializeEntry.Get("MAPIInitialize") != nullptr;
-}
-
 std::int32_t MAPIInitialize(void* parameters) {
-    auto* const entry = InitializeEntry.Get("MAPIInitialize");
+    static constinit CBoundEntry<decltype(MAPIInitialize)> bound;
+    auto* const entry = bound.Get("MAPIInitialize");
     return entry ? entry(parameters) : ResultFail;
 }
 
