@@ -15,10 +15,14 @@ constexpr std::int32_t LeastBuffer = 8; // bytes, also for an empty file
 
 CAttachmentContent::CAttachmentContent(const CUnicodeString& path) {
     file.Open(path, OM_Read | OM_ShareDenyWrite, Platform::FileAttributeNormal, 0);
-    const std::int32_t size = file.GetLength32();
+    ReadWhole(file);
+}
+
+void CAttachmentContent::ReadWhole(CBaseFile& source) {
+    const std::int32_t size = source.GetLength32();
     buffer.reset(static_cast<std::uint8_t*>(AllocateFromCurrentManager(std::max(size, LeastBuffer))));
-    if (file.Read(buffer.get(), size) != size) {
-        GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
+    if (source.Read(buffer.get(), size) != size) {
+        GenerateFileCauseException(CauseEndOfFile, source.GetFileName());
     }
     length = static_cast<std::uint32_t>(size);
 }

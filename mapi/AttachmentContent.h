@@ -12,6 +12,9 @@ public:
     /// Raises what opening raises, an internal error for a file of 2 GiB or more, and the end-of-file failure for one
     /// that gives fewer bytes than it has.
     explicit CAttachmentContent(const Tsx::CUnicodeString& path);
+    /// The same of a file that the caller has open. The length is asked once: what a file has gained by the time that
+    /// it is read stays out, and what it has lost is the failure.
+    explicit CAttachmentContent(Tsx::CBaseFile& openFile) { ReadWhole(openFile); }
     /// Frees the memory, then closes the file.
     ~CAttachmentContent() = default;
     CAttachmentContent(const CAttachmentContent&) = delete;
@@ -31,6 +34,8 @@ private:
     Tsx::CFile file;
     std::uint32_t length = 0;
     std::unique_ptr<std::uint8_t, CBlockDeleter> buffer;
+
+    void ReadWhole(Tsx::CBaseFile& source);
 };
 
 } // namespace Mapi

@@ -1,6 +1,16 @@
 // Every static object of the foundation, in the order in which it comes up; destruction is the reverse. The priority
 // puts all of them in front of the static objects of every other source, and within this file the order is that of the
-// text. Each group says why it precedes the next.
+// text. Each group says why it precedes the next. The whole way of a process:
+//
+//    1. locks                                     7. message handlers, the resource base
+//    2. thread data, whether this thread throws   8. module list, class registry, file layer
+//    3. memory, strings, memory exceptions        9. the program's module, entered in the resource base
+//    4. character sets                           10. the static objects of the other sources, in no order that
+//    5. the foundation's message names               anybody may rely on: message names, class registrations
+//    6. strings, empty as yet                    11. main, and in it InitializeFoundation and its opposite
+//
+// What takes no constructor (debug flags, stop modes, the state of the foundation) is there before all of it. The
+// system's page size is asked for by the first block manager that needs it.
 #include "foundation/src/statics.h"
 
 #include "foundation/inc/foundation.h"

@@ -31,7 +31,8 @@ std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32
 /// Frees a buffer that a function of the system allocated.
 void LocalFree(void* buffer);
 
-/// The run-time's setlocale(LC_ALL, ""): from here on the operations below use the user's locale.
+/// The run-time's setlocale with the user's locale, of all categories on Windows and of LC_CTYPE on Linux: from here on
+/// the operations below use it.
 void SetUserLocale();
 
 /// Compares without regard to case, as _wcsicmp and _wcsnicmp do in the current locale; the sign of the result is the

@@ -2,6 +2,7 @@
 
 #include "platform/inc/lasterror.h"
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <charconv>
 #include <cstdio>
@@ -15,8 +16,9 @@ namespace Platform {
 
 namespace {
 
+// Without a destructor: static objects still make calls while they go.
 struct Plan {
-    std::string function;
+    std::array<char, 64> function{}; // longer than any name
     std::int32_t nth = 0;
     std::uint32_t code = 0;
     FaultMode mode = FaultMode::Once;
@@ -35,7 +37,7 @@ std::mutex& PlanLock() {
 }
 
 Plan& CurrentPlan() {
-    static Plan plan;
+    static constinit Plan plan;
     return plan;
 }
 
@@ -87,7 +89,9 @@ bool FaultsAvailable() {
 
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode) {
     const std::lock_guard guard(PlanLock());
-    CurrentPlan() = Plan{function, nth, code, mode, 0};
+    Plan plan{{}, nth, code, mode, 0};
+    std::string_view(function).copy(plan.function.data(), plan.function.size() - 1);
+    CurrentPlan() = plan;
     armed = true;
 }
 
@@ -117,8 +121,9 @@ bool FaultDue(const char* function, CallKind kind) noexcept {
     }
     const std::lock_guard guard(PlanLock());
     Plan& plan = CurrentPlan();
-    const bool wanted = plan.function == "*" || plan.function == function ||
-                        (plan.function == "allocation" && kind == CallKind::Allocation);
+    const std::string_view planned = plan.function.data();
+    const bool wanted =
+        planned == "*" || planned == function || (planned == "allocation" && kind == CallKind::Allocation);
     if (!armed || !wanted) {
         return false;
     }

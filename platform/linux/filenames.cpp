@@ -141,11 +141,15 @@ std::uint32_t SearchPath(const char16_t* path, const char16_t* file, const char1
                          char16_t* buffer, char16_t** filePart) {
     PLATFORM_FAULT(SearchPath, 0);
     std::u16string name = file;
+    if (name.empty()) {
+        SetLastError(ErrorInvalidParameter);
+        return 0;
+    }
     const std::size_t nameStart = name.find_last_of(u"\\/:") + 1;
     if (extension && name.find(u'.', nameStart) == std::u16string::npos) {
         name += extension;
     }
-    const std::u16string found = name.empty() ? name : FindFile(path, name);
+    const std::u16string found = FindFile(path, name);
     FullPath full;
     if (found.empty() || !ParseFullPath(found, full)) {
         SetLastError(ErrorFileNotFound);

@@ -10,7 +10,6 @@
 #include "platform/linux/searchfolders.h"
 #include <algorithm>
 #include <dlfcn.h>
-#include <filesystem>
 #include <link.h>
 #include <mutex>
 #include <string>
@@ -51,27 +50,21 @@ std::vector<std::u16string> LibraryFolders() {
     return folders;
 }
 
-std::vector<std::string> CandidateFiles(std::u16string_view name) {
-    std::vector<std::string> files;
-    std::string native;
-    if (!IsPlainName(name)) {
-        for (const std::u16string& candidate : CandidateNames(name)) {
-            if (MapPath(candidate, native)) {
-                files.push_back(native);
-            }
-        }
-        return files;
-    }
-    for (const std::u16string& folder : LibraryFolders()) {
-        for (const std::u16string& candidate : CandidateNames(name)) {
-            std::u16string path = folder;
-            path.append(u"/").append(candidate);
-            if (MapPath(path, native)) {
-                files.push_back(native);
+// Hands the native files that a name may mean to `attempt`, in the order of the search, until it returns true. A folder
+// is not looked into before its turn: to find a name in another case all of its entries are read.
+template <class TAttempt>
+bool TryCandidates(std::u16string_view name, TAttempt attempt) {
+    const std::vector<std::u16string> names = CandidateNames(name);
+    const bool isPlain = IsPlainName(name);
+    for (const std::u16string& folder : isPlain ? LibraryFolders() : std::vector<std::u16string>(1)) {
+        for (const std::u16string& candidate : names) {
+            std::string native;
+            if (MapPath(isPlain ? folder + u'/' + candidate : candidate, native) && attempt(native)) {
+                return true;
             }
         }
     }
-    return files;
+    return false;
 }
 
 // The files of all loaded libraries with one of these names, whatever folder they came from.
@@ -97,13 +90,17 @@ std::vector<std::string> LoadedFiles(const std::vector<std::u16string>& names) {
 
 // A loaded library, counted once more; null if it is not loaded.
 void* FindLoaded(const char16_t* name) {
-    for (const std::string& file : IsPlainName(name) ? LoadedFiles(CandidateNames(name)) : CandidateFiles(name)) {
-        if (void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD)) {
-            return module;
-        }
+    void* module = nullptr;
+    const auto isLoaded = [&module](const std::string& file) {
+        module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
+        return module != nullptr;
+    };
+    const std::vector<std::string> files =
+        IsPlainName(name) ? LoadedFiles(CandidateNames(name)) : std::vector<std::string>();
+    if (!std::any_of(files.begin(), files.end(), isLoaded) && (IsPlainName(name) || !TryCandidates(name, isLoaded))) {
+        SetLastError(ErrorModuleNotFound);
     }
-    SetLastError(ErrorModuleNotFound);
-    return nullptr;
+    return module;
 }
 
 } // namespace
@@ -129,19 +126,24 @@ bool IsLoaded(Module module) {
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     PLATFORM_FAULT(LoadLibraryEx, nullptr);
     static_cast<void>(flags); // a library's own dependencies are found by what it was linked with
-    for (const std::string& file : CandidateFiles(name)) {
+    void* module = nullptr;
+    const bool isThere = TryCandidates(name, [&module](const std::string& file) {
         if (access(file.c_str(), F_OK) != 0) {
-            continue;
+            return false;
         }
-        void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (!module) {
             SetLastError(access(file.c_str(), R_OK) == 0 ? ErrorBadExeFormat : ErrorAccessDenied);
         }
+        return true;
+    });
+    if (isThere) {
         return static_cast<Module>(module);
     }
     // Last, where the loader itself would look: LD_LIBRARY_PATH and the system's library folders.
     for (const std::u16string& candidate : CandidateNames(name)) {
-        if (void* module = IsPlainName(name) ? dlopen(NativeName(candidate).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr) {
+        module = IsPlainName(name) ? dlopen(NativeName(candidate).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr;
+        if (module) {
             return static_cast<Module>(module);
         }
     }
@@ -184,7 +186,8 @@ bool SetDllDirectory(const char16_t* folder) {
 
 std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
     PLATFORM_FAULT(GetSystemDirectory, 0);
-    return CopyPath(WindowsPath(std::filesystem::path(SystemFolder()).lexically_normal().string()), size, buffer);
+    FullPath folder;
+    return ParseFullPath(WindowsPath(SystemFolder()), folder) ? CopyPath(folder.Text(), size, buffer) : 0;
 }
 
 bool FreeLibrary(Module module) {
@@ -216,7 +219,7 @@ std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t s
         SetLastError(ErrorModuleNotFound);
         return 0;
     }
-    const std::u16string path = WindowsPath(Resolve(map ? map->l_name : ProgramLink));
+    const std::u16string path = WindowsPath(map ? Resolve(map->l_name) : ProgramFile());
     if (path.size() < size) {
         *std::copy(path.begin(), path.end(), buffer) = u'\0';
         return static_cast<std::uint32_t>(path.size());

@@ -56,11 +56,12 @@ std::u16string Utf16Text(std::string_view text) {
 }
 
 char16_t FoldNameCharacter(char16_t c) {
-    static const locale_t nameLocale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (c < 0x80 || !nameLocale) {
+    if (c < 0x80) {
         return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c;
     }
-    return static_cast<char16_t>(towlower_l(c, nameLocale));
+    // Reading a locale takes a while, and most programs see no such name.
+    static const locale_t nameLocale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return nameLocale ? static_cast<char16_t>(towlower_l(c, nameLocale)) : c;
 }
 
 bool NamesEqual(std::u16string_view a, std::u16string_view b) {

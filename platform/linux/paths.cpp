@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <span>
 
 namespace Platform {
 
@@ -80,8 +81,31 @@ public:
         location.isRoot = true;
         location.folder = Descriptor(open(start.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         error = location.folder ? 0 : ErrorPathNotFound;
-        Look();
     }
+
+    /// Goes down the first names, as many as are folders spelled as they stand, in one step, and returns their number:
+    /// all of them or none.
+    std::size_t EnterAtOnce(std::span<const std::u16string> names) {
+        std::string below;
+        for (const std::u16string& name : names) {
+            if (name.empty() || IsPath(name)) {
+                return 0;
+            }
+            below.append(below.empty() ? "" : "/").append(NativeName(name));
+        }
+        Descriptor next(error == 0 && !below.empty()
+                            ? openat(location.folder.Get(), below.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)
+                            : -1);
+        if (!next) {
+            return 0;
+        }
+        location.folder = std::move(next);
+        location.native.append(location.native.ends_with('/') ? "" : "/").append(below);
+        return names.size();
+    }
+
+    /// Where the path has no names: the root itself.
+    void Stay() { Look(); }
 
     /// Goes into the name reached so far and on to `name` in it.
     void Enter(std::u16string_view name) {
@@ -164,8 +188,13 @@ bool WalkTo(std::u16string_view path, Location& location, std::uint32_t& error) 
     }
     location = Location();
     Walk walk(location, start, path.starts_with(AsItStands));
-    for (const std::u16string& part : full.parts) {
-        walk.Enter(part);
+    const std::span<const std::u16string> parts = full.parts;
+    if (parts.empty()) {
+        walk.Stay();
+    }
+    // The steps one by one are for a name that is spelled otherwise, or missing, and tell what is wrong with which.
+    for (std::size_t i = parts.empty() ? 0 : walk.EnterAtOnce(parts.first(parts.size() - 1)); i < parts.size(); ++i) {
+        walk.Enter(parts[i]);
     }
     location.closed = full.closed;
     error = walk.Error();

@@ -7,6 +7,7 @@
 #include "platform/linux/moduleresources.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
+#include "platform/linux/searchfolders.h"
 #include "platform/linux/versionblock.h"
 #include <algorithm>
 #include <cerrno>
@@ -15,6 +16,7 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <memory>
+#include <mutex>
 #include <span>
 #include <string>
 #include <vector>
@@ -84,6 +86,22 @@ const ModuleResources* ResourcesOf(Module module) {
     return resources;
 }
 
+// The program's own record is asked for several times in each run, and every other module's hardly ever.
+bool ReadVersionBlock(const char16_t* path, std::vector<std::byte>& block) {
+    static const std::u16string& program = *new std::u16string(WindowsPath(ProgramFile()));
+    static std::mutex lock;
+    static std::vector<std::byte>& known = *new std::vector<std::byte>;
+    if (path != program) {
+        return ReadVersionSection(path, block);
+    }
+    const std::lock_guard guard(lock);
+    if (known.empty() && !ReadVersionSection(path, known)) {
+        return false;
+    }
+    block = known;
+    return true;
+}
+
 } // namespace
 
 bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
@@ -124,13 +142,13 @@ std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::
 std::uint32_t GetFileVersionInfoSize(const char16_t* path) {
     PLATFORM_FAULT(GetFileVersionInfoSize, 0);
     std::vector<std::byte> block;
-    return ReadVersionSection(path, block) ? static_cast<std::uint32_t>(block.size()) : 0;
+    return ReadVersionBlock(path, block) ? static_cast<std::uint32_t>(block.size()) : 0;
 }
 
 bool GetFileVersionInfo(const char16_t* path, std::uint32_t size, void* block) {
     PLATFORM_FAULT(GetFileVersionInfo, false);
     std::vector<std::byte> bytes;
-    if (!ReadVersionSection(path, bytes)) {
+    if (!ReadVersionBlock(path, bytes)) {
         return false;
     }
     std::copy_n(bytes.begin(), std::min<std::size_t>(size, bytes.size()), static_cast<std::byte*>(block));

@@ -5,13 +5,21 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <unistd.h>
 
 namespace Platform {
 
 namespace {
 
+// The system has resolved the link already.
+std::string ReadProgramLink() {
+    std::array<char, PATH_MAX> buffer{};
+    const ssize_t length = readlink("/proc/self/exe", buffer.data(), buffer.size());
+    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+}
+
 std::string ProgramFolder() {
-    const std::string program = Resolve(ProgramLink);
+    const std::string& program = ProgramFile();
     return program.substr(0, program.find_last_of('/') + 1);
 }
 
@@ -20,6 +28,12 @@ std::string ProgramFolder() {
 std::string Resolve(const char* native) {
     std::array<char, PATH_MAX> buffer{};
     return realpath(native, buffer.data()) ? std::string(buffer.data()) : std::string();
+}
+
+const std::string& ProgramFile() {
+    // Never destroyed: a library may be loaded by a static object's end.
+    static const std::string& file = *new std::string(ReadProgramLink());
+    return file;
 }
 
 std::string SystemFolder() {

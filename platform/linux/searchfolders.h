@@ -19,10 +19,10 @@ std::vector<std::u16string> CandidateNames(std::u16string_view name);
 /// Whether a name has neither a drive nor a folder.
 bool IsPlainName(std::u16string_view name);
 
-/// The native path of a link's target or of a file with all its links resolved; empty on failure.
+/// The native path of a file with all its links resolved; empty on failure.
 std::string Resolve(const char* native);
 
-/// The running program, for Resolve.
-constexpr const char* ProgramLink = "/proc/self/exe";
+/// The native path of the running program at its start.
+const std::string& ProgramFile();
 
 } // namespace Platform

@@ -7,9 +7,10 @@
 #include "platform/linux/fullpath.h"
 #include "platform/linux/searchfolders.h"
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
+#include <memory>
 #include <new>
 #include <pwd.h>
 #include <string>
@@ -143,11 +144,19 @@ std::string ValueInLine(std::string_view line, std::string_view name) {
 
 std::string UserFolder(const char* name) {
     std::string folder = Variable(ConfigHome);
-    std::ifstream file((folder.empty() ? Expand(Config) : folder) + "/user-dirs.dirs");
+    folder = (folder.empty() ? Expand(Config) : folder) + "/user-dirs.dirs";
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(folder.c_str(), "re"), &std::fclose);
     std::string found; // the last line counts
-    for (std::string line; std::getline(file, line);) {
+    std::string line;
+    for (int c = 0; file && c != EOF;) {
+        c = std::fgetc(file.get());
+        if (c != '\n' && c != EOF) {
+            line += static_cast<char>(c);
+            continue;
+        }
         const std::string value = ValueInLine(line, name);
         found = value.empty() ? found : value;
+        line.clear();
     }
     return found;
 }

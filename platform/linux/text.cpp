@@ -48,7 +48,8 @@ void LocalFree(void* buffer) {
 }
 
 void SetUserLocale() {
-    std::setlocale(LC_ALL, "");
+    // Each category is a file of its own to be read, and nothing here asks for another one.
+    std::setlocale(LC_CTYPE, "");
 }
 
 std::int32_t wcsicmp(const char16_t* a, const char16_t* b) {

@@ -14,6 +14,7 @@ import cases
 import exports
 import extended
 import faultsweep
+import life
 import outputs
 from places import Native, Wine
 
@@ -78,7 +79,9 @@ def check(place, case, folder):
 
 def further_checks(place, options, root):
     """What the program does beside handing mail over."""
-    if not options.extended:
+    if options.life:
+        yield from life.checks(place)
+    elif not options.extended:
         yield from outputs.checks(place, root)
         yield from exports.checks(place, options)
         yield from faultsweep.checks(place, root) if options.faults else ()
@@ -88,7 +91,7 @@ def run_all(options, root):
     passed = failed = 0
     with (Wine if options.wine else Native)(options, root) as place:
         table = extended.all_cases if options.extended else cases.all_cases
-        for number, case in enumerate(table(place)):
+        for number, case in enumerate(table(place) if not options.life else ()):
             if not fnmatch.fnmatch(case.name, options.only):
                 continue
             if case.skip:
@@ -112,6 +115,8 @@ def main():
     parser.add_argument("--client", required=True, help="the recording MAPI library")
     parser.add_argument("--extended-client", required=True, help="the recording library of Extended MAPI")
     parser.add_argument("--extended", action="store_true", help="run the cases of the Extended route alone")
+    parser.add_argument("--life", action="store_true", help="look at the start and the stop of the foundation alone")
+    parser.add_argument("--life-probe", required=True, help="what starts and stops it")
     parser.add_argument("--no-entry-client", required=True, help="a MAPI library that cannot send")
     parser.add_argument("--probe", required=True, help="what looks at the program's message table")
     parser.add_argument("--faults", action="store_true", help="the program has the fault hook")

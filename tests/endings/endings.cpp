@@ -1,4 +1,5 @@
 // endings NAME: ends the process in one of the ways that leave no test program to tell of it.
+#include "foundation/inc/foundation.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"
@@ -8,6 +9,24 @@
 #include <string_view>
 
 using namespace Tsx;
+
+// Outside the unnamed namespace: the compiler must not know that there is one override alone.
+struct CHalfBuilt;
+CHalfBuilt* volatile underConstruction = nullptr; // the compiler must not see whom the call below meets
+
+struct CHalfBuilt {
+    CHalfBuilt() {
+        underConstruction = this;
+        CHalfBuilt* const object = underConstruction;
+        object->Answer();
+    }
+    virtual ~CHalfBuilt() = default;
+    virtual void Answer() = 0;
+};
+
+struct CBuilt : CHalfBuilt {
+    void Answer() override {}
+};
 
 namespace {
 
@@ -62,15 +81,32 @@ void ExhaustPool() {
     }
 }
 
-// Not an ending, unless the settings say so: the stop modes as they are read, and a failure.
-void TellStopModes() {
-    std::printf("%u %u\n", GetAssertStopMode(), GetErrorStopMode());
-    std::fflush(stdout);
-    try {
-        GenerateLastErrorException(5);
-    } catch (CException* exception) {
-        delete exception;
-    }
+void CallPure() {
+    std::signal(SIGABRT, &OnAbort);
+    InitializeFoundation(nullptr, nullptr);
+    const CBuilt object;
+}
+
+// A failure that nobody catches.
+void ThrowAway() {
+    std::signal(SIGABRT, &OnAbort);
+    throw 1;
+}
+
+void LeaveUncaught() {
+    InitializeFoundation(nullptr, nullptr);
+    ThrowAway();
+}
+
+void LeaveUncaughtWithoutBox() {
+    FatalNoMessageBox = true;
+    LeaveUncaught();
+}
+
+void LeaveUncaughtAfterTheStop() {
+    InitializeFoundation(nullptr, nullptr);
+    DeinitializeFoundation();
+    ThrowAway();
 }
 
 struct Row {
@@ -81,7 +117,10 @@ struct Row {
 constexpr Row Rows[] = {{u"double", &DoubleError},
                         {u"exception", &DoubleErrorInException},
                         {u"pool", &ExhaustPool},
-                        {u"modes", &TellStopModes}};
+                        {u"purecall", &CallPure},
+                        {u"uncaught", &LeaveUncaught},
+                        {u"silent", &LeaveUncaughtWithoutBox},
+                        {u"late", &LeaveUncaughtAfterTheStop}};
 
 } // namespace
 
@@ -93,5 +132,5 @@ std::int32_t ProgramMain() {
             row.end();
         }
     }
-    return 1; // most of them do not come back
+    return 1; // none of them comes back
 }

@@ -29,15 +29,10 @@ CASES = (
     ("a failure inside a report", "endings", ["exception"], shown(RAISED, DOUBLE), ABORTED),
     ("the 65th memory exception", "endings", ["pool"],
      "".join(f"{n} kept\n" for n in range(65)) + "box Tessarix: Not enough memory! 1010\nabort\n", ABORTED),
-)
-
-# The settings of the stop modes, as they are read, whether the failure that follows stops the process.
-STOP_MODES = (
-    ({}, "2 1\n", False),
-    ({"AssertStopMode": "nEVER", "ErrorStopMode": "DEBUG"}, "1 2\n", False),
-    ({"AssertStopMode": "", "ErrorStopMode": "Debug "}, "2 1\n", False),
-    ({"AssertStopMode": "always", "ErrorStopMode": "Never"}, "3 1\n", False),
-    ({"AssertStopMode": "Never", "ErrorStopMode": "Always"}, "1 3\n", True),
+    ("a call of a pure virtual function", "endings", ["purecall"], "box abort\n", ABORTED),
+    ("a failure that nobody catches", "endings", ["uncaught"], "box Tessarix: Unhandled Internal Error 1010\nabort\n", ABORTED),
+    ("the same without boxes", "endings", ["silent"], "box abort\n", ABORTED),
+    ("the same when the foundation has stopped", "endings", ["late"], "box abort\n", ABORTED),
 )
 
 # The setting of the message log, whether its file can be written, the lines that a double error leaves.
@@ -77,16 +72,6 @@ def run_with_settings(program, word, root, settings, folder):
                           capture_output=True, timeout=LIMIT, check=False)
 
 
-def problems_of_modes(settings, modes, stops, options):
-    with tempfile.TemporaryDirectory() as folder:
-        result = run_with_settings(options.endings, "modes", "HKEY_CURRENT_USER", settings, folder)
-    if text_of(result.stdout) != modes:
-        yield f"read {text_of(result.stdout)!r}, expected {modes!r}"
-    wanted = -signal.SIGTRAP if stops else 1
-    if result.returncode != wanted:
-        yield f"exit code {result.returncode}, expected {wanted}"
-
-
 def problems_of_log(setting, writable, lines, options):
     """The log lies beside the program, so that this one gets a folder of its own."""
     with tempfile.TemporaryDirectory() as folder:
@@ -115,7 +100,6 @@ def main():
     results = [(case[0], list(problems_of(case, options))) for case in CASES]
     if not options.wine:
         results += [(f"log {row}", list(problems_of_log(*row, options))) for row in LOGS]
-        results += [(f"stop modes {row[0]}", list(problems_of_modes(*row, options))) for row in STOP_MODES]
     for name, problems in results:
         if problems:
             print("\n    ".join([f"FAIL {name}", *problems]))

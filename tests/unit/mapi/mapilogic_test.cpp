@@ -5,6 +5,7 @@
 #include "mapi/MapiProperties.h"
 
 #include "tests/support/folder.h"
+#include "tests/support/memoryfile.h"
 #include "tests/support/text.h"
 #include <initializer_list>
 #include <string>
@@ -144,6 +145,48 @@ TEST(MapiLogic, AttachmentContent) {
     CFile().Open(folder / u"file", OM_Write | OM_ShareExclusive);
     const auto raised = Raised<CFileException>([&] { const CAttachmentContent missing(folder / u"none"); });
     EXPECT_TRUE(raised && raised->cause == 2);
+}
+
+TEST(MapiLogic, AnAttachmentThatChangesWhileItIsRead) {
+    struct CChangingFile : CMemoryFile {
+        std::int64_t told = 0;
+        std::int64_t GetLength() const override { return told; }
+    };
+    constexpr std::uint32_t endOfFile = 14;
+    constexpr std::uint32_t tooLong = 1; // an internal error
+    const struct {
+        const char* name;
+        std::int64_t told;
+        const char* content;
+        std::uint32_t failure;
+        const char* taken;
+    } table[] = {
+        {"as told", 4, "1234", 0, "1234"},           {"grown", 4, "123456", 0, "1234"},
+        {"grown from nothing", 0, "12", 0, ""},      {"shrunk by a byte", 4, "123", endOfFile, ""},
+        {"shrunk to nothing", 4, "", endOfFile, ""}, {"2 GiB", std::int64_t{1} << 31, "", tooLong, ""},
+        {"no length", -1, "", tooLong, ""},
+    };
+    for (const auto& row : table) {
+        CChangingFile file;
+        file.bytes = row.content;
+        file.told = row.told;
+        std::string taken;
+        const auto read = [&] {
+            const CAttachmentContent content(file);
+            taken.assign(reinterpret_cast<const char*>(content.Data().lpb), content.Data().cb);
+        };
+        if (row.failure == tooLong) {
+            const auto raised = Raised<CInternalError>(read);
+            EXPECT_TRUE(raised && raised->line == 56) << row.name;
+        } else if (row.failure != 0) {
+            const auto raised = Raised<CFileException>(read);
+            EXPECT_TRUE(raised && raised->cause == row.failure && raised->fileName == u"memory.bin") << row.name;
+        } else {
+            read();
+            EXPECT_EQ(file.reads, 1) << row.name;
+        }
+        EXPECT_EQ(taken, row.taken) << row.name;
+    }
 }
 
 TEST(MapiLogic, AFaultLeavesNothingHeld) {

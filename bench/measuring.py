@@ -1,0 +1,46 @@
+"""What the measuring scripts share: the mail clients of the end-to-end suites, and one timed run."""
+
+import argparse
+import os
+import sys
+import time
+import types
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
+from places import Native, Wine, execute, windows_path  # noqa: E402  (found through the line above)
+
+WINE_RUN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "wine-run")
+
+
+def arguments(description):
+    """The command line's options; `--build` is a build folder of either system."""
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("--build", required=True, help="a build folder with CORVANE_BENCH")
+    parser.add_argument("--runs", type=int, help="how many runs to take the median of")
+    options = parser.parse_args()
+    options.build = os.path.abspath(options.build)
+    return options
+
+
+def place(build, root, extended):
+    """A place of the end-to-end suites, with one of the recording clients in it."""
+    windows = os.path.exists(os.path.join(build, "bin", "corvane.exe"))
+    ending, clients = ".dll" if windows else ".so", os.path.join(build, "tests", "mailclient")
+    options = types.SimpleNamespace(
+        program=os.path.join(build, "bin", "corvane.exe" if windows else "corvane"), extended=extended,
+        client=os.path.join(clients, ("recordingclient" if windows else "mapi32") + ending),
+        extended_client=os.path.join(clients, "extendedclient" + ending),
+        no_entry_client=os.path.join(clients, "noentry", "mapi32" + ending), wine=os.path.abspath(WINE_RUN))
+    return (Wine if windows else Native)(options, root)
+
+
+def run(command, environment):
+    """Runs a program with all its streams on nothing: the seconds, and what the system counted for it."""
+    streams = [(os.POSIX_SPAWN_OPEN, stream, os.devnull, os.O_RDWR, 0) for stream in (0, 1, 2)]
+    start = time.perf_counter()
+    child = os.posix_spawnp(command[0], command, environment, file_actions=streams)
+    _, status, usage = os.wait4(child, 0)
+    seconds = time.perf_counter() - start
+    if status != 0:
+        raise RuntimeError(f"{command} ended with {status}")
+    return seconds, usage

@@ -1,0 +1,66 @@
+#!/usr/bin/env python3
+"""How long a whole run takes beside one of a program that does nothing: the start, the probe for a mail system, and the
+handing over of a message to a client that returns at once. Runs of both alternate, so that whatever else the machine
+does meets both; the figure is the ratio of the medians. Ends with 1 if one is above its limit."""
+
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+
+import measuring
+
+WORDS = ["-r:Ann <ann@example.org>", "-s:Hello", "-b:Text"]
+LIMITS = {"native": 2.0, "Wine": 1.25}
+
+
+def check_delivery(place, command, environment, root):
+    """What is measured must be what is meant: the client tells that it was handed the message."""
+    transcript = os.path.join(root, "transcript")
+    open(transcript, "w", encoding="utf-8").close()
+    subprocess.run(command, env={**environment, "CORVANE_TRANSCRIPT": place.client_path(transcript)}, check=True)
+    with open(transcript, encoding="utf-8") as stream:
+        if "Hello" not in stream.read():
+            raise RuntimeError("the mail client was not handed the message")
+
+
+def wine_environment(place):
+    """That of tools/wine-run, whose own work is no part of a start."""
+    prefix = os.environ.get("CORVANE_WINEPREFIX", os.path.join(os.path.dirname(measuring.WINE_RUN), "..", "build", "wine"))
+    return {**place.environment, "WINEPREFIX": os.path.abspath(prefix), "WINEDEBUG": "-all", "LC_ALL": "C.UTF-8",
+            "WINEDLLOVERRIDES": "mscoree=;mshtml=;winemenubuilder.exe="}
+
+
+def measure(options, extended):
+    with tempfile.TemporaryDirectory(prefix="corvane-bench-") as root, \
+            measuring.place(options.build, root, extended) as place:
+        kind = "Wine" if place.windows else "native"
+        nothing = os.path.join(options.build, "bin", "bench", "nothingwithshell.exe" if place.windows else "nothing")
+        environment = wine_environment(place) if place.windows else place.environment
+        start = ["wine"] if place.windows else []
+        command = [*start, place.programs["recording"], *WORDS]
+        check_delivery(place, command, environment, root)
+        runs = options.runs or (40 if place.windows else 1000)
+        times = [[], []]
+        for turn in range(runs + runs // 10):
+            for index, words in enumerate((command, [*start, nothing])):
+                seconds, _ = measuring.run(words, environment)
+                if turn >= runs // 10:  # the first ones only warm up
+                    times[index].append(seconds)
+    ours, theirs = map(statistics.median, times)
+    ratio, limit = ours / theirs, LIMITS[kind]
+    route = "Extended" if extended else "Simple"
+    print(f"start, {kind}, {route} route: {ours * 1000:.2f} ms, nothing {theirs * 1000:.2f} ms: {ratio:.2f} times "
+          f"(at most {limit}){'' if ratio <= limit else '  MISSED'}", flush=True)
+    return ratio <= limit
+
+
+def main():
+    options = measuring.arguments(__doc__)
+    # A list, so that the second is measured whatever became of the first.
+    return 0 if all([measure(options, extended) for extended in (False, True)]) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
