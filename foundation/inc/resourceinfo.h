@@ -165,11 +165,14 @@ private:
     const CResourceModules* ModulesOfThread() const;
     CLanguageModules& AcquireLanguage(std::uint32_t language);
     void ReleaseLanguage(std::uint32_t language);
-    void ReleaseThreadLanguage();
+    /// Releases the language that was there. The new one, if any, has been acquired.
+    void ReplaceThreadLanguage(CThreadLanguage& own, std::uint32_t language);
     /// Appends the names of the files that could not be loaded to `failed`.
     void AddLibraries(CLanguageModules& list, CFileNames& failed) const;
     void DestroyLanguageModules();
 
+    bool IsKnown(std::uint32_t language);
+    bool HasCurrentLanguage();
     void SwitchLanguage(std::uint32_t language);
     template <class TPredicate>
     Platform::Module FindModule(TPredicate isWanted);

@@ -18,14 +18,6 @@ namespace {
 constexpr const char16_t* ModuleName = u"src\\resourceinfo";
 constexpr std::int32_t LibraryNumberCount = 128;
 
-// Takes an element out without destroying it.
-template <class TArray>
-auto* TakeAt(TArray& array, std::int32_t index) {
-    auto* const element = array.Exchange(index, nullptr);
-    array.DeleteAt(index);
-    return element;
-}
-
 CUnicodeString NumberText(std::uint32_t language) {
     return CUnicodeString::Format(u"%u", language);
 }
@@ -92,10 +84,17 @@ CUnicodeString CResourceBase::DescribeMissingLibraries() const {
 }
 
 std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
-    const CCriticalSectionLock guard(mainLock);
-    TSX_ASSERT(initialized, ModuleName);
-    const std::int32_t* index = languageIndex.Find(language);
-    return index ? static_cast<std::uint32_t>(*index) : NoLanguage;
+    bool isReady = false;
+    std::uint32_t index = NoLanguage;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        isReady = initialized;
+        if (const std::int32_t* found = languageIndex.Find(language)) {
+            index = static_cast<std::uint32_t>(*found);
+        }
+    }
+    TSX_ASSERT(isReady, ModuleName);
+    return index;
 }
 
 CUnicodeString CResourceBase::GetLanguageName(std::uint32_t language) {
@@ -112,15 +111,17 @@ bool CResourceBase::IsLanguageSupported(std::uint32_t language) {
 
 std::uint32_t CResourceBase::GetDefaultLanguage() {
     CLanguageSet known;
+    bool hasLanguages = false;
     {
         const CCriticalSectionLock guard(mainLock);
-        TSX_ASSERT(!languages.IsEmpty(), ModuleName);
+        hasLanguages = !languages.IsEmpty();
         for (const CLanguageInfo& info : languages) {
             if (info.language < LanguageCount) {
                 known.set(info.language);
             }
         }
     }
+    TSX_ASSERT(hasLanguages, ModuleName);
     CLanguageSet supported;
     for (std::uint32_t language = 0; language < LanguageCount; ++language) {
         supported[language] = known[language] && IsLanguageSupported(language);
@@ -128,15 +129,21 @@ std::uint32_t CResourceBase::GetDefaultLanguage() {
     return ChooseDefaultLanguage(known, supported, Platform::GetSystemDefaultLangID(), Platform::GetACP());
 }
 
+bool CResourceBase::IsKnown(std::uint32_t language) {
+    const CCriticalSectionLock guard(mainLock);
+    return languageIndex.Has(language);
+}
+
+bool CResourceBase::HasCurrentLanguage() {
+    const CCriticalSectionLock guard(mainLock);
+    return currentLanguage != NoLanguage;
+}
+
 void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
-    bool hasCurrent = false;
-    {
-        const CCriticalSectionLock guard(mainLock);
-        TSX_ASSERT(languageIndex.Has(language), ModuleName);
-        if (!languageIndex.Has(language)) {
-            return;
-        }
-        hasCurrent = currentLanguage != NoLanguage;
+    const bool isKnown = IsKnown(language);
+    TSX_ASSERT(isKnown, ModuleName);
+    if (!isKnown) {
+        return;
     }
     if (!IsLanguageSupported(language)) {
         const CUnicodeString name = GetLanguageName(language);
@@ -145,7 +152,7 @@ void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
             SubstituteParams(u"The selected interface language ( %0 ) is not supported on the operating system.",
                              parameters, 1),
             Platform::MbOk);
-        if (hasCurrent) {
+        if (HasCurrentLanguage()) {
             return;
         }
         language = GetDefaultLanguage();
@@ -155,17 +162,16 @@ void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
 
 void CResourceBase::SetThreadLanguage(std::uint32_t language) {
     CThreadLanguage* const own = ThreadLanguage.Get();
+    const bool isPossible = own && (language == NoLanguage || IsKnown(language));
+    TSX_ASSERT(isPossible, ModuleName);
+    if (!isPossible) {
+        return;
+    }
     CFileNames failed;
     {
         const CCriticalSectionLock guard(mainLock);
-        const bool isKnown = language == NoLanguage || languageIndex.Has(language);
-        TSX_ASSERT(isKnown && own, ModuleName);
-        if (!isKnown || !own) {
-            return;
-        }
         CLanguageModules* list = language != NoLanguage ? &AcquireLanguage(language) : nullptr;
-        ReleaseThreadLanguage();
-        *own = {~language, period};
+        ReplaceThreadLanguage(*own, language);
         if (list) {
             AddLibraries(*list, failed);
         }
@@ -198,9 +204,8 @@ std::uint32_t CResourceBase::LanguageOfThread() const {
     return chosen != NoLanguage ? chosen : currentLanguage;
 }
 
-void CResourceBase::ReleaseThreadLanguage() {
-    CThreadLanguage* own = ThreadLanguage.Find();
-    const CThreadLanguage old = own ? std::exchange(*own, {}) : CThreadLanguage{};
+void CResourceBase::ReplaceThreadLanguage(CThreadLanguage& own, std::uint32_t language) {
+    const CThreadLanguage old = std::exchange(own, CThreadLanguage{~language, period});
     if (old.inverted != 0 && old.period == period) {
         ReleaseLanguage(~old.inverted);
     }

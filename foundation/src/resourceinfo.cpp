@@ -21,7 +21,7 @@ constexpr const char16_t* ModuleName = u"src\\resourceinfo";
 template <class TPredicate>
 Platform::Module FindLast(const CResourceModules& modules, TPredicate isWanted) {
     for (std::int32_t i = modules.Size() - 1; i >= 0; --i) {
-        if (modules[i] && isWanted(*modules[i])) { // null while that module goes, whose end may tell of a failure
+        if (isWanted(*modules[i])) {
             return modules[i]->handle;
         }
     }
@@ -58,30 +58,40 @@ Platform::Module CResourceBase::FindModule(TPredicate isWanted) {
 
 void CResourceBase::RegisterStaticModule(Platform::Module handle) {
     CRecordHolder<CResourceModule> module = MakeResourceModule(handle, RM_Static);
+    CRecordHolder<CResourceModule> former;
     const CCriticalSectionLock guard(staticLock);
     const std::int32_t known = FindHandle(staticModules, handle);
     AppendRecord(staticModules, module);
     if (known >= 0) {
-        staticModules.DeleteAt(known);
+        former.reset(TakeAt(staticModules, known));
     }
 }
 
 void CResourceBase::UnregisterStaticModule(Platform::Module handle) {
-    const CCriticalSectionLock guard(staticLock);
-    const std::int32_t known = FindHandle(staticModules, handle);
-    TSX_ASSERT(known >= 0, ModuleName);
-    if (known >= 0) {
-        staticModules.DeleteAt(known);
+    CRecordHolder<CResourceModule> module;
+    {
+        const CCriticalSectionLock guard(staticLock);
+        const std::int32_t known = FindHandle(staticModules, handle);
+        if (known >= 0) {
+            module.reset(TakeAt(staticModules, known));
+        }
     }
+    TSX_ASSERT(module, ModuleName);
 }
 
 void CResourceBase::AddPrefix(const CUnicodeString& directory, const CUnicodeString& prefix) {
     CRecordHolder<CResourcePrefix> added = MakeRecord<CResourcePrefix>();
     added->directory = directory;
     added->prefix = prefix;
-    const CCriticalSectionLock guard(mainLock);
-    TSX_ASSERT(!initialized, ModuleName);
-    AppendRecord(prefixes, added);
+    bool isInTime = false;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        isInTime = !initialized;
+        if (isInTime) {
+            AppendRecord(prefixes, added);
+        }
+    }
+    TSX_ASSERT(isInTime, ModuleName);
 }
 
 void CResourceBase::Initialize() {
@@ -107,7 +117,9 @@ void CResourceBase::Initialize() {
 void CResourceBase::Deinitialize() {
     {
         const CCriticalSectionLock guard(mainLock);
-        ReleaseThreadLanguage();
+        if (CThreadLanguage* own = ThreadLanguage.Find()) {
+            ReplaceThreadLanguage(*own, NoLanguage);
+        }
         DestroyLanguageModules();
         keptLists.DeleteAll();
         for (CResourcePrefix* prefix : prefixes) {

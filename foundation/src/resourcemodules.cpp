@@ -55,9 +55,8 @@ void CResourceModule::AppendNames(CArray<CUnicodeString>& names) const {
 }
 
 std::int32_t FindHandle(const CResourceModules& modules, Platform::Module handle) {
-    const auto* const found = std::find_if(modules.begin(), modules.end(), [handle](const CResourceModule* module) {
-        return module && module->handle == handle;
-    });
+    const auto* const found = std::find_if(
+        modules.begin(), modules.end(), [handle](const CResourceModule* module) { return module->handle == handle; });
     return found != modules.end() ? static_cast<std::int32_t>(found - modules.begin()) : -1;
 }
 

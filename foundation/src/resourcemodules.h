@@ -36,6 +36,14 @@ constexpr std::uint32_t ResourceFailureStyle = Platform::MbSystemModal | Platfor
 /// The place of a module among others; -1 if it is not one of them.
 std::int32_t FindHandle(const CResourceModules& modules, Platform::Module handle);
 
+/// Takes an element out of an array without destroying it.
+template <class TArray>
+auto* TakeAt(TArray& array, std::int32_t index) {
+    auto* const element = array.Exchange(index, nullptr);
+    array.DeleteAt(index);
+    return element;
+}
+
 /// A record of a module with the functions that it exports. Raises CMemoryException; a module that was to be owned is
 /// freed then.
 CRecordHolder<CResourceModule> MakeResourceModule(Platform::Module handle, TResourceModuleKind kind);
