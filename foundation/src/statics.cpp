@@ -3,6 +3,7 @@
 // text. Each group says why it precedes the next.
 #include "foundation/src/statics.h"
 
+#include "foundation/inc/filemapping.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
@@ -135,6 +136,10 @@ TSX_OBJECT(CClassRegistry, ClassRegistry)
 TSX_OBJECT(CSpecialFolderMap, SpecialFolders)
 TSX_OBJECT(CPathSet, TemporaryFiles)
 TSX_OBJECT(CPathSet, TemporaryDirectories)
+
+// Sizes of the system: files in memory are cut by them.
+TSX_OBJECT(const CSystemSize, ViewSize, GetAllocationGranularity())
+TSX_OBJECT(const CSystemSize, MappingUnit, ViewSize)
 
 // File systems, last: their failures use all of the above. Each enters itself in its slot and leaves it when it goes.
 constinit CNativeFileSystem* NativeFileSystem = nullptr;

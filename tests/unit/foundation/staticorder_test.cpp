@@ -43,6 +43,8 @@ constexpr std::string_view Order[] = {"RegistryLock",
                                       "ClassRegistry",
                                       "SpecialFolders",
                                       "TemporaryFiles",
+                                      "ViewSize",
+                                      "MappingUnit",
                                       "VirtualRootName",
                                       "NativeFileSystemObject",
                                       "VirtualFileSystemObject"};
