@@ -188,7 +188,7 @@ std::string CVirtualModel::Read(SHandle& handle) {
 }
 
 std::string CVirtualModel::MoveEnds(SHandle& handle) {
-    const std::int64_t unit = Choose(2) == 0 ? 1 : ViewSize;
+    const std::int64_t unit = Choose(2) == 0 ? std::int64_t{1} : ViewSize;
     const std::int64_t place = std::int64_t{Choose(static_cast<std::uint32_t>(MostBytes / unit))} * unit;
     if (Choose(3) == 0) {
         handle.file->SetLength(place);
@@ -216,8 +216,9 @@ std::string CVirtualModel::ChangeNames() {
         const auto isBelow = [&](const std::string& name) {
             return name != key && Parent(name) == key;
         };
-        const bool full = std::any_of(Directories.begin(), Directories.end(), isBelow) ||
-                          std::any_of(Files.begin(), Files.end(), [&](const auto& file) { return isBelow(file.first); });
+        const bool full =
+            std::any_of(Directories.begin(), Directories.end(), isBelow) ||
+            std::any_of(Files.begin(), Files.end(), [&](const auto& file) { return isBelow(file.first); });
         const bool refused = Directories.contains(key) && full;
         if (!refused && !key.empty()) {
             Directories.erase(key);
@@ -328,7 +329,8 @@ std::string CVirtualModel::CheckInvariants() const {
             ++listed;
         }
     }
-    std::string wrong = Differ("registered", static_cast<std::int64_t>(Handles.size()), CPeek::Owners(System).GetItemCount());
+    std::string wrong =
+        Differ("registered", static_cast<std::int64_t>(Handles.size()), CPeek::Owners(System).GetItemCount());
     wrong += Differ("open files", static_cast<std::int64_t>(Handles.size()), static_cast<std::int64_t>(listed));
     for (const SHandle& handle : Handles) {
         const CVirtualFile& file = *handle.file;
@@ -377,7 +379,8 @@ std::string CVirtualModel::CompareContents() {
         if (!MayOpen(key, Platform::GenericRead)) {
             continue;
         }
-        CBaseFile* open = System.OpenFile(file.name, Platform::GenericRead, 3, nullptr, Platform::OpenExisting, 0, nullptr, 0, nullptr);
+        CBaseFile* open = System.OpenFile(file.name, Platform::GenericRead, 3, nullptr, Platform::OpenExisting, 0,
+                                          nullptr, 0, nullptr);
         std::vector<char> bytes(static_cast<std::size_t>(file.size) + 1);
         const std::int32_t read = open->Read(bytes.data(), static_cast<std::int32_t>(file.size + 1));
         System.CloseFile(open, true);

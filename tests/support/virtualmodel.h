@@ -27,8 +27,8 @@ public:
 
 private:
     struct SFile {
-        Tsx::CUnicodeString name;  // as it was made
-        std::vector<char> bytes;   // all that were ever written: what is cut off comes back
+        Tsx::CUnicodeString name; // as it was made
+        std::vector<char> bytes;  // all that were ever written: what is cut off comes back
         std::int64_t size = 0;
         std::uint32_t attributes = 0;
         bool writable = true;
@@ -47,8 +47,8 @@ private:
 
     TChoose Choose;
     Tsx::CVirtualFileSystem& System;
-    std::map<std::string, SFile> Files;  // by lower-case path below the root
-    std::set<std::string> Directories;   // the same; the root is ""
+    std::map<std::string, SFile> Files; // by lower-case path below the root
+    std::set<std::string> Directories;  // the same; the root is ""
     std::vector<SHandle> Handles;
     char NextByte = 1;
 

@@ -43,7 +43,8 @@ TEST(FileMapping, ViewsBeginAnywhere) {
 TEST(FileMapping, TakesOverAnotherOnesObject) {
     CMapping mapping;
     EXPECT_TRUE(Raised<CInternalError>([&] { mapping.Attach(nullptr); }));
-    mapping.Attach(Platform::CreateFileMapping(Platform::InvalidHandle(), nullptr, Platform::PageReadWrite, 0, 100, nullptr));
+    mapping.Attach(
+        Platform::CreateFileMapping(Platform::InvalidHandle(), nullptr, Platform::PageReadWrite, 0, 100, nullptr));
     EXPECT_EQ(mapping.Writable, 0U);
     EXPECT_EQ(mapping.File, Platform::InvalidHandle());
     EXPECT_EQ(*static_cast<char*>(mapping.MapView(Platform::FileMapRead, 99, 1)), '\0');
@@ -62,12 +63,15 @@ TEST(FileMapping, WrongCallsAreInternalErrors) {
                                            [&] { mapping.MapView(Platform::FileMapRead, 0, -1); },
                                            [&] { mapping.SetSize(0); },
                                            [&] { mapping.CMapping::SetSize(-1); },
-                                           [&] { const CMemoryMapping negative(1, -1); }};
+                                           [&] {
+                                               const CMemoryMapping negative(1, -1);
+                                           }};
     for (const auto& call : calls) {
         EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
     }
     EXPECT_TRUE(mapping.IsOpen());
-    EXPECT_TRUE(Raised<CLastErrorException>([&] { mapping.CMapping::SetSize(0); })) << "the system has none of that size";
+    EXPECT_TRUE(Raised<CLastErrorException>([&] { mapping.CMapping::SetSize(0); }))
+        << "the system has none of that size";
     EXPECT_FALSE(mapping.IsOpen());
 }
 
@@ -81,9 +85,17 @@ TEST(FileMapping, FailuresOfTheSystem) {
         const char* function;
         std::function<void()> call;
     };
-    const Row rows[] = {{"FlushViewOfFile", [&] { mapping.Flush(); }},
-                        {"MapViewOfFile", [&] { mapping.MapView(Platform::FileMapRead, 0, 0); }},
-                        {"CreateFileMapping", [&] { const CMemoryMapping other(1, 1); }}};
+    const Row rows[] = {{"FlushViewOfFile",
+                         [&] {
+                             mapping.Flush();
+                         }},
+                        {"MapViewOfFile",
+                         [&] {
+                             mapping.MapView(Platform::FileMapRead, 0, 0);
+                         }},
+                        {"CreateFileMapping", [&] {
+                             const CMemoryMapping other(1, 1);
+                         }}};
     for (const Row& row : rows) {
         Platform::ArmFault(row.function, 1, 8, Platform::FaultMode::Once);
         EXPECT_TRUE(Raised<CMemoryException>(row.call)) << row.function;

@@ -8,51 +8,16 @@
 #include "platform/inc/fileattributes.h"
 #include "platform/inc/files.h"
 #include "platform/inc/mappings.h"
-#include "tests/support/folder.h"
 #include "tests/support/text.h"
+#include "tests/support/virtualfiles.h"
 #include <atomic>
 #include <cstdlib>
-#include <functional>
 #include <thread>
 #include <vector>
 
 using namespace Tsx;
 
 namespace {
-
-constexpr std::uint32_t ReadMode = OM_Read | OM_ShareDenyWrite;
-constexpr std::uint32_t WriteMode = OM_Write | OM_ShareExclusive | OM_Create;
-
-CVirtualFileSystem& System() {
-    return dynamic_cast<CVirtualFileSystem&>(FileSystem::GetFileSystem(CVirtualFileSystem::GetRootName()));
-}
-
-CUnicodeString Path(const char16_t* name) {
-    return CVirtualFileSystem::GetRootName() + name;
-}
-
-void Write(const CUnicodeString& path, const std::string& content = "x") {
-    CFile file;
-    file.Open(path, WriteMode);
-    file.Write(content.data(), static_cast<std::int32_t>(content.size()));
-}
-
-std::string Content(const CUnicodeString& path) {
-    if (!System().CheckFile(path, FA_Exists)) {
-        return "(missing)";
-    }
-    CFile file;
-    file.Open(path, OM_Read | OM_ShareDenyNone);
-    std::string content(static_cast<std::size_t>(file.GetLength32()), '\0');
-    file.Read(content.data(), file.GetLength32());
-    return content;
-}
-
-/// The code of the CFileException that an action raises, or its cause above 1000 if it has none; 0 for nothing.
-std::uint32_t Code(const std::function<void()>& action) {
-    const auto failure = Raised<CFileException>(action);
-    return !failure ? 0 : failure->lastError != 0 ? failure->lastError : 1000 + failure->cause;
-}
 
 std::u16string Listing(const char16_t* directory, const char16_t* pattern = u"*") {
     CArray<CFileStatus> found;
@@ -109,7 +74,8 @@ TEST_F(VirtualFileSystem, OpensByDisposition) {
     for (const Row& row : rows) {
         EXPECT_EQ(Code([&] { CFile().Open(Path(row.file), row.mode, row.attributes); }), row.code) << row.name;
         EXPECT_EQ(Content(Path(row.file)), row.content) << row.name;
-        EXPECT_TRUE(row.attributesAfter == 0 || System().GetAttributes(Path(row.file)) == row.attributesAfter) << row.name;
+        EXPECT_TRUE(row.attributesAfter == 0 || System().GetAttributes(Path(row.file)) == row.attributesAfter)
+            << row.name;
     }
     EXPECT_EQ(Listing(u""), u"kept old r d\\ ") << "in the order of the table, by the latest spelling";
     EXPECT_TRUE(Raised<CInternalError>(
@@ -194,10 +160,18 @@ TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     System().SetAttributes(Path(u"a\\b\\c\\f.txt"), 128 | 2);
     EXPECT_EQ(System().GetAttributes(Path(u"a\\b\\c\\f.txt")), 2U);
     for (const auto& missing : {std::function<void()>([&] { System().GetStatus(Path(u"a\\x"), status); }),
-                                {[&] { System().SetStatus(Path(u"a\\x"), status); }},
-                                {[] { System().GetAttributes(Path(u"a\\x")); }},
-                                {[] { System().SetAttributes(Path(u"a\\x"), 0); }},
-                                {[] { System().DeleteFile(Path(u"a")); }}}) {
+                                {[&] {
+                                    System().SetStatus(Path(u"a\\x"), status);
+                                }},
+                                {[] {
+                                    System().GetAttributes(Path(u"a\\x"));
+                                }},
+                                {[] {
+                                    System().SetAttributes(Path(u"a\\x"), 0);
+                                }},
+                                {[] {
+                                    System().DeleteFile(Path(u"a"));
+                                }}}) {
         EXPECT_EQ(Code(missing), 2U);
     }
     EXPECT_GT(System().GetFreeSpace(Path(u"")), 0);
@@ -211,13 +185,26 @@ TEST_F(VirtualFileSystem, MatchesNames) {
         const char16_t* pattern;
         bool matches;
     };
-    constexpr Row rows[] = {{u"a", u"*.*", true},          {u"a.txt", u"*.*", true},    {u"abc", u"*", true},
-                            {u"a.txt", u"*", false},       {u"a", u"?*.*", false},      {u"abc.txt", u"a?c.t*", true},
-                            {u"Abc.txt", u"a?c.t*", false}, {u"abc.", u"a?c.t*", false}, {u"abcd", u"abc*", true},
-                            {u"abc", u"abc*", false},      {u"ab", u"abc*", false},     {u"abcd", u"abc", false},
-                            {u"ab", u"a*b", false},        {u"axyz", u"a*b", true},     {u".x", u".x", true},
-                            {u"a.txt", u"a.tx?", true},    {u"a.tx", u"a.tx?", false},  {u"d\\e.f", u"x\\e.f", true},
-                            {u"a", u"", false},            {u"a.b.c", u"a.b.?", true}};
+    constexpr Row rows[] = {{u"a", u"*.*", true},
+                            {u"a.txt", u"*.*", true},
+                            {u"abc", u"*", true},
+                            {u"a.txt", u"*", false},
+                            {u"a", u"?*.*", false},
+                            {u"abc.txt", u"a?c.t*", true},
+                            {u"Abc.txt", u"a?c.t*", false},
+                            {u"abc.", u"a?c.t*", false},
+                            {u"abcd", u"abc*", true},
+                            {u"abc", u"abc*", false},
+                            {u"ab", u"abc*", false},
+                            {u"abcd", u"abc", false},
+                            {u"ab", u"a*b", false},
+                            {u"axyz", u"a*b", true},
+                            {u".x", u".x", true},
+                            {u"a.txt", u"a.tx?", true},
+                            {u"a.tx", u"a.tx?", false},
+                            {u"d\\e.f", u"x\\e.f", true},
+                            {u"a", u"", false},
+                            {u"a.b.c", u"a.b.?", true}};
     for (const Row& row : rows) {
         EXPECT_EQ(CVirtualFileSystem::MatchName(Path(row.name), row.pattern), row.matches)
             << Readable(row.name) << ' ' << Readable(row.pattern);
@@ -253,105 +240,6 @@ TEST_F(VirtualFileSystem, FilesOverMappingsMadeElsewhere) {
     EXPECT_EQ(Code([&] { open(Platform::GenericWrite); }), 32U);
 }
 
-TEST_F(VirtualFileSystem, CopiesAndMovesAcrossTheBorder) {
-    const CTestFolder folder;
-    std::string content(150'000, 'c');
-    content.replace(65'530, 10, "0123456789");
-    struct Row {
-        const char* name;
-        bool fromVirtual;
-        bool toVirtual;
-        bool move;
-    };
-    for (const Row& row : {Row{"within", true, true, false}, Row{"out", true, false, false}, Row{"in", false, true, false},
-                           Row{"move within", true, true, true}, Row{"move out", true, false, true},
-                           Row{"move in", false, true, true}}) {
-        const CUnicodeString source = row.fromVirtual ? Path(u"d\\source") : folder / u"source";
-        const CUnicodeString target = row.toVirtual ? Path(u"e\\target") : folder / u"target";
-        for (const char* before : {"", "an older content that is replaced"}) {
-            Write(source, content);
-            if (*before != '\0') {
-                Write(target, before);
-            }
-            row.move ? System().MoveFile(target, source) : System().CopyFile(target, source);
-            EXPECT_TRUE((row.toVirtual ? Content(target) : folder.Content(u"target")) == content) << row.name;
-            const bool gone = !FileSystem::GetFileSystem(source).CheckFile(source, FA_Exists);
-            EXPECT_EQ(gone, row.move) << row.name;
-        }
-        FileSystem::GetFileSystem(target).DeleteFile(target);
-    }
-    EXPECT_TRUE(Raised<CInternalError>([&] { System().CopyFile(folder / u"a", folder / u"b"); }));
-    EXPECT_TRUE(Raised<CInternalError>([&] { System().MoveFile(folder / u"a", folder / u"b"); }));
-    Write(Path(u"f"), "f");
-    System().RenameFile(Path(u"f"), Path(u"g"));
-    EXPECT_EQ(Code([] { System().MoveFileOnVolume(Path(u"g"), Path(u"G")); }), 32U) << "onto itself";
-    EXPECT_EQ(Content(Path(u"g")), "f");
-    EXPECT_EQ(Code([] { System().CopyFile(Path(u"h"), Path(u"f")); }), 2U);
-    EXPECT_EQ(Content(Path(u"h")), "(missing)");
-}
-
-TEST_F(VirtualFileSystem, CopiesThatFailLoseNothing) {
-    const CTestFolder folder;
-    const std::string content(150'000, 'c');
-    const CUnicodeString native = folder / u"native";
-    const auto holdOpen = [](const CUnicodeString& path) {
-        Write(path, "old");
-        auto held = std::make_unique<CFile>();
-        held->Open(path, OM_Read | OM_ShareExclusive);
-        return held;
-    };
-    Write(Path(u"source"), content);
-    {
-        const auto held = holdOpen(native);
-        EXPECT_EQ(Code([&] { System().MoveFile(native, Path(u"source")); }), 1005U) << "the target is open elsewhere";
-        const auto virtualHeld = holdOpen(Path(u"held"));
-        EXPECT_EQ(Code([&] { System().MoveFile(Path(u"held"), Path(u"source")); }), 32U);
-    }
-    EXPECT_EQ(folder.Content(u"native"), "old");
-    EXPECT_EQ(Content(Path(u"held")), "old");
-    EXPECT_EQ(Code([&] { System().MoveFile(folder / u"none\\f", Path(u"source")); }), 1003U);
-    EXPECT_TRUE(Content(Path(u"source")) == content);
-    if (!Platform::FaultsAvailable()) {
-        return;
-    }
-    // The disk is full at the n-th call of any kind, once or from then on; or it takes all but says that it took less.
-    struct Row {
-        const char* function;
-        Platform::FaultMode mode;
-    };
-    for (const Row& row : {Row{"*", Platform::FaultMode::Once}, Row{"*", Platform::FaultMode::FromThenOn},
-                           Row{"WriteFile", Platform::FaultMode::FromThenOn}, Row{"CloseHandle", Platform::FaultMode::Once},
-                           Row{"allocation", Platform::FaultMode::FromThenOn}}) {
-        for (const bool out : {true, false}) {
-            const CUnicodeString source = out ? Path(u"source") : native;
-            const CUnicodeString target = out ? native : Path(u"target");
-            for (std::int32_t nth = 1, seen = nth; seen >= nth; ++nth) {
-                FileSystem::GetFileSystem(target).TryDeleteFile(target);
-                Write(source, content);
-                Platform::ArmFault(row.function, nth, 112, row.mode);
-                try {
-                    System().MoveFile(target, source);
-                } catch (CException* exception) {
-                    delete exception;
-                }
-                seen = Platform::FaultCallsSeen();
-                Platform::DisarmFaults();
-                const std::string left = out ? folder.Content(u"native") : Content(target);
-                const std::string kept = out ? Content(source) : folder.Content(u"native");
-                EXPECT_TRUE(left == content || kept == content) << row.function << ' ' << nth << (out ? " out" : " in");
-                // Where every call fails the half file cannot be deleted either; one that could not be opened is empty.
-                EXPECT_TRUE(left == content || left == "(missing)" || left.empty() || row.mode == Platform::FaultMode::FromThenOn)
-                    << row.function << ' ' << nth << (out ? " out" : " in");
-            }
-        }
-    }
-    Write(Path(u"source"), "twelve bytes");
-    Platform::ArmShortTransfers(5);
-    System().CopyFile(native, Path(u"source"));
-    Platform::DisarmFaults();
-    EXPECT_EQ(folder.Content(u"native"), "twelve bytes");
-}
-
 TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
     struct CStubbornFile : CFile {
         bool stays = true;
@@ -377,8 +265,8 @@ TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
     EXPECT_EQ(Code([] { System().ReleaseAll(); }), 112U);
     EXPECT_EQ(Listing(u""), u"");
 
-    CBaseFile* ownerless = System().OpenFile(Path(u"x"), Platform::GenericRead, 3, nullptr, Platform::CreateNew, 128,
-                                             nullptr, 0, nullptr);
+    CBaseFile* ownerless =
+        System().OpenFile(Path(u"x"), Platform::GenericRead, 3, nullptr, Platform::CreateNew, 128, nullptr, 0, nullptr);
     EXPECT_TRUE(Raised<CInternalError>([] { System().ReleaseAll(); })) << "nobody can close it";
     System().CloseFile(ownerless, true);
     EXPECT_TRUE(Raised<CInternalError>([] { System().CloseFile(nullptr, true); }));
