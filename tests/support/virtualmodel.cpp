@@ -154,7 +154,7 @@ std::string CVirtualModel::Close() {
 
 std::string CVirtualModel::Write(SHandle& handle) {
     SFile& file = Files[handle.key];
-    const auto count = static_cast<std::int32_t>(Choose(Choose(4) == 0 ? 200'000 : 300));
+    const auto count = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 200'000 : 300));
     const std::vector<char> bytes(static_cast<std::size_t>(count) + 1, ++NextByte);
     const std::uint32_t code = CodeOf([&] { handle.file->Write(bytes.data(), count); });
     if (!(handle.access & Platform::GenericWrite) || (count > 0 && !file.writable)) {
@@ -174,7 +174,7 @@ std::string CVirtualModel::Write(SHandle& handle) {
 
 std::string CVirtualModel::Read(SHandle& handle) {
     const SFile& file = Files[handle.key];
-    const auto wanted = static_cast<std::int32_t>(Choose(Choose(4) == 0 ? 200'000 : 300));
+    const auto wanted = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 200'000 : 300));
     std::vector<char> bytes(static_cast<std::size_t>(wanted) + 1, '\x7F');
     const std::int64_t count = std::clamp<std::int64_t>(handle.length - handle.position, 0, wanted);
     const std::int32_t read = handle.file->Read(bytes.data(), wanted);

@@ -3,6 +3,7 @@
 #include "platform/inc/lasterror.h"
 #include "platform/inc/mappings.h"
 #include "platform/inc/memory.h"
+#include "tests/unit/platform/scratchfolder.h"
 #include <cstring>
 #include <gtest/gtest.h>
 #include <vector>
@@ -31,15 +32,20 @@ TEST(Mappings, AnswersToTheArguments) {
         std::uint32_t offset;
         std::size_t size;
         std::uint32_t error; // 0: mapped
+        Wine wine = Wine::AsWindows;
     };
-    constexpr Row rows[] = {{"a part", PageReadWrite, FileMapWrite, Unit, Unit, 0},
-                            {"to the end", PageReadWrite, FileMapRead, Unit, 0, 0},
-                            {"reading what is read only", PageReadOnly, FileMapRead, 0, 100, 0},
-                            {"off the grid", PageReadWrite, FileMapRead, 4096, 100, ErrorMappedAlignment},
-                            {"nothing behind the offset", PageReadWrite, FileMapRead, 2 * Unit, 0, ErrorAccessDenied},
-                            {"longer than the object", PageReadWrite, FileMapRead, Unit, Unit + 1, ErrorAccessDenied},
-                            {"writing what is read only", PageReadOnly, FileMapWrite, 0, 100, ErrorAccessDenied}};
+    constexpr Row rows[] = {
+        {"a part", PageReadWrite, FileMapWrite, Unit, Unit, 0},
+        {"to the end", PageReadWrite, FileMapRead, Unit, 0, 0},
+        {"reading what is read only", PageReadOnly, FileMapRead, 0, 100, 0},
+        {"off the grid", PageReadWrite, FileMapRead, 4096, 100, ErrorMappedAlignment},
+        {"nothing behind the offset", PageReadWrite, FileMapRead, 2 * Unit, 0, ErrorAccessDenied, Wine::Otherwise},
+        {"longer than the object", PageReadWrite, FileMapRead, Unit, Unit + 1, ErrorAccessDenied},
+        {"writing what is read only", PageReadOnly, FileMapWrite, 0, 100, ErrorAccessDenied}};
     for (const Row& row : rows) {
+        if (!Applies(row.wine)) {
+            continue;
+        }
         Handle mapping = Create(row.protection, 2 * Unit);
         ASSERT_TRUE(mapping) << row.name;
         char* view = Map(mapping, row.access, row.offset, row.size);
@@ -88,7 +94,7 @@ TEST(Mappings, ObjectsAreManyAndEmptyWhenMade) {
         CloseHandle(mapping);
     }
     std::vector<Handle> many; // more than a process may have files open, as a rule
-    for (int i = 0; i < 30'000 && (many.empty() || many.back()); ++i) {
+    for (int i = 0; i < 3'000 && (many.empty() || many.back()); ++i) {
         many.push_back(Create(PageReadWrite, Unit));
     }
     EXPECT_TRUE(many.back()) << many.size();
