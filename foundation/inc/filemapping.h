@@ -7,20 +7,18 @@
 
 namespace Tsx {
 
-/// A number that is asked for once, in static construction.
-class CSystemSize {
-public:
-    explicit CSystemSize(std::int64_t size) : value(size) {}
-    operator std::int64_t() const { return value; } // NOLINT(google-explicit-constructor): it is a number
-
-private:
-    std::int64_t value;
+/// What static construction asks the system for, once.
+struct CMappingSizes {
+    CMappingSizes();
+    const std::int64_t View;
+    const std::int64_t Unit;
 };
+extern const CMappingSizes MappingSizes;
 
 /// The size of every view of a virtual file, and what mappings of virtual files are multiples of: both are the system's
 /// allocation granularity.
-extern const CSystemSize ViewSize;
-extern const CSystemSize MappingUnit;
+extern const std::int64_t& ViewSize;
+extern const std::int64_t& MappingUnit;
 
 /// One mapping object with its views, or closed. No lock: one thread at a time. A call of the system that fails raises
 /// CMemoryException for code 8 and CLastErrorException for any other; wrong calls are internal errors. The fields are

@@ -30,6 +30,11 @@ std::uint32_t LowWord(std::int64_t value) {
 
 } // namespace
 
+constinit const std::int64_t& ViewSize = MappingSizes.View;
+constinit const std::int64_t& MappingUnit = MappingSizes.Unit;
+
+CMappingSizes::CMappingSizes() : View(GetAllocationGranularity()), Unit(View) {}
+
 CMapping::CMapping(std::uint32_t writable, std::int64_t size) : File(Platform::InvalidHandle()), Writable(writable) {
     CreateMapping(size);
 }

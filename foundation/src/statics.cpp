@@ -138,8 +138,7 @@ TSX_OBJECT(CPathSet, TemporaryFiles)
 TSX_OBJECT(CPathSet, TemporaryDirectories)
 
 // Sizes of the system: files in memory are cut by them.
-TSX_OBJECT(const CSystemSize, ViewSize, GetAllocationGranularity())
-TSX_OBJECT(const CSystemSize, MappingUnit, ViewSize)
+TSX_OBJECT(const CMappingSizes, MappingSizes)
 
 // File systems, last: their failures use all of the above. Each enters itself in its slot and leaves it when it goes.
 constinit CNativeFileSystem* NativeFileSystem = nullptr;

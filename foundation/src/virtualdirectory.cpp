@@ -17,7 +17,8 @@ std::unique_ptr<CVirtualFileData> NewFileData(const CUnicodeString& path, std::u
                    : MakeObject<CVirtualFileData>(path, attributes, reserve);
 }
 
-/// The line about something that its maker should have deleted. The spelling is what those who look for it know.
+/// The line about something that its maker should have deleted.
+/// AS DESIGNED: "sustem" is how those who look for the line know it.
 void TraceLeftover(const CUnicodeString& name) {
     DebugTrace(u"Undeleted object in virtual file sustem: %s\n", name);
 }

@@ -55,7 +55,7 @@ CVirtualMapping::CVirtualMapping(std::unique_ptr<CMemoryMapping> mapping, std::i
 
 void* CVirtualMapping::MapView(std::int64_t offset) const {
     TSX_ASSERT(offset >= 0 && ViewSize >= 1 && Mapping->IsOpen(), ModuleName);
-    const auto length = static_cast<std::int32_t>(std::min<std::int64_t>(ViewSize, Size - offset));
+    const auto length = static_cast<std::int32_t>(std::min(ViewSize, Size - offset));
     return Mapping->MapView(Mapping->Writable ? Platform::FileMapWrite : Platform::FileMapRead, offset, length);
 }
 
@@ -89,7 +89,7 @@ CVirtualMapping* CVirtualFileData::GetMapping(std::int64_t position) {
         }
     }
     if (Capacity == 0) {
-        CVirtualMapping* first = AddMapping(std::max<std::int64_t>(Reservation, MappingUnit));
+        CVirtualMapping* first = AddMapping(std::max(Reservation, MappingUnit));
         if (position < Capacity) {
             return first;
         }

@@ -14,7 +14,7 @@ using namespace Tsx;
 
 namespace {
 
-constexpr std::int64_t MostBytes = 1'000'000; // more than ten views
+constexpr std::uint32_t MostBytes = 1'000'000; // more than ten views
 constexpr std::uint32_t BadSeek = 1009;       // a cause without a Windows code
 
 std::string Key(const std::string& name) {
@@ -154,7 +154,7 @@ std::string CVirtualModel::Close() {
 
 std::string CVirtualModel::Write(SHandle& handle) {
     SFile& file = Files[handle.key];
-    const auto count = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 200'000 : 300));
+    const auto count = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 150'000 : 300));
     const std::vector<char> bytes(static_cast<std::size_t>(count) + 1, ++NextByte);
     const std::uint32_t code = CodeOf([&] { handle.file->Write(bytes.data(), count); });
     if (!(handle.access & Platform::GenericWrite) || (count > 0 && !file.writable)) {
@@ -174,7 +174,7 @@ std::string CVirtualModel::Write(SHandle& handle) {
 
 std::string CVirtualModel::Read(SHandle& handle) {
     const SFile& file = Files[handle.key];
-    const auto wanted = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 200'000 : 300));
+    const auto wanted = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 150'000 : 300));
     std::vector<char> bytes(static_cast<std::size_t>(wanted) + 1, '\x7F');
     const std::int64_t count = std::clamp<std::int64_t>(handle.length - handle.position, 0, wanted);
     const std::int32_t read = handle.file->Read(bytes.data(), wanted);
@@ -188,8 +188,10 @@ std::string CVirtualModel::Read(SHandle& handle) {
 }
 
 std::string CVirtualModel::MoveEnds(SHandle& handle) {
-    const std::int64_t unit = Choose(2) == 0 ? std::int64_t{1} : ViewSize;
-    const std::int64_t place = std::int64_t{Choose(static_cast<std::uint32_t>(MostBytes / unit))} * unit;
+    std::int64_t place = Choose(Choose(8) == 0 ? MostBytes : 100'000);
+    if (Choose(4) == 0) {
+        place -= place % ViewSize; // where views and mappings meet
+    }
     if (Choose(3) == 0) {
         handle.file->SetLength(place);
         handle.length = handle.position = Files[handle.key].size = place;
@@ -355,7 +357,7 @@ std::string CVirtualModel::Step(std::string& done) {
     std::string wrong;
     if (choice < 8 && !Handles.empty()) {
         SHandle& handle = Handles[Choose(static_cast<std::uint32_t>(Handles.size()))];
-        const bool fits = handle.position + 200'000 < MostBytes;
+        const bool fits = handle.position + 150'000 < MostBytes;
         done = "handle of " + handle.key;
         wrong = choice < 3 && fits ? Write(handle) : choice < 6 ? Read(handle) : MoveEnds(handle);
     } else if (Handles.size() < mostHandles && choice < 11) {
