@@ -28,6 +28,8 @@ public:
                 std::uint32_t creation, std::uint32_t attributes, Platform::Handle templateFile, std::int64_t reserve);
 
     bool IsOpen() const { return File != nullptr; }
+    /// What the file system gave out; null while closed.
+    CBaseFile* GetOpenFile() const { return File; }
 
     CUnicodeString GetFileName() const override;
     std::int32_t Read(void* buffer, std::int32_t count) override;

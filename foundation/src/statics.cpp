@@ -13,6 +13,7 @@
 // system's page size is asked for by the first block manager that needs it.
 #include "foundation/src/statics.h"
 
+#include "foundation/inc/filemapping.h"
 #include "foundation/inc/foundation.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
@@ -164,6 +165,9 @@ TSX_OBJECT(CClassRegistry, ClassRegistry)
 TSX_OBJECT(CSpecialFolderMap, SpecialFolders)
 TSX_OBJECT(CPathSet, TemporaryFiles)
 TSX_OBJECT(CPathSet, TemporaryDirectories)
+
+// Sizes of the system: files in memory are cut by them.
+TSX_OBJECT(const CMappingSizes, MappingSizes)
 
 // File systems, last: their failures use all of the above. Each enters itself in its slot and leaves it when it goes.
 constinit CNativeFileSystem* NativeFileSystem = nullptr;

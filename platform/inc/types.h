@@ -6,7 +6,7 @@
 
 namespace Platform {
 
-/// An open file, search, console or process object: the system's HANDLE.
+/// An open file, search, mapping, console or process object: the system's HANDLE.
 using Handle = void*;
 
 /// A loaded program or library: the system's HMODULE. Null stands for the program itself where an operation says so.

@@ -50,6 +50,10 @@ EventSourceObject* EventSourceOf(Handle handle) {
     return ObjectOf<EventSourceObject>(handle);
 }
 
+MappingObject* MappingOf(Handle handle) {
+    return ObjectOf<MappingObject>(handle);
+}
+
 bool CloseHandle(Handle handle) {
     const std::unique_ptr<HandleObject> object(ObjectOf<HandleObject>(handle));
     const bool closed = object && object->Close();

@@ -52,6 +52,13 @@ struct EventSourceObject : HandleObject {
     std::string identity;
 };
 
+/// A mapping object; see mappings.cpp.
+struct BackingRange;
+struct MappingObject : HandleObject {
+    std::shared_ptr<const BackingRange> range;
+    bool writable = false;
+};
+
 /// The object behind a handle; null with the last error set when the handle is null, invalid or of another class.
 FileObject* FileOf(Handle handle);
 /// The same for a file opened for that Generic bit: ERROR_ACCESS_DENIED for any other.
@@ -59,5 +66,6 @@ FileObject* FileOf(Handle handle, std::uint32_t access);
 SearchObject* SearchOf(Handle handle);
 ThreadObject* ThreadOf(Handle handle);
 EventSourceObject* EventSourceOf(Handle handle);
+MappingObject* MappingOf(Handle handle);
 
 } // namespace Platform

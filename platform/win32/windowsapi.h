@@ -11,6 +11,7 @@
 #undef CopyFile
 #undef CreateDirectory
 #undef CreateFile
+#undef CreateFileMapping
 #undef DeleteFile
 #undef ExpandEnvironmentStrings
 #undef FindFirstFile

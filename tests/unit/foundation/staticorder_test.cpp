@@ -43,6 +43,7 @@ constexpr std::string_view Order[] = {"RegistryLock",
                                       "ClassRegistry",
                                       "SpecialFolders",
                                       "TemporaryFiles",
+                                      "MappingSizes",
                                       "VirtualRootName",
                                       "NativeFileSystemObject",
                                       "VirtualFileSystemObject"};

@@ -1,0 +1,88 @@
+// An open virtual file: a handle with its own position, its own idea of the length, and a few views of the body.
+#pragma once
+
+#include "foundation/inc/basefile.h"
+#include "foundation/inc/virtualfiledata.h"
+#include <cstddef>
+
+namespace Tsx {
+
+/// One mapped view. Whoever takes it away unmaps it.
+class CVirtualView : public CListNode<CVirtualView>, public CAllocatedOn<RuntimeHeap> {
+public:
+    CVirtualView(CVirtualMapping* owner, void* data, std::int64_t offset);
+
+    /// The file's offset of the first byte, and of the first one behind the view.
+    std::int64_t GetStart() const { return Owner->Start + Offset; }
+    std::int64_t GetEnd() const { return GetStart() + Size; }
+    /// How many bytes from a position on can be reached. A mapping made elsewhere may end inside its last view; 0 or
+    /// less is outside.
+    std::int64_t GetRoom(std::int64_t position) const;
+    /// The byte at a position of the file.
+    std::byte* At(std::int64_t position) const { return static_cast<std::byte*>(Data) + (position - GetStart()); }
+
+    CVirtualMapping* const Owner; // not owned, never null
+    void* const Data;             // the first byte, never null
+    const std::int64_t Offset;    // in Owner
+    const std::int64_t Size;      // always ViewSize
+};
+
+/// What CVirtualFileSystem::OpenFile gives out; see CBaseFile. Views lie on the ViewSize grid of the file. A failed
+/// mapping raises CMemoryException or CLastErrorException; what was there before stays readable. The fields are for
+/// looking at.
+class CVirtualFile : public CBaseFile, public CAllocatedOn<RuntimeHeap> {
+public:
+    /// The body must outlive the handle.
+    CVirtualFile(std::uint32_t access, std::uint32_t share, CVirtualFileData* data);
+    /// Closes; a failure is shown.
+    ~CVirtualFile() override;
+
+    CUnicodeString GetFileName() const override { return Data->Name; }
+    std::int32_t Read(void* buffer, std::int32_t count) override;
+    /// A handle that was not opened for writing, or a file that was made read-only, is a sharing violation, the former
+    /// also for 0 bytes.
+    void Write(const void* buffer, std::int32_t count) override;
+    std::int64_t GetPosition() const override { return Position; }
+    /// May go beyond the end. Before the start the position becomes 0 and cause 9 is raised.
+    std::int64_t Seek(std::int64_t offset, std::uint32_t from) override;
+    /// Leaves the position at the new end. Bytes that have been cut off are there again after an extension.
+    void SetLength(std::int64_t length) override;
+    std::int64_t GetLength() const override { return Length; }
+    /// Closes; a failure is shown.
+    void Abort() override;
+    void Flush() override {} // there is no medium to reach
+    /// AS DESIGNED: the file takes the length that this handle knows, so that whichever handle closes last decides. A
+    /// reader opened before a writer extended the file cuts it back.
+    void Close() override;
+
+    /// Ten views at most; the one used longest ago goes. Good until the next call.
+    /// AS DESIGNED: the search stops at the first view that lies behind the position, although views are in order of
+    /// use: one further down is missed, and the same bytes are mapped twice, which does no harm.
+    CVirtualView* GetView(std::int64_t position);
+
+    /// Makes another file's content that of this one. The position does not move.
+    void SaveTo(CBaseFile& file);
+    /// Makes the content of another file, which keeps its position, that of this one. Cause 14 if it ends before the
+    /// length that it tells.
+    void LoadFrom(CBaseFile& file);
+
+    std::uint32_t Access; // as for CreateFile
+    std::uint32_t Share;
+    CVirtualFileData* Data; // not owned
+    bool IsOpen = true;
+    CList<CVirtualView> Views; // the one used last comes first
+    std::int64_t Length;       // of the file, as this handle knows it
+    std::int64_t Position = 0;
+
+private:
+    static constexpr std::size_t MostViews = 10;
+
+    CVirtualView* FindView(std::int64_t position) const;
+    void DropView(CVirtualView* view);
+    void RequireWritable() const;
+
+    template <class TCopy>
+    void CopyThroughViews(std::int64_t count, TCopy copy);
+};
+
+} // namespace Tsx

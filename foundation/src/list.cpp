@@ -1,0 +1,63 @@
+#include "foundation/inc/list.h"
+
+#include "foundation/inc/assertion.h"
+
+namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\list";
+
+bool RequireFree(const CListNodeBase* node) {
+    const bool free = node && !node->List;
+    TSX_ASSERT(free, ModuleName);
+    return free;
+}
+
+} // namespace
+
+void CListNodeBase::Unlink() {
+    if (!List) {
+        return;
+    }
+    (List->First == this ? List->First : Previous->Next) = Next;
+    (List->Last == this ? List->Last : Next->Previous) = Previous;
+    List = nullptr;
+    Previous = nullptr;
+    Next = nullptr;
+}
+
+void CListBase::AddFirst(CListNodeBase* node) {
+    if (RequireFree(node)) {
+        node->List = this;
+        node->Next = First;
+        (First ? First->Previous : Last) = node;
+        First = node;
+    }
+}
+
+void CListBase::AddLast(CListNodeBase* node) {
+    if (RequireFree(node)) {
+        node->List = this;
+        node->Previous = Last;
+        (Last ? Last->Next : First) = node;
+        Last = node;
+    }
+}
+
+void CListBase::DeleteAll() {
+    while (CListNodeBase* node = First) {
+        node->Unlink(); // so that whatever its destructor does finds a list in order
+        delete node;
+    }
+}
+
+std::size_t CListBase::CountNodes() const {
+    std::size_t count = 0;
+    for (const CListNodeBase* node = First; node; node = node->Next) {
+        ++count;
+    }
+    return count;
+}
+
+} // namespace Tsx

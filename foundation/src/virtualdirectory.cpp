@@ -1,0 +1,163 @@
+#include "foundation/inc/virtualdirectory.h"
+
+#include "foundation/inc/debugtrace.h"
+#include "foundation/inc/makeobject.h"
+#include "platform/inc/fileattributes.h"
+#include <utility>
+
+namespace Tsx {
+
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\virtualfilesystem";
+
+std::unique_ptr<CVirtualFileData> NewFileData(const CUnicodeString& path, std::uint32_t attributes,
+                                              Platform::Handle mapping, std::int64_t reserve) {
+    return mapping ? MakeObject<CVirtualFileData>(path, attributes | Platform::FileAttributeReadOnly, mapping, reserve)
+                   : MakeObject<CVirtualFileData>(path, attributes, reserve);
+}
+
+/// The line about something that its maker should have deleted.
+/// AS DESIGNED: "sustem" is how those who look for the line know it.
+void TraceLeftover(const CUnicodeString& name) {
+    DebugTrace(u"Undeleted object in virtual file sustem: %s\n", name);
+}
+
+} // namespace
+
+CVirtualDirectory::CVirtualDirectory(const CUnicodeString& name)
+    : CVirtualFileBase(name, Platform::FileAttributeDirectory) {}
+
+CVirtualDirectory::~CVirtualDirectory() {
+    for (const auto& file : Files) {
+        delete file.Value;
+    }
+}
+
+CVirtualDirectory* CVirtualDirectory::FindDirectory(const CUnicodeString& path) {
+    CArray<CUnicodeString> parts;
+    CArray<CUnicodeString> own;
+    FileSystem::SplitPath(path, parts);
+    FileSystem::SplitPath(Name, own);
+    TSX_ASSERT(own.Size() <= parts.Size(), ModuleName);
+    CVirtualDirectory* directory = this;
+    for (std::int32_t i = own.Size(); directory && i < parts.Size(); ++i) {
+        directory = directory->GetSubDirectory(parts[i]);
+    }
+    return directory;
+}
+
+CVirtualDirectory* CVirtualDirectory::CreateDirectoryPath(const CUnicodeString& path) {
+    CArray<CUnicodeString> parts;
+    CArray<CUnicodeString> own;
+    FileSystem::SplitPath(path, parts);
+    FileSystem::SplitPath(Name, own);
+    TSX_ASSERT(own.Size() <= parts.Size(), ModuleName);
+    CVirtualDirectory* directory = this;
+    for (std::int32_t i = own.Size(); i < parts.Size(); ++i) {
+        CVirtualDirectory* next = directory->GetSubDirectory(parts[i]);
+        if (!next) {
+            auto fresh = MakeObject<CVirtualDirectory>(FileSystem::MergeName(directory->Name, parts[i]));
+            directory->Directories.Add(parts[i], fresh.get());
+            next = fresh.release();
+            directory->AddLast(next);
+        }
+        directory = next;
+    }
+    return directory;
+}
+
+CVirtualFileData* CVirtualDirectory::FindFileData(const CUnicodeString& path) {
+    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
+    CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
+    return file ? *file : nullptr;
+}
+
+CVirtualFileData* CVirtualDirectory::CreateFileData(const CUnicodeString& path, std::uint32_t attributes,
+                                                    Platform::Handle mapping, std::int64_t reserve) {
+    if (CVirtualFileData* present = FindFileData(path)) {
+        return present;
+    }
+    CVirtualDirectory* directory = CreateDirectoryPath(FileSystem::GetPath(path));
+    const CUnicodeString name = FileSystem::GetNameAndExt(path);
+    // The place is there before the file is, which takes over a mapping.
+    directory->Files.Add(name, nullptr);
+    try {
+        return directory->Files.Get(name) = NewFileData(path, attributes, mapping, reserve).release();
+    } catch (...) {
+        directory->Files.Delete(name);
+        throw;
+    }
+}
+
+CVirtualFileData* CVirtualDirectory::ReplaceFileData(const CUnicodeString& path, std::uint32_t attributes,
+                                                     Platform::Handle mapping, std::int64_t reserve) {
+    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
+    CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
+    TSX_ASSERT(file, ModuleName);
+    if (!file) {
+        return nullptr;
+    }
+    auto fresh = NewFileData(path, attributes, mapping, reserve);
+    const std::unique_ptr<CVirtualFileData> old(std::exchange(*file, fresh.get()));
+    return fresh.release();
+}
+
+bool CVirtualDirectory::DeleteFileData(const CUnicodeString& path) {
+    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
+    const CUnicodeString name = FileSystem::GetNameAndExt(path);
+    CVirtualFileData** file = directory ? directory->Files.Find(name) : nullptr;
+    if (!file) {
+        return false;
+    }
+    const std::unique_ptr<CVirtualFileData> owner(*file);
+    directory->Files.Delete(name);
+    return true;
+}
+
+bool CVirtualDirectory::DeleteDirectoryObject(const CUnicodeString& path) {
+    CVirtualDirectory* directory = FindDirectory(path);
+    if (!directory || directory == this) {
+        return false;
+    }
+    CArray<CUnicodeString> parts;
+    FileSystem::SplitPath(path, parts);
+    directory->GetParent()->Directories.Delete(parts[parts.Size() - 1]);
+    delete directory;
+    return true;
+}
+
+void CVirtualDirectory::ForceDeleteTree(const CUnicodeString& path) {
+    if (CVirtualDirectory* directory = FindDirectory(path)) {
+        directory->DeleteEntries();
+    }
+}
+
+/// One step of FindDirectory.
+CVirtualDirectory* CVirtualDirectory::GetSubDirectory(const CUnicodeString& name) {
+    CVirtualDirectory** found = Directories.Find(name);
+    if (!found) {
+        return nullptr;
+    }
+    const bool sound = *found && (*found)->GetParent() == this;
+    TSX_ASSERT(sound, ModuleName);
+    return sound ? *found : nullptr;
+}
+
+/// By the objects themselves: a directory's attributes may say by now that it is none.
+void CVirtualDirectory::DeleteEntries() {
+    for (auto file = Files.begin(); file != Files.end();) {
+        const CUnicodeString name = file->Key; // the table's own goes with its node
+        TraceLeftover(file->Value->Name);
+        const std::unique_ptr<CVirtualFileData> owner((file++)->Value);
+        Files.Delete(name);
+    }
+    for (CVirtualDirectory& directory : GetChildren()) {
+        TraceLeftover(directory.Name);
+        directory.DeleteEntries();
+    }
+    Directories.DeleteAll();
+    DeleteAll();
+}
+
+} // namespace Tsx

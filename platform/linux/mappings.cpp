@@ -1,0 +1,240 @@
+// All mapping objects are ranges of one anonymous memory file, the page file of this process: so their number is not
+// bound by that of descriptors. Ranges are handed out once, from the start of the file on; one that is not in use any
+// more becomes a hole, which takes no memory.
+#include "platform/inc/mappings.h"
+
+#include "platform/inc/lasterror.h"
+#include "platform/inc/memory.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/faulthook.h"
+#include "platform/linux/handles.h"
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <mutex>
+#include <new>
+#include <span>
+#include <string_view>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/sysinfo.h>
+#include <unordered_map>
+
+namespace Platform {
+
+/// A part of the memory file, which becomes a hole again when the mapping object and its views are gone.
+struct BackingRange {
+    BackingRange(int memoryFile, std::uint64_t first, std::uint64_t bytes)
+        : descriptor(memoryFile), start(first), size(bytes) {}
+    ~BackingRange() {
+        fallocate(descriptor, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(start),
+                  static_cast<off_t>(size));
+    }
+    BackingRange(const BackingRange&) = delete;
+    BackingRange& operator=(const BackingRange&) = delete;
+
+    const int descriptor;
+    const std::uint64_t start;
+    const std::uint64_t size;
+};
+
+namespace {
+
+using RangeReference = std::shared_ptr<const BackingRange>;
+
+struct View {
+    std::size_t size;
+    RangeReference range;
+};
+
+struct PageFile {
+    std::mutex lock; // over all of this
+    Descriptor descriptor;
+    std::uint64_t size = 0;
+    std::uint64_t used = 0; // handed out so far
+    std::unordered_map<const void*, View> views;
+};
+
+// Never destroyed: views may be unmapped by a static object's end.
+PageFile& ThePageFile() {
+    static PageFile& file = *new PageFile;
+    return file;
+}
+
+/// Far more than there is memory; holes cost nothing. A limit to the size of files holds for memory files too.
+std::uint64_t PageFileSize() {
+    constexpr std::uint64_t most = std::uint64_t{1} << 62;
+    rlimit limit{};
+    return getrlimit(RLIMIT_FSIZE, &limit) == 0 ? std::min<std::uint64_t>(limit.rlim_cur, most) : most;
+}
+
+bool OpenPageFile(PageFile& file) {
+    if (file.descriptor) {
+        return true;
+    }
+    Descriptor fresh(memfd_create("tessarix", MFD_CLOEXEC));
+    const std::uint64_t size = PageFileSize();
+    if (!fresh || ftruncate(fresh.Get(), static_cast<off_t>(size)) != 0) {
+        return FailFromErrno();
+    }
+    file.descriptor = std::move(fresh);
+    file.size = size;
+    return true;
+}
+
+/// The next `bytes` of the page file, and what is missing to a multiple of the granularity. Null with the last error
+/// set when there aren't so many.
+RangeReference TakeRange(std::uint64_t bytes) {
+    PageFile& file = ThePageFile();
+    const std::lock_guard guard(file.lock);
+    if (!OpenPageFile(file)) {
+        return nullptr;
+    }
+    const std::uint64_t granularity = GetSystemInfo().allocationGranularity;
+    const std::uint64_t left = file.size - file.used;
+    if (bytes > left || left - bytes < granularity) {
+        SetLastError(ErrorCommitmentLimit);
+        return nullptr;
+    }
+    auto range = std::make_shared<const BackingRange>(file.descriptor.Get(), file.used, bytes);
+    file.used += (bytes + granularity - 1) / granularity * granularity;
+    return range;
+}
+
+/// Null with the last error set.
+void* MapRange(const RangeReference& range, int protection, std::uint64_t offset, std::size_t size) {
+    void* base =
+        mmap(nullptr, size, protection, MAP_SHARED, range->descriptor, static_cast<off_t>(range->start + offset));
+    if (base == MAP_FAILED) {
+        SetLastErrorFromErrno();
+        return nullptr;
+    }
+    try {
+        PageFile& file = ThePageFile();
+        const std::lock_guard guard(file.lock);
+        file.views.emplace(base, View{size, range});
+    } catch (const std::bad_alloc&) {
+        munmap(base, size);
+        SetLastError(ErrorNotEnoughMemory);
+        return nullptr;
+    }
+    return base;
+}
+
+/// A line of /proc/meminfo such as "MemFree:  1234 kB".
+struct MemoryLine {
+    std::string_view name;
+    std::uint64_t bytes = 0;
+    bool found = false;
+};
+
+/// False if one of the lines isn't there.
+bool ReadMemoryLines(std::span<MemoryLine> lines) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/meminfo", "re"), &std::fclose);
+    char text[256] = {};
+    std::size_t found = 0;
+    while (file && found < lines.size() && std::fgets(text, sizeof(text), file.get())) {
+        for (MemoryLine& line : lines) {
+            if (!line.found && std::string_view(text).starts_with(line.name)) {
+                line.bytes = std::uint64_t{std::strtoull(text + line.name.size(), nullptr, 10)} << 10;
+                line.found = true;
+                ++found;
+            }
+        }
+    }
+    return found == lines.size();
+}
+
+/// The system's memory and swap; objects that could never be filled are refused, as a page file refuses them.
+std::uint64_t TotalMemory() {
+    struct sysinfo info {};
+    return sysinfo(&info) == 0 ? (std::uint64_t{info.totalram} + info.totalswap) * info.mem_unit : 0;
+}
+
+} // namespace
+
+Handle CreateFileMapping(Handle file, void*, std::uint32_t protection, std::uint32_t sizeHigh, std::uint32_t sizeLow,
+                         const char16_t*) {
+    PLATFORM_FAULT(CreateFileMapping, nullptr);
+    const std::uint64_t size = std::uint64_t{sizeHigh} << 32 | sizeLow;
+    const bool known = protection == PageReadOnly || protection == PageReadWrite;
+    if (file != InvalidHandle() || size == 0 || !known) {
+        SetLastError(ErrorInvalidParameter);
+        return nullptr;
+    }
+    if (size > TotalMemory()) {
+        SetLastError(ErrorCommitmentLimit);
+        return nullptr;
+    }
+    try {
+        auto object = std::make_unique<MappingObject>();
+        object->writable = protection == PageReadWrite;
+        object->range = TakeRange(size);
+        return object->range ? static_cast<HandleObject*>(object.release()) : nullptr;
+    } catch (const std::bad_alloc&) {
+        SetLastError(ErrorNotEnoughMemory);
+        return nullptr;
+    }
+}
+
+void* MapViewOfFile(Handle mapping, std::uint32_t access, std::uint32_t offsetHigh, std::uint32_t offsetLow,
+                    std::size_t size) {
+    PLATFORM_FAULT(MapViewOfFile, nullptr);
+    const MappingObject* object = MappingOf(mapping);
+    if (!object) {
+        return nullptr;
+    }
+    const std::uint64_t offset = std::uint64_t{offsetHigh} << 32 | offsetLow;
+    const std::uint64_t end = object->range->size;
+    const bool write = (access & FileMapWrite) != 0;
+    if (offset % GetSystemInfo().allocationGranularity != 0) {
+        SetLastError(ErrorMappedAlignment);
+    } else if (offset >= end || size > end - offset || (write && !object->writable)) {
+        SetLastError(ErrorAccessDenied);
+    } else {
+        return MapRange(object->range, write ? PROT_READ | PROT_WRITE : PROT_READ, offset,
+                        size == 0 ? end - offset : size);
+    }
+    return nullptr;
+}
+
+bool UnmapViewOfFile(const void* base) {
+    PageFile& file = ThePageFile();
+    decltype(file.views)::node_type view;
+    {
+        const std::lock_guard guard(file.lock);
+        view = file.views.extract(base);
+    }
+    const bool unmapped =
+        view ? munmap(const_cast<void*>(base), view.mapped().size) == 0 || FailFromErrno() : Fail(ErrorInvalidAddress);
+    PLATFORM_FAULT(UnmapViewOfFile, false);
+    return unmapped;
+}
+
+bool FlushViewOfFile(const void* base, std::size_t) {
+    PLATFORM_FAULT(FlushViewOfFile, false);
+    PageFile& file = ThePageFile();
+    const std::lock_guard guard(file.lock);
+    return file.views.contains(base) || Fail(ErrorInvalidAddress); // a memory file has no medium to reach
+}
+
+bool GlobalMemoryStatusEx(MemoryStatus& status) {
+    PLATFORM_FAULT(GlobalMemoryStatusEx, false);
+    if (status.length != sizeof(MemoryStatus)) {
+        return Fail(ErrorInvalidParameter);
+    }
+    MemoryLine lines[] = {{"MemTotal:"}, {"MemAvailable:"}, {"SwapTotal:"}, {"SwapFree:"}};
+    if (!ReadMemoryLines(lines)) {
+        return Fail(ErrorNotSupported);
+    }
+    const auto& [total, available, swapTotal, swapFree] = lines;
+    status.totalPhysical = total.bytes;
+    status.availablePhysical = available.bytes;
+    status.totalPageFile = total.bytes + swapTotal.bytes;
+    status.availablePageFile = available.bytes + swapFree.bytes;
+    return true;
+}
+
+} // namespace Platform

@@ -1,0 +1,114 @@
+// What the system answers about mappings, on both systems.
+#include "platform/inc/files.h"
+#include "platform/inc/lasterror.h"
+#include "platform/inc/mappings.h"
+#include "platform/inc/memory.h"
+#include "tests/unit/platform/scratchfolder.h"
+#include <cstring>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace Platform;
+
+namespace {
+
+constexpr std::uint32_t Unit = 0x10000;
+
+Handle Create(std::uint32_t protection, std::uint32_t size) {
+    return CreateFileMapping(InvalidHandle(), nullptr, protection, 0, size, nullptr);
+}
+
+char* Map(Handle mapping, std::uint32_t access, std::uint32_t offset, std::size_t size) {
+    return static_cast<char*>(MapViewOfFile(mapping, access, 0, offset, size));
+}
+
+} // namespace
+
+TEST(Mappings, AnswersToTheArguments) {
+    struct Row {
+        const char* name;
+        std::uint32_t protection;
+        std::uint32_t access;
+        std::uint32_t offset;
+        std::size_t size;
+        std::uint32_t error; // 0: mapped
+        Wine wine = Wine::AsWindows;
+    };
+    constexpr Row rows[] = {
+        {"a part", PageReadWrite, FileMapWrite, Unit, Unit, 0},
+        {"to the end", PageReadWrite, FileMapRead, Unit, 0, 0},
+        {"reading what is read only", PageReadOnly, FileMapRead, 0, 100, 0},
+        {"off the grid", PageReadWrite, FileMapRead, 4096, 100, ErrorMappedAlignment},
+        {"nothing behind the offset", PageReadWrite, FileMapRead, 2 * Unit, 0, ErrorAccessDenied, Wine::Otherwise},
+        {"longer than the object", PageReadWrite, FileMapRead, Unit, Unit + 1, ErrorAccessDenied},
+        {"writing what is read only", PageReadOnly, FileMapWrite, 0, 100, ErrorAccessDenied}};
+    for (const Row& row : rows) {
+        if (!Applies(row.wine)) {
+            continue;
+        }
+        Handle mapping = Create(row.protection, 2 * Unit);
+        ASSERT_TRUE(mapping) << row.name;
+        char* view = Map(mapping, row.access, row.offset, row.size);
+        EXPECT_EQ(view ? 0 : GetLastError(), row.error) << row.name;
+        EXPECT_TRUE(!view || *view == 0) << row.name;
+        EXPECT_TRUE(!view || UnmapViewOfFile(view)) << row.name;
+        EXPECT_TRUE(CloseHandle(mapping)) << row.name;
+    }
+    EXPECT_FALSE(Create(PageReadWrite, 0));
+    EXPECT_EQ(GetLastError(), ErrorInvalidParameter);
+    EXPECT_FALSE(Map(nullptr, FileMapRead, 0, 1));
+    EXPECT_EQ(GetLastError(), ErrorInvalidHandle);
+    char notMapped = 0;
+    EXPECT_FALSE(UnmapViewOfFile(&notMapped));
+    EXPECT_EQ(GetLastError(), ErrorInvalidAddress);
+}
+
+TEST(Mappings, ViewsShowOneMemoryAndOutliveTheObject) {
+    Handle mapping = Create(PageReadWrite, 2 * Unit);
+    Handle other = Create(PageReadWrite, Unit);
+    char* whole = Map(mapping, FileMapWrite, 0, 0);
+    const char* part = Map(mapping, FileMapRead, Unit, 10);
+    const char* elsewhere = Map(other, FileMapRead, 0, 0);
+    ASSERT_TRUE(whole && part && elsewhere);
+    std::memcpy(whole + Unit, "seen", 5);
+    EXPECT_STREQ(part, "seen");
+    EXPECT_TRUE(FlushViewOfFile(whole, 0));
+    EXPECT_TRUE(CloseHandle(mapping));
+    EXPECT_TRUE(UnmapViewOfFile(whole));
+    EXPECT_STREQ(part, "seen") << "after the object and the view that wrote it";
+    EXPECT_STREQ(elsewhere, "");
+    EXPECT_TRUE(UnmapViewOfFile(part));
+    EXPECT_FALSE(FlushViewOfFile(part, 0));
+    EXPECT_TRUE(UnmapViewOfFile(elsewhere));
+    EXPECT_TRUE(CloseHandle(other));
+}
+
+TEST(Mappings, ObjectsAreManyAndEmptyWhenMade) {
+    for (int round = 0; round < 3; ++round) {
+        Handle mapping = Create(PageReadWrite, Unit);
+        char* view = Map(mapping, FileMapWrite, 0, 0);
+        ASSERT_TRUE(view);
+        EXPECT_EQ(*view, 0) << "nothing of the object before it";
+        *view = 'x';
+        UnmapViewOfFile(view);
+        CloseHandle(mapping);
+    }
+    std::vector<Handle> many; // more than a process may have files open, as a rule
+    for (int i = 0; i < 3'000 && (many.empty() || many.back()); ++i) {
+        many.push_back(Create(PageReadWrite, Unit));
+    }
+    EXPECT_TRUE(many.back()) << many.size();
+    for (Handle mapping : many) {
+        CloseHandle(mapping);
+    }
+}
+
+TEST(Mappings, MemoryStatus) {
+    MemoryStatus status;
+    ASSERT_TRUE(GlobalMemoryStatusEx(status));
+    EXPECT_GT(status.availablePageFile, std::uint64_t{Unit});
+    EXPECT_LE(status.availablePageFile, status.totalPageFile);
+    EXPECT_LE(status.availablePhysical, status.totalPhysical);
+    status.length = 0;
+    EXPECT_FALSE(GlobalMemoryStatusEx(status));
+}
