@@ -10,11 +10,10 @@ public:
     using CStringBase::CStringBase;
     CString() = default;
 
-    /// Converts wide text to a code page: 0 is the system's ANSI page, 1 its OEM page. What cannot be converted at all
-    /// comes out empty.
     /// The value in decimal.
     static CString FromInt(std::int32_t value);
-
+    /// Converts wide text to a code page: 0 is the system's ANSI page, 1 its OEM page. What cannot be converted at all
+    /// comes out empty.
     static CString FromWide(const char16_t* text, std::int32_t count, std::uint32_t codePage);
 };
 

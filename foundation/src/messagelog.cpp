@@ -23,7 +23,8 @@ CString ComposeLine(const char16_t* text) {
     Platform::GetLocalTime(now);
     const CUnicodeString time = FormatLocalTimeOfDay(TimeFromLocalSystemTime(now));
     const CUnicodeString start = CUnicodeString::Format(u"%sProcessID:%u ", time, Platform::GetCurrentProcessId());
-    return (start + text + u"\r\n").ToNarrow(AnsiCodePage);
+    // By itself: a text that can't be converted leaves its place in the line empty.
+    return start.ToNarrow(AnsiCodePage) + CUnicodeString(text).ToNarrow(AnsiCodePage) + "\r\n";
 }
 
 // One write a line, so that the lines of several processes do not mix.
