@@ -130,6 +130,7 @@ public:
     /// The text of a message by name; false if no module has one. The language's modules are asked first, and of either
     /// kind the later ones before the earlier.
     bool LookupMessage(const char16_t* name, CUnicodeString& text);
+    bool LookupMessage(const CUnicodeString& name, CUnicodeString& text) { return LookupMessage(name.Text(), text); }
     /// The names in the tables of the same modules, sorted by code units, each once.
     void GetAllMessageNames(CArray<CUnicodeString>& names);
     /// The module that has the named icon, in the order of LookupMessage; null if none does.

@@ -16,7 +16,6 @@ namespace Tsx {
 namespace {
 
 constexpr const char16_t* ModuleName = u"src\\resourceinfo";
-constexpr std::int32_t LibraryNumberCount = 128;
 
 CUnicodeString NumberText(std::uint32_t language) {
     return CUnicodeString::Format(u"%u", language);

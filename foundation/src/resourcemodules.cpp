@@ -13,8 +13,6 @@ namespace Tsx {
 
 namespace {
 
-constexpr std::int32_t LargestLibraryNumber = 127;
-
 template <class TFunction>
 void TakeExport(TFunction*& function, Platform::Module module, const char* name) {
     function = reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
@@ -24,7 +22,7 @@ void TakeExport(TFunction*& function, Platform::Module module, const char* name)
 std::int32_t ReadLibraryNumber(const CUnicodeString& fileName, const CUnicodeString& prefix) {
     std::int32_t number = 0;
     const bool isNumber = FileSystem::GetName(fileName).Mid(prefix.Length()).ToInt(number);
-    return isNumber && number >= 0 && number <= LargestLibraryNumber ? number : -1;
+    return isNumber && number >= 0 && number < LibraryNumberCount ? number : -1;
 }
 
 bool IsResourceLibrary(const CUnicodeString& fileName) {

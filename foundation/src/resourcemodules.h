@@ -30,6 +30,8 @@ void AppendRecord(TArray& array, CRecordHolder<TRecord>& record) {
     static_cast<void>(record.release());
 }
 
+constexpr std::int32_t LibraryNumberCount = 128; // a library has one of the numbers below
+
 /// The style of what is told about resource libraries.
 constexpr std::uint32_t ResourceFailureStyle = Platform::MbSystemModal | Platform::MbIconHand;
 
