@@ -45,7 +45,8 @@ public:
     std::int64_t GetPosition() const override { return Position; }
     /// May go beyond the end. Before the start the position becomes 0 and cause 9 is raised.
     std::int64_t Seek(std::int64_t offset, std::uint32_t from) override;
-    /// Leaves the position at the new end. Bytes that have been cut off are there again after an extension.
+    /// Leaves the position at the new end.
+    /// AS DESIGNED: nothing is freed or cleared. Bytes that have been cut off are there again after an extension.
     void SetLength(std::int64_t length) override;
     std::int64_t GetLength() const override { return Length; }
     /// Closes; a failure is shown.

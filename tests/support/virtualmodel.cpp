@@ -15,7 +15,7 @@ using namespace Tsx;
 namespace {
 
 constexpr std::uint32_t MostBytes = 1'000'000; // more than ten views
-constexpr std::uint32_t BadSeek = 1009;       // a cause without a Windows code
+constexpr std::uint32_t BadSeek = 1009;        // a cause without a Windows code
 
 std::string Key(const std::string& name) {
     std::string key = name;

@@ -307,6 +307,9 @@ TEST_F(VirtualFileSystem, MemoryThatEndsLeavesItInOrder) {
     if (!Platform::FaultsAvailable()) {
         GTEST_SKIP() << "this build has no fault hook";
     }
+    Platform::ArmFault("GlobalMemoryStatusEx", 1, 1450, Platform::FaultMode::Once);
+    const auto failure = Raised<CInternalError>([] { System().GetFreeSpace(Path(u"")); });
+    EXPECT_EQ(failure ? failure->code : 0, 1450U);
     Write(Path(u"old"), "old");
     const std::function<void()> actions[] = {
         [] { CFile().Open(Path(u"p\\q\\new"), WriteMode); },
@@ -333,6 +336,31 @@ TEST_F(VirtualFileSystem, MemoryThatEndsLeavesItInOrder) {
             System().TryDeleteFile(Path(u"s\\copy"));
         }
     }
+}
+
+TEST_F(VirtualFileSystem, NothingStaysInACallersHeap) {
+    struct CCountingManager : IMemoryManager {
+        int blocks = 0;
+        void* Alloc(std::int32_t size) override {
+            ++blocks;
+            return RuntimeHeapManager.Alloc(size);
+        }
+        void Free(void* block) override {
+            --blocks;
+            RuntimeHeapManager.Free(block);
+        }
+    } manager;
+    CBaseFile* file = nullptr;
+    {
+        const CMemoryManagerScope scope(&manager);
+        Write(Path(u"d\\e\\f"), std::string(200'000, 'x'));
+        file = System().OpenFile(Path(u"d\\e\\f"), Platform::GenericRead, 3, nullptr, Platform::OpenExisting, 0,
+                                 nullptr, 0, nullptr);
+        char byte = 0;
+        file->Read(&byte, 1);
+    }
+    EXPECT_EQ(manager.blocks, 0) << "files outlive the thread that made them";
+    System().CloseFile(file, true);
 }
 
 TEST_F(VirtualFileSystem, ManyThreads) {
