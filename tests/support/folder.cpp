@@ -38,9 +38,10 @@ std::filesystem::path CTestFolder::PlaceOf(const char16_t* name) const {
     return place / WithSeparator(name, u'\\', Separator);
 }
 
-void CTestFolder::Write(const char16_t* name, std::string_view content) const {
+Tsx::CUnicodeString CTestFolder::Write(const char16_t* name, std::string_view content) const {
     std::filesystem::create_directories(PlaceOf(name).parent_path());
     std::ofstream(PlaceOf(name), std::ios::binary) << content;
+    return *this / name;
 }
 
 std::string CTestFolder::Content(const char16_t* name) const {

@@ -20,8 +20,8 @@ public:
     /// The path of something in it; `name` may hold `\`.
     Tsx::CUnicodeString operator/(const char16_t* name) const { return path + u'\\' + name; }
 
-    /// Makes a file, and the folders on the way to it.
-    void Write(const char16_t* name, std::string_view content = "x") const;
+    /// Makes a file, and the folders on the way to it; returns its path.
+    Tsx::CUnicodeString Write(const char16_t* name, std::string_view content = "x") const;
     /// A file's bytes; "(missing)" if there is none.
     std::string Content(const char16_t* name) const;
 

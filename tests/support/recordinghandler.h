@@ -1,4 +1,4 @@
-// A message handler that keeps what it is shown.
+// A message handler that keeps what it is shown, and answers with the default button.
 #pragma once
 
 #include "foundation/inc/messagehandlers.h"
@@ -7,9 +7,12 @@
 class CRecordingHandler : public Tsx::CMessageHandler {
 public:
     std::vector<Tsx::CUnicodeString> texts;
+    std::vector<Tsx::CUnicodeString> boxes; // "title: text style", the style in hexadecimal digits
 
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
+    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t* title,
+                                std::uint32_t style) override {
         texts.emplace_back(text);
+        boxes.push_back(Tsx::CUnicodeString::Format(u"%s: %s %x", title, text, style));
         return Tsx::GetDefaultButton(style);
     }
 };

@@ -31,7 +31,7 @@ PLATFORM_EXPORT std::int32_t MAPILogonEx(WindowParameter window, TextPointer pro
                                          std::uint32_t flags, IMAPISession** session) {
     return Answer("MAPILogonEx", Joined(Shown(window), Shown(profile), Shown(password), Shown(flags)),
                   [&](const std::string&) {
-                      *session = new Session;
+                      *session = NewSession();
                       return 0;
                   });
 }
@@ -56,7 +56,7 @@ PLATFORM_EXPORT std::int32_t HrQueryAllRows(IMAPITable* table, SPropTagArray* ta
                   Joined(NameOf(table), Shown(tags ? "given" : nullptr), Shown(restriction), Shown(order),
                          Shown(static_cast<std::uint32_t>(most))),
                   [&](const std::string&) {
-                      *rows = static_cast<StoresTable*>(table)->AllRows();
+                      *rows = AllRowsOf(table);
                       return 0;
                   });
 }
@@ -81,7 +81,7 @@ PLATFORM_EXPORT void FreePadrlist(ADRLIST* list) {
 
 PLATFORM_EXPORT std::int32_t HrGetOneProp(IMAPIProp* object, std::uint32_t tag, SPropValue** property) {
     return Answer("HrGetOneProp", Joined(NameOf(object), Shown(tag)), [&](const std::string& word) {
-        *property = Store::OutboxProperty(word);
+        *property = OutboxProperty(word);
         return 0;
     });
 }

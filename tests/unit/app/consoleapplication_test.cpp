@@ -7,9 +7,7 @@ using Console::CConsoleApplication;
 
 TEST(ConsoleApplication, OptionNames) {
     struct Row {
-        const char16_t* name;
-        const char16_t* fullName;
-        const char16_t* shortName;
+        const char16_t *name, *fullName, *shortName;
         bool matches;
     };
     constexpr Row rows[] = {

@@ -6,9 +6,7 @@ using namespace Tsx;
 
 TEST(CorvaneApplication, SplitsAddresses) {
     struct Row {
-        const char16_t* text;
-        const char16_t* name;
-        const char16_t* address;
+        const char16_t *text, *name, *address;
     };
     constexpr Row rows[] = {{u"Ann Lee <ann>", u"Ann Lee", u"ann"},
                             {u"Ann < ann >", u"Ann", u"ann"},

@@ -58,6 +58,7 @@ TEST(Archive, WritesTheFormsByteByByte) {
         void (*write)(CArchive&);
         std::string bytes;
     };
+    // clang-format off
     const Row rows[] = {
         {"0", [](CArchive& a) { a.WriteCount(0); }, Bytes({0})},
         {"254", [](CArchive& a) { a.WriteCount(254); }, Bytes({0xFE})},
@@ -65,24 +66,14 @@ TEST(Archive, WritesTheFormsByteByByte) {
         {"-1", [](CArchive& a) { a.WriteCount(-1); }, Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF})},
         {"0x01020304", [](CArchive& a) { a.WriteCount(0x01020304); }, Bytes({0xFF, 4, 3, 2, 1})},
         {"string", [](CArchive& a) { a << CString("a\0b", 3) << CString(); }, Bytes({3, 'a', 0, 'b', 0})},
-        {"classes",
-         [](CArchive& a) {
-             for (const char16_t* name : {u"A", u"BC", u"A", u"", u"BC", u""}) {
-                 a.WriteClassName(name);
-             }
-         },
-         Bytes({1, 1, 'A', 3, 2, 'B', 'C', 0, 5, 0, 2, 4})},
-        {"objects",
-         [](CArchive& a) {
-             CPoint p(7);
-             CLine l(300);
-             for (IObject* object : {static_cast<IObject*>(nullptr), static_cast<IObject*>(&p),
-                                     static_cast<IObject*>(&l), static_cast<IObject*>(&p)}) {
-                 a.WriteObject(object);
-             }
-         },
-         Bytes({1, 0, 3, 5}) + "Point" + Bytes({7, 5, 4}) + "Line" + Bytes({0xFF, 44, 1, 0, 0, 2, 7})},
+        {"classes", [](CArchive& a) { for (const char16_t* name : {u"A", u"BC", u"A", u"", u"BC",
+            u""}) { a.WriteClassName(name); } }, Bytes({1, 1, 'A', 3, 2, 'B', 'C', 0, 5, 0, 2, 4})},
+        {"objects", [](CArchive& a) { CPoint p(7); CLine l(300);
+            for (IObject* object : {static_cast<IObject*>(nullptr), static_cast<IObject*>(&p),
+            static_cast<IObject*>(&l), static_cast<IObject*>(&p)}) { a.WriteObject(object); } }, Bytes({1, 0, 3,
+            5}) + "Point" + Bytes({7, 5, 4}) + "Line" + Bytes({0xFF, 44, 1, 0, 0, 2, 7})},
     };
+    // clang-format on
     for (const Row& row : rows) {
         EXPECT_EQ(Written(row.write), row.bytes) << row.name;
     }

@@ -7,8 +7,7 @@ using namespace Tsx;
 
 TEST(Array, GrowsByHalfOrEightOrWhatIsMissing) {
     struct Row {
-        std::int32_t added;
-        std::int32_t capacity;
+        std::int32_t added, capacity;
     };
     constexpr Row oneByOne[] = {{1, 8}, {7, 8}, {1, 16}, {8, 24}, {8, 36}, {12, 54}};
     CArray<int> array;

@@ -30,10 +30,7 @@ public:
 
 TEST(BlockManager, StepsAndCapacities) {
     struct Row {
-        std::int32_t size;
-        std::int32_t step;
-        std::int32_t capacity;
-        std::int32_t blocks;
+        std::int32_t size, step, capacity, blocks;
     };
     constexpr Row rows[] = {{1, 16, 65520, 4095},  {8, 16, 65520, 4095},  {17, 32, 65504, 2047},
                             {32, 32, 65504, 2047}, {64, 64, 65472, 1023}, {128, 128, 65408, 511}};
@@ -111,20 +108,6 @@ TEST(HeapManager, CountsAndKeepsItsHeap) {
     EXPECT_EQ(manager.GetTotalBytes(), 0);
     manager.DestroyHeap();
     EXPECT_FALSE(manager.HasHeap());
-}
-
-TEST(StringBlockAllocator, ReportsTheSizeOfTheClass) {
-    struct Row {
-        std::int32_t asked;
-        std::int32_t reported;
-    };
-    constexpr Row rows[] = {{1, 32}, {32, 32}, {33, 64}, {64, 64}, {65, 128}, {128, 128}, {129, 129}, {5000, 5000}};
-    for (const Row& row : rows) {
-        std::int32_t allocated = 0;
-        void* block = StringAllocator.Alloc(row.asked, allocated);
-        EXPECT_EQ(allocated, row.reported);
-        StringAllocator.Free(block, allocated);
-    }
 }
 
 TEST(MemoryExceptionPool, KnowsItsExceptions) {

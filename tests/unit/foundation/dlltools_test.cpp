@@ -70,29 +70,9 @@ TEST(Dll, WrongCallsAreInternalErrors) {
     odd.Handle = loaded.Handle;
     odd.Ownership = 2;
     CLibrary empty;
-    struct Row {
-        std::int32_t line;
-        std::function<void()> call;
-    };
-    for (const Row& row : {Row{34,
-                               [&] {
-                                   loaded.Load(u"any");
-                               }},
-                           {73,
-                            [&] {
-                                odd.Free();
-                            }},
-                           {81,
-                            [&] {
-                                empty.GetPath();
-                            }},
-                           {93, [&] {
-                                empty.GetProcedure("any");
-                            }}}) {
-        const auto error = Raised<CInternalError>(row.call);
-        ASSERT_TRUE(error) << row.line;
-        EXPECT_EQ(error->line, row.line);
-        EXPECT_STREQ(Readable(error->file).c_str(), "src\\dlltools");
-    }
+    ExpectInternalErrors("src\\dlltools", {{34, [&] { loaded.Load(u"any"); }},
+                                           {73, [&] { odd.Free(); }},
+                                           {81, [&] { empty.GetPath(); }},
+                                           {93, [&] { empty.GetProcedure("any"); }}});
     EXPECT_FALSE(odd.IsLoaded()) << "forgotten all the same";
 }

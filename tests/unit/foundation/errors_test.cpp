@@ -1,34 +1,17 @@
 #include "foundation/inc/errors.h"
 
-#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/lasterror.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <thread>
-#include <vector>
 
 using namespace Tsx;
 
-namespace {
-
-/// Keeps what it is shown.
-class CRecordingHandler : public CMessageHandler {
-public:
-    std::vector<CUnicodeString> texts;
-
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
-        texts.emplace_back(text);
-        return GetDefaultButton(style);
-    }
-};
-
-} // namespace
-
 TEST(Errors, CausesAndTheirTexts) {
     struct Row {
-        std::uint32_t code;
-        std::uint32_t cause;
+        std::uint32_t code, cause;
     };
     constexpr Row rows[] = {{2, 2},    {107, 2}, {3, 3},    {267, 3}, {4, 4},    {5, 5},   {80, 5},
                             {193, 6},  {145, 7}, {62, 8},   {131, 9}, {997, 10}, {32, 11}, {167, 12},

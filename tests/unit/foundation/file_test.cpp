@@ -1,30 +1,16 @@
 #include "foundation/inc/file.h"
 
 #include "foundation/inc/filesystem.h"
-#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/nativefile.h"
 #include "foundation/inc/virtualfilesystem.h"
 #include "platform/inc/faults.h"
 #include "platform/inc/files.h"
 #include "tests/support/folder.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <functional>
 
 using namespace Tsx;
-
-namespace {
-
-class CCountingHandler : public CMessageHandler {
-public:
-    int shown = 0;
-
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t*, const char16_t*, std::uint32_t style) override {
-        ++shown;
-        return GetDefaultButton(style);
-    }
-};
-
-} // namespace
 
 TEST(File, ModesBecomeTheSystemsValues) {
     // Each row: mode, access, share mode, disposition.
@@ -98,9 +84,7 @@ TEST(File, WrongCallsAreInternalErrors) {
                                                [&] { closed->SetLength(0); },
                                                [&] { static_cast<void>(closed->GetLength()); },
                                                [&] { closed->Flush(); },
-                                               [&] {
-                                                   static_cast<void>(closed->IsEndOfFile());
-                                               }};
+                                               [&] { static_cast<void>(closed->IsEndOfFile()); }};
         for (const auto& call : calls) {
             EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls << " of a closed file";
         }
@@ -156,9 +140,7 @@ TEST(File, OpensByDispositionAndShareMode) {
 }
 
 TEST(File, FailuresOfTheSystem) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no fault hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     const CTestFolder folder;
     CFile file;
     char byte = 0;
@@ -169,33 +151,13 @@ TEST(File, FailuresOfTheSystem) {
     };
     const Row rows[] = {{"GetFullPathName", [&] { file.Open(folder / u"f", 4113); }, true},
                         {"CreateFile", [&] { file.Open(folder / u"f", 4113); }, true},
-                        {"ReadFile",
-                         [&] {
-                             file.Read(&byte, 1);
-                         }},
-                        {"WriteFile",
-                         [&] {
-                             file.Write(&byte, 1);
-                         }},
-                        {"SetFilePointer",
-                         [&] {
-                             file.Seek(0, SeekFromStart);
-                         }},
-                        {"SetEndOfFile",
-                         [&] {
-                             file.SetLength(0);
-                         }},
-                        {"GetFileSize",
-                         [&] {
-                             static_cast<void>(file.GetLength());
-                         }},
-                        {"FlushFileBuffers",
-                         [&] {
-                             file.Flush();
-                         }},
-                        {"CloseHandle", [&] {
-                             file.Close();
-                         }}};
+                        {"ReadFile", [&] { file.Read(&byte, 1); }},
+                        {"WriteFile", [&] { file.Write(&byte, 1); }},
+                        {"SetFilePointer", [&] { file.Seek(0, SeekFromStart); }},
+                        {"SetEndOfFile", [&] { file.SetLength(0); }},
+                        {"GetFileSize", [&] { static_cast<void>(file.GetLength()); }},
+                        {"FlushFileBuffers", [&] { file.Flush(); }},
+                        {"CloseHandle", [&] { file.Close(); }}};
     for (const Row& row : rows) {
         file.Close();
         if (!row.opens) {
@@ -210,17 +172,17 @@ TEST(File, FailuresOfTheSystem) {
     }
     EXPECT_FALSE(file.IsOpen()) << "closed, although closing failed";
 
-    CCountingHandler handler;
+    CRecordingHandler handler;
     const CMessageHandlerScope scope(&handler);
     {
         CFile closedByDestructor;
         closedByDestructor.Open(folder / u"f", 32);
         Platform::ArmFault("CloseHandle", 1, 112, Platform::FaultMode::Once);
     }
-    EXPECT_EQ(handler.shown, 1) << "a failure does not leave the destructor";
+    EXPECT_EQ(handler.texts.size(), 1U) << "a failure does not leave the destructor";
     file.Open(folder / u"f", 32);
     Platform::ArmFault("CloseHandle", 1, 112, Platform::FaultMode::Once);
     file.Abort();
-    EXPECT_EQ(handler.shown, 1) << "nor is it told by Abort";
+    EXPECT_EQ(handler.texts.size(), 1U) << "nor is it told by Abort";
     Platform::DisarmFaults();
 }

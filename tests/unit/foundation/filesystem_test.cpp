@@ -27,8 +27,7 @@ TEST(FileSystem, TypesComponentsAndBack) {
     struct Row {
         const char16_t* path;
         int type;
-        const char16_t* parts;
-        const char16_t* joined;
+        const char16_t *parts, *joined;
     };
     constexpr Row rows[] = {{u"", 0, u"", u""},
                             {u" \t\x3000", 0, u"", u""},
@@ -60,11 +59,7 @@ TEST(FileSystem, TypesComponentsAndBack) {
 
 TEST(FileSystem, FieldsAndBack) {
     struct Row {
-        const char16_t* path;
-        const char16_t* drive;
-        const char16_t* dir;
-        const char16_t* name;
-        const char16_t* ext;
+        const char16_t *path, *drive, *dir, *name, *ext;
     };
     constexpr Row rows[] = {{u"C:\\a\\b.tar.gz", u"C:", u"\\a\\", u"b.tar", u".gz"},
                             {u"a/b", u"", u"a/", u"b", u""},
@@ -98,10 +93,7 @@ TEST(FileSystem, FieldsAndBack) {
 
 TEST(FileSystem, TrailingSlashesAndRoots) {
     struct Row {
-        const char16_t* path;
-        const char16_t* added;
-        const char16_t* removed;
-        const char16_t* root;
+        const char16_t *path, *added, *removed, *root;
     };
     constexpr Row rows[] = {{u"", u"\\", u"", u"\\"},
                             {u"C:", u"C:\\", u"C:\\", u"C:\\"},
@@ -132,9 +124,7 @@ TEST(FileSystem, TwoPathsGiveOne) {
     struct Row {
         const char* name;
         Operation operation;
-        const char16_t* first;
-        const char16_t* second;
-        const char16_t* result;
+        const char16_t *first, *second, *result;
     };
     constexpr Operation concat = FileSystem::Concat;
     constexpr Operation merge = FileSystem::MergeName;
@@ -163,8 +153,7 @@ TEST(FileSystem, TwoPathsGiveOne) {
 
 TEST(FileSystem, ComparesPaths) {
     struct Row {
-        const char16_t* a;
-        const char16_t* b;
+        const char16_t *a, *b;
         int order;
     };
     constexpr Row rows[] = {{u"C:\\a\\", u"c:/A", 0}, {u"a\\", u"A/", 0},   {u"a", u"a\\\\", 0},

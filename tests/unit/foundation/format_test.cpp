@@ -5,9 +5,7 @@
 using namespace Tsx;
 
 TEST(Format, FollowsWidePrint) {
-    const auto check = [](const CUnicodeString& result, const char16_t* expected) {
-        EXPECT_EQ(result, expected);
-    };
+    const auto check = [](const CUnicodeString& result, const char16_t* expected) { EXPECT_EQ(result, expected); };
     check(CUnicodeString::Format(u"%d.%02d|%5d|%-5d|%+d", 5, 0, 42, 42, 7), u"5.00|   42|42   |+7");
     check(CUnicodeString::Format(u"%08lx|%X|%#x|%u", 0x040904B0U, 255, 255, -1), u"040904b0|FF|0xff|4294967295");
     check(CUnicodeString::Format(u"%lld %I64d", std::int64_t{-9000000000}, std::int64_t{9000000000}),

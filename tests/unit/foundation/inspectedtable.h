@@ -88,9 +88,7 @@ private:
 /// until none is left to fail. After each failure the structure is whole and the table takes what was refused.
 template <class TTable, class TFill>
 void SweepFaults(const char* function, TFill fill) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     for (std::int32_t nth = 1;; ++nth) {
         TTable table;
         Platform::ArmFault(function, nth, 8, Platform::FaultMode::Once);

@@ -7,6 +7,7 @@
 #include "foundation/inc/resourceinfo.h"
 #include "platform/inc/messagebox.h"
 #include "tests/support/folder.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <set>
 #include <string>
@@ -15,8 +16,7 @@ using namespace Tsx;
 
 TEST(Message, SubstitutesByPosition) {
     struct Row {
-        const char16_t* text;
-        const char16_t* expected;
+        const char16_t *text, *expected;
     };
     constexpr Row rows[] = {{u"%1 of %0", u"b of a"},
                             {u"100%", u"100%"},
@@ -49,8 +49,7 @@ TEST(Message, ATextOfTenMebibytes) {
 
 TEST(Message, EveryTextOfTheTable) {
     struct Row {
-        const char16_t* name;
-        const char16_t* text;
+        const char16_t *name, *text;
     };
     constexpr Row rows[] = {
 #define ROW(id, name, use, text) {u## #name, text},
@@ -127,46 +126,36 @@ TEST(Message, ListsAreWrittenInUtf16) {
     EXPECT_TRUE(Raised<CFileException>([&] { SaveAllMessagesList(folder / u"none\\x.txt"); }));
 }
 
-namespace {
-
-class CRecordingHandler : public CMessageHandler {
-public:
-    CUnicodeString texts; // one a line
-
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
-        texts += CUnicodeString::Format(u"%u %s\n", style, text);
-        return Platform::IdCancel;
-    }
-};
-
-} // namespace
-
 TEST(Message, TheDevelopersCheckComplainsAndChangesNothing) {
     struct Row {
         const char16_t* text;
         std::int32_t count;
-        const char16_t* result;
-        const char16_t* complaints;
+        const char16_t *result, *complaints;
     };
     constexpr Row rows[] = {
         {u"%0 %1", 2, u"a b", u""},
         {u"%0 %0", 1, u"a a", u""},
         {u"", 0, u"", u""},
         {u"50% off %1", 2, u"50% off b",
-         u"49 Number of params in message \"50% off %1\" is invalid: 1, expected 2.\n"
-         u"49 Some parameters in message \"50% off %1\" are missing: 0.\n"},
-        {u"%4%1", 2, u"b", u"49 Some parameters in message \"%4%1\" are missing: 0 ,2 ,3.\n"},
-        {u"none", 2, u"none", u"49 Number of params in message \"none\" is invalid: 0, expected 2.\n"}};
+         u"Number of params in message \"50% off %1\" is invalid: 1, expected 2.\n"
+         u"Some parameters in message \"50% off %1\" are missing: 0.\n"},
+        {u"%4%1", 2, u"b", u"Some parameters in message \"%4%1\" are missing: 0 ,2 ,3.\n"},
+        {u"none", 2, u"none", u"Number of params in message \"none\" is invalid: 0, expected 2.\n"}};
     const char16_t* const parameters[] = {u"a", u"b"};
     CRecordingHandler handler;
     const CMessageHandlerScope scope(&handler);
     SetDebugFlag(DebugCheckMessagesParamsCount, true);
     for (const Row& row : rows) {
-        handler.texts.Clear();
+        handler.texts.clear();
         EXPECT_EQ(SubstituteParams(row.text, parameters, row.count), row.result);
-        EXPECT_EQ(handler.texts, row.complaints) << Readable(row.text);
+        CUnicodeString complaints;
+        for (const CUnicodeString& text : handler.texts) {
+            complaints += text + u'\n';
+        }
+        EXPECT_EQ(complaints, row.complaints) << Readable(row.text);
     }
     SetDebugFlag(DebugCheckMessagesParamsCount, false);
+    EXPECT_TRUE(handler.boxes.front().View().ends_with(u" 31")) << "a question with a warning";
 }
 
 TEST(Message, ComesFromTheTableOrDegradesToItsName) {

@@ -6,6 +6,7 @@
 #include "platform/inc/messagebox.h"
 #include "platform/inc/text.h"
 #include "tests/support/boxes.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/standardoutput.h"
 #include "tests/support/text.h"
 #include <set>
@@ -15,17 +16,6 @@
 using namespace Tsx;
 
 namespace {
-
-class CRecordingHandler : public CMessageHandler {
-public:
-    std::vector<CUnicodeString> shown;
-
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t* title,
-                                std::uint32_t style) override {
-        shown.push_back(CUnicodeString::Format(u"%s: %s %x", title, text, style));
-        return GetDefaultButton(style);
-    }
-};
 
 std::int32_t Show(CMessageHandler& handler, const char16_t* text, std::uint32_t style = 0) {
     return handler.ShowMessageBox(nullptr, text, u"title", style);
@@ -37,9 +27,7 @@ TEST(MessageHandlers, ButtonsAndEventTypesOfAStyle) {
     struct Row {
         std::uint32_t style;
         std::uint16_t eventType;
-        std::int32_t first;
-        std::int32_t second;
-        std::int32_t third;
+        std::int32_t first, second, third;
     };
     constexpr Row rows[] = {{0, 4, 1, 1, 1}, {1, 2, 1, 2, 1}, {4, 4, 6, 7, 6}, {3, 4, 6, 7, 2},
                             {5, 1, 4, 2, 4}, {2, 1, 3, 4, 5}, {6, 4, 3, 3, 3}, {15, 4, 3, 3, 3}};
@@ -59,8 +47,7 @@ TEST(MessageHandlers, ABoxHasAnIconAndItsPlace) {
     CMessageBoxHandler handler;
     Platform::Window owner = reinterpret_cast<Platform::Window>(&handler);
     struct Row {
-        std::uint32_t style;
-        std::uint32_t shown;
+        std::uint32_t style, shown;
     };
     constexpr Row rows[] = {{0, 0x30},    {1, 0x31},    {3, 0x33},    {4, 0x34},        {2, 2},         {5, 5},
                             {0x10, 0x10}, {0x41, 0x41}, {0x80, 0x80}, {0x1134, 0x1134}, {0x200, 0x230}, {0x105, 0x105}};
@@ -116,8 +103,7 @@ TEST(MessageHandlers, TheConsoleHandlerWritesForWhatTheOutputIs) {
     struct Row {
         const char* name;
         EOutput kind;
-        std::string before;
-        std::string after;
+        std::string before, after;
     };
     const Row rows[] = {{"new file", EOutput::File, "", lines},
                         {"UTF-16 file", EOutput::File, {"\xFF\xFEx\0", 4}, wideLines},
@@ -144,12 +130,9 @@ TEST(MessageHandlers, TheConsoleHandlerWritesForWhatTheOutputIs) {
 }
 
 TEST(MessageHandlers, TheConsoleHandlerLosesWhatItCannotWrite) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     struct Row {
-        const char* function;
-        const char* written;
+        const char *function, *written;
     };
     constexpr Row rows[] = {{"WriteFile", ""},
                             {"ReadFile", "a\r\n"},
@@ -223,7 +206,7 @@ TEST(MessageHandlers, ScopesNest) {
         EXPECT_EQ(GetCurrentMessageHandler(), &inner) << "what the last one to end had found";
     }
     EXPECT_EQ(GetCurrentMessageHandler(), byDefault);
-    EXPECT_TRUE(outer.shown.empty() && inner.shown.empty() && own.shown.empty());
+    EXPECT_TRUE(outer.texts.empty() && inner.texts.empty() && own.texts.empty());
 }
 
 TEST(MessageHandlers, TextsAndExceptionsReachTheHandlerUnderTheApplicationsName) {
@@ -240,5 +223,5 @@ TEST(MessageHandlers, TextsAndExceptionsReachTheHandlerUnderTheApplicationsName)
     SetApplicationName(u"");
     const std::vector<CUnicodeString> expected = {u"Tessarix: text 104", u"Name: x is corrupted. 0",
                                                   u"Name: Internal Program Error:\nfile, 1. 1010"};
-    EXPECT_EQ(handler.shown, expected);
+    EXPECT_EQ(handler.boxes, expected);
 }

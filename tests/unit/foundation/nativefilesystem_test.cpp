@@ -67,8 +67,7 @@ TEST(NativeFileSystem, LongAndCanonicalPaths) {
 
     const std::u16string tail(254, u'x'); // 260 characters with six in front
     struct LongRow {
-        std::u16string path;
-        std::u16string result;
+        std::u16string path, result;
     };
     const LongRow longRows[] = {{u"C:\\.\\" + tail + u"y", u"C:\\.\\" + tail + u"y"},
                                 {u"C:\\.\\" + tail + u"yz", u"\\\\?\\C:\\" + tail + u"yz"},
@@ -144,9 +143,7 @@ TEST(NativeFileSystem, KnowsWhatExists) {
     struct Row {
         const char* name;
         CUnicodeString path;
-        bool exists;
-        bool opens;
-        bool isDirectory;
+        bool exists, opens, isDirectory;
     };
     const Row rows[] = {{"empty", u"", false, false, false},
                         {"file", folder / u"file", true, true, false},
@@ -291,8 +288,7 @@ TEST(NativeFileSystem, TellsAndSetsStatus) {
     constexpr std::int64_t someTime = 0x01D0'0000'0000'0000; // in 2014
     struct Row {
         const char* name;
-        std::uint32_t before;
-        std::uint32_t wanted;
+        std::uint32_t before, wanted;
         std::int64_t time;
         std::uint32_t after;
     };
@@ -319,15 +315,12 @@ TEST(NativeFileSystem, TellsAndSetsStatus) {
 }
 
 TEST(NativeFileSystem, FaultsOfASearchEndIt) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no fault hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     const CTestFolder folder;
     folder.Write(u"a");
     struct Row {
         const char* function;
-        std::uint32_t code;
-        std::uint32_t raised;
+        std::uint32_t code, raised;
     };
     constexpr Row rows[] = {{"FindFirstFile", 18, 0}, {"FindFirstFile", 2, 0}, {"FindFirstFile", 5, 5},
                             {"FindNextFile", 2, 0},   {"FindNextFile", 5, 5},  {"FindClose", 6, 6}};
@@ -341,9 +334,7 @@ TEST(NativeFileSystem, FaultsOfASearchEndIt) {
 }
 
 TEST(NativeFileSystem, AnyFailureOfTheSystemLeavesNothingOpen) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no fault hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     const CTestFolder folder;
     folder.Write(u"f");
     const auto useEverything = [&] {

@@ -33,8 +33,7 @@ void AppendNumbers(TPointers& array, int from, int to) {
 TEST(PointerArray, GrowsByHalfOrEight) {
     TPointers array;
     struct Row {
-        std::int32_t size;
-        std::int32_t capacity;
+        std::int32_t size, capacity;
     };
     for (const Row& row : {Row{1, 8}, {8, 8}, {9, 16}, {17, 24}, {25, 36}, {37, 54}}) {
         AppendNumbers(array, array.Size() + 1, row.size);
@@ -70,9 +69,7 @@ TEST(PointerArray, ADestructorFindsNullInItsPlace) {
     };
     CPointerArray<CLooking> array;
     std::vector<std::pair<bool, bool>> seen;
-    const std::function<void()> look = [&] {
-        seen.emplace_back(array[0] == nullptr, array[1] == nullptr);
-    };
+    const std::function<void()> look = [&] { seen.emplace_back(array[0] == nullptr, array[1] == nullptr); };
     array.Append(new CLooking{&look});
     array.Append(new CLooking{&look});
     array.DeleteAt(0, 2);
@@ -83,9 +80,7 @@ TEST(PointerArray, EachBrokenRangeHasItsLine) {
     TPointers array;
     AppendNumbers(array, 0, 4);
     struct Row {
-        std::int32_t index;
-        std::int32_t count;
-        std::int32_t line;
+        std::int32_t index, count, line;
     };
     for (const Row& row : {Row{-1, 1, 466},
                            {6, 0, 467},
@@ -93,10 +88,7 @@ TEST(PointerArray, EachBrokenRangeHasItsLine) {
                            {5, std::numeric_limits<std::int32_t>::min(), 468},
                            {0, 6, 469},
                            {5, 1, 469}}) {
-        const auto error = Raised<CInternalError>([&] { array.DeleteAt(row.index, row.count); });
-        ASSERT_TRUE(error) << row.line;
-        EXPECT_EQ(error->line, row.line) << row.index << ", " << row.count;
-        EXPECT_EQ(Readable(error->file), "inc\\pointerarray");
+        ExpectInternalErrors("inc\\pointerarray", {{row.line, [&] { array.DeleteAt(row.index, row.count); }}});
     }
     EXPECT_EQ(array.Size(), 5);
 }
@@ -127,9 +119,7 @@ TEST(PointerArray, BehavesAsAVectorUnderRandomSteps) {
 }
 
 TEST(PointerArray, ExhaustedMemoryLeavesTheArrayAndTheElement) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     TPointers array;
     AppendNumbers(array, 1, 8);
     auto ninth = std::make_unique<int>(9);

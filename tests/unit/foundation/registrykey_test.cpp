@@ -186,87 +186,24 @@ TEST_F(RegistryKey, MisuseIsAnInternalError) {
     ASSERT_TRUE(open.Open(User, TestKey, RK_Read));
     EXPECT_FALSE(failed.Open(User, u"Software\\TessarixTest\\None", RK_Read));
     char buffer[2];
-    struct Row {
-        std::int32_t line; // 0: any
-        std::function<void()> misuse;
-    };
-    const Row rows[] = {{70,
-                         [] {
-                             CRegistryKey::GetViewAccess(3);
-                         }},
-                        {89,
-                         [&] {
-                             open.Open(User, TestKey, RK_Read);
-                         }},
-                        {90,
-                         [&] {
-                             failed.Open(User, TestKey, RK_Read);
-                         }},
-                        {91,
-                         [&] {
-                             closed.Open(User, nullptr, RK_Read);
-                         }},
-                        {0,
-                         [&] {
-                             unknownMode.Open(User, TestKey, 3);
-                         }},
-                        {216,
-                         [&] {
-                             closed.GetValueType(u"v");
-                         }},
-                        {217,
-                         [&] {
-                             open.GetValueType(nullptr);
-                         }},
-                        {233,
-                         [&] {
-                             closed.GetValueSize(u"v");
-                         }},
-                        {234,
-                         [&] {
-                             open.GetValueSize(nullptr);
-                         }},
-                        {247,
-                         [&] {
-                             closed.GetBinaryValue(u"v", buffer, 2);
-                         }},
-                        {248,
-                         [&] {
-                             open.GetBinaryValue(nullptr, buffer, 2);
-                         }},
-                        {249,
-                         [&] {
-                             open.GetBinaryValue(u"v", buffer, -1);
-                         }},
-                        {250,
-                         [&] {
-                             open.GetBinaryValue(u"v", nullptr, 1);
-                         }},
-                        {263,
-                         [&] {
-                             closed.GetStringValue(u"v", Default);
-                         }},
-                        {264,
-                         [&] {
-                             open.GetStringValue(nullptr, Default);
-                         }},
-                        {264,
-                         [&] {
-                             open.GetStringValue(u"v", nullptr);
-                         }},
-                        {301,
-                         [&] {
-                             open.SetStringValue(u"v", nullptr, 0);
-                         }},
-                        {302, [&] {
-                             open.SetStringValue(u"v", u"", 2);
-                         }}};
-    for (const Row& row : rows) {
-        const auto error = Raised<CInternalError>(row.misuse);
-        ASSERT_TRUE(error) << row.line;
-        EXPECT_EQ(CUnicodeString(error->file), u"src\\registrykey");
-        EXPECT_TRUE(error->line == row.line || row.line == 0) << error->line << " for " << row.line;
-    }
+    ExpectInternalErrors("src\\registrykey", {{70, [] { CRegistryKey::GetViewAccess(3); }},
+                                              {89, [&] { open.Open(User, TestKey, RK_Read); }},
+                                              {90, [&] { failed.Open(User, TestKey, RK_Read); }},
+                                              {91, [&] { closed.Open(User, nullptr, RK_Read); }},
+                                              {216, [&] { closed.GetValueType(u"v"); }},
+                                              {217, [&] { open.GetValueType(nullptr); }},
+                                              {233, [&] { closed.GetValueSize(u"v"); }},
+                                              {234, [&] { open.GetValueSize(nullptr); }},
+                                              {247, [&] { closed.GetBinaryValue(u"v", buffer, 2); }},
+                                              {248, [&] { open.GetBinaryValue(nullptr, buffer, 2); }},
+                                              {249, [&] { open.GetBinaryValue(u"v", buffer, -1); }},
+                                              {250, [&] { open.GetBinaryValue(u"v", nullptr, 1); }},
+                                              {263, [&] { closed.GetStringValue(u"v", Default); }},
+                                              {264, [&] { open.GetStringValue(nullptr, Default); }},
+                                              {264, [&] { open.GetStringValue(u"v", nullptr); }},
+                                              {301, [&] { open.SetStringValue(u"v", nullptr, 0); }},
+                                              {302, [&] { open.SetStringValue(u"v", u"", 2); }}});
+    EXPECT_TRUE(Raised<CInternalError>([&] { unknownMode.Open(User, TestKey, 3); }));
     EXPECT_EQ(CRegistryKey::GetViewAccess(0), 0x100U);
     EXPECT_EQ(CRegistryKey::GetViewAccess(1), 0x200U);
     EXPECT_EQ(CRegistryKey::GetViewAccess(2), 0x100U);

@@ -184,9 +184,7 @@ TEST(SehException, AnInnerGuardTakesItsOwnFaults) {
     CUnicodeString inner;
     const CUnicodeString outer = FaultText([&] {
         inner = FaultText(Divide);
-        const auto decline = [](const Platform::ExceptionPointers&, void*) {
-            return 0;
-        };
+        const auto decline = [](const Platform::ExceptionPointers&, void*) { return 0; };
         Platform::GuardedCall([](void*) { Illegal(); }, decline, nullptr);
     });
     EXPECT_TRUE(inner.View().starts_with(u"Integer division")) << Readable(inner.View());

@@ -32,8 +32,7 @@ void ExpectSoundBlock(const CUnicodeString& text) {
 
 TEST(StringBlocks, SizesOfTheClasses) {
     struct Row {
-        std::int32_t length;
-        std::int32_t blockSize;
+        std::int32_t length, blockSize;
     };
     constexpr Row rows[] = {{9, 32}, {10, 64}, {25, 64}, {26, 128}, {57, 128}, {58, 130}, {1000, 2014}};
     for (const Row& row : rows) {

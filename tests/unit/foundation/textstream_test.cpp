@@ -1,9 +1,9 @@
 #include "foundation/inc/textstream.h"
 
 #include "platform/inc/text.h"
+#include "tests/support/folder.h"
 #include "tests/support/memoryfile.h"
 #include "tests/support/text.h"
-#include "tests/support/textfiles.h"
 #include <vector>
 
 using namespace Tsx;
@@ -85,8 +85,8 @@ TEST(TextFile, AnEarlyEndIsTold) {
 }
 
 TEST(TextFile, LinesAreWrittenAsUtf16) {
-    const CTextFiles files;
-    const CUnicodeString path = files.Path("written");
+    const CTestFolder files;
+    const CUnicodeString path = files / u"written";
     const CUnicodeString longLine(std::u16string(5000, u'x').c_str());
     for (const std::vector<CUnicodeString>& rows :
          {std::vector<CUnicodeString>{longLine, u"y"}, {u"x", u"", u"\x20AC"}, {u""}, {}}) { // each shorter than before
@@ -98,10 +98,10 @@ TEST(TextFile, LinesAreWrittenAsUtf16) {
         }
         WriteTextFile(path, lines);
         EXPECT_EQ(ReadTextFile(path), text);
-        EXPECT_EQ(files.Read("written").size(), static_cast<std::size_t>(2 + 2 * text.Length()));
-        EXPECT_EQ(files.Read("written").substr(0, 2), "\xFF\xFE");
+        EXPECT_EQ(files.Content(u"written").size(), static_cast<std::size_t>(2 + 2 * text.Length()));
+        EXPECT_EQ(files.Content(u"written").substr(0, 2), "\xFF\xFE");
     }
-    const auto error = Raised<CFileException>([&files] { ReadTextFile(files.Path("missing")); });
+    const auto error = Raised<CFileException>([&files] { ReadTextFile(files / u"missing"); });
     EXPECT_EQ(error ? error->cause : 0, 2U);
 }
 

@@ -1,8 +1,6 @@
 #include "foundation/inc/threadobject.h"
 
-#include "foundation/inc/messagehandlers.h"
 #include "tests/support/text.h"
-#include <cstdio>
 #include <latch>
 #include <thread>
 #include <vector>
@@ -105,29 +103,4 @@ TEST(ReentryScope, LeavesTheStateAsItFoundIt) {
         EXPECT_TRUE(state.Raising && !state.InInternalError);
     }
     EXPECT_FALSE(state.Raising);
-}
-
-namespace {
-
-/// Shows texts where a death test can see them.
-class CErrorStreamHandler : public CMessageHandler {
-public:
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
-        std::fputs(CUnicodeString(text).ToNarrow(AnsiCodePage).Text(), stderr);
-        std::fflush(stderr);
-        return GetDefaultButton(style);
-    }
-};
-
-} // namespace
-
-TEST(ReentryScopeDeathTest, ASecondInternalErrorInsideTheFirstEndsTheProcess) {
-    EXPECT_DEATH(
-        {
-            CErrorStreamHandler handler;
-            const CMessageHandlerScope scope(&handler);
-            const CReentryScope first(1);
-            const CReentryScope second(1);
-        },
-        "Double internal error!\nApplication terminated.");
 }

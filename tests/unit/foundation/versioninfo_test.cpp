@@ -1,23 +1,9 @@
 #include "foundation/inc/versioninfo.h"
 
-#include "foundation/inc/filesystem.h"
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
 
 using namespace Tsx;
-
-TEST(VersionInfo, TellsWhatTheRecordHolds) {
-    CVersionInfo version;
-    EXPECT_EQ(version.GetString(u"InternalName"), u"") << "nothing is loaded";
-    version.Load(FileSystem::GetProgramPath());
-    EXPECT_EQ(version.GetString(u"InternalName"), u"Corvane");
-    EXPECT_EQ(version.GetString(u"LegalCopyright"), u"Copyright (c) Ostrel");
-    EXPECT_EQ(version.GetString(u"MessageHandler"), u"") << "the record lacks it";
-    Platform::FixedFileInfo fixed{};
-    ASSERT_TRUE(version.GetFixedInfo(fixed));
-    EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDU);
-    EXPECT_EQ(fixed.dwFileVersionMS, 5U << 16);
-}
 
 TEST(VersionInfo, AFileWithoutARecordHasNothingToTell) {
     const CTestFolder folder;

@@ -51,9 +51,7 @@ private:
 TEST(MapiLogic, ChooseStoreRow) {
     const SPropValue bare{};
     const SPropValue tempting = ErrorInPlaceOf(TagResourceFlags, Best | StatusDefaultStore);
-    const auto flags = [](std::uint32_t value) {
-        return Number(TagResourceFlags, value);
-    };
+    const auto flags = [](std::uint32_t value) { return Number(TagResourceFlags, value); };
     const struct {
         const char* name;
         std::vector<SPropValue> rows;

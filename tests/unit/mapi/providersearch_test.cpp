@@ -48,7 +48,7 @@ struct Row {
     std::vector<const char16_t*> files;
     std::vector<Value> values;
     std::string result;
-    std::vector<std::string> notes; // of what came before the result was loaded
+    std::vector<std::string> notes = {}; // of what came before the result was loaded
     const char16_t* component = u"";
 };
 
@@ -83,103 +83,52 @@ TEST(ProviderSearch, TakesTheFirstOfTheAttemptsInOrder) {
                                             "unload " + ComponentLibrary};
     const std::vector<const char16_t*> common = {u"Common\\System\\MSMAPI\\1031\\MSMAPI32.DLL",
                                                  u"Common\\System\\MSMAPI\\1033\\MSMAPI32.DLL"};
+    // clang-format off
     const Row rows[] = {
-        {"component",
-         client,
-         {DefaultClient, ClientPathEx, ClientComponent, ClientLanguage},
-         "office\\olmapi32.dll",
-         asked,
-         u"Office\\olmapi32.dll"},
-        {"unknown component",
-         client,
-         {DefaultClient, ClientPathEx, ClientComponent, ClientLanguage},
-         "client\\ex.dll",
-         asked},
-        {"nothing is known", {}, {}, "system\\mapi32.dll", {}},
-        {"first path", client, {DefaultClient, ClientPathEx, ClientPath, OutlookProgram}, "client\\ex.dll", {}},
-        {"second path", client, {DefaultClient, ClientPath, OutlookProgram}, "client\\plain.dll", {}},
-        {"first path leads nowhere",
-         {u"Client\\plain.dll"},
-         {DefaultClient, ClientPathEx, ClientPath},
-         "client\\plain.dll",
-         {}},
-        {"path with a variable",
-         client,
-         {DefaultClient, {Machine, Client, u"DllPathEx", RegExpandSz, u"%PROVIDER_ROOT%\\Client\\ex.dll"}},
-         "client\\ex.dll",
-         {}},
-        {"path of no text type",
-         client,
-         {DefaultClient, ClientPath, {Machine, Client, u"DllPathEx", RegMultiSz, u"{R}\\Client\\ex.dll"}},
-         "client\\plain.dll",
-         {}},
-        {"component without language", client, {DefaultClient, ClientPathEx, ClientComponent}, "client\\ex.dll", {}},
-        {"client without a key",
-         client,
-         {{Machine, Mail, u"", RegSz, u"Other"}, OutlookProgram},
-         "office\\olmapi32.dll",
-         {}},
-        {"name of the client of another type",
-         client,
-         {{Machine, Mail, u"", RegExpandSz, u"Client"}, ClientPathEx, OutlookProgram},
-         "office\\olmapi32.dll",
-         {}},
-        {"Outlook is the default client",
-         client,
-         {{Machine, Mail, u"", RegSz, u"Microsoft Outlook"},
-          {Machine, Outlook, u"DllPathEx", RegSz, u"{R}\\Client\\ex.dll"},
-          OutlookProgram},
-         "office\\olmapi32.dll",
-         {}},
-        {"Outlook's program of another type",
-         client,
-         {{Machine, AppPath, u"", RegExpandSz, u"{R}\\Office\\OUTLOOK.EXE"}},
-         "none",
-         {}},
-        {"Outlook's program not set", client, {{Machine, AppPath, u"Path", RegSz, u"x"}}, "none", {}},
-        {"Outlook's program unreadable",
-         client,
-         {{Machine, AppPath, u"", RegSz, std::u16string(270, u'x')}},
-         "none",
-         {}},
-        {"Outlook's folder too long",
-         client,
-         {{Machine, AppPath, u"", RegSz, std::u16string(260, u'x'), 0, false}},
-         "system\\mapi32.dll",
-         {}},
-        {"Outlook's folder without library", {}, {OutlookProgram, Common}, "system\\mapi32.dll", {}},
-        {"a folder has the library's name",
-         {u"Office\\olmapi32.dll\\", common[0], common[1]},
-         {OutlookProgram, Common, GermanPlace, German},
-         "common\\system\\msmapi\\1031\\msmapi32.dll",
-         {}},
-        {"no language of Outlook's",
-         common,
-         {OutlookProgram, Common},
-         "common\\system\\msmapi\\1033\\msmapi32.dll",
-         {}},
-        {"no library in the language",
-         {common[1]},
-         {OutlookProgram, Common, GermanPlace, German},
-         "common\\system\\msmapi\\1033\\msmapi32.dll",
-         {}},
-        {"separator at the end",
-         common,
-         {OutlookProgram, {Machine, Windows, u"CommonFilesDir", RegExpandSz, u"%PROVIDER_ROOT%\\Common\\"}},
-         "common\\system\\msmapi\\1033\\msmapi32.dll",
-         {}},
-        {"beside a file",
-         {u"Common\\file", common[1]},
-         {OutlookProgram, {Machine, Windows, u"CommonFilesDir", RegSz, u"{R}\\Common\\file"}},
-         "common\\system\\msmapi\\1033\\msmapi32.dll",
-         {}},
+        {"component", client, {DefaultClient, ClientPathEx, ClientComponent, ClientLanguage}, "office\\olmapi32.dll",
+            asked, u"Office\\olmapi32.dll"},
+        {"unknown component", client, {DefaultClient, ClientPathEx, ClientComponent, ClientLanguage}, "client\\ex.dll",
+            asked},
+        {"nothing is known", {}, {}, "system\\mapi32.dll"},
+        {"first path", client, {DefaultClient, ClientPathEx, ClientPath, OutlookProgram}, "client\\ex.dll"},
+        {"second path", client, {DefaultClient, ClientPath, OutlookProgram}, "client\\plain.dll"},
+        {"first path leads nowhere", {u"Client\\plain.dll"}, {DefaultClient, ClientPathEx, ClientPath},
+            "client\\plain.dll"},
+        {"path with a variable", client, {DefaultClient, {Machine, Client, u"DllPathEx", RegExpandSz,
+            u"%PROVIDER_ROOT%\\Client\\ex.dll"}}, "client\\ex.dll"},
+        {"path of no text type", client, {DefaultClient, ClientPath, {Machine, Client, u"DllPathEx", RegMultiSz,
+            u"{R}\\Client\\ex.dll"}}, "client\\plain.dll"},
+        {"component without language", client, {DefaultClient, ClientPathEx, ClientComponent}, "client\\ex.dll"},
+        {"client without a key", client, {{Machine, Mail, u"", RegSz, u"Other"}, OutlookProgram},
+            "office\\olmapi32.dll"},
+        {"name of the client of another type", client, {{Machine, Mail, u"", RegExpandSz, u"Client"}, ClientPathEx,
+            OutlookProgram}, "office\\olmapi32.dll"},
+        {"Outlook is the default client", client, {{Machine, Mail, u"", RegSz, u"Microsoft Outlook"}, {Machine,
+            Outlook, u"DllPathEx", RegSz, u"{R}\\Client\\ex.dll"}, OutlookProgram}, "office\\olmapi32.dll"},
+        {"Outlook's program of another type", client, {{Machine, AppPath, u"", RegExpandSz,
+            u"{R}\\Office\\OUTLOOK.EXE"}}, "none"},
+        {"Outlook's program not set", client, {{Machine, AppPath, u"Path", RegSz, u"x"}}, "none"},
+        {"Outlook's program unreadable", client, {{Machine, AppPath, u"", RegSz, std::u16string(270, u'x')}}, "none"},
+        {"Outlook's folder too long", client, {{Machine, AppPath, u"", RegSz, std::u16string(260, u'x'), 0, false}},
+            "system\\mapi32.dll"},
+        {"Outlook's folder without library", {}, {OutlookProgram, Common}, "system\\mapi32.dll"},
+        {"a folder has the library's name", {u"Office\\olmapi32.dll\\", common[0], common[1]}, {OutlookProgram, Common,
+            GermanPlace, German}, "common\\system\\msmapi\\1031\\msmapi32.dll"},
+        {"no language of Outlook's", common, {OutlookProgram, Common}, "common\\system\\msmapi\\1033\\msmapi32.dll"},
+        {"no library in the language", {common[1]}, {OutlookProgram, Common, GermanPlace, German},
+            "common\\system\\msmapi\\1033\\msmapi32.dll"},
+        {"separator at the end", common, {OutlookProgram, {Machine, Windows, u"CommonFilesDir", RegExpandSz,
+            u"%PROVIDER_ROOT%\\Common\\"}}, "common\\system\\msmapi\\1033\\msmapi32.dll"},
+        {"beside a file", {u"Common\\file", common[1]}, {OutlookProgram, {Machine, Windows, u"CommonFilesDir", RegSz,
+            u"{R}\\Common\\file"}}, "common\\system\\msmapi\\1033\\msmapi32.dll"},
     };
+    // clang-format on
     for (const Row& row : rows) {
         Try(row);
     }
     outlookOnly = true;
-    Try({"Outlook only", client, {DefaultClient, ClientPathEx}, "none", {}});
-    Try({"Outlook only, found", client, {DefaultClient, ClientPathEx, OutlookProgram}, "office\\olmapi32.dll", {}});
+    Try({"Outlook only", client, {DefaultClient, ClientPathEx}, "none"});
+    Try({"Outlook only, found", client, {DefaultClient, ClientPathEx, OutlookProgram}, "office\\olmapi32.dll"});
     outlookOnly = false;
 }
 
@@ -272,8 +221,7 @@ TEST(ProviderSearch, LeavesTheReasonInTheLastError) {
     struct FolderRow {
         const char* name;
         std::uint32_t type;
-        const char16_t* folder;
-        const char16_t* path;
+        const char16_t *folder, *path;
         std::uint32_t error;
     };
     const FolderRow folders[] = {{"another type", RegMultiSz, u"{R}\\|", u"x.dll", 87},
@@ -312,31 +260,28 @@ TEST(ProviderSearch, ReadsOutlooksLanguage) {
         std::vector<Value> values;
         std::uint32_t lcid;
     };
+    // clang-format off
     const LanguageRow rows[] = {
         {"nothing", {}, 0},
         {"policy first for the user", {userApplication, number(policy, u"a", 1), number(software, u"a", 2)}, 1},
-        {"software first for the machine", {machineApplication, number(policy, u"c", 1), number(software, u"c", 2)}, 2},
+        {"software first for the machine", {machineApplication, number(policy, u"c", 1), number(software, u"c", 2)},
+            2},
         {"policy second for the machine", {machineOffice, number(policy, u"d", 3)}, 3},
         {"first place without a number", {userApplication, userOffice, number(software, u"b", 4)}, 4},
-        {"all places",
-         {userApplication, userOffice, machineApplication, machineOffice, number(policy, u"a", 1),
-          number(policy, u"b", 2), number(policy, u"c", 3), number(policy, u"d", 4)},
-         1},
-        {"the machine's places",
-         {machineApplication, machineOffice, number(policy, u"c", 3), number(policy, u"d", 4)},
-         3},
+        {"all places", {userApplication, userOffice, machineApplication, machineOffice, number(policy, u"a", 1),
+            number(policy, u"b", 2), number(policy, u"c", 3), number(policy, u"d", 4)}, 1},
+        {"the machine's places", {machineApplication, machineOffice, number(policy, u"c", 3), number(policy, u"d", 4)},
+            3},
         {"the number is the user's", {machineOffice, {Machine, software, u"d", RegDword, u"", 5}}, 0},
-        {"a number of another type",
-         {userApplication, {User, policy, u"a", RegSz, u"x"}, number(software, u"a", 6)},
-         6},
-        {"a place of another type",
-         {{User, Outlook, u"MSIApplicationLCID", RegSz, u"Lang"}, userOffice, number(software, u"b", 7)},
-         7},
+        {"a number of another type", {userApplication, {User, policy, u"a", RegSz, u"x"}, number(software, u"a", 6)},
+            6},
+        {"a place of another type", {{User, Outlook, u"MSIApplicationLCID", RegSz, u"Lang"}, userOffice,
+            number(software, u"b", 7)}, 7},
         {"zero ends it", {userApplication, number(policy, u"a", 0), number(software, u"a", 8)}, 0},
-        {"a place without a name",
-         {{User, Outlook, u"MSIOfficeLCID", RegMultiSz, u"Lang"}, number(software, u"", 9)},
-         9},
+        {"a place without a name", {{User, Outlook, u"MSIOfficeLCID", RegMultiSz, u"Lang"}, number(software, u"", 9)},
+            9},
     };
+    // clang-format on
     for (const LanguageRow& row : rows) {
         const CFixture fixture;
         for (const Value& value : row.values) {

@@ -19,8 +19,7 @@ void SetVariable(const char* name, const char* value) {
 TEST(Environment, ReferencesAreExpanded) {
     SetVariable("TEST_NAME", "C:\\a b");
     struct Row {
-        std::u16string text;
-        std::u16string expanded;
+        std::u16string text, expanded;
     };
     const Row rows[] = {
         {u"%TEST_NAME%\\c", u"C:\\a b\\c"},

@@ -24,9 +24,7 @@ TEST(FileConformance, DispositionsDoWhatTheirNamesSay) {
     struct Row {
         const char* name;
         std::u16string_view path;
-        std::uint32_t access;
-        std::uint32_t disposition;
-        std::uint32_t attributes;
+        std::uint32_t access, disposition, attributes;
         std::uint32_t error; // the last error: 0 and 183 are successes
         std::int64_t size;   // afterwards, -1: not there
         Wine wine = Wine::AsWindows;
@@ -98,8 +96,7 @@ TEST(FileConformance, HandlesShareAFileOnlyIfBothAgree) {
     const CScratch scratch;
     scratch.Make(u"file", "abc");
     struct Use {
-        std::uint32_t access;
-        std::uint32_t uses;
+        std::uint32_t access, uses;
     };
     constexpr Use uses[] = {{R, 1}, {W, 2}, {R | W, 3}};
     for (const Use& first : uses) {
@@ -177,41 +174,23 @@ TEST(FileConformance, HandlesDoWhatTheyWereOpenedFor) {
     struct Row {
         const char* name;
         bool (*operation)(Handle);
-        std::uint32_t onReading;
-        std::uint32_t onWriting;
+        std::uint32_t onReading, onWriting;
         Wine wine = Wine::AsWindows;
     };
+    // clang-format off
     const Row rows[] = {
-        {"read",
-         [](Handle file) {
-             std::uint32_t count = 0;
-             char byte = 0;
-             return ReadFile(file, &byte, 1, count);
-         },
-         0, 5},
-        {"write",
-         [](Handle file) {
-             std::uint32_t count = 0;
-             return WriteFile(file, "x", 1, count);
-         },
-         5, 0},
+        {"read", [](Handle file) { std::uint32_t count = 0; char byte = 0; return ReadFile(file, &byte, 1, count); },
+            0, 5},
+        {"write", [](Handle file) { std::uint32_t count = 0; return WriteFile(file, "x", 1, count); }, 5, 0},
         {"end", [](Handle file) { return SetEndOfFile(file); }, 5, 0, Wine::Otherwise},
         {"flush", [](Handle file) { return FlushFileBuffers(file); }, 5, 0},
-        {"set times",
-         [](Handle file) {
-             const std::int64_t time = 0x1D0000000000000;
-             return SetFileTime(file, nullptr, nullptr, &time);
-         },
-         5, 0, Wine::Otherwise},
+        {"set times", [](Handle file) { const std::int64_t time = 0x1D0000000000000; return SetFileTime(file, nullptr,
+            nullptr, &time); }, 5, 0, Wine::Otherwise},
         {"times", [](Handle file) { return GetFileTime(file, nullptr, nullptr, nullptr); }, 0, 0},
-        {"size",
-         [](Handle file) {
-             std::int64_t size = 0;
-             return GetFileSizeEx(file, size);
-         },
-         0, 0},
+        {"size", [](Handle file) { std::int64_t size = 0; return GetFileSizeEx(file, size); }, 0, 0},
         {"type", [](Handle file) { return GetFileType(file) == FileTypeDisk; }, 0, 0},
     };
+    // clang-format on
     for (const Row& row : rows) {
         if (Applies(row.wine)) {
             const CScratch scratch;
@@ -234,8 +213,7 @@ TEST(FileConformance, ThePositionMovesInBothForms) {
     scratch.Make(u"file", "0123456789");
     const Handle file = scratch.Open(u"file", R | W, 0);
     struct Row {
-        std::int32_t distance;
-        std::int32_t high;
+        std::int32_t distance, high;
         bool hasHigh;
         std::uint32_t method;
         std::uint32_t low; // the result

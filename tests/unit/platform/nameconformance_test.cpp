@@ -46,6 +46,7 @@ std::string StoredName(const CScratch& scratch, std::u16string_view name) {
 } // namespace
 
 TEST(NameConformance, DeletingAndFolders) {
+    // clang-format off
     constexpr Row rows[] = {
         {"delete", [](const CScratch& s) { return DeleteFile(s(u"FILE")) && !s.Has(u"file"); }, 0},
         {"delete hidden", [](const CScratch& s) { return DeleteFile(s(u"hidden")); }, 0},
@@ -60,45 +61,32 @@ TEST(NameConformance, DeletingAndFolders) {
         {"make folder, no parent", [](const CScratch& s) { return CreateDirectory(s(u"a\\b"), nullptr); }, 3},
         {"make folder below file", [](const CScratch& s) { return CreateDirectory(s(u"file\\b"), nullptr); }, 3},
         {"make folder, bad name", [](const CScratch& s) { return CreateDirectory(s(u"a<b"), nullptr); }, 123},
-        {"make folder, name too long",
-         [](const CScratch& s) { return CreateDirectory(s(std::u16string(256, u'x')), nullptr); }, 206,
-         Wine::Otherwise},
+        {"make folder, name too long", [](const CScratch& s) { return CreateDirectory(s(std::u16string(256, u'x')),
+            nullptr); }, 206, Wine::Otherwise},
         {"open, name too long", [](const CScratch& s) { return s.CanOpen(std::u16string(256, u'x'), GenericRead); }, 3,
-         Wine::Otherwise},
+            Wine::Otherwise},
         {"longest name", [](const CScratch& s) { return CreateDirectory(s(std::u16string(240, u'x')), nullptr); }, 0},
         {"remove folder", [](const CScratch& s) { return RemoveDirectory(s(u"EMPTY")) && !s.Has(u"empty"); }, 0},
         {"remove, not empty", [](const CScratch& s) { return RemoveDirectory(s(u"folder")); }, 145},
         {"remove file", [](const CScratch& s) { return RemoveDirectory(s(u"file")); }, 267},
         {"remove missing", [](const CScratch& s) { return RemoveDirectory(s(u"none")); }, 2},
         {"remove in missing", [](const CScratch& s) { return RemoveDirectory(s(u"none\\in")); }, 3},
-        {"remove read-only",
-         [](const CScratch& s) {
-             return SetFileAttributes(s(u"empty"), FileAttributeReadOnly) && s.Has(u"empty") &&
-                    RemoveDirectory(s(u"empty"));
-         },
-         5, Wine::Otherwise},
-        {"make in read-only",
-         [](const CScratch& s) {
-             return SetFileAttributes(s(u"empty"), FileAttributeReadOnly) &&
-                    s.CanOpen(u"empty\\new", GenericWrite, 0, CreateNew);
-         },
-         0},
+        {"remove read-only", [](const CScratch& s) { return SetFileAttributes(s(u"empty"),
+            FileAttributeReadOnly) && s.Has(u"empty") && RemoveDirectory(s(u"empty")); }, 5, Wine::Otherwise},
+        {"make in read-only", [](const CScratch& s) { return SetFileAttributes(s(u"empty"),
+            FileAttributeReadOnly) && s.CanOpen(u"empty\\new", GenericWrite, 0, CreateNew); }, 0},
         {"attributes of missing",
-         [](const CScratch& s) { return GetFileAttributes(s(u"none")) != InvalidFileAttributes; }, 2},
+            [](const CScratch& s) { return GetFileAttributes(s(u"none")) != InvalidFileAttributes; }, 2},
         {"attributes in missing",
-         [](const CScratch& s) { return GetFileAttributes(s(u"none\\in")) != InvalidFileAttributes; }, 3},
+            [](const CScratch& s) { return GetFileAttributes(s(u"none\\in")) != InvalidFileAttributes; }, 3},
         {"attributes of folder with separator", [](const CScratch& s) { return s.Has(u"folder\\"); }, 0},
         {"attributes of bad name", [](const CScratch& s) { return s.Has(u"a*b"); }, 123},
-        {"free space",
-         [](const CScratch& s) {
-             std::uint64_t free = 0;
-             std::uint64_t total = 0;
-             return GetDiskFreeSpaceEx(s(u"folder"), &free, &total, nullptr) && free > 0 && free <= total;
-         },
-         0},
-        {"free space at a file",
-         [](const CScratch& s) { return GetDiskFreeSpaceEx(s(u"file"), nullptr, nullptr, nullptr); }, 267},
+        {"free space", [](const CScratch& s) { std::uint64_t free = 0; std::uint64_t total = 0;
+            return GetDiskFreeSpaceEx(s(u"folder"), &free, &total, nullptr) && free > 0 && free <= total; }, 0},
+        {"free space at a file", [](const CScratch& s) { return GetDiskFreeSpaceEx(s(u"file"), nullptr, nullptr,
+            nullptr); }, 267},
     };
+    // clang-format on
     Try(rows);
 }
 
@@ -154,9 +142,7 @@ TEST(NameConformance, CopiesAndMoves) {
 
 TEST(NameConformance, AttributesReadBack) {
     struct AttributeRow {
-        std::uint32_t set;
-        std::uint32_t ofFile;
-        std::uint32_t ofFolder;
+        std::uint32_t set, ofFile, ofFolder;
         Wine wine = Wine::AsWindows;
     };
     constexpr std::uint32_t folder = FileAttributeDirectory;
@@ -211,8 +197,7 @@ TEST(NameConformance, TimesAreExactAndLeftAloneOnWish) {
 
 TEST(NameConformance, FullNames) {
     struct NameRow {
-        std::u16string_view path;
-        std::u16string_view full;
+        std::u16string_view path, full;
         std::u16string_view file; // what stands behind the last separator, empty: nothing
         Wine wine = Wine::AsWindows;
     };

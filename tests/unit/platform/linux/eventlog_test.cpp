@@ -100,12 +100,9 @@ TEST_F(EventLog, TheHandlerWritesAndRegisters) {
 }
 
 TEST_F(EventLog, TheHandlerIsSilentAboutFailures) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     struct Row {
-        const char* function;
-        const char* written;
+        const char *function, *written;
     };
     constexpr Row rows[] = {{"RegisterEventSource", ""},
                             {"ReportEvent", ""},

@@ -35,9 +35,7 @@ protected:
 } // namespace
 
 TEST_F(Faults, FailTheCallThatIsNamedAndNoOther) {
-    const auto create = [] {
-        return OpenNull() != Platform::InvalidHandle();
-    };
+    const auto create = [] { return OpenNull() != Platform::InvalidHandle(); };
     struct Row {
         FaultMode mode;
         bool third;

@@ -1,6 +1,5 @@
 // What files have only on this system: links, kept attributes, names that Windows refuses, other processes, failures in
 // the middle.
-#include "platform/inc/faults.h"
 #include "platform/inc/shell.h"
 #include "platform/linux/fileinfo.h"
 #include "platform/linux/nativetext.h"
@@ -9,7 +8,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -78,9 +76,7 @@ private:
 
 TEST(LinuxFiles, TimesConvertOverTheirRange) {
     struct Row {
-        std::int64_t seconds;
-        std::int64_t nanoseconds;
-        std::int64_t count;
+        std::int64_t seconds, nanoseconds, count;
     };
     constexpr Row rows[] = {{0, 0, 116444736000000000},
                             {0, 199, 116444736000000001},
@@ -166,9 +162,7 @@ TEST(LinuxFiles, OtherProcessesShareByTheSameRules) {
     scratch.Make(u"file", "abc");
     OtherProcess other(scratch);
     constexpr std::uint32_t accesses[] = {GenericRead, GenericWrite, GenericRead | GenericWrite};
-    const auto uses = [](std::uint32_t access) {
-        return access >> 31 | (access >> 29 & 2);
-    };
+    const auto uses = [](std::uint32_t access) { return access >> 31 | (access >> 29 & 2); };
     for (const std::uint32_t mine : accesses) {
         for (std::uint32_t share = 0; share < 8; ++share) {
             const Handle file = scratch.Open(u"file", mine, share);
@@ -214,89 +208,6 @@ TEST(LinuxFiles, ACopyThatFailsLeavesNoTarget) {
         EXPECT_EQ(ErrorOf([&] { return CopyFile(u"/proc/self/mem", scratch(target), false); }), ErrorIoDevice);
         EXPECT_FALSE(scratch.Has(target)) << Readable(target);
     }
-}
-
-TEST(LinuxFiles, TransfersCanBeMadeShort) {
-    if (!FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
-    const CScratch scratch;
-    scratch.Make(u"file", "abc");
-    const Handle file = scratch.Open(u"file", GenericRead | GenericWrite, 0);
-    ArmShortTransfers(1);
-    std::uint32_t count = 0;
-    char bytes[3] = {};
-    EXPECT_TRUE(ReadFile(file, bytes, 3, count) && count == 1);
-    EXPECT_TRUE(WriteFile(file, bytes, 3, count) && count == 1);
-    DisarmFaults();
-    EXPECT_TRUE(ReadFile(file, bytes, 3, count) && count == 1) << "the last byte";
-    CloseHandle(file);
-}
-
-TEST(LinuxFiles, EveryFunctionFailsOnOrder) {
-    if (!FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
-    const CScratch s;
-    s.Make(u"file");
-    const Handle file = s.Open(u"file", GenericRead | GenericWrite, FileShareRead);
-    const std::pair<const char*, std::function<bool()>> calls[] = {
-        {"SetFilePointer",
-         [&] {
-             return SetFilePointer(file, 0, nullptr, 0) != InvalidSetFilePointer;
-         }},
-        {"SetEndOfFile",
-         [&] {
-             return SetEndOfFile(file);
-         }},
-        {"GetFileSize",
-         [&] {
-             return GetFileSize(file, nullptr) != InvalidFileSize;
-         }},
-        {"FlushFileBuffers",
-         [&] {
-             return FlushFileBuffers(file);
-         }},
-        {"SetFileTime",
-         [&] {
-             return SetFileTime(file, nullptr, nullptr, nullptr);
-         }},
-        {"GetFileAttributes",
-         [&] {
-             return s.Has(u"file");
-         }},
-        {"SetFileAttributes",
-         [&] {
-             return SetFileAttributes(s(u"file"), FileAttributeNormal);
-         }},
-        {"CopyFile",
-         [&] {
-             return CopyFile(s(u"file"), s(u"copy"), true);
-         }},
-        {"MoveFileEx",
-         [&] {
-             return MoveFileEx(s(u"copy"), s(u"moved"), 0);
-         }},
-        {"DeleteFile",
-         [&] {
-             return DeleteFile(s(u"moved"));
-         }},
-        {"CreateDirectory",
-         [&] {
-             return CreateDirectory(s(u"folder"), nullptr);
-         }},
-        {"RemoveDirectory",
-         [&] {
-             return RemoveDirectory(s(u"folder"));
-         }},
-    };
-    for (const auto& [function, call] : calls) {
-        ArmFault(function, 1, 4712, FaultMode::Once);
-        EXPECT_EQ(ErrorOf(call), 4712U) << function;
-        EXPECT_EQ(ErrorOf(call), 0U) << function << " did nothing before";
-    }
-    DisarmFaults();
-    CloseHandle(file);
 }
 
 TEST(LinuxFiles, ShellFoldersFollowTheUsersSettings) {

@@ -251,9 +251,7 @@ TEST_F(Registry, TwoProcessesWriteAndAThirdReads) {
 }
 
 TEST_F(Registry, AWriteThatFailsLeavesTheFileWhole) {
-    if (!FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     ASSERT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"old"), ErrorSuccess);
     const std::string old = BytesOfFile(file);
     const fs::path fresh = folder / "HKEY_CURRENT_USER.reg.new";

@@ -1,6 +1,7 @@
-// Our declarations of Extended MAPI against the system's own headers: every slot, size, offset and value.
+// Our declarations of Extended and Simple MAPI against the system's own headers: every slot, size, offset and value.
 #include "mapi/MapiInterfaces.h"
 #include "mapi/SimpleMapi.h"
+#include "platform/inc/resources.h"
 
 #include <cstddef>
 #include <cstring>
@@ -10,6 +11,7 @@
 #include <objbase.h>
 
 namespace Published {
+#include <mapi.h>
 #include <mapix.h>
 } // namespace Published
 
@@ -26,206 +28,74 @@ std::size_t SlotOf(TFunction function) {
 
 } // namespace
 
+// EACH(check, of, a, b, ...): check(of, a) check(of, b) ...
+#define EXPAND(...) EXPAND_1(EXPAND_1(EXPAND_1(EXPAND_1(__VA_ARGS__))))
+#define EXPAND_1(...) EXPAND_2(EXPAND_2(EXPAND_2(EXPAND_2(__VA_ARGS__))))
+#define EXPAND_2(...) EXPAND_3(EXPAND_3(EXPAND_3(EXPAND_3(__VA_ARGS__))))
+#define EXPAND_3(...) __VA_ARGS__
+#define EACH_AGAIN() EACH_ONE
+#define EACH_ONE(check, of, first, ...) check(of, first) __VA_OPT__(EACH_AGAIN EMPTY()()(check, of, __VA_ARGS__))
+#define EMPTY()
+#define EACH(check, of, ...) EXPAND(EACH_ONE(check, of, __VA_ARGS__))
+
 #define SAME_SLOT(interface, method)                                                                                   \
-    EXPECT_EQ(SlotOf(&Mapi::interface::method), SlotOf(&Published::interface::method)) << #interface "::" #method
+    EXPECT_EQ(SlotOf(&Mapi::interface::method), SlotOf(&Published::interface::method)) << #interface "::" #method;
+#define SAME_SLOTS(interface, ...) EACH(SAME_SLOT, interface, __VA_ARGS__)
 
-TEST(PublishedMapi, SlotsOfIMAPIProp) {
-    SAME_SLOT(IMAPIProp, QueryInterface);
-    SAME_SLOT(IMAPIProp, AddRef);
-    SAME_SLOT(IMAPIProp, Release);
-    SAME_SLOT(IMAPIProp, GetLastError);
-    SAME_SLOT(IMAPIProp, SaveChanges);
-    SAME_SLOT(IMAPIProp, GetProps);
-    SAME_SLOT(IMAPIProp, GetPropList);
-    SAME_SLOT(IMAPIProp, OpenProperty);
-    SAME_SLOT(IMAPIProp, SetProps);
-    SAME_SLOT(IMAPIProp, DeleteProps);
-    SAME_SLOT(IMAPIProp, CopyTo);
-    SAME_SLOT(IMAPIProp, CopyProps);
-    SAME_SLOT(IMAPIProp, GetNamesFromIDs);
-    SAME_SLOT(IMAPIProp, GetIDsFromNames);
+TEST(PublishedMapi, Slots) {
+    SAME_SLOTS(IMAPIProp, QueryInterface, AddRef, Release, GetLastError, SaveChanges, GetProps, GetPropList,
+               OpenProperty, SetProps, DeleteProps, CopyTo, CopyProps, GetNamesFromIDs, GetIDsFromNames);
+    SAME_SLOTS(IMAPITable, QueryInterface, AddRef, Release, GetLastError, Advise, Unadvise, GetStatus, SetColumns,
+               QueryColumns, GetRowCount, SeekRow, SeekRowApprox, QueryPosition, FindRow, Restrict, CreateBookmark,
+               FreeBookmark, SortTable, QuerySortOrder, QueryRows, Abort, ExpandRow, CollapseRow, WaitForCompletion,
+               GetCollapseState, SetCollapseState);
+    SAME_SLOTS(IMAPIStatus, ValidateState, SettingsDialog, ChangePassword, FlushQueues);
+    SAME_SLOTS(IAttach, SaveChanges);
+    SAME_SLOTS(IMessage, GetAttachmentTable, OpenAttach, CreateAttach, DeleteAttach, GetRecipientTable,
+               ModifyRecipients, SubmitMessage, SetReadFlag);
+    SAME_SLOTS(IMAPIContainer, GetContentsTable, GetHierarchyTable, OpenEntry, SetSearchCriteria, GetSearchCriteria);
+    SAME_SLOTS(IMAPIFolder, CreateMessage, CopyMessages, DeleteMessages, CreateFolder, CopyFolder, DeleteFolder,
+               SetReadFlags, GetMessageStatus, SetMessageStatus, SaveContentsSort, EmptyFolder);
+    SAME_SLOTS(IMsgStore, Advise, Unadvise, CompareEntryIDs, OpenEntry, SetReceiveFolder, GetReceiveFolder,
+               GetReceiveFolderTable, StoreLogoff, AbortSubmit, GetOutgoingQueue, SetLockState, FinishedMsg,
+               NotifyNewMail);
+    SAME_SLOTS(IAddrBook, OpenEntry, CompareEntryIDs, Advise, Unadvise, CreateOneOff, NewEntry, ResolveName, Address,
+               Details, RecipOptions, QueryDefaultRecipOpt, GetPAB, SetPAB, GetDefaultDir, SetDefaultDir, GetSearchPath,
+               SetSearchPath, PrepareRecips);
+    SAME_SLOTS(IMAPISession, QueryInterface, AddRef, Release, GetLastError, GetMsgStoresTable, OpenMsgStore,
+               OpenAddressBook, OpenProfileSection, GetStatusTable, OpenEntry, CompareEntryIDs, Advise, Unadvise,
+               MessageOptions, QueryDefaultMessageOpt, EnumAdrTypes, QueryIdentity, Logoff, SetDefaultStore,
+               AdminServices, ShowForm, PrepareForm);
 }
 
-TEST(PublishedMapi, SlotsOfIMAPITable) {
-    SAME_SLOT(IMAPITable, QueryInterface);
-    SAME_SLOT(IMAPITable, AddRef);
-    SAME_SLOT(IMAPITable, Release);
-    SAME_SLOT(IMAPITable, GetLastError);
-    SAME_SLOT(IMAPITable, Advise);
-    SAME_SLOT(IMAPITable, Unadvise);
-    SAME_SLOT(IMAPITable, GetStatus);
-    SAME_SLOT(IMAPITable, SetColumns);
-    SAME_SLOT(IMAPITable, QueryColumns);
-    SAME_SLOT(IMAPITable, GetRowCount);
-    SAME_SLOT(IMAPITable, SeekRow);
-    SAME_SLOT(IMAPITable, SeekRowApprox);
-    SAME_SLOT(IMAPITable, QueryPosition);
-    SAME_SLOT(IMAPITable, FindRow);
-    SAME_SLOT(IMAPITable, Restrict);
-    SAME_SLOT(IMAPITable, CreateBookmark);
-    SAME_SLOT(IMAPITable, FreeBookmark);
-    SAME_SLOT(IMAPITable, SortTable);
-    SAME_SLOT(IMAPITable, QuerySortOrder);
-    SAME_SLOT(IMAPITable, QueryRows);
-    SAME_SLOT(IMAPITable, Abort);
-    SAME_SLOT(IMAPITable, ExpandRow);
-    SAME_SLOT(IMAPITable, CollapseRow);
-    SAME_SLOT(IMAPITable, WaitForCompletion);
-    SAME_SLOT(IMAPITable, GetCollapseState);
-    SAME_SLOT(IMAPITable, SetCollapseState);
-}
-
-TEST(PublishedMapi, SlotsOfIMAPIStatus) {
-    SAME_SLOT(IMAPIStatus, ValidateState);
-    SAME_SLOT(IMAPIStatus, SettingsDialog);
-    SAME_SLOT(IMAPIStatus, ChangePassword);
-    SAME_SLOT(IMAPIStatus, FlushQueues);
-}
-
-TEST(PublishedMapi, SlotsOfIAttach) {
-    SAME_SLOT(IAttach, SaveChanges);
-}
-
-TEST(PublishedMapi, SlotsOfIMessage) {
-    SAME_SLOT(IMessage, GetAttachmentTable);
-    SAME_SLOT(IMessage, OpenAttach);
-    SAME_SLOT(IMessage, CreateAttach);
-    SAME_SLOT(IMessage, DeleteAttach);
-    SAME_SLOT(IMessage, GetRecipientTable);
-    SAME_SLOT(IMessage, ModifyRecipients);
-    SAME_SLOT(IMessage, SubmitMessage);
-    SAME_SLOT(IMessage, SetReadFlag);
-}
-
-TEST(PublishedMapi, SlotsOfIMAPIContainer) {
-    SAME_SLOT(IMAPIContainer, GetContentsTable);
-    SAME_SLOT(IMAPIContainer, GetHierarchyTable);
-    SAME_SLOT(IMAPIContainer, OpenEntry);
-    SAME_SLOT(IMAPIContainer, SetSearchCriteria);
-    SAME_SLOT(IMAPIContainer, GetSearchCriteria);
-}
-
-TEST(PublishedMapi, SlotsOfIMAPIFolder) {
-    SAME_SLOT(IMAPIFolder, CreateMessage);
-    SAME_SLOT(IMAPIFolder, CopyMessages);
-    SAME_SLOT(IMAPIFolder, DeleteMessages);
-    SAME_SLOT(IMAPIFolder, CreateFolder);
-    SAME_SLOT(IMAPIFolder, CopyFolder);
-    SAME_SLOT(IMAPIFolder, DeleteFolder);
-    SAME_SLOT(IMAPIFolder, SetReadFlags);
-    SAME_SLOT(IMAPIFolder, GetMessageStatus);
-    SAME_SLOT(IMAPIFolder, SetMessageStatus);
-    SAME_SLOT(IMAPIFolder, SaveContentsSort);
-    SAME_SLOT(IMAPIFolder, EmptyFolder);
-}
-
-TEST(PublishedMapi, SlotsOfIMsgStore) {
-    SAME_SLOT(IMsgStore, Advise);
-    SAME_SLOT(IMsgStore, Unadvise);
-    SAME_SLOT(IMsgStore, CompareEntryIDs);
-    SAME_SLOT(IMsgStore, OpenEntry);
-    SAME_SLOT(IMsgStore, SetReceiveFolder);
-    SAME_SLOT(IMsgStore, GetReceiveFolder);
-    SAME_SLOT(IMsgStore, GetReceiveFolderTable);
-    SAME_SLOT(IMsgStore, StoreLogoff);
-    SAME_SLOT(IMsgStore, AbortSubmit);
-    SAME_SLOT(IMsgStore, GetOutgoingQueue);
-    SAME_SLOT(IMsgStore, SetLockState);
-    SAME_SLOT(IMsgStore, FinishedMsg);
-    SAME_SLOT(IMsgStore, NotifyNewMail);
-}
-
-TEST(PublishedMapi, SlotsOfIAddrBook) {
-    SAME_SLOT(IAddrBook, OpenEntry);
-    SAME_SLOT(IAddrBook, CompareEntryIDs);
-    SAME_SLOT(IAddrBook, Advise);
-    SAME_SLOT(IAddrBook, Unadvise);
-    SAME_SLOT(IAddrBook, CreateOneOff);
-    SAME_SLOT(IAddrBook, NewEntry);
-    SAME_SLOT(IAddrBook, ResolveName);
-    SAME_SLOT(IAddrBook, Address);
-    SAME_SLOT(IAddrBook, Details);
-    SAME_SLOT(IAddrBook, RecipOptions);
-    SAME_SLOT(IAddrBook, QueryDefaultRecipOpt);
-    SAME_SLOT(IAddrBook, GetPAB);
-    SAME_SLOT(IAddrBook, SetPAB);
-    SAME_SLOT(IAddrBook, GetDefaultDir);
-    SAME_SLOT(IAddrBook, SetDefaultDir);
-    SAME_SLOT(IAddrBook, GetSearchPath);
-    SAME_SLOT(IAddrBook, SetSearchPath);
-    SAME_SLOT(IAddrBook, PrepareRecips);
-}
-
-TEST(PublishedMapi, SlotsOfIMAPISession) {
-    SAME_SLOT(IMAPISession, QueryInterface);
-    SAME_SLOT(IMAPISession, AddRef);
-    SAME_SLOT(IMAPISession, Release);
-    SAME_SLOT(IMAPISession, GetLastError);
-    SAME_SLOT(IMAPISession, GetMsgStoresTable);
-    SAME_SLOT(IMAPISession, OpenMsgStore);
-    SAME_SLOT(IMAPISession, OpenAddressBook);
-    SAME_SLOT(IMAPISession, OpenProfileSection);
-    SAME_SLOT(IMAPISession, GetStatusTable);
-    SAME_SLOT(IMAPISession, OpenEntry);
-    SAME_SLOT(IMAPISession, CompareEntryIDs);
-    SAME_SLOT(IMAPISession, Advise);
-    SAME_SLOT(IMAPISession, Unadvise);
-    SAME_SLOT(IMAPISession, MessageOptions);
-    SAME_SLOT(IMAPISession, QueryDefaultMessageOpt);
-    SAME_SLOT(IMAPISession, EnumAdrTypes);
-    SAME_SLOT(IMAPISession, QueryIdentity);
-    SAME_SLOT(IMAPISession, Logoff);
-    SAME_SLOT(IMAPISession, SetDefaultStore);
-    SAME_SLOT(IMAPISession, AdminServices);
-    SAME_SLOT(IMAPISession, ShowForm);
-    SAME_SLOT(IMAPISession, PrepareForm);
-}
-
-#define SAME_RECORD(record) static_assert(sizeof(Mapi::record) == sizeof(Published::record))
-#define SAME_FIELD(record, field)                                                                                      \
-    static_assert(offsetof(Mapi::record, field) == offsetof(Published::record, field) &&                               \
-                  sizeof(Mapi::record::field) == sizeof(Published::record::field))
-#define SAME_VALUE(member)                                                                                             \
-    static_assert(sizeof(Mapi::SPropValue{}.Value.member) == sizeof(Published::SPropValue{}.Value.member))
-
-SAME_RECORD(ENTRYID);
-SAME_FIELD(ENTRYID, abFlags);
-SAME_FIELD(ENTRYID, ab);
-SAME_RECORD(SBinary);
-SAME_FIELD(SBinary, cb);
-SAME_FIELD(SBinary, lpb);
-SAME_RECORD(ENTRYLIST);
-SAME_FIELD(ENTRYLIST, cValues);
-SAME_FIELD(ENTRYLIST, lpbin);
-SAME_RECORD(SPropTagArray);
-SAME_FIELD(SPropTagArray, cValues);
-SAME_FIELD(SPropTagArray, aulPropTag);
-SAME_RECORD(SPropValue);
-SAME_FIELD(SPropValue, ulPropTag);
-SAME_FIELD(SPropValue, dwAlignPad);
-SAME_FIELD(SPropValue, Value);
-SAME_RECORD(ADRENTRY);
-SAME_FIELD(ADRENTRY, ulReserved1);
-SAME_FIELD(ADRENTRY, cValues);
-SAME_FIELD(ADRENTRY, rgPropVals);
-SAME_RECORD(ADRLIST);
-SAME_FIELD(ADRLIST, cEntries);
-SAME_FIELD(ADRLIST, aEntries);
-SAME_RECORD(SRow);
-SAME_FIELD(SRow, ulAdrEntryPad);
-SAME_FIELD(SRow, cValues);
-SAME_FIELD(SRow, lpProps);
-SAME_RECORD(SRowSet);
-SAME_FIELD(SRowSet, cRows);
-SAME_FIELD(SRowSet, aRow);
-SAME_VALUE(l);
-SAME_VALUE(ul);
-SAME_VALUE(b);
-SAME_VALUE(li);
-SAME_VALUE(lpszA);
-SAME_VALUE(lpszW);
-SAME_VALUE(bin);
-SAME_VALUE(err);
+#define SAME_FIELD(record, field) SAME_FIELD_OF(Mapi::record, record, field)
+#define SAME_SIMPLE_FIELD(record, field) SAME_FIELD_OF(record, record, field)
+#define SAME_FIELD_OF(ours, record, field)                                                                             \
+    static_assert(offsetof(ours, field) == offsetof(Published::record, field) &&                                       \
+                  sizeof(ours::field) == sizeof(Published::record::field));
+#define SAME_RECORD(record, ...)                                                                                       \
+    static_assert(sizeof(Mapi::record) == sizeof(Published::record));                                                  \
+    EACH(SAME_FIELD, record, __VA_ARGS__)
+#define SAME_SIMPLE_RECORD(record, ...)                                                                                \
+    static_assert(sizeof(record) == sizeof(Published::record));                                                        \
+    EACH(SAME_SIMPLE_FIELD, record, __VA_ARGS__)
+#define SAME_VALUE(record, member)                                                                                     \
+    static_assert(sizeof(Mapi::record{}.Value.member) == sizeof(Published::record{}.Value.member));
+SAME_RECORD(ENTRYID, abFlags, ab);
+SAME_RECORD(SBinary, cb, lpb);
+SAME_RECORD(ENTRYLIST, cValues, lpbin);
+SAME_RECORD(SPropTagArray, cValues, aulPropTag);
+SAME_RECORD(SPropValue, ulPropTag, dwAlignPad, Value);
+SAME_RECORD(ADRENTRY, ulReserved1, cValues, rgPropVals);
+SAME_RECORD(ADRLIST, cEntries, aEntries);
+SAME_RECORD(SRow, ulAdrEntryPad, cValues, lpProps);
+SAME_RECORD(SRowSet, cRows, aRow);
+SAME_SIMPLE_RECORD(MapiRecipDesc, ulReserved, ulRecipClass, lpszName, lpszAddress, ulEIDSize, lpEntryID);
+SAME_SIMPLE_RECORD(MapiFileDesc, ulReserved, flFlags, nPosition, lpszPathName, lpszFileName, lpFileType);
+SAME_SIMPLE_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived,
+                   lpszConversationID, flFlags, lpOriginator, nRecipCount, lpRecips, nFileCount, lpFiles);
+static_assert(sizeof(Platform::FixedFileInfo) == sizeof(VS_FIXEDFILEINFO));
+EACH(SAME_VALUE, SPropValue, l, ul, b, li, lpszA, lpszW, bin, err);
 
 #define SAME_CONSTANT(ours, published)                                                                                 \
     EXPECT_EQ(static_cast<std::uint32_t>(Mapi::ours), static_cast<std::uint32_t>(published)) << #published
@@ -276,6 +146,14 @@ TEST(PublishedMapi, Constants) {
     SAME_CONSTANT(ResultUserCancel, MAPI_E_USER_CANCEL);
     SAME_CONSTANT(ResultErrorsReturned, MAPI_W_ERRORS_RETURNED);
     SAME_CONSTANT(RecipientClassTo, MAPI_TO);
+    SAME_CONSTANT(FlagLogonUi, MAPI_LOGON_UI);
+    SAME_CONSTANT(FlagDialog, MAPI_DIALOG);
+    SAME_CONSTANT(ErrorUserAbort, MAPI_E_USER_ABORT);
+    SAME_CONSTANT(ErrorDiskFull, MAPI_E_DISK_FULL);
+    SAME_CONSTANT(ErrorInsufficientMemory, MAPI_E_INSUFFICIENT_MEMORY);
+    SAME_CONSTANT(ErrorAttachmentNotFound, MAPI_E_ATTACHMENT_NOT_FOUND);
+    SAME_CONSTANT(ErrorAttachmentOpenFailure, MAPI_E_ATTACHMENT_OPEN_FAILURE);
+    SAME_CONSTANT(ErrorAttachmentWriteFailure, MAPI_E_ATTACHMENT_WRITE_FAILURE);
 }
 
 // The header has it at 32 bits, which is what it was when pointers were of that size.
