@@ -1,6 +1,7 @@
 #include "foundation/inc/resourceinfo.h"
 
 #include "foundation/inc/debugflags.h"
+#include "foundation/inc/file.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/foundation.h"
 #include "foundation/inc/messagehandlers.h"
@@ -395,9 +396,21 @@ TEST_F(ResourceBaseTest, ThreadsMayHaveALanguageOfTheirOwn) {
 }
 
 TEST_F(ResourceBaseTest, FoldersThatAreNone) {
-    CResourcePrefix inMemory;
-    inMemory.directory = u"\\\\OSTREL\\Tessarix\\VirtualFiles$\\"; // which has no file
-    EXPECT_FALSE(CBase::LoadResourceLibrary(inMemory, 2));
+    // Files in memory are found by the scan, and no system loads them.
+    const CUnicodeString root = u"\\\\OSTREL\\Tessarix\\VirtualFiles$\\";
+    {
+        CFile file;
+        file.Open(root + u"alpha2.dll", OM_Write | OM_ShareDenyWrite | OM_Create);
+        file.Close();
+    }
+    CArray<CUnicodeString> names;
+    FileSystem::GetFileNames(root, names, u"alpha*.dll");
+    ASSERT_EQ(names.Size(), 1);
+    CBase other;
+    other.AddPrefix(root, u"alpha");
+    other.Initialize();
+    EXPECT_EQ(Numbers(other), "");
+    FileSystem::ShutdownFileSystems();
     base.AddPrefix(folder / u"none", u"alpha");
     EXPECT_TRUE(Raised<CFileException>([this] { base.Initialize(); }));
     EXPECT_TRUE(Raised<CInternalError>([this] { base.FindLanguage(2); })) << "not initialised";
