@@ -62,11 +62,12 @@ std::int32_t CEventLogMessageHandler::ShowMessageBox(Platform::Window owner, con
 }
 
 void CEventLogMessageHandler::ShowException(CException* exception) {
-    if (dynamic_cast<CUserException*>(exception)) {
+    const CException& shown = *exception;
+    if (dynamic_cast<const CUserException*>(&shown)) {
         return;
     }
     const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
-    WriteEvent(exception->GetMessageText().Text(), title.Text(), Platform::EventLogErrorType);
+    WriteEvent(shown.GetMessageText().Text(), title.Text(), Platform::EventLogErrorType);
 }
 
 } // namespace Tsx
