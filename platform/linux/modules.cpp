@@ -57,8 +57,10 @@ bool TryCandidates(std::u16string_view name, TAttempt attempt) {
     const bool isPlain = IsPlainName(name);
     for (const std::u16string& folder : isPlain ? LibraryFolders() : std::vector<std::u16string>(1)) {
         for (const std::u16string& candidate : names) {
+            std::u16string path = folder;
+            path.append(isPlain ? u"/" : u"").append(candidate);
             std::string native;
-            if (MapPath(isPlain ? folder + u'/' + candidate : candidate, native) && attempt(native)) {
+            if (MapPath(path, native) && attempt(native)) {
                 return true;
             }
         }
