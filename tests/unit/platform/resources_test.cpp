@@ -1,4 +1,4 @@
-// The strings and the version record of the built program, as every module serves them.
+// The message table, strings and version record of the built program, as every module serves them.
 #include "platform/inc/resources.h"
 
 #include "foundation/inc/filesystem.h"
@@ -10,6 +10,18 @@ using namespace Tsx;
 
 namespace {
 
+struct Row {
+    std::uint32_t id;
+    const char16_t* name;
+    const char16_t* text;
+};
+
+constexpr Row Rows[] = {
+#define MESSAGE(id, name, text) {id, u## #name, u"" text},
+#include "app/res/messages.inc"
+#undef MESSAGE
+};
+
 template <class TFunction>
 TFunction* Export(const char* name) {
     return reinterpret_cast<TFunction*>(Platform::GetProcAddress(Platform::GetProgramModule(), name));
@@ -17,12 +29,23 @@ TFunction* Export(const char* name) {
 
 } // namespace
 
-// What is there is looked up by tests of the messages and of the built program.
-TEST(Resources, WhatIsNotThereIsNotFound) {
+TEST(Resources, EveryMessageIsFoundByNameAndById) {
     auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID");
-    ASSERT_TRUE(getResourceId);
+    auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName");
+    ASSERT_TRUE(getResourceId && getMessageName);
+    EXPECT_EQ(Export<std::int32_t()>("NumberOfMessages")(), 61);
+    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion")(), 200U);
     EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
     EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
+    std::uint32_t expectedId = 4096;
+    for (const Row& row : Rows) {
+        EXPECT_EQ(row.id, expectedId++);
+        EXPECT_EQ(getResourceId(row.name), row.id) << Readable(row.name);
+        EXPECT_EQ(std::u16string_view(getMessageName(static_cast<std::int32_t>(row.id - 4096))), row.name);
+        CUnicodeString text;
+        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), row.id));
+        EXPECT_EQ(text, row.text) << "long ones too";
+    }
     CUnicodeString none(u"old");
     EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), 4157));
     EXPECT_TRUE(none.IsEmpty());
