@@ -54,12 +54,23 @@ std::u16string ParametersOf(std::u16string_view text) {
 
 } // namespace
 
-// What is there is looked up by tests of the messages and of the built program.
-TEST(Resources, WhatIsNotThereIsNotFound) {
+TEST(Resources, EveryMessageIsFoundByNameAndById) {
     auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID");
-    ASSERT_TRUE(getResourceId);
+    auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName");
+    ASSERT_TRUE(getResourceId && getMessageName);
+    EXPECT_EQ(Export<std::int32_t()>("NumberOfMessages")(), 61);
+    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion")(), 200U);
     EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
     EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
+    std::uint32_t expectedId = 4096;
+    for (const Row& row : Rows) {
+        EXPECT_EQ(row.id, expectedId++);
+        EXPECT_EQ(getResourceId(row.name), row.id) << Readable(row.name);
+        EXPECT_EQ(std::u16string_view(getMessageName(static_cast<std::int32_t>(row.id - 4096))), row.name);
+        CUnicodeString text;
+        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), row.id));
+        EXPECT_EQ(text, row.text) << "long ones too";
+    }
     CUnicodeString none(u"old");
     EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), 4157));
     EXPECT_TRUE(none.IsEmpty());
