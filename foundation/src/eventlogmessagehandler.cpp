@@ -62,12 +62,11 @@ std::int32_t CEventLogMessageHandler::ShowMessageBox(Platform::Window owner, con
 }
 
 void CEventLogMessageHandler::ShowException(CException* exception) {
-    const CException& shown = *exception;
-    if (dynamic_cast<const CUserException*>(&shown)) {
-        return;
+    const CUnicodeString text = exception->GetMessageText();
+    if (!dynamic_cast<CUserException*>(exception)) {
+        const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
+        WriteEvent(text.Text(), title.Text(), Platform::EventLogErrorType);
     }
-    const CUnicodeString title = sourceName.IsEmpty() ? GetStoredApplicationName() : sourceName;
-    WriteEvent(shown.GetMessageText().Text(), title.Text(), Platform::EventLogErrorType);
 }
 
 } // namespace Tsx

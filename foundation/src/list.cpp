@@ -46,8 +46,13 @@ void CListBase::AddLast(CListNodeBase* node) {
 }
 
 void CListBase::DeleteAll() {
-    while (CListNodeBase* node = First) {
-        node->Unlink(); // so that whatever its destructor does finds a list in order
+    while (First) {
+        // Off the list first, so that whatever the node's destructor does finds a list in order.
+        CListNodeBase* const node = First;
+        First = node->Next;
+        (First ? First->Previous : Last) = nullptr;
+        node->List = nullptr;
+        node->Next = nullptr;
         delete node;
     }
 }

@@ -215,9 +215,7 @@ std::string CVirtualModel::ChangeNames() {
         return {};
     }
     if (Choose(2) == 0) {
-        const auto isBelow = [&](const std::string& name) {
-            return name != key && Parent(name) == key;
-        };
+        const auto isBelow = [&](const std::string& name) { return name != key && Parent(name) == key; };
         const bool full =
             std::any_of(Directories.begin(), Directories.end(), isBelow) ||
             std::any_of(Files.begin(), Files.end(), [&](const auto& file) { return isBelow(file.first); });

@@ -63,9 +63,7 @@ TEST(FileMapping, WrongCallsAreInternalErrors) {
                                            [&] { mapping.MapView(Platform::FileMapRead, 0, -1); },
                                            [&] { mapping.SetSize(0); },
                                            [&] { mapping.CMapping::SetSize(-1); },
-                                           [&] {
-                                               const CMemoryMapping negative(1, -1);
-                                           }};
+                                           [&] { const CMemoryMapping negative(1, -1); }};
     for (const auto& call : calls) {
         EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
     }
@@ -85,17 +83,9 @@ TEST(FileMapping, FailuresOfTheSystem) {
         const char* function;
         std::function<void()> call;
     };
-    const Row rows[] = {{"FlushViewOfFile",
-                         [&] {
-                             mapping.Flush();
-                         }},
-                        {"MapViewOfFile",
-                         [&] {
-                             mapping.MapView(Platform::FileMapRead, 0, 0);
-                         }},
-                        {"CreateFileMapping", [&] {
-                             const CMemoryMapping other(1, 1);
-                         }}};
+    const Row rows[] = {{"FlushViewOfFile", [&] { mapping.Flush(); }},
+                        {"MapViewOfFile", [&] { mapping.MapView(Platform::FileMapRead, 0, 0); }},
+                        {"CreateFileMapping", [&] { const CMemoryMapping other(1, 1); }}};
     for (const Row& row : rows) {
         Platform::ArmFault(row.function, 1, 8, Platform::FaultMode::Once);
         EXPECT_TRUE(Raised<CMemoryException>(row.call)) << row.function;

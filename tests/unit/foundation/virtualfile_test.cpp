@@ -94,15 +94,11 @@ TEST(VirtualFile, PositionsAndLengths) {
     CVirtualFile reader(Platform::GenericRead, 3, &data);
     const auto denied = Raised<CFileException>([&] { reader.Write(nullptr, 0); });
     EXPECT_EQ(denied ? denied->cause : 0, 11U) << "also for nothing";
-    const std::function<void()> calls[] = {[&] { file.Write(nullptr, 1); },
-                                           [&] { file.Read(nullptr, 1); },
-                                           [&] { file.Read(&data, -1); },
-                                           [&] { file.Seek(0, 3); },
-                                           [&] { file.SetLength(-1); },
-                                           [&] { file.GetView(-1); },
+    const std::function<void()> calls[] = {[&] { file.Write(nullptr, 1); }, [&] { file.Read(nullptr, 1); },
+                                           [&] { file.Read(&data, -1); },   [&] { file.Seek(0, 3); },
+                                           [&] { file.SetLength(-1); },     [&] { file.GetView(-1); },
                                            [&] {
-                                               data.GetMapping(-1);
-                                           }};
+                                               data.GetMapping(-1); }};
     for (const auto& call : calls) {
         EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
     }

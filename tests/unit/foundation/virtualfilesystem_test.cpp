@@ -160,18 +160,10 @@ TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     System().SetAttributes(Path(u"a\\b\\c\\f.txt"), 128 | 2);
     EXPECT_EQ(System().GetAttributes(Path(u"a\\b\\c\\f.txt")), 2U);
     for (const auto& missing : {std::function<void()>([&] { System().GetStatus(Path(u"a\\x"), status); }),
-                                {[&] {
-                                    System().SetStatus(Path(u"a\\x"), status);
-                                }},
-                                {[] {
-                                    System().GetAttributes(Path(u"a\\x"));
-                                }},
-                                {[] {
-                                    System().SetAttributes(Path(u"a\\x"), 0);
-                                }},
-                                {[] {
-                                    System().DeleteFile(Path(u"a"));
-                                }}}) {
+                                {[&] { System().SetStatus(Path(u"a\\x"), status); }},
+                                {[] { System().GetAttributes(Path(u"a\\x")); }},
+                                {[] { System().SetAttributes(Path(u"a\\x"), 0); }},
+                                {[] { System().DeleteFile(Path(u"a")); }}}) {
         EXPECT_EQ(Code(missing), 2U);
     }
     EXPECT_GT(System().GetFreeSpace(Path(u"")), 0);
