@@ -24,11 +24,16 @@ struct CBoundEntry {
     }
 };
 
+constinit CBoundEntry<decltype(MAPIInitialize)> InitializeEntry;
+
 } // namespace
 
+bool CanInitializeMapi() {
+    return InitializeEntry.Get("MAPIInitialize") != nullptr;
+}
+
 std::int32_t MAPIInitialize(void* parameters) {
-    static constinit CBoundEntry<decltype(MAPIInitialize)> bound;
-    auto* const entry = bound.Get("MAPIInitialize");
+    auto* const entry = InitializeEntry.Get("MAPIInitialize");
     return entry ? entry(parameters) : ResultFail;
 }
 

@@ -9,6 +9,9 @@
 
 namespace Mapi {
 
+/// Whether there is a library with MAPIInitialize in it.
+bool CanInitializeMapi();
+
 std::int32_t MAPIInitialize(void* parameters);
 void MAPIUninitialize();
 std::int32_t MAPILogonEx(WindowParameter window, TextPointer profile, TextPointer password, std::uint32_t flags,
