@@ -14,7 +14,7 @@ constexpr std::int32_t LeastBuffer = 8; // bytes, also for an empty file
 } // namespace
 
 CAttachmentContent::CAttachmentContent(const CUnicodeString& path) {
-    file.Open(path, OM_Read | OM_ShareDenyWrite, Platform::FileAttributeNormal, 0);
+    file.Open(path, OM_Read | OM_ShareDenyWrite);
     ReadWhole(file);
 }
 

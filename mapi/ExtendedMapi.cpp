@@ -93,6 +93,10 @@ void CMapiContext::Empty() {
 }
 
 bool IsExtendedMapiAvailable() {
+    // The answer without a library is known before OLE, which takes longer to start than the rest of a run.
+    if (!IsMapiInitializeThere()) {
+        return false;
+    }
     try {
         const CMapi library;
         CInterface<IMAPISession> session;

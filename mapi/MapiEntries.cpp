@@ -7,14 +7,15 @@ namespace Mapi {
 
 namespace {
 
-/// An entry and the generation of the library that it was looked up in.
+/// An entry by its exported name, and the generation of the library that it was looked up in.
 template <class TFunction>
 struct CBoundEntry {
+    const char* name;
     TFunction* entry = nullptr;
     std::uint32_t generation = 0;
 
     /// The current entry; null if it is not to be called.
-    TFunction* Get(const char* name) {
+    TFunction* Get() {
         if (generation != providerGeneration || !providerModule) {
             const Platform::Module module = LocateMapiModule();
             generation = providerGeneration;
@@ -22,78 +23,84 @@ struct CBoundEntry {
         }
         return providerModule ? entry : nullptr;
     }
+
+    /// Calls it; `missing` is the result without one.
+    template <class TResult, class... TArguments>
+    TResult Call(TResult missing, TArguments... arguments) {
+        TFunction* const current = Get();
+        return current ? current(arguments...) : missing;
+    }
+    /// Calls one without a result.
+    template <class... TArguments>
+    void Run(TArguments... arguments) {
+        if (TFunction* const current = Get()) {
+            current(arguments...);
+        }
+    }
 };
 
-constinit CBoundEntry<decltype(MAPIInitialize)> InitializeEntry;
+#define MAPI_ENTRY(function)                                                                                           \
+    constinit CBoundEntry<decltype(Mapi::function)> function##Entry {                                                  \
+#function                                                                                                      \
+    }
+MAPI_ENTRY(MAPIInitialize);
+MAPI_ENTRY(MAPIUninitialize);
+MAPI_ENTRY(MAPILogonEx);
+MAPI_ENTRY(MAPIAllocateBuffer);
+MAPI_ENTRY(MAPIFreeBuffer);
+MAPI_ENTRY(HrQueryAllRows);
+MAPI_ENTRY(FreeProws);
+MAPI_ENTRY(FreePadrlist);
+MAPI_ENTRY(HrGetOneProp);
+MAPI_ENTRY(HrSetOneProp);
+#undef MAPI_ENTRY
 
 } // namespace
 
-bool CanInitializeMapi() {
-    return InitializeEntry.Get("MAPIInitialize") != nullptr;
+bool IsMapiInitializeThere() {
+    return MAPIInitializeEntry.Get() != nullptr;
 }
 
 std::int32_t MAPIInitialize(void* parameters) {
-    auto* const entry = InitializeEntry.Get("MAPIInitialize");
-    return entry ? entry(parameters) : ResultFail;
+    return MAPIInitializeEntry.Call(ResultFail, parameters);
 }
 
 void MAPIUninitialize() {
-    static constinit CBoundEntry<decltype(MAPIUninitialize)> bound;
-    if (auto* const entry = bound.Get("MAPIUninitialize")) {
-        entry();
-    }
+    MAPIUninitializeEntry.Run();
 }
 
 std::int32_t MAPILogonEx(WindowParameter window, TextPointer profile, TextPointer password, std::uint32_t flags,
                          IMAPISession** session) {
-    static constinit CBoundEntry<decltype(MAPILogonEx)> bound;
-    auto* const entry = bound.Get("MAPILogonEx");
-    return entry ? entry(window, profile, password, flags, session) : ResultFail;
+    return MAPILogonExEntry.Call(ResultFail, window, profile, password, flags, session);
 }
 
 std::int32_t MAPIAllocateBuffer(std::uint32_t size, void** buffer) {
-    static constinit CBoundEntry<decltype(MAPIAllocateBuffer)> bound;
-    auto* const entry = bound.Get("MAPIAllocateBuffer");
-    return entry ? entry(size, buffer) : ResultFail;
+    return MAPIAllocateBufferEntry.Call(ResultFail, size, buffer);
 }
 
 std::uint32_t MAPIFreeBuffer(void* buffer) {
-    static constinit CBoundEntry<decltype(MAPIFreeBuffer)> bound;
-    auto* const entry = bound.Get("MAPIFreeBuffer");
-    return entry ? entry(buffer) : 0;
+    return MAPIFreeBufferEntry.Call(0U, buffer);
 }
 
 std::int32_t HrQueryAllRows(IMAPITable* table, SPropTagArray* tags, SRestriction* restriction, SSortOrderSet* order,
                             std::int32_t most, SRowSet** rows) {
-    static constinit CBoundEntry<decltype(HrQueryAllRows)> bound;
-    auto* const entry = bound.Get("HrQueryAllRows");
-    return entry ? entry(table, tags, restriction, order, most, rows) : ResultFail;
+    return HrQueryAllRowsEntry.Call(ResultFail, table, tags, restriction, order, most, rows);
 }
 
 void FreeProws(SRowSet* rows) {
-    static constinit CBoundEntry<decltype(FreeProws)> bound;
-    if (auto* const entry = bound.Get("FreeProws")) {
-        entry(rows);
-    }
+    FreeProwsEntry.Run(rows);
 }
 
 void FreePadrlist(ADRLIST* list) {
-    static constinit CBoundEntry<decltype(FreePadrlist)> bound;
-    if (auto* const entry = bound.Get("FreePadrlist")) {
-        entry(list);
-    }
+    FreePadrlistEntry.Run(list);
 }
 
 std::int32_t HrGetOneProp(IMAPIProp* object, std::uint32_t tag, SPropValue** property) {
-    static constinit CBoundEntry<decltype(HrGetOneProp)> bound;
-    auto* const entry = bound.Get("HrGetOneProp");
-    return entry ? entry(object, tag, property) : ResultFail;
+    return HrGetOnePropEntry.Call(ResultFail, object, tag, property);
 }
 
 std::int32_t HrSetOneProp(IMAPIProp* object, SPropValue* property) {
-    static constinit CBoundEntry<decltype(HrSetOneProp)> bound;
-    auto* const entry = bound.Get("HrSetOneProp");
-    return entry ? entry(object, property) : ResultFail;
+    return HrSetOnePropEntry.Call(ResultFail, object, property);
 }
 
 } // namespace Mapi

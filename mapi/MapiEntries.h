@@ -10,7 +10,7 @@
 namespace Mapi {
 
 /// Whether there is a library with MAPIInitialize in it.
-bool CanInitializeMapi();
+bool IsMapiInitializeThere();
 
 std::int32_t MAPIInitialize(void* parameters);
 void MAPIUninitialize();

@@ -1,7 +1,6 @@
 #include "mapi/MapiSession.h"
 
 #include "mapi/MapiBuffers.h"
-#include "mapi/MapiEntries.h"
 #include "mapi/MapiOpenEntry.h"
 #include "mapi/MapiProperties.h"
 #include "platform/inc/ole.h"
@@ -80,10 +79,6 @@ void CMapiSession::FlushOutgoingQueues() {
 }
 
 CMapi::CMapi() {
-    // OLE takes longer to start than the rest of a run, and is of no use where nothing is there that would need it.
-    if (!CanInitializeMapi()) {
-        CheckResult(ResultFail);
-    }
     CheckResult(Platform::OleInitialize(nullptr));
     CHeld<COle, COle> ole(&StartedOle);
     CheckResult(MAPIInitialize(nullptr));

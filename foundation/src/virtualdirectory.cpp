@@ -3,6 +3,8 @@
 #include "foundation/inc/debugtrace.h"
 #include "foundation/inc/makeobject.h"
 #include "platform/inc/fileattributes.h"
+#include <algorithm>
+#include <span>
 #include <utility>
 
 namespace Tsx {
@@ -15,6 +17,16 @@ std::unique_ptr<CVirtualFileData> NewFileData(const CUnicodeString& path, std::u
                                               Platform::Handle mapping, std::int64_t reserve) {
     return mapping ? MakeObject<CVirtualFileData>(path, attributes | Platform::FileAttributeReadOnly, mapping, reserve)
                    : MakeObject<CVirtualFileData>(path, attributes, reserve);
+}
+
+/// The components of a path below a directory.
+std::span<const CUnicodeString> SplitBelow(const CUnicodeString& directory, const CUnicodeString& path,
+                                           CArray<CUnicodeString>& parts) {
+    CArray<CUnicodeString> own;
+    FileSystem::SplitPath(path, parts);
+    FileSystem::SplitPath(directory, own);
+    TSX_ASSERT(own.Size() <= parts.Size(), ModuleName);
+    return {std::min(parts.begin() + own.Size(), parts.end()), parts.end()};
 }
 
 /// The line about something that its maker should have deleted.
@@ -36,29 +48,21 @@ CVirtualDirectory::~CVirtualDirectory() {
 
 CVirtualDirectory* CVirtualDirectory::FindDirectory(const CUnicodeString& path) {
     CArray<CUnicodeString> parts;
-    CArray<CUnicodeString> own;
-    FileSystem::SplitPath(path, parts);
-    FileSystem::SplitPath(Name, own);
-    TSX_ASSERT(own.Size() <= parts.Size(), ModuleName);
     CVirtualDirectory* directory = this;
-    for (std::int32_t i = own.Size(); directory && i < parts.Size(); ++i) {
-        directory = directory->GetSubDirectory(parts[i]);
+    for (const CUnicodeString& part : SplitBelow(Name, path, parts)) {
+        directory = directory ? directory->GetSubDirectory(part) : nullptr;
     }
     return directory;
 }
 
 CVirtualDirectory* CVirtualDirectory::CreateDirectoryPath(const CUnicodeString& path) {
     CArray<CUnicodeString> parts;
-    CArray<CUnicodeString> own;
-    FileSystem::SplitPath(path, parts);
-    FileSystem::SplitPath(Name, own);
-    TSX_ASSERT(own.Size() <= parts.Size(), ModuleName);
     CVirtualDirectory* directory = this;
-    for (std::int32_t i = own.Size(); i < parts.Size(); ++i) {
-        CVirtualDirectory* next = directory->GetSubDirectory(parts[i]);
+    for (const CUnicodeString& part : SplitBelow(Name, path, parts)) {
+        CVirtualDirectory* next = directory->GetSubDirectory(part);
         if (!next) {
-            auto fresh = MakeObject<CVirtualDirectory>(FileSystem::MergeName(directory->Name, parts[i]));
-            directory->Directories.Add(parts[i], fresh.get());
+            auto fresh = MakeObject<CVirtualDirectory>(FileSystem::MergeName(directory->Name, part));
+            directory->Directories.Add(part, fresh.get());
             next = fresh.release();
             directory->AddLast(next);
         }

@@ -15,7 +15,6 @@
 #include <fcntl.h>
 #include <mutex>
 #include <new>
-#include <span>
 #include <string_view>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -123,34 +122,24 @@ void* MapRange(const RangeReference& range, int protection, std::uint64_t offset
     return base;
 }
 
-/// A line of /proc/meminfo such as "MemFree:  1234 kB".
-struct MemoryLine {
-    std::string_view name;
-    std::uint64_t bytes = 0;
-    bool found = false;
-};
-
-/// False if one of the lines isn't there.
-bool ReadMemoryLines(std::span<MemoryLine> lines) {
+/// What the kernel could still give, without swapping; false if it doesn't tell.
+bool ReadAvailableMemory(std::uint64_t& bytes) {
+    constexpr std::string_view name = "MemAvailable:";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/meminfo", "re"), &std::fclose);
-    char text[256] = {};
-    std::size_t found = 0;
-    while (file && found < lines.size() && std::fgets(text, sizeof(text), file.get())) {
-        for (MemoryLine& line : lines) {
-            if (!line.found && std::string_view(text).starts_with(line.name)) {
-                line.bytes = std::uint64_t{std::strtoull(text + line.name.size(), nullptr, 10)} << 10;
-                line.found = true;
-                ++found;
-            }
+    char line[256] = {};
+    while (file && std::fgets(line, sizeof(line), file.get())) {
+        if (std::string_view(line).starts_with(name)) {
+            bytes = std::uint64_t{std::strtoull(line + name.size(), nullptr, 10)} << 10; // it stands in KiB
+            return true;
         }
     }
-    return found == lines.size();
+    return false;
 }
 
-/// The system's memory and swap; objects that could never be filled are refused, as a page file refuses them.
-std::uint64_t TotalMemory() {
+/// Whether the system's memory and swap could ever hold so much: more is refused, as a page file refuses it.
+bool CouldBeFilled(std::uint64_t bytes) {
     struct sysinfo info {};
-    return sysinfo(&info) == 0 ? (std::uint64_t{info.totalram} + info.totalswap) * info.mem_unit : 0;
+    return sysinfo(&info) == 0 && bytes <= (std::uint64_t{info.totalram} + info.totalswap) * info.mem_unit;
 }
 
 } // namespace
@@ -164,7 +153,7 @@ Handle CreateFileMapping(Handle file, void*, std::uint32_t protection, std::uint
         SetLastError(ErrorInvalidParameter);
         return nullptr;
     }
-    if (size > TotalMemory()) {
+    if (!CouldBeFilled(size)) {
         SetLastError(ErrorCommitmentLimit);
         return nullptr;
     }
@@ -225,15 +214,16 @@ bool GlobalMemoryStatusEx(MemoryStatus& status) {
     if (status.length != sizeof(MemoryStatus)) {
         return Fail(ErrorInvalidParameter);
     }
-    MemoryLine lines[] = {{"MemTotal:"}, {"MemAvailable:"}, {"SwapTotal:"}, {"SwapFree:"}};
-    if (!ReadMemoryLines(lines)) {
+    struct sysinfo info {};
+    if (sysinfo(&info) != 0) {
+        return FailFromErrno();
+    }
+    if (!ReadAvailableMemory(status.availablePhysical)) {
         return Fail(ErrorNotSupported);
     }
-    const auto& [total, available, swapTotal, swapFree] = lines;
-    status.totalPhysical = total.bytes;
-    status.availablePhysical = available.bytes;
-    status.totalPageFile = total.bytes + swapTotal.bytes;
-    status.availablePageFile = available.bytes + swapFree.bytes;
+    status.totalPhysical = std::uint64_t{info.totalram} * info.mem_unit;
+    status.totalPageFile = status.totalPhysical + std::uint64_t{info.totalswap} * info.mem_unit;
+    status.availablePageFile = status.availablePhysical + std::uint64_t{info.freeswap} * info.mem_unit;
     return true;
 }
 

@@ -159,6 +159,12 @@ def log_checks(life):
         yield from lost_line_checks(life)
     with life.settings(user={"WriteMessageLog": "on"}, machine={"WriteMessageLog": "no"}):
         yield "no log", usual_run(life) + expect("log", life.take("TessarixLog.txt"), None)
+    with life.settings(machine={"WriteMessageLog": "banana"}):
+        yield "a text that is no bool", usual_run(life) + expect("log", life.take("TessarixLog.txt"), None)
+    with life.settings({"CheckMessagesParamsCount": "yes"}, {"WriteMessageLog": " ON "}):
+        life.run()
+        complaint = b'Number of params in message "The argument %0 is invalid." is invalid: 1, expected 3.\r\n'
+        yield "what people were shown", expect("complaints", life.take("TessarixLog.txt").count(complaint), 1)
     with life.settings({"SetLocale": "no"}, {"WriteMessageLog": "1"}):
         problems = usual_run(life)
         yield "a start without a locale", problems + expect("locale lines", life.take("TessarixLog.txt").count(b"locale"), 0)
