@@ -34,3 +34,15 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line);
 #define TSX_ASSERT_CALL_AT(condition, file, line)                                                                      \
     (__builtin_expect(static_cast<bool>(condition), 1) ? static_cast<void>(0)                                          \
                                                        : ::Tsx::FailAssertionWithLastError(file, line))
+
+/// TSX_REQUIRE(data, ModuleName, nullptr): an assertion that leaves the function. On a thread that must not throw a
+/// failed check is shown and comes back; the function then returns what follows the file (nothing where it returns
+/// nothing), which must do no harm. For every check whose failure the code behind it could not bear.
+#define TSX_REQUIRE_AT(condition, file, line, ...)                                                                     \
+    do {                                                                                                               \
+        if (__builtin_expect(!static_cast<bool>(condition), 0)) {                                                      \
+            ::Tsx::FailAssertion(file, line);                                                                          \
+            return __VA_ARGS__;                                                                                        \
+        }                                                                                                              \
+    } while (false)
+#define TSX_REQUIRE(condition, file, ...) TSX_REQUIRE_AT(condition, file, __LINE__ __VA_OPT__(, ) __VA_ARGS__)

@@ -8,7 +8,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\archive";
+constexpr const char16_t* ModuleName = u"src\\archiveobjects";
 
 bool IsAscii(const CUnicodeString& name) {
     return std::all_of(name.View().begin(), name.View().end(), [](char16_t c) { return c < 0x80; });

@@ -10,7 +10,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\archive";
+constexpr const char16_t* ModuleName = u"src\\classregistry";
 
 /// The factory of a class, or for a class without one the module to load.
 struct CClassSource {

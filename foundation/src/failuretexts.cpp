@@ -11,7 +11,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\errors";
+constexpr const char16_t* ModuleName = u"src\\failuretexts";
 
 struct KindTexts {
     const CMessageName& name;

@@ -7,7 +7,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\errors";
+constexpr const char16_t* ModuleName = u"src\\fileerrors";
 
 constexpr std::uint32_t GenericCause = 1;
 

@@ -15,7 +15,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\resourceinfo";
+constexpr const char16_t* ModuleName = u"src\\languages";
 
 CUnicodeString NumberText(std::uint32_t language) {
     return CUnicodeString::Format(u"%u", language);

@@ -8,7 +8,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\nativefilesystem";
+constexpr const char16_t* ModuleName = u"src\\longpaths";
 
 } // namespace
 

@@ -54,7 +54,7 @@ std::int32_t CMessageBoxHandler::ShowMessageWithIcon(Window owner, const char16_
                                                      std::uint32_t style, const char16_t* iconName) {
     const CRuntimeHeapSwitcher switcher;
     Module module = iconName ? GetResourceBase().FindModuleWithIcon(iconName) : nullptr;
-    TSX_ASSERT(module || !iconName, u"src\\messagehandlers");
+    TSX_ASSERT(module || !iconName, u"src\\messageboxhandler");
     const std::uint32_t boxStyle = GetBoxStyle(style, owner, iconName);
     return PressedButton(MessageBoxIndirect(owner, text, title, boxStyle, module, iconName), style);
 }

@@ -13,7 +13,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\message";
+constexpr const char16_t* ModuleName = u"src\\messagelists";
 
 void CollectRecords(CArray<const CMessageName*>& records) {
     const CCriticalSectionLock guard(MessageListLock);

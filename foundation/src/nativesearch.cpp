@@ -13,7 +13,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\nativefilesystem";
+constexpr const char16_t* ModuleName = u"src\\nativesearch";
 
 class CErrorModeScope {
 public:

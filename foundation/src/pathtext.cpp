@@ -10,7 +10,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\filesystem";
+constexpr const char16_t* ModuleName = u"src\\pathtext";
 
 bool IsLetter(char16_t c) {
     return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z');

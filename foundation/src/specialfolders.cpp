@@ -10,7 +10,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\nativefilesystem";
+constexpr const char16_t* ModuleName = u"src\\specialfolders";
 
 // By TSpecialFolder: the system's CSIDL numbers.
 constexpr std::uint8_t CsidlOfFolder[] = {

@@ -11,7 +11,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\virtualfilesystem";
+constexpr const char16_t* ModuleName = u"src\\virtualcopies";
 
 constexpr std::uint32_t SourceMode = OM_Read | OM_ShareDenyWrite;
 constexpr std::uint32_t TargetMode = OM_Write | OM_ShareExclusive | OM_Create;

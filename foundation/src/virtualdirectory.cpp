@@ -11,7 +11,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\virtualfilesystem";
+constexpr const char16_t* ModuleName = u"src\\virtualdirectory";
 
 std::unique_ptr<CVirtualFileData> NewFileData(const CUnicodeString& path, std::uint32_t attributes,
                                               Platform::Handle mapping, std::int64_t reserve) {

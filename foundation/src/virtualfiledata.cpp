@@ -14,7 +14,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\virtualfile";
+constexpr const char16_t* ModuleName = u"src\\virtualfiledata";
 
 TTime LocalTimeNow() {
     Platform::SystemTime now{};

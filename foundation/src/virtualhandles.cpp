@@ -12,7 +12,7 @@ namespace Tsx {
 
 namespace {
 
-constexpr const char16_t* ModuleName = u"src\\virtualfilesystem";
+constexpr const char16_t* ModuleName = u"src\\virtualhandles";
 
 } // namespace
 

@@ -159,7 +159,7 @@ TEST(Errors, AThreadThatMustNotThrowShowsAndGoesOn) {
     EXPECT_EQ(handler.texts[3], u"told");
     EXPECT_EQ(handler.texts[4], u"Internal Program Error:\nPresumption failed: ( a == b )\nsrc\\here, 7.\n( why ).\n"
                                 u"Error code: 0xe0001234 - Unknown error. Error code: 0xe0001234");
-    EXPECT_EQ(handler.texts[5].Left(59), u"Internal Program Error:\nAssertion failed: (  )\nsrc\\errors, ");
+    EXPECT_EQ(handler.texts[5].Left(65), u"Internal Program Error:\nAssertion failed: (  )\nsrc\\failuretexts, ");
     EXPECT_EQ(handler.texts[6], u"Internal Program Error:\nAssertion failed: (  )\nsrc\\here, 7.\n(  ).");
     EXPECT_EQ(handler.texts[7], u"y is corrupted.");
     EXPECT_FALSE(ThreadErrorMode.Get()->ErrorReported) << "another thread's report";
