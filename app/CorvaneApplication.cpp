@@ -19,7 +19,7 @@ bool FileExists(const CUnicodeString& path) {
 } // namespace
 
 void CCorvaneApplication::SplitAddress(const CUnicodeString& text, CUnicodeString& name, CUnicodeString& address) {
-    TSX_ASSERT(!text.IsEmpty(), u"..\\Src\\Corvane");
+    TSX_REQUIRE(!text.IsEmpty(), u"..\\Src\\Corvane");
     name.Clear();
     address.Clear();
     const std::int32_t last = text.Length() - 1;

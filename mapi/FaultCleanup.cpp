@@ -33,7 +33,7 @@ CFaultCleanup* CFaultCleanup::Current() {
 }
 
 void CFaultCleanup::Note(void* object, ReleaseFunction release) {
-    TSX_ASSERT(count < notes.size(), u"..\\Src\\FaultCleanup");
+    TSX_REQUIRE(count < notes.size(), u"..\\Src\\FaultCleanup");
     notes[count++] = {object, release};
 }
 

@@ -1,5 +1,6 @@
 #include "mapi/MapiMailSender.h"
 
+#include "foundation/inc/failureguard.h"
 #include "mapi/SimpleMapiMessage.h"
 
 using namespace Tsx;
@@ -12,7 +13,9 @@ namespace {
 class CUnloadScope {
 public:
     explicit CUnloadScope(CMapiMailSender& toUnload) : sender(toUnload) {}
-    ~CUnloadScope() { sender.Free(); }
+    ~CUnloadScope() {
+        GuardDestructor([this] { sender.Free(); });
+    }
     CUnloadScope(const CUnloadScope&) = delete;
     CUnloadScope& operator=(const CUnloadScope&) = delete;
 
@@ -23,7 +26,7 @@ private:
 } // namespace
 
 CMapiMailSender::~CMapiMailSender() {
-    CMapiMailSender::Free();
+    GuardDestructor([this] { CMapiMailSender::Free(); });
 }
 
 void CMapiMailSender::Free() {

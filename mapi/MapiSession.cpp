@@ -47,6 +47,7 @@ CHolder<CMapiMessageStore> CMapiSession::OpenDefaultMessageStore() {
     const std::int32_t chosen = rows.Get() ? ChooseStoreRow(*rows.Get()) : -1;
     if (chosen < 0) {
         CheckResult(ResultUnexpected);
+        return {}; // where that must not throw
     }
     const SBinary entryId = CPropertyReader(rows->aRow[chosen]).EntryId(TagEntryId);
     store.Receive([&](IMsgStore** out) {

@@ -5,6 +5,7 @@
 
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/errorsfwd.h"
+#include "foundation/inc/lastresort.h"
 #include "foundation/inc/memorymanager.h"
 #include "foundation/inc/message.h"
 #include "foundation/inc/unicodestring.h"
@@ -115,8 +116,6 @@ void GenerateExceptionFromLastError();
 /// Whether failures may be thrown at all; the calling thread's own mode decides beside it. Start and stop of the
 /// foundation set it for their duration.
 extern std::atomic<bool> ExceptionsEnabled;
-/// Keeps the boxes of the last resort away: the process then ends without them.
-extern std::atomic<bool> FatalNoMessageBox;
 
 /// The texts that the exceptions render. GetLastErrorText keeps the system's line end, GetCOMErrorText cuts it off.
 CUnicodeString GetLastErrorText(std::uint32_t code);
@@ -147,10 +146,5 @@ constexpr std::uint32_t StopAlways = 3;
 /// The user's settings "AssertStopMode" and "ErrorStopMode" ("Always", "Debug", "Never"), read once. Any thread.
 std::uint32_t GetAssertStopMode();
 std::uint32_t GetErrorStopMode();
-
-constexpr const char16_t* FoundationTitle = u"Tessarix";
-constexpr const char16_t* NotEnoughMemoryText = u"Not enough memory!";
-constexpr const char16_t* DoubleErrorText = u"Double internal error!\nApplication terminated.";
-constexpr std::uint32_t FatalMessageStyle = 4112; // MB_ICONHAND and MB_SYSTEMMODAL
 
 } // namespace Tsx

@@ -43,6 +43,8 @@ public:
 ///   a console                                   wide characters
 ///   a file that begins with FF FE, not at 0     UTF-16 as it lies in memory
 ///   any other file, a pipe, anything else       the ANSI code page
+///
+/// A text that the output does not take goes to standard error, and is lost if that takes none either.
 class CConsoleMessageHandler : public CMessageHandler {
 public:
     /// The handle stays the caller's.
@@ -60,6 +62,7 @@ private:
 
     void DecideEncoding();
     bool BeginsWithMark() const;
+    bool WriteLine(const CUnicodeString& line) const;
 };
 
 /// Writes texts to the system's event log, and answers with the default button. The event source is registered at the

@@ -153,9 +153,8 @@ void CCommandLineParser::ClassifyTokens() {
 }
 
 CUnicodeString CCommandLineParser::GetToken(std::int32_t index) const {
-    const bool valid = index >= 0 && index < Tokens.Size();
-    TSX_ASSERT(valid, ModuleName);
-    return valid ? Tokens[index] : CUnicodeString();
+    TSX_REQUIRE(index >= 0 && index < Tokens.Size(), ModuleName, {});
+    return Tokens[index];
 }
 
 } // namespace Tsx

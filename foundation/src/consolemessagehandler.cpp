@@ -13,10 +13,21 @@ bool IsMissing(Handle handle) {
     return !handle || handle == InvalidHandle();
 }
 
-// A text that cannot be written is lost: there is nowhere left to say so.
-void WriteOrLose(Handle file, const void* bytes, std::size_t size) {
+bool WriteWhole(Handle file, const void* bytes, std::int32_t size) {
     std::uint32_t written = 0;
-    WriteFile(file, bytes, static_cast<std::uint32_t>(size), written);
+    const auto count = static_cast<std::uint32_t>(size);
+    return WriteFile(file, bytes, count, written) && written == count;
+}
+
+bool WriteWholeToConsole(Handle console, const CUnicodeString& text) {
+    std::uint32_t written = 0;
+    const auto length = static_cast<std::uint32_t>(text.Length());
+    return WriteConsole(console, text.Text(), length, written) && written == length;
+}
+
+bool WriteNarrow(Handle file, const CUnicodeString& text) {
+    const CString bytes = text.ToNarrow(AnsiCodePage);
+    return WriteWhole(file, bytes.Text(), bytes.Length());
 }
 
 } // namespace
@@ -52,16 +63,20 @@ std::int32_t CConsoleMessageHandler::ShowMessageBox(Window owner, const char16_t
         DecideEncoding();
     }
     const CUnicodeString line = WithCarriageReturns(text) + u"\r\n";
-    if (fileType == FileTypeChar) {
-        std::uint32_t written = 0;
-        WriteConsole(output, line.Text(), static_cast<std::uint32_t>(line.Length()), written);
-    } else if (asAnsi) {
-        const CString bytes = line.ToNarrow(AnsiCodePage);
-        WriteOrLose(output, bytes.Text(), static_cast<std::size_t>(bytes.Length()));
-    } else {
-        WriteOrLose(output, line.Text(), static_cast<std::size_t>(line.Length()) * sizeof(char16_t));
+    if (!WriteLine(line)) {
+        WriteNarrow(GetStdHandle(StdErrorHandle), line); // lost if that fails as well
     }
     return GetDefaultButton(style);
+}
+
+bool CConsoleMessageHandler::WriteLine(const CUnicodeString& line) const {
+    if (fileType == FileTypeChar) {
+        return WriteWholeToConsole(output, line);
+    }
+    if (asAnsi) {
+        return WriteNarrow(output, line);
+    }
+    return WriteWhole(output, line.Text(), line.Length() * static_cast<std::int32_t>(sizeof(char16_t)));
 }
 
 } // namespace Tsx

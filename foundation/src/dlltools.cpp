@@ -41,7 +41,7 @@ void CDll::Free() {
 }
 
 void CDll::Load(const char16_t* name) {
-    TSX_ASSERT_AT(!Handle, ModuleName, 34);
+    TSX_REQUIRE_AT(!Handle, ModuleName, 34);
     Ownership = 1;
     Handle = LoadLibraryInThisMode(name);
     if (!Handle) {
@@ -50,12 +50,12 @@ void CDll::Load(const char16_t* name) {
 }
 
 CUnicodeString CDll::GetPath() const {
-    TSX_ASSERT_AT(Handle, ModuleName, 81);
+    TSX_REQUIRE_AT(Handle, ModuleName, 81, {});
     return FileSystem::GetModulePath(Handle);
 }
 
 Platform::Procedure CDll::GetProcedure(const char* name) const {
-    TSX_ASSERT_AT(Handle, ModuleName, 93);
+    TSX_REQUIRE_AT(Handle, ModuleName, 93, nullptr);
     const Platform::Procedure entry = Platform::GetProcAddress(Handle, name);
     if (!entry) {
         const CUnicodeString place = CUnicodeString::Format(u"%s (%s)", GetPath(), CUnicodeString(name, AnsiCodePage));

@@ -6,18 +6,16 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
+#include "foundation/src/internalerrortexts.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/lasterror.h"
-#include "platform/inc/messagebox.h"
-#include "platform/inc/process.h"
 #include <memory>
 #include <utility>
 
 namespace Tsx {
 
 std::atomic<bool> ExceptionsEnabled{true};
-std::atomic<bool> FatalNoMessageBox{false};
 
 namespace {
 
@@ -64,8 +62,8 @@ void MarkErrorReported(CThreadErrorMode* mode) {
 void ReportWithoutStrings(const char16_t* file, std::uint32_t line) {
     char16_t text[256] = {};
     const CFormatArgument arguments[] = {file, line};
-    FormatText(text, std::size(text) - 1, u"Internal Program Error:\n%s, %u.", arguments, 2);
-    Platform::MessageBox(nullptr, text, FoundationTitle, FatalMessageStyle);
+    FormatText(text, std::size(text) - 1, PlaceFormat, arguments, 2);
+    ShowLastResort(text);
     if (GetStringStage() == EStringStage::Before) {
         MarkErrorReported(ThreadErrorMode.Find());
     }
@@ -146,10 +144,7 @@ void GenerateMemoryException() {
     }
     void* slot = MemoryExceptionPool.TakeSlot();
     if (!slot) {
-        if (!FatalNoMessageBox) {
-            Platform::MessageBox(nullptr, NotEnoughMemoryText, FoundationTitle, FatalMessageStyle);
-        }
-        Platform::Abort();
+        EndWithLastResort(NotEnoughMemoryText);
     }
     throw new (slot) CMemoryException;
 }

@@ -5,6 +5,7 @@
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/src/internalerrortexts.h"
+#include "foundation/src/statics.h"
 #include "platform/inc/messagebox.h"
 
 namespace Tsx {
@@ -65,7 +66,7 @@ CMemoryException::~CMemoryException() {
 }
 
 CUnicodeString CMemoryException::GetMessageText() const {
-    return NotEnoughMemoryText;
+    return NotEnoughMemoryString; // no block is taken for it
 }
 
 } // namespace Tsx

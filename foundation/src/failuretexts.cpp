@@ -20,12 +20,10 @@ struct KindTexts {
 
 const KindTexts& TextsOf(std::uint32_t kind) {
     static const KindTexts texts[] = {
-        {MSG_ASSERT, u"Internal Program Error:\nAssertion failed: ( %0 )\n%2, %3.\n( %1 )."},
-        {MSG_ASSERTLASTERROR,
-         u"Internal Program Error:\nAssertion failed: ( %0 )\n%2, %3.\n( %1 ).\nError code: %4 - %5"},
-        {MSG_PRESUME, u"Internal Program Error:\nPresumption failed: ( %0 )\n%2, %3.\n( %1 )."},
-        {MSG_PRESUMELASTERROR,
-         u"Internal Program Error:\nPresumption failed: ( %0 )\n%2, %3.\n( %1 ).\nError code: %4 - %5"},
+        {MSG_ASSERT, AssertText},
+        {MSG_ASSERTLASTERROR, AssertLastErrorText},
+        {MSG_PRESUME, PresumeText},
+        {MSG_PRESUMELASTERROR, PresumeLastErrorText},
     };
     const bool known = kind < std::size(texts);
     TSX_ASSERT(known, ModuleName);

@@ -31,7 +31,7 @@ CFile::~CFile() {
 }
 
 void CFile::Open(const CUnicodeString& path, std::uint32_t mode, std::uint32_t attributes, std::int64_t reserve) {
-    TSX_ASSERT(!IsOpen(), ModuleName);
+    TSX_REQUIRE(!IsOpen(), ModuleName);
     CUnicodeString full = path;
     FileSystem::GetFullName(full);
     const std::uint32_t access = GetDesiredAccess(mode);
@@ -46,7 +46,7 @@ void CFile::Open(const CUnicodeString& path, std::uint32_t mode, std::uint32_t a
 void CFile::OpenEx(const CUnicodeString& path, std::uint32_t access, std::uint32_t share, void* security,
                    std::uint32_t creation, std::uint32_t attributes, Platform::Handle templateFile,
                    std::int64_t reserve) {
-    TSX_ASSERT(!IsOpen(), ModuleName);
+    TSX_REQUIRE(!IsOpen(), ModuleName);
     CUnicodeString full = path;
     FileSystem::GetFullName(full);
     Owner = &FileSystem::GetFileSystem(full);
@@ -141,14 +141,13 @@ std::uint32_t CFile::GetDisposition(std::uint32_t mode) {
 }
 
 bool CFile::RequireOpen() const {
-    TSX_ASSERT(IsOpen(), ModuleName);
-    return IsOpen();
+    TSX_REQUIRE(IsOpen(), ModuleName, false);
+    return true;
 }
 
 bool CFile::RequireTransfer(const void* buffer, std::int32_t count) const {
-    const bool possible = buffer && count > 0;
-    TSX_ASSERT(possible, ModuleName);
-    return possible && RequireOpen();
+    TSX_REQUIRE(buffer && count > 0, ModuleName, false);
+    return RequireOpen();
 }
 
 void CFile::CloseInOwner(bool abort) {

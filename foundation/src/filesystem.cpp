@@ -65,7 +65,7 @@ CFileSystemBase& FileSystem::GetFileSystem(const CUnicodeString& path) {
 }
 
 void FileSystem::ShutdownFileSystems() {
-    TSX_ASSERT(NativeFileSystem && VirtualFileSystem, ModuleName);
+    TSX_REQUIRE(NativeFileSystem && VirtualFileSystem, ModuleName);
     CNativeFileSystem::ClearSpecialFolders();
     VirtualFileSystem->ReleaseAll();
 }

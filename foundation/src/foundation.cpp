@@ -153,12 +153,8 @@ bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* mach
     std::srand(Platform::GetCurrentProcessId());
     InstallRuntimeHooks();
     const CExceptionsEnabledScope scope;
-    try {
-        Start(userRegistryPath, machineRegistryPath);
-    } catch (CException* exception) {
+    if (!ShowFailure([&] { Start(userRegistryPath, machineRegistryPath); })) {
         ReleaseTrace(u"Exception during Tessarix Initialization\n");
-        DisplayException(exception);
-        delete exception;
         foundationState = FS_Failed;
     }
     return foundationState == FS_Initialised;

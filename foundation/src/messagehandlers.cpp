@@ -7,7 +7,6 @@
 #include "foundation/src/pressedbutton.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/files.h"
-#include "platform/inc/messagebox.h"
 
 namespace Tsx {
 
@@ -135,7 +134,7 @@ std::int32_t DisplayMessage(const char16_t* text, std::uint32_t style) {
     WriteMessageLogLine(text);
     CMessageHandler* handler = GetCurrentMessageHandler();
     if (handler == InvalidMessageHandler()) {
-        return PressedButton(Platform::MessageBox(nullptr, text, FoundationTitle, style), style);
+        return PressedButton(ShowLastResort(text, style), style);
     }
     return handler->ShowMessageBox(nullptr, text, title.Text(), style);
 }
@@ -162,7 +161,7 @@ void SetApplicationName(const CUnicodeString& name) {
 
 CUnicodeString GetStoredApplicationName() {
     const CCriticalSectionLock guard(ApplicationNameLock);
-    return StoredApplicationName.IsEmpty() ? CUnicodeString(FoundationTitle) : StoredApplicationName;
+    return StoredApplicationName.IsEmpty() ? FoundationTitleString : StoredApplicationName;
 }
 
 } // namespace Tsx

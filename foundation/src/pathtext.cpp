@@ -60,7 +60,7 @@ PathFields FindFields(const CUnicodeString& path) {
 /// Cuts the drive off the first component, `C:foo`.
 void SplitDriveFromName(CArray<CUnicodeString>& parts) {
     const std::int32_t colon = parts[0].Find(u':');
-    TSX_ASSERT(colon >= 0, ModuleName);
+    TSX_REQUIRE(colon >= 0, ModuleName);
     if (colon + 1 < parts[0].Length()) {
         parts.InsertAt(1, parts[0].Mid(colon + 1));
         parts[0] = parts[0].Left(colon + 1);
@@ -273,8 +273,8 @@ void FileSystem::RemoveTrailingSlash(CUnicodeString& path) {
 
 bool FileSystem::NextComponent(const CUnicodeString& path, std::int32_t& pos, CUnicodeString& component,
                                char16_t& separator) {
-    TSX_ASSERT(pos >= 0 && pos <= path.Length(), ModuleName);
-    if (pos < 0 || pos >= path.Length()) {
+    TSX_REQUIRE(pos >= 0 && pos <= path.Length(), ModuleName, false);
+    if (pos == path.Length()) {
         return false;
     }
     const std::int32_t start = pos;

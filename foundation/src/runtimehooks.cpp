@@ -1,7 +1,6 @@
 #include "foundation/src/runtimehooks.h"
 
-#include "foundation/inc/errors.h"
-#include "platform/inc/messagebox.h"
+#include "foundation/inc/lastresort.h"
 #include "platform/inc/process.h"
 #include <atomic>
 #include <exception>
@@ -20,10 +19,7 @@ CHook earlierUnexpectedHook = nullptr;
 CHook earlierPureCallHook = nullptr;
 
 void EndUnhandled() {
-    if (!FatalNoMessageBox) {
-        Platform::MessageBox(nullptr, u"Unhandled Internal Error", FoundationTitle, FatalMessageStyle);
-    }
-    Platform::Abort();
+    EndWithLastResort(UnhandledErrorText);
 }
 
 // AS DESIGNED: the process ends right after it, without any text.

@@ -38,6 +38,10 @@ bool DoStaticHandlersStand();
 extern CTlsSlot MemoryManagerSlot;
 extern CBlockManager CharSetLeaves;
 
+/// NotEnoughMemoryText and FoundationTitle as strings that are there already: what tells of exhausted memory takes none.
+extern const CUnicodeString NotEnoughMemoryString;
+extern const CUnicodeString FoundationTitleString;
+
 extern CUnicodeString StoredApplicationName;
 extern CUnicodeString UserRegistryPath;
 extern CUnicodeString MachineRegistryPath;

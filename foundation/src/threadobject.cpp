@@ -94,10 +94,16 @@ CThreadRecord* CThreadObjectFamily::MakeRecord() {
 
 namespace {
 
-[[noreturn]] void EndProcess() {
+// The end, whatever becomes of the notice: its handler may fail in turn, and come here again.
+[[noreturn]] void EndProcess() noexcept {
     static std::atomic<bool> ending{false};
-    if (!ending.exchange(true)) { // a notice that fails as well is not shown again
+    if (ending.exchange(true)) {
+        EndWithLastResort(DoubleErrorText);
+    }
+    try {
         DisplayMessage(DoubleErrorText, FatalMessageStyle);
+    } catch (...) {
+        ShowLastResort(DoubleErrorText); // the process ends before anybody could ask what was raised
     }
     Platform::Abort();
 }

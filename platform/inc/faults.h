@@ -13,10 +13,10 @@ enum class FaultMode { Once, FromThenOn };
 bool FaultsAvailable();
 
 /// Makes the `nth` call (from 1) of the platform function `function` fail with `code`; "allocation" counts all calls
-/// that allocate memory, "*" the calls of all functions. Replaces any plan before it. A plan is for the whole process
-/// and safe to reach from any thread. The same plan can be given to a process in the environment variable
-/// TESSARIX_FAULT as "function:nth:code:once" or "function:nth:code:on"; the calls that matched go to the file that
-/// TESSARIX_FAULT_CALLS names when the process ends.
+/// that allocate memory, "*" the calls of all functions, "new" what the standard library is asked for. Replaces any
+/// plan before it. A plan is for the whole process and safe to reach from any thread. The same plan can be given to a
+/// process in the environment variable TESSARIX_FAULT as "function:nth:code:once" or "function:nth:code:on"; the calls
+/// that matched go to the file that TESSARIX_FAULT_CALLS names when the process ends.
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode);
 void DisarmFaults();
 

@@ -34,9 +34,10 @@ constexpr std::int32_t IdIgnore = 5; // IDIGNORE
 constexpr std::int32_t IdYes = 6;    // IDYES
 constexpr std::int32_t IdNo = 7;     // IDNO
 
-/// Shows a text and waits for a button; 0 if no box could be shown. On Linux, which has no such box, the title and the
-/// text go to standard error, and the answer is 0.
-std::int32_t MessageBox(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style);
+/// Shows a text and waits for a button. Where no box can be had (on Linux, which has none, and on Windows when memory
+/// is gone) title and text go to standard error and to the debugger, and the answer is 0. Takes no memory of ours and
+/// raises nothing: it is what exhausted memory is told with, at any time of a process's life.
+std::int32_t MessageBox(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style) noexcept;
 /// The same with the named icon of a module where the style has MbUserIcon; null for both otherwise.
 std::int32_t MessageBoxIndirect(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style,
                                 Module module, const char16_t* iconName);

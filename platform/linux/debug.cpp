@@ -1,6 +1,6 @@
 #include "platform/inc/debug.h"
 
-#include "platform/linux/nativetext.h"
+#include "platform/linux/standarderror.h"
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,7 +11,7 @@ namespace Platform {
 
 void OutputDebugString(const char16_t* text) {
     if (std::getenv("TESSARIX_DEBUG_OUTPUT")) {
-        std::fputs(Utf8Text(text).c_str(), stderr);
+        WriteToStandardError({text});
     }
 }
 

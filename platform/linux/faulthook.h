@@ -8,7 +8,8 @@
 
 namespace Platform {
 
-enum class CallKind { Call, Allocation };
+/// StandardNew is asked for by its name alone: test programs take memory so too.
+enum class CallKind { Call, Allocation, StandardNew };
 
 /// Counts one call of `function`. True when the plan says that it fails; the last error then is the plan's code.
 bool FaultDue(const char* function, CallKind kind = CallKind::Call) noexcept;

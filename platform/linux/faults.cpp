@@ -23,6 +23,7 @@ struct Plan {
     std::uint32_t code = 0;
     FaultMode mode = FaultMode::Once;
     std::int32_t seen = 0;
+    const char* failed = "none"; // the function that failed first
 };
 
 // Read without the lock, so that an unarmed hook costs one load.
@@ -71,12 +72,13 @@ __attribute__((constructor)) void ArmFromEnvironment() {
     ArmFault(function.c_str(), nth, code, text == "on" ? FaultMode::FromThenOn : FaultMode::Once);
 }
 
-// Tells a sweep where it ends.
+// Tells a sweep where it ends: the calls and the first that failed, a line for each module that has this
+// layer.
 __attribute__((destructor)) void WriteCallsSeen() {
     const char* path = std::getenv("TESSARIX_FAULT_CALLS");
-    std::FILE* file = path ? std::fopen(path, "we") : nullptr;
+    std::FILE* file = path ? std::fopen(path, "ae") : nullptr;
     if (file) {
-        std::fprintf(file, "%d\n", FaultCallsSeen());
+        std::fprintf(file, "%d %s\n", FaultCallsSeen(), CurrentPlan().failed);
         std::fclose(file);
     }
 }
@@ -89,7 +91,7 @@ bool FaultsAvailable() {
 
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode) {
     const std::lock_guard guard(PlanLock());
-    Plan plan{{}, nth, code, mode, 0};
+    Plan plan{{}, nth, code, mode};
     std::string_view(function).copy(plan.function.data(), plan.function.size() - 1);
     CurrentPlan() = plan;
     armed = true;
@@ -122,14 +124,15 @@ bool FaultDue(const char* function, CallKind kind) noexcept {
     const std::lock_guard guard(PlanLock());
     Plan& plan = CurrentPlan();
     const std::string_view planned = plan.function.data();
-    const bool wanted =
-        planned == "*" || planned == function || (planned == "allocation" && kind == CallKind::Allocation);
+    const bool wanted = planned == function || (planned == "*" && kind != CallKind::StandardNew) ||
+                        (planned == "allocation" && kind == CallKind::Allocation);
     if (!armed || !wanted) {
         return false;
     }
     ++plan.seen;
     const bool due = plan.mode == FaultMode::Once ? plan.seen == plan.nth : plan.seen >= plan.nth;
     if (due) {
+        plan.failed = plan.seen == plan.nth ? function : plan.failed;
         SetLastError(plan.code);
     }
     return due;

@@ -1,13 +1,11 @@
 #include "platform/inc/messagebox.h"
 
-#include "platform/linux/nativetext.h"
-#include <cstdio>
+#include "platform/linux/standarderror.h"
 
 namespace Platform {
 
-std::int32_t MessageBox(Window, const char16_t* text, const char16_t* title, std::uint32_t) {
-    const std::string notice = Utf8Text(title) + ": " + Utf8Text(text) + "\n";
-    std::fputs(notice.c_str(), stderr);
+std::int32_t MessageBox(Window, const char16_t* text, const char16_t* title, std::uint32_t) noexcept {
+    WriteToStandardError({title, u": ", text, u"\n"});
     return 0;
 }
 

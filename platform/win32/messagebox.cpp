@@ -9,11 +9,36 @@ namespace {
 
 constexpr const char16_t* UserLibrary = u"user32.dll";
 
+/// To standard error, in the console's code page and in pieces that the stack holds, and to the debugger.
+void ShowWithoutBox(const char16_t* text) {
+    constexpr int pieceLength = 256;
+    constexpr int longestForm = 4; // bytes of one character in any code page
+    const UINT codePage = ::GetConsoleOutputCP() != 0 ? ::GetConsoleOutputCP() : CP_ACP;
+    const wchar_t* rest = Wide(text);
+    int left = ::lstrlenW(rest);
+    while (left > 0) {
+        char bytes[pieceLength * longestForm];
+        const int length = left < pieceLength ? left : pieceLength;
+        const int size = ::WideCharToMultiByte(codePage, 0, rest, length, bytes, sizeof(bytes), nullptr, nullptr);
+        DWORD written = 0;
+        ::WriteFile(::GetStdHandle(STD_ERROR_HANDLE), bytes, static_cast<DWORD>(size), &written, nullptr);
+        rest += length;
+        left -= length;
+    }
+    ::OutputDebugStringW(Wide(text));
+}
+
 } // namespace
 
-std::int32_t MessageBox(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style) {
+std::int32_t MessageBox(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style) noexcept {
     auto* show = SystemProcedure<decltype(::MessageBoxW)>(UserLibrary, "MessageBoxW");
-    return show ? show(Native(owner), Wide(text), Wide(title), style) : 0;
+    const std::int32_t button = show ? show(Native(owner), Wide(text), Wide(title), style) : 0;
+    if (button == 0) {
+        for (const char16_t* part : {title, u": ", text, u"\n"}) {
+            ShowWithoutBox(part);
+        }
+    }
+    return button;
 }
 
 std::int32_t MessageBoxIndirect(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style,

@@ -7,7 +7,6 @@ import resource
 import signal
 import subprocess
 
-import faultsweep
 from expect import failure
 from places import NOBODY, execute, settings_text, windows_path
 
@@ -250,24 +249,6 @@ def start_checks(life):
     # A path too long for the shell's buffer, and no other way to ask.
     found = life.probe("folders", XDG_DATA_HOME="/" + "x" * 300, TESSARIX_FAULT="SHGetSpecialFolderLocation:1:5:on")
     yield "no application folders", expect("told", found, (0, f"local {own}\nroaming {own}\ncommon {own}\n"))
-    yield from start_sweep(life)
-
-
-def start_sweep(life):
-    """A start and a stop with each call failing once: they come about or the failure is shown once."""
-    for function in ("*", "allocation"):
-        calls = life.path("calls")
-        life.probe("start", TESSARIX_FAULT=f"{function}:{faultsweep.NEVER}:5:once", TESSARIX_FAULT_CALLS=calls)
-        count = int(life.take("calls"))
-        problems = [] if count > 10 else ["too few calls were seen"]
-        for nth in range(1, count + 1):
-            for code in faultsweep.CODES:
-                found = life.probe("start", TESSARIX_FAULT=f"{function}:{nth}:{code}:once")
-                reports = found[1].count("shown: ")
-                # 1: the failure was reported in static construction, or was the probe's own.
-                if found[0] not in (0, 1, 3) or reports > 1 or (found[0] == 3 and reports == 0):
-                    problems.append(f"{function}:{nth}:{code}: {found}")
-        yield f"{count} calls of {function} fail, once, in a start and a stop", problems
 
 
 def checks(place):

@@ -1,10 +1,12 @@
-// lifeprobe COMMAND [FILE]: starts the foundation and tells what came of it, for the suite that looks at its life from
+// lifeprobe COMMAND [PATH]: starts the foundation and tells what came of it, for the suite that looks at its life from
 // outside.
 #include "foundation/inc/commandlinefo.h"
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/failureguard.h"
 #include "foundation/inc/file.h"
+#include "foundation/inc/filesystem.h"
 #include "foundation/inc/foundation.h"
+#include "foundation/inc/messagenames.h"
 #include "foundation/inc/modulelist.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/src/statics.h"
@@ -73,12 +75,17 @@ void FailToStart() {
     std::printf("state %d\n", GetFoundationState());
 }
 
-/// A start and a stop: 0, or 3 if the start has failed.
-void StartAndStop() {
+/// What is done between a start and a stop. A start that fails has been shown and ends as a failure.
+template <class TAction>
+void StartAndStop(TAction action) {
     if (!InitializeFoundation(nullptr, nullptr)) {
-        std::exit(GetFoundationState());
+        GenerateUserException();
     }
+    const bool done = ShowFailure(action);
     DeinitializeFoundation();
+    if (!done) {
+        GenerateUserException();
+    }
 }
 
 /// Keeps everybody else from a file until the standard input ends.
@@ -91,11 +98,38 @@ void Hold(const CUnicodeString& path) {
     }
 }
 
+/// A text in the language of the one library in a folder.
+void TellInLanguage(const CUnicodeString& folder) {
+    GetResourceBase().AddPrefix(folder, u"corvane");
+    StartAndStop([] { Print("help", GetMessage(MSG_INTERNAL_ERROR)); });
+}
+
+/// Files in memory: made, copied, listed, and left behind for the stop to sweep.
+void UseMemoryFiles() {
+    StartAndStop([] {
+        const CUnicodeString root = CVirtualFileSystem::GetRootName();
+        CFile file;
+        file.Open(root + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
+        file.Write("text", 4);
+        file.Close();
+        FileSystem::GetFileSystem(root).CopyFile(root + u"c.txt", root + u"a\\b.txt");
+        CArray<CFileStatus> found;
+        FileSystem::GetFileSystem(root).FindFiles(root, found, u"*");
+        for (const CFileStatus& status : found) {
+            Print("found", CUnicodeString::Format(u"%s %d", status.Name, status.Size));
+        }
+    });
+}
+
 std::int32_t RunCommand() {
     CArray<CUnicodeString> words;
     SplitCommandLine(words, Platform::GetCommandLine());
     if (words.Size() == 3 && words[1] == u"hold") {
         Hold(words[2]);
+        return 0;
+    }
+    if (words.Size() == 3 && words[1] == u"language") {
+        TellInLanguage(words[2]);
         return 0;
     }
     struct Row {
@@ -106,7 +140,7 @@ std::int32_t RunCommand() {
                             {u"folders", &TellFolders},
                             {u"modes", &TellStopModes},
                             {u"badmodule", &FailToStart},
-                            {u"start", &StartAndStop}};
+                            {u"files", &UseMemoryFiles}};
     for (const Row& row : rows) {
         if (words.Size() == 2 && words[1] == row.name) {
             row.action();
@@ -121,12 +155,12 @@ std::int32_t RunCommand() {
 std::int32_t ProgramMain() {
     CThreadErrorMode& mode = *ThreadErrorMode.Get();
     if (mode.ErrorReported) {
-        return 1;
+        return -1;
     }
     mode.NoExceptions = false;
     CPrintingHandler handler;
     const CMessageHandlerScope scope(&handler);
-    std::int32_t exitCode = 1;
+    std::int32_t exitCode = -1;
     ShowFailure([&exitCode] { exitCode = RunCommand(); });
     return exitCode;
 }

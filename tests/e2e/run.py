@@ -13,7 +13,6 @@ import tempfile
 import cases
 import exports
 import extended
-import faultsweep
 import life
 import outputs
 from places import Native, Wine
@@ -84,7 +83,6 @@ def further_checks(place, options, root):
     elif not options.extended:
         yield from outputs.checks(place, root)
         yield from exports.checks(place, options)
-        yield from faultsweep.checks(place, root) if options.faults else ()
 
 
 def run_all(options, root):

@@ -30,15 +30,23 @@ struct CBuilt : CHalfBuilt {
 
 namespace {
 
-/// Prints what it is shown, and fails while it shows the first text.
+/// Prints what it is shown, and fails each time.
 class CFailingHandler : public CMessageHandler {
 public:
     std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
         std::printf("shown with style %u: %s\n", style, CUnicodeString(text).ToNarrow(0).Text());
         std::fflush(stdout);
+        if (raisesLater && ++shown > 1) {
+            GenerateUserException();
+        }
         FailAssertion(u"src\\inner", 2);
         return 0;
     }
+
+    bool raisesLater = false;
+
+private:
+    int shown = 0;
 };
 
 // A failure inside the report of a failure, on a thread that must not throw.
@@ -81,6 +89,16 @@ void ExhaustPool() {
     }
 }
 
+// The handler raises while it shows the end.
+void DoubleErrorRaises() {
+    std::signal(SIGABRT, &OnAbort);
+    CFailingHandler handler;
+    handler.raisesLater = true;
+    const CMessageHandlerScope scope(&handler);
+    ThreadErrorMode.Get()->NoExceptions = true;
+    FailAssertion(u"src\\outer", 1);
+}
+
 void CallPure() {
     std::signal(SIGABRT, &OnAbort);
     InitializeFoundation(nullptr, nullptr);
@@ -115,6 +133,7 @@ struct Row {
 };
 
 constexpr Row Rows[] = {{u"double", &DoubleError},
+                        {u"raising", &DoubleErrorRaises},
                         {u"exception", &DoubleErrorInException},
                         {u"pool", &ExhaustPool},
                         {u"purecall", &CallPure},

@@ -1,6 +1,7 @@
 // The Simple side of the recording mail client: the one entry of a MAPI library that the program asks for. It writes
 // down all that it is handed, shows nothing and answers as it is told.
 #include "mapi/SimpleMapi.h"
+#include "platform/inc/faults.h"
 #include "tests/mailclient/answer.h"
 #include "tests/mailclient/transcript.h"
 #include <string>
@@ -77,6 +78,7 @@ extern "C" PLATFORM_EXPORT std::uint32_t MAPISendMail(std::uintptr_t session, st
                                                       MapiMessage* message, std::uint32_t flags,
                                                       std::uint32_t reserved) {
     static_assert(std::is_same_v<decltype(MAPISendMail), Mapi::SendMailEntry>);
+    Platform::DisarmFaults(); // the program is what is tested
     Transcript transcript;
     transcript.Line(EntryName);
     transcript.Number("session", session);

@@ -18,7 +18,7 @@ WindowObject* const LastPopup = reinterpret_cast<WindowObject*>(&PopupIsVisible)
 
 } // namespace
 
-std::int32_t MessageBox(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style) {
+std::int32_t MessageBox(Window owner, const char16_t* text, const char16_t* title, std::uint32_t style) noexcept {
     return MessageBoxIndirect(owner, text, title, style, nullptr, nullptr);
 }
 

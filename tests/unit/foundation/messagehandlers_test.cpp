@@ -1,5 +1,6 @@
 #include "foundation/inc/messagehandlers.h"
 
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/lineends.h"
 #include "foundation/inc/messagenames.h"
 #include "platform/inc/faults.h"
@@ -71,6 +72,25 @@ TEST(MessageHandlers, ABoxHasAnIconAndItsPlace) {
     }
     BoxAnswer = 0; // no box came up
     EXPECT_EQ(handler.ShowMessageBox(nullptr, u"text", u"title", 0x104), Platform::IdNo);
+}
+
+TEST(MessageHandlers, WhatAHandlerCannotShowGoesToTheLastResort) {
+    struct CRaisingHandler : CMessageHandler {
+        std::int32_t ShowMessageBox(Platform::Window, const char16_t*, const char16_t*, std::uint32_t) override {
+            GenerateLastErrorException(6);
+            return 0;
+        }
+    } handler;
+    const CMessageHandlerScope scope(&handler);
+    ShownBoxes.clear();
+    EXPECT_FALSE(ShowFailure([] { GenerateCheckException(ERR_BAD_ARCHIVE, u"x", u""); }));
+    EXPECT_FALSE(ShowFailure(&GenerateUserException));
+    EXPECT_FALSE(ShowFailure([] { throw std::bad_alloc(); }));
+    Platform::ArmFault("allocation", 1, 8, Platform::FaultMode::FromThenOn);
+    EXPECT_FALSE(ShowFailure(&GenerateMemoryException));
+    Platform::DisarmFaults();
+    EXPECT_EQ(ShownBoxes, "Tessarix: x is corrupted. 1010\n"
+                          "Tessarix: Not enough memory! 1010\nTessarix: Not enough memory! 1010\n");
 }
 
 TEST(MessageHandlers, ABoxTakesAnIconOfTheProgram) {
