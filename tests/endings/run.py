@@ -27,7 +27,7 @@ CASES = (
     ("a static object fails", "static", ["-r:ann"], STATIC, 255),
     ("a failure inside a failure", "endings", ["double"], shown(OUTER, DOUBLE), ABORTED),
     ("a handler that raises in the end", "endings", ["raising"],
-     shown(OUTER, DOUBLE) + f"box Tessarix: {DOUBLE} 1010\nabort\n", ABORTED),
+     shown(OUTER, DOUBLE) + "box Tessarix: " + DOUBLE.replace("\n", "\\u000A") + " 1010\nabort\n", ABORTED),
     ("a failure inside a report", "endings", ["exception"], shown(RAISED, DOUBLE), ABORTED),
     ("the 65th memory exception", "endings", ["pool"],
      "".join(f"{n} kept\n" for n in range(65)) + "box Tessarix: Not enough memory! 1010\nabort\n", ABORTED),
