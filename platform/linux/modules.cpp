@@ -149,13 +149,13 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     return static_cast<Module>(module);
 }
 
-void FoldLibraryPath(char16_t* path) {
-    static_cast<void>(path); // another case may be another file's
+void FoldLibraryPath(char16_t*) {
+    // Another case may be another file's.
 }
 
 Module GetModuleHandle(const char16_t* name) {
     PLATFORM_FAULT(GetModuleHandle, nullptr);
-    const Module module = FindLoaded(name);
+    Module module = FindLoaded(name);
     if (module) {
         dlclose(module); // whoever loaded it still holds it
     }
