@@ -26,13 +26,22 @@ ARROWS = {
     "platform/linux": {"platform/inc"},
     "mailsystem": {"mapi", "platform/inc", "platform/linux"},
 }
-# The one source above the platform layer that is written for a platform: the build adds it on that platform alone.
 # Static objects are marked, for a test alone, by a header of the tests.
-ARROW_EXCEPTIONS = {("app/res/linuxresources.cpp", "platform/linux"), ("foundation/src/statics.cpp", "tests")}
+ARROW_EXCEPTIONS = {("foundation/src/statics.cpp", "tests")}
 
 SYSTEM_HEADER = re.compile(r"#\s*include\s*<(windows|win\w*|unistd|fcntl|dlfcn|pthread|dirent|elf|link|poll|syslog|signal|sys/|linux/)")
 SYSTEM_CONDITION = re.compile(r"#\s*(if|ifdef|ifndef|elif)\b.*\b(_WIN32|_WIN64|WIN32|__linux__|__unix__|__MINGW\w*|_MSC_VER)\b")
 MOST_LINES = 500
+
+FUNCTION = re.compile(r"^([A-Za-z][\w:<>*& ]*[ *&])(\w+)\([^{};]*\)(?: noexcept)? \{\n(.*?)^\}", re.M | re.S)
+# Functions of the platform layer that give something back and cannot fail, or only as the one behind them does.
+NEVER_FAIL = set("""
+    FaultCallsSeen FaultsAvailable GetACP GetCommandLine GetConsoleOutputCP GetCurrentProcessId GetCurrentThread
+    GetLastActivePopup GetLastError GetOEMCP GetProcessHeap GetProgramModule GetSystemDefaultLCID
+    GetSystemDefaultLangID GetSystemInfo GetSystemTimeAsFileTime GetUserDefaultLCID GetVersionEx GuardedCall
+    IsDebuggerPresent IsWindowVisible LoadLibraryA MessageBox MessageBoxIndirect QueryAddress SetErrorInfo SetErrorMode
+    SetHeapLowFragmentation SysAllocString TlsGetValue clearfp iswspace towlower towupper wcsicmp wcsnicmp
+""".split())
 
 
 def files(*endings):
@@ -82,6 +91,19 @@ def check_layers():
                 other = folder_of(target)
                 if other != folder and other not in ARROWS[folder] and (name, other) not in ARROW_EXCEPTIONS:
                     yield f"{place}: {folder} may not include from {other}"
+
+
+def check_fault_hooks():
+    """Every function that the platform layer offers and that can say that it failed has the hook of fault injection."""
+    offered = {name for header in files(".h") if header.startswith("platform/inc/")
+               for name in re.findall(r"^[A-Za-z][\w:<>*& ]*[ *&](\w+)\(", read(header), re.M)}
+    for source in files(".cpp"):
+        if not source.startswith("platform/linux/"):
+            continue
+        for kind, name, body in FUNCTION.findall(read(source)):
+            hooked = "PLATFORM_FAULT(" in body or "PLATFORM_ALLOCATION_FAULT(" in body
+            if name in offered and name not in NEVER_FAIL and kind != "void " and not hooked:
+                yield f"{source}: {name} has no fault hook"
 
 
 def check_lengths():
@@ -162,7 +184,7 @@ def check_compiled():
 
 def main():
     found = 0
-    for check in (check_layers, check_lengths, check_format, check_compiled):
+    for check in (check_layers, check_fault_hooks, check_lengths, check_format, check_compiled):
         print(f"== {check.__name__.replace('_', ' ')}", file=sys.stderr)
         for finding in check():
             print(finding)

@@ -19,7 +19,7 @@ struct CModuleEntry {
 };
 
 /// Loads a library. A complete name (one that begins with a drive and a root, or like a UNC name) is used as it stands;
-/// any other is looked for in the library search path, if there is one, and where the system looks for programs. Null
+/// any other is looked for in the library search path, if there is one, and where the system looks for libraries. Null
 /// with the last error if it isn't found or can't be loaded. Each success is matched by one FreeLibrary.
 Platform::Module LoadLibrarySearched(const char16_t* name);
 

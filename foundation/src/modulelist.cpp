@@ -114,7 +114,7 @@ Platform::Module FindAndLoad(const CUnicodeString& name, std::uint32_t& error) {
     Platform::Module module = nullptr;
     CUnicodeString path = ResolveLibraryPath(name);
     if (!path.IsEmpty()) {
-        path.MakeLower();
+        Platform::FoldLibraryPath(path.GetBuffer(path.Length()));
         const CRuntimeHeapSwitcher switcher;
         module = LoadLibraryInThisMode(path.Text());
     }

@@ -40,9 +40,9 @@ bool MoveFileEx(const char16_t* source, const char16_t* target, std::uint32_t fl
 std::uint32_t GetFullPathName(const char16_t* path, std::uint32_t size, char16_t* buffer, char16_t** filePart);
 
 /// Looks for `file`, with `extension` added where it has none (null: none is added), in the folders of `path`, which
-/// `;` separates; null means the program's folder, the system's folders, the current folder and those of the variable
-/// PATH. A name with a drive or a root is looked up as it stands. Result as of GetFullPathName; 0 with last error 2 if
-/// there is no such file, and 87 for an empty name.
+/// `;` separates; null means the program's folder, the system's folders, and on Windows the current folder and those of
+/// the variable PATH. A name with a drive or a root is looked up as it stands. Result as of GetFullPathName; 0 with
+/// last error 2 if there is no such file, and 87 for an empty name.
 std::uint32_t SearchPath(const char16_t* path, const char16_t* file, const char16_t* extension, std::uint32_t size,
                          char16_t* buffer, char16_t** filePart);
 

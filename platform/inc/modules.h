@@ -9,16 +9,21 @@ namespace Platform {
 constexpr std::uint32_t LoadWithAlteredSearchPath = 8; // LOAD_WITH_ALTERED_SEARCH_PATH
 
 /// Loads a library; null on failure. Each success is matched by one FreeLibrary.
-/// A plain name is searched in the program's folder, the system folder, the current folder and the folders of PATH, in
-/// this order. On Linux a name ending in ".dll" is looked up as given and then with ".so", and the system folder is
-/// that of the shipped modules.
+/// A plain name is searched where the system searches. On Linux that is the program's folder and the system folder, the
+/// one of the shipped modules, and no other: not the current one, nor those of PATH or of the loader. A name ending in
+/// ".dll" is looked up as given and then with ".so" there. A library that lacks another one fails with 126;
+/// FormatMessage then adds the loader's words, which name it, to the text of the calling thread's latest failure.
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags);
 /// The same for a narrow path in the ANSI code page, without flags.
 Module LoadLibraryA(const char* path);
 bool FreeLibrary(Module module);
 
-/// From now on plain names are searched in this folder too, behind that of the program and in place of the current one;
-/// null takes that back. Fails with 87 for a name that no folder can have.
+/// Brings the path of a library, in place, to the form in which it is loaded and told of: lower case on Windows. It
+/// stays as it is on Linux, where a path in another case may be another file's.
+void FoldLibraryPath(char16_t* path);
+
+/// From now on plain names are searched in this folder too, behind that of the program and in place of the current one
+/// where that is searched; null takes that back. Fails with 87 for a name that no folder can have.
 bool SetDllDirectory(const char16_t* folder);
 
 /// The folder of the system's own libraries, without a closing separator, with the protocol of GetFullPathName.

@@ -5,6 +5,7 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/fullpath.h"
 #include "platform/linux/loadedmodules.h"
+#include "platform/linux/loadfailure.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/searchfolders.h"
@@ -13,17 +14,16 @@
 #include <link.h>
 #include <mutex>
 #include <string>
-#include <unistd.h>
+#include <sys/stat.h>
 #include <vector>
 
 namespace Platform {
 
 namespace {
 
-/// The folder of SetDllDirectory, in Windows syntax.
+/// The folder of SetDllDirectory, in Windows syntax; empty for none.
 struct DllDirectory {
     std::mutex lock;
-    bool isSet = false;
     std::u16string folder;
 };
 
@@ -40,18 +40,21 @@ std::vector<std::u16string> LibraryFolders() {
     }
     DllDirectory& chosen = ChosenDllDirectory();
     const std::lock_guard guard(chosen.lock);
-    if (chosen.isSet) {
-        constexpr std::ptrdiff_t currentFolder = 2;
-        folders.erase(folders.begin() + currentFolder);
-        if (!chosen.folder.empty()) {
-            folders.insert(folders.begin() + 1, chosen.folder);
-        }
+    if (!chosen.folder.empty() && !folders.empty()) {
+        folders.insert(folders.begin() + 1, chosen.folder); // behind the program's
     }
     return folders;
 }
 
-// Hands the native files that a name may mean to `attempt`, in the order of the search, until it returns true. A folder
-// is not looked into before its turn: to find a name in another case all of its entries are read.
+// The loader would wait for the other end of a pipe.
+bool IsRegularFile(const std::string& native) {
+    struct stat status {};
+    return stat(native.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Hands the native files that a name may mean to `attempt`, in the order of the search, until it returns true. Each is
+// a whole path, for the loader would look for a plain name in places of its own. A folder is not looked into before its
+// turn: to find a name in another case all of its entries are read.
 template <class TAttempt>
 bool TryCandidates(std::u16string_view name, TAttempt attempt) {
     const std::vector<std::u16string> names = CandidateNames(name);
@@ -61,7 +64,7 @@ bool TryCandidates(std::u16string_view name, TAttempt attempt) {
             std::u16string path = folder;
             path.append(isPlain ? u"/" : u"").append(candidate);
             std::string native;
-            if (MapPath(path, native) && attempt(native)) {
+            if (MapPath(path, native) && IsRegularFile(native) && attempt(native)) {
                 return true;
             }
         }
@@ -91,18 +94,22 @@ std::vector<std::string> LoadedFiles(const std::vector<std::u16string>& names) {
 }
 
 // A loaded library, counted once more; null if it is not loaded.
-void* FindLoaded(const char16_t* name) {
+Module FindLoaded(const char16_t* name) {
     void* module = nullptr;
     const auto isLoaded = [&module](const std::string& file) {
         module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
         return module != nullptr;
     };
-    const std::vector<std::string> files =
-        IsPlainName(name) ? LoadedFiles(CandidateNames(name)) : std::vector<std::string>();
-    if (!std::any_of(files.begin(), files.end(), isLoaded) && (IsPlainName(name) || !TryCandidates(name, isLoaded))) {
-        SetLastError(ErrorModuleNotFound);
+    if (IsPlainName(name)) {
+        const std::vector<std::string> files = LoadedFiles(CandidateNames(name));
+        static_cast<void>(std::any_of(files.begin(), files.end(), isLoaded));
+    } else {
+        TryCandidates(name, isLoaded);
     }
-    return module;
+    if (!module) {
+        SetModuleError(ErrorModuleNotFound);
+    }
+    return static_cast<Module>(module);
 }
 
 } // namespace
@@ -130,42 +137,35 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     static_cast<void>(flags); // a library's own dependencies are found by what it was linked with
     void* module = nullptr;
     const bool isThere = TryCandidates(name, [&module](const std::string& file) {
-        if (access(file.c_str(), F_OK) != 0) {
-            return false;
-        }
         module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (!module) {
-            SetLastError(access(file.c_str(), R_OK) == 0 ? ErrorBadExeFormat : ErrorAccessDenied);
+            SetModuleErrorFromLoader(file);
         }
         return true;
     });
-    if (isThere) {
-        return static_cast<Module>(module);
+    if (!isThere) {
+        SetModuleError(ErrorModuleNotFound);
     }
-    // Last, where the loader itself would look: LD_LIBRARY_PATH and the system's library folders.
-    for (const std::u16string& candidate : CandidateNames(name)) {
-        module = IsPlainName(name) ? dlopen(NativeName(candidate).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr;
-        if (module) {
-            return static_cast<Module>(module);
-        }
-    }
-    SetLastError(ErrorModuleNotFound);
-    return nullptr;
+    return static_cast<Module>(module);
+}
+
+void FoldLibraryPath(char16_t*) {
+    // Another case may be another file's.
 }
 
 Module GetModuleHandle(const char16_t* name) {
     PLATFORM_FAULT(GetModuleHandle, nullptr);
-    void* module = FindLoaded(name);
+    Module module = FindLoaded(name);
     if (module) {
         dlclose(module); // whoever loaded it still holds it
     }
-    return static_cast<Module>(module);
+    return module;
 }
 
 bool GetModuleHandleEx(std::uint32_t, const char16_t* name, Module& module) {
     module = nullptr;
     PLATFORM_FAULT(GetModuleHandleEx, false);
-    module = static_cast<Module>(FindLoaded(name));
+    module = FindLoaded(name);
     return module != nullptr;
 }
 
@@ -181,30 +181,43 @@ bool SetDllDirectory(const char16_t* folder) {
     }
     DllDirectory& chosen = ChosenDllDirectory();
     const std::lock_guard guard(chosen.lock);
-    chosen.isSet = folder != nullptr;
     chosen.folder = name;
     return true;
 }
 
 std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
     PLATFORM_FAULT(GetSystemDirectory, 0);
+    const std::string native = SystemFolder();
     FullPath folder;
-    return ParseFullPath(WindowsPath(SystemFolder()), folder) ? CopyPath(folder.Text(), size, buffer) : 0;
+    if (native.empty()) {
+        SetLastError(ErrorPathNotFound);
+        return 0;
+    }
+    return ParseFullPath(WindowsPath(native), folder) ? CopyPath(folder.Text(), size, buffer) : 0;
 }
 
 bool FreeLibrary(Module module) {
-    return IsLoaded(module) ? dlclose(module) == 0 || Fail(ErrorInvalidHandle) : Fail(ErrorModuleNotFound);
+    if (!module || !IsLoaded(module)) {
+        SetModuleError(ErrorModuleNotFound);
+        return false;
+    }
+    const bool isClosed = dlclose(module) == 0;
+    PLATFORM_FAULT(FreeLibrary, false);
+    if (!isClosed) {
+        return Fail(ErrorInvalidHandle);
+    }
+    return true;
 }
 
 Procedure GetProcAddress(Module module, const char* name) {
     PLATFORM_FAULT(GetProcAddress, nullptr);
     if (!IsLoaded(module)) {
-        SetLastError(ErrorModuleNotFound);
+        SetModuleError(ErrorModuleNotFound);
         return nullptr;
     }
     auto entry = reinterpret_cast<Procedure>(dlsym(module, name));
     if (!entry) {
-        SetLastError(ErrorProcedureNotFound);
+        SetModuleError(ErrorProcedureNotFound);
     }
     return entry;
 }
@@ -218,10 +231,15 @@ std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t s
     PLATFORM_FAULT(GetModuleFileName, 0);
     const link_map* map = nullptr;
     if (module && module != GetProgramModule() && (!IsLoaded(module) || dlinfo(module, RTLD_DI_LINKMAP, &map) != 0)) {
-        SetLastError(ErrorModuleNotFound);
+        SetModuleError(ErrorModuleNotFound);
         return 0;
     }
-    const std::u16string path = WindowsPath(map ? Resolve(map->l_name) : ProgramFile());
+    const std::string file = map ? Resolve(map->l_name) : ProgramFile();
+    if (file.empty()) {
+        SetLastError(ErrorFileNotFound);
+        return 0;
+    }
+    const std::u16string path = WindowsPath(file);
     if (path.size() < size) {
         *std::copy(path.begin(), path.end(), buffer) = u'\0';
         return static_cast<std::uint32_t>(path.size());

@@ -21,7 +21,8 @@ __attribute__((constructor)) void KeepArguments(int count, char** arguments, cha
 } // namespace
 
 const char16_t* GetCommandLine() {
-    static const std::u16string line = JoinArguments(argumentCount, argumentVector);
+    // Never destroyed: a static object's end may ask for it.
+    static const std::u16string& line = *new std::u16string(JoinArguments(argumentCount, argumentVector));
     return line.c_str();
 }
 

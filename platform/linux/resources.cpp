@@ -1,9 +1,11 @@
 #include "platform/inc/resources.h"
 
 #include "platform/inc/lasterror.h"
+#include "platform/linux/descriptor.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/loadedmodules.h"
+#include "platform/linux/loadfailure.h"
 #include "platform/linux/moduleresources.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
@@ -11,29 +13,43 @@
 #include "platform/linux/versionblock.h"
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <dlfcn.h>
 #include <elf.h>
-#include <memory>
+#include <fcntl.h>
 #include <mutex>
 #include <span>
 #include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace Platform {
 
 namespace {
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+bool ReadAt(const Descriptor& file, std::uint64_t offset, void* buffer, std::size_t size) {
+    const ssize_t count = pread(file.Get(), buffer, size, static_cast<off_t>(offset));
+    return count >= 0 && static_cast<std::size_t>(count) == size;
+}
 
-bool ReadAt(const File& file, std::uint64_t offset, void* buffer, std::size_t size) {
-    return std::fseek(file.get(), static_cast<long>(offset), SEEK_SET) == 0 &&
-           std::fread(buffer, 1, size, file.get()) == size;
+// None, with the last error set, on failure. A pipe, which would be waited for, has no resources.
+Descriptor OpenRegular(const std::string& native) {
+    Descriptor file(open(native.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!file || fstat(file.Get(), &status) != 0) {
+        SetLastErrorFromErrno();
+        return {};
+    }
+    if (!S_ISREG(status.st_mode)) {
+        SetLastError(ErrorResourceDataNotFound);
+        return {};
+    }
+    return file;
 }
 
 // The section headers of an ELF file of this machine; empty for any other file.
-std::vector<Elf64_Shdr> ReadSectionHeaders(const File& file, std::size_t& nameSection) {
+std::vector<Elf64_Shdr> ReadSectionHeaders(const Descriptor& file, std::size_t& nameSection) {
     Elf64_Ehdr header{};
     if (!ReadAt(file, 0, &header, sizeof(header)) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
         header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_shentsize != sizeof(Elf64_Shdr) ||
@@ -54,9 +70,9 @@ bool ReadVersionSection(const char16_t* path, std::vector<std::byte>& block) {
     if (!MapPath(path, native)) {
         return false;
     }
-    const File file(std::fopen(native.c_str(), "rbe"), &std::fclose);
+    const Descriptor file = OpenRegular(native);
     if (!file) {
-        return FailFromErrno();
+        return false;
     }
     std::size_t nameSection = 0;
     const std::vector<Elf64_Shdr> sections = ReadSectionHeaders(file, nameSection);
@@ -67,7 +83,10 @@ bool ReadVersionSection(const char16_t* path, std::vector<std::byte>& block) {
             ReadAt(file, sections[nameSection].sh_offset + section.sh_name, name, sizeof(name)) &&
             std::memcmp(name, TESSARIX_VERSION_SECTION, sizeof(name)) == 0) {
             block.resize(section.sh_size);
-            return ReadAt(file, section.sh_offset, block.data(), block.size()) || Fail(ErrorResourceDataNotFound);
+            if (ReadAt(file, section.sh_offset, block.data(), block.size())) {
+                return true;
+            }
+            break;
         }
     }
     return Fail(ErrorResourceDataNotFound);
@@ -76,7 +95,7 @@ bool ReadVersionSection(const char16_t* path, std::vector<std::byte>& block) {
 // The resources of a loaded module; null with the last error set if it has none, or is gone.
 const ModuleResources* ResourcesOf(Module module) {
     if (!IsLoaded(module)) {
-        SetLastError(ErrorModuleNotFound);
+        SetModuleError(ErrorModuleNotFound);
         return nullptr;
     }
     const auto* resources = static_cast<const ModuleResources*>(dlsym(module, ModuleResourcesSymbol));
@@ -114,15 +133,20 @@ bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
         return Fail(ErrorResourceTypeNotFound);
     }
     const std::span<const char16_t* const> icons(resources->icons, resources->iconCount);
-    return std::any_of(icons.begin(), icons.end(), [name](const char16_t* icon) { return NamesEqual(icon, name); }) ||
-           Fail(ErrorResourceNameNotFound);
+    if (std::none_of(icons.begin(), icons.end(), [name](const char16_t* icon) { return NamesEqual(icon, name); })) {
+        return Fail(ErrorResourceNameNotFound);
+    }
+    return true;
 }
 
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
     PLATFORM_FAULT(LoadString, 0);
     const ModuleResources* resources = ResourcesOf(module);
-    if (!resources || size <= 0) {
-        SetLastError(resources ? ErrorInvalidParameter : GetLastError());
+    if (!resources) {
+        return 0;
+    }
+    if (size <= 0) {
+        SetLastError(ErrorInvalidParameter);
         return 0;
     }
     const ModuleString* end = resources->strings + resources->stringCount;
@@ -159,7 +183,10 @@ bool VerQueryValue(const void* block, std::uint32_t size, const char16_t* subBlo
                    std::uint32_t& length) {
     PLATFORM_FAULT(VerQueryValue, false);
     const std::span<const std::byte> bytes(static_cast<const std::byte*>(block), block ? size : 0);
-    return QueryVersionBlock(bytes, subBlock, value, length) || Fail(ErrorResourceTypeNotFound);
+    if (!QueryVersionBlock(bytes, subBlock, value, length)) {
+        return Fail(ErrorResourceTypeNotFound);
+    }
+    return true;
 }
 
 } // namespace Platform

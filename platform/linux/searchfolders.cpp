@@ -1,6 +1,7 @@
 #include "platform/linux/searchfolders.h"
 
 #include "platform/linux/nativetext.h"
+#include "platform/linux/paths.h"
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -18,9 +19,18 @@ std::string ReadProgramLink() {
     return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
 }
 
-std::string ProgramFolder() {
+// With its closing separator; empty where a path in Windows syntax means another folder, one whose name ends in a dot
+// or has a backslash.
+std::string FindProgramFolder() {
     const std::string& program = ProgramFile();
-    return program.substr(0, program.find_last_of('/') + 1);
+    const std::string folder = program.substr(0, program.find_last_of('/') + 1);
+    std::string meant;
+    return MapPath(WideName(folder + "any"), meant) && meant == folder + "any" ? folder : std::string();
+}
+
+const std::string& ProgramFolder() {
+    static const std::string& folder = *new std::string(FindProgramFolder());
+    return folder;
 }
 
 } // namespace
@@ -37,19 +47,14 @@ const std::string& ProgramFile() {
 }
 
 std::string SystemFolder() {
-    return ProgramFolder() + PLATFORM_MODULE_FOLDER;
+    return ProgramFolder().empty() ? std::string() : ProgramFolder() + PLATFORM_MODULE_FOLDER;
 }
 
 std::vector<std::string> SearchFolders() {
-    std::vector<std::string> folders{ProgramFolder(), SystemFolder(), "."};
-    const char* path = std::getenv("PATH");
-    std::string_view rest = path ? path : "";
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(':'), rest.size());
-        folders.emplace_back(rest.substr(0, end));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
+    if (ProgramFolder().empty()) {
+        return {};
     }
-    return folders;
+    return {ProgramFolder(), SystemFolder()};
 }
 
 std::vector<std::u16string> CandidateNames(std::u16string_view name) {

@@ -1,4 +1,4 @@
-// Where programs and libraries are looked for when their names have no path.
+// Where libraries are looked for when their names have no path.
 #pragma once
 
 #include <string>
@@ -7,10 +7,12 @@
 
 namespace Platform {
 
-/// The native folder of the shipped modules, which stands for the system folder.
+/// The native folder of the shipped modules, which stands for the system folder; empty if no path in Windows
+/// syntax leads to the program's own.
 std::string SystemFolder();
 
-/// The native folders to search: of the program, of the system, the current one, and those of PATH.
+/// The native folders to search: of the program and of the system. What Windows adds, the current folder and those of
+/// PATH, would run whatever somebody has left in a folder that others happen to stand in.
 std::vector<std::string> SearchFolders();
 
 /// The names to look for: as given, and for a name that ends in ".dll" with ".so" instead.
@@ -22,7 +24,7 @@ bool IsPlainName(std::u16string_view name);
 /// The native path of a file with all its links resolved; empty on failure.
 std::string Resolve(const char* native);
 
-/// The native path of the running program at its start.
+/// The native path of the running program at its start; empty where the system does not tell.
 const std::string& ProgramFile();
 
 } // namespace Platform

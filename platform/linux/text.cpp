@@ -5,10 +5,13 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/errortexts.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/loadfailure.h"
+#include "platform/linux/nativetext.h"
 #include <algorithm>
 #include <clocale>
 #include <cwctype>
 #include <limits>
+#include <string>
 #include <string_view>
 
 namespace Platform {
@@ -25,14 +28,17 @@ std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32
     text = nullptr;
     PLATFORM_FAULT(FormatMessage, 0);
     static_cast<void>(language); // the texts exist in English alone
-    const std::u16string_view found = ErrorText(code);
+    std::u16string found(ErrorText(code));
     if (found.empty()) {
         SetLastError(ErrorMessageNotFound);
         return 0;
     }
-    if (!(flags & FormatMessageIgnoreInserts) && found.find(u'%') != std::u16string_view::npos) {
+    if (!(flags & FormatMessageIgnoreInserts) && found.find(u'%') != std::u16string::npos) {
         SetLastError(ErrorInvalidParameter);
         return 0;
+    }
+    if (const std::string_view words = ModuleErrorWords(code); !words.empty()) {
+        found += Utf16Text(words) + u"\r\n";
     }
     text = static_cast<char16_t*>(AllocateRuntimeHeap((found.size() + 1) * sizeof(char16_t)));
     if (!text) {

@@ -59,7 +59,9 @@ std::uint32_t TlsAlloc() {
 }
 
 bool TlsFree(std::uint32_t index) {
-    return pthread_key_delete(index) == 0 || Fail(ErrorInvalidParameter);
+    const bool isFreed = pthread_key_delete(index) == 0;
+    PLATFORM_FAULT(TlsFree, false);
+    return isFreed || Fail(ErrorInvalidParameter);
 }
 
 void* TlsGetValue(std::uint32_t index) {

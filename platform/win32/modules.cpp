@@ -1,5 +1,6 @@
 #include "platform/inc/modules.h"
 
+#include "platform/inc/text.h"
 #include "platform/win32/windowsapi.h"
 
 namespace Platform {
@@ -10,6 +11,12 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
 
 Module LoadLibraryA(const char* path) {
     return reinterpret_cast<Module>(::LoadLibraryA(path));
+}
+
+void FoldLibraryPath(char16_t* path) {
+    for (; *path; ++path) {
+        *path = towlower(*path);
+    }
 }
 
 bool SetDllDirectory(const char16_t* folder) {

@@ -192,6 +192,9 @@ def lost_line_checks(life):
     if not life.place.windows:
         yield "a full disk", full_disk(life) + expect("log", life.take("TessarixLog.txt"), b"x" * 100)
         if os.geteuid() == 0:
+            with open(log, "wb") as file:
+                os.fchmod(file.fileno(), 0)
+            yield "a log of somebody else", usual_run(life, NOBODY) + expect("log", life.take("TessarixLog.txt"), b"")
             yield "a folder of somebody else", usual_run(life, NOBODY) + expect("log", life.take("TessarixLog.txt"), None)
 
 

@@ -1,10 +1,11 @@
 """The two systems on which the program is run: natively, and as a Windows program under Wine.
 
-A place keeps three copies of the program, each in a folder where it finds another mail system:
+A place keeps copies of the program, each in a folder where it finds another mail system:
 
     recording    the recording client
     missing      no MAPI library at all
     no entry     a MAPI library that cannot send
+    lacking      a MAPI library that lacks one itself; natively alone
 """
 
 import dataclasses
@@ -86,10 +87,15 @@ class Native(Place):
     def __init__(self, options, root):
         super().__init__(options, root)
         self.environment["TESSARIX_REGISTRY"] = os.path.join(root, "registry")
-        self.environment["PATH"] = "/usr/bin:/bin"  # libraries are looked for there too
         self.copy_program("recording", "corvane", options.client)
         self.copy_program("missing", "corvane")
         self.copy_program("no entry", "corvane", options.no_entry_client)
+        self.copy_program("lacking", "corvane", options.no_entry_client)
+        library = os.path.join(root, "lacking", os.path.basename(options.no_entry_client))
+        with open(library, "r+b") as file:
+            content = file.read().replace(b"libc.so.6", b"libX.so.6")
+            file.seek(0)
+            file.write(content)
 
     def __enter__(self):
         if self.options.extended:

@@ -16,6 +16,7 @@ import json
 import os
 import re
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -30,6 +31,7 @@ LIBRARY = os.path.abspath(sys.argv[2]) if len(sys.argv) > 2 else None
 FIELDS = {"X-Unsent", "Date", "Message-Id", "Subject", "To", "MIME-Version", "Content-Type",
           "Content-Transfer-Encoding"}
 ANN = "-r:Ann Lee <ann@example.org>"
+NOBODY = 65534
 LONG = "x" * 2000
 LOOKALIKE = "=?utf-8?q?hi?="
 BINARY = bytes(range(256)) * 300
@@ -129,7 +131,8 @@ class DraftTest(unittest.TestCase):
         return draft
 
     def assert_nothing_left(self):
-        self.assertEqual([file for _, _, files in os.walk(self.home) for file in files], [])
+        left = [os.path.join(folder, file) for folder, _, files in os.walk(self.home) for file in files]
+        self.assertEqual([path for path in left if not os.path.islink(path)], [])
 
 
 class ProgramRun(DraftTest):
@@ -137,7 +140,7 @@ class ProgramRun(DraftTest):
         """The folder of the settings; none of its files is there."""
         return os.path.join(self.folder, "settings")
 
-    def run_program(self, *arguments, limits=(), **variables):
+    def run_program(self, *arguments, limits=(), user=None, **variables):
         """What the program says on standard error, line by line. It ends with 0 whatever becomes of the draft."""
 
         def prepare():
@@ -149,7 +152,7 @@ class ProgramRun(DraftTest):
         environment = {**os.environ, "XDG_DATA_HOME": self.home, "TESSARIX_REGISTRY": self.settings(),
                        "CORVANE_MAIL_CLIENT": "draft", **variables}
         result = subprocess.run([PROGRAM, *arguments], env=environment, cwd=self.folder, preexec_fn=prepare,
-                                stderr=subprocess.PIPE, encoding="utf-8", timeout=60)
+                                stderr=subprocess.PIPE, encoding="utf-8", timeout=60, user=user)
         self.assertEqual(result.returncode, 0, result.stderr)
         return result.stderr.splitlines()
 
@@ -252,6 +255,32 @@ class SimpleTest(ProgramRun):
                 self.assertRegex(line, "^Draft not saved: cannot ")
                 self.assertTrue(line.endswith(said), line)
                 self.assert_nothing_left()
+
+    def test_folders_that_others_have_set(self):
+        elsewhere, nowhere = os.path.join(self.folder, "elsewhere"), os.path.join(self.folder, "nowhere")
+        corvane = os.path.dirname(self.drafts)
+        make, denied = lambda path, mode: (os.makedirs(path), os.chmod(path, mode)), "Permission denied"
+        for name, prepare, said in [
+            ("data folder not to be written", lambda: make(self.home, 0o555), f"make the folder {corvane}: {denied}"),
+            ("data folder not to be entered", lambda: make(self.home, 0o666), f"make the folder {self.drafts}: {denied}"),
+            ("drafts not to be entered", lambda: make(self.drafts, 0o666), f"make a file in {self.drafts}: {denied}"),
+            ("drafts not to be written", lambda: make(self.drafts, 0o1755), f"make a file in {self.drafts}: {denied}"),
+            ("sticky data folder that has one of another's",
+             lambda: (make(self.home, 0o1777), make(corvane, 0o755)), f"make the folder {self.drafts}: {denied}"),
+            ("link to a folder not to be written",
+             lambda: (make(corvane, 0o777), make(elsewhere, 0o755), os.symlink(elsewhere, self.drafts)),
+             f"make a file in {self.drafts}: {denied}"),
+            ("link to nothing", lambda: (make(corvane, 0o777), os.symlink(nowhere, self.drafts)),
+             f"make a file in {self.drafts}: No such file or directory"),
+        ]:
+            with self.subTest(name):
+                prepare()
+                lines = self.run_program(ANN, user=NOBODY if os.geteuid() == 0 else None)
+                self.assertEqual(lines, [f"Draft not saved: cannot {said}"])
+                self.assert_nothing_left()
+                self.assertFalse(os.path.exists(nowhere) or os.path.exists(elsewhere) and os.listdir(elsewhere))
+                os.chmod(self.home, 0o700)
+                shutil.rmtree(self.home)
 
 
 class ExtendedTest(ProgramRun):

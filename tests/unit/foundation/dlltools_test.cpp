@@ -15,40 +15,28 @@ public:
     using CDll::Ownership;
 };
 
-/// A library of the system that nothing here has loaded.
-CUnicodeString UnusedLibrary() {
-    for (const char16_t* name : {u"msacm32.dll", u"libBrokenLocale.so.1"}) {
-        try {
-            CLibrary().Load(name);
-            return name;
-        } catch (CException* exception) {
-            delete exception;
-        }
-    }
-    return {};
-}
+const CUnicodeString Library = SOME_LIBRARY;
 
 } // namespace
 
 TEST(Dll, OwnsWhatItLoaded) {
-    const CUnicodeString name = UnusedLibrary();
     CLibrary library;
     EXPECT_FALSE(library.IsLoaded());
-    library.Load(name.Text());
+    library.Load(Library.Text());
     EXPECT_EQ(library.Ownership, 1);
-    EXPECT_EQ(Platform::GetModuleHandle(name.Text()), library.Handle);
+    EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), library.Handle);
     EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(library.Handle));
     library.Free();
     library.Free();
     EXPECT_FALSE(library.IsLoaded());
-    EXPECT_FALSE(Platform::GetModuleHandle(name.Text()));
+    EXPECT_FALSE(Platform::GetModuleHandle(Library.Text()));
 
-    library.Load(name.Text());
+    library.Load(Library.Text());
     const Platform::Module module = library.Handle;
     library.Ownership = 0;
     library.Free();
     EXPECT_FALSE(library.IsLoaded());
-    EXPECT_EQ(Platform::GetModuleHandle(name.Text()), module) << "disowned";
+    EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), module) << "disowned";
     Platform::FreeLibrary(module);
 }
 
@@ -57,7 +45,7 @@ TEST(Dll, TellsWhatIsMissing) {
     const auto noLibrary = Raised<CLastErrorException>([&library] { library.Load(u"no such library.dll"); });
     EXPECT_EQ(noLibrary ? noLibrary->code : 0, 126U);
     EXPECT_EQ(library.Ownership, 1);
-    library.Load(UnusedLibrary().Text());
+    library.Load(Library.Text());
     const auto noEntry = Raised<CCheckException>([&library] { library.GetProcedure("NoSuchEntry"); });
     ASSERT_TRUE(noEntry);
     EXPECT_EQ(noEntry->GetMessageText(), u"Cannot load DLL " + library.GetPath() + u" (NoSuchEntry).\n");
@@ -65,7 +53,7 @@ TEST(Dll, TellsWhatIsMissing) {
 
 TEST(Dll, WrongCallsAreInternalErrors) {
     CLibrary loaded;
-    loaded.Load(UnusedLibrary().Text());
+    loaded.Load(Library.Text());
     CLibrary odd;
     odd.Handle = loaded.Handle;
     odd.Ownership = 2;

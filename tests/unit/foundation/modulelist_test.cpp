@@ -3,8 +3,10 @@
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/foundation.h"
 #include "foundation/src/statics.h"
+#include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/modules.h"
+#include "tests/support/folder.h"
 #include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 
@@ -61,6 +63,16 @@ TEST_F(ModuleListTest, WhatSomebodyElseHoldsStaysWithoutACount) {
     TerminateModules();
     ASSERT_EQ(ModuleList.Size(), 1);
     EXPECT_EQ(ModuleList[0].loadCount, 0);
+    Platform::FreeLibrary(module);
+}
+
+TEST_F(ModuleListTest, APathInAnotherCaseIsNotTakenInItsPlace) {
+    const CTestFolder folder;
+    folder.Write(u"res\\some.dll", "no library");
+    const CUnicodeString path = folder.Write(u"Res\\Some.dll"); // where case does not count, the same file
+    ASSERT_TRUE(Platform::CopyFile(Library.Text(), path.Text(), false));
+    const Platform::Module module = LoadLibrarySearched(path.Text());
+    EXPECT_TRUE(module) << Platform::GetLastError();
     Platform::FreeLibrary(module);
 }
 

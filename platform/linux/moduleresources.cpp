@@ -1,4 +1,7 @@
-// The same strings and version record for the Linux modules, in the form that their platform layer serves.
+// The strings and the version record of one module, in the form that this layer serves. No part of the layer itself:
+// compiled into each module that has resources, with what the linker on Windows would be given. RESOURCE_MESSAGES names
+// a file of rows MESSAGE(id, name, text), RESOURCE_VERSION one of macros with the values of the record, and
+// RESOURCE_ICON, if defined, is the name of an icon.
 #include "platform/linux/moduleresources.h"
 #include "platform/linux/versionblock.h"
 #include RESOURCE_VERSION
@@ -29,18 +32,18 @@ constexpr std::span<const char16_t* const> Icons;
 #endif
 
 constexpr Platform::VersionString VersionStrings[] = {
-    {u"CompanyName", u"" CORVANE_COMPANY_NAME},       {u"FileDescription", u"" CORVANE_FILE_DESCRIPTION},
-    {u"FileVersion", u"" CORVANE_FILE_VERSION},       {u"InternalName", u"" CORVANE_INTERNAL_NAME},
-    {u"LegalCopyright", u"" CORVANE_LEGAL_COPYRIGHT}, {u"OriginalFilename", u"" CORVANE_ORIGINAL_FILENAME},
-    {u"ProductVersion", u"" CORVANE_PRODUCT_VERSION},
+    {u"CompanyName", u"" RESOURCE_COMPANY_NAME},       {u"FileDescription", u"" RESOURCE_FILE_DESCRIPTION},
+    {u"FileVersion", u"" RESOURCE_FILE_VERSION},       {u"InternalName", u"" RESOURCE_INTERNAL_NAME},
+    {u"LegalCopyright", u"" RESOURCE_LEGAL_COPYRIGHT}, {u"OriginalFilename", u"" RESOURCE_ORIGINAL_FILENAME},
+    {u"ProductVersion", u"" RESOURCE_PRODUCT_VERSION},
 };
 
 constexpr std::uint32_t Version(std::uint32_t high, std::uint32_t low) {
     return high << 16 | low;
 }
 
-constexpr std::uint32_t VersionMS = Version(CORVANE_FILE_VERSION_MAJOR, CORVANE_FILE_VERSION_MINOR);
-constexpr std::uint32_t VersionLS = Version(CORVANE_FILE_VERSION_PATCH, CORVANE_FILE_VERSION_BUILD);
+constexpr std::uint32_t VersionMS = Version(RESOURCE_FILE_VERSION_MAJOR, RESOURCE_FILE_VERSION_MINOR);
+constexpr std::uint32_t VersionLS = Version(RESOURCE_FILE_VERSION_PATCH, RESOURCE_FILE_VERSION_BUILD);
 
 constexpr Platform::FixedFileInfo Fixed{
     .dwSignature = 0xFEEF04BD,
@@ -52,7 +55,7 @@ constexpr Platform::FixedFileInfo Fixed{
     .dwFileFlagsMask = 0x3F, // VS_FFI_FILEFLAGSMASK
     .dwFileFlags = 0,
     .dwFileOS = 0x00040004, // VOS_NT_WINDOWS32
-    .dwFileType = CORVANE_FILE_TYPE,
+    .dwFileType = RESOURCE_FILE_TYPE,
     .dwFileSubtype = 0,
     .dwFileDateMS = 0,
     .dwFileDateLS = 0,
