@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <dlfcn.h>
 #include <link.h>
+#include <exception>
 #include <mutex>
 #include <string>
 #include <sys/stat.h>
@@ -72,24 +73,37 @@ bool TryCandidates(std::u16string_view name, TAttempt attempt) {
     return false;
 }
 
+struct LoadedSearch {
+    const std::vector<std::u16string>& names;
+    std::vector<std::string> files;
+    std::exception_ptr failure;
+
+    void Look(const std::string& file) {
+        const std::u16string name = WideName(file.substr(file.find_last_of('/') + 1));
+        if (std::any_of(names.begin(), names.end(),
+                        [&name](const std::u16string& candidate) { return NamesEqual(name, candidate); })) {
+            files.push_back(file);
+        }
+    }
+};
+
 // The files of all loaded libraries with one of these names, whatever folder they came from.
 std::vector<std::string> LoadedFiles(const std::vector<std::u16string>& names) {
-    struct Search {
-        const std::vector<std::u16string>& names;
-        std::vector<std::string> files;
-    } search{names, {}};
+    LoadedSearch search{names, {}, {}};
     dl_iterate_phdr(
         [](dl_phdr_info* info, std::size_t, void* data) {
-            auto& wanted = *static_cast<Search*>(data);
-            const std::string file = info->dlpi_name;
-            const std::u16string name = WideName(file.substr(file.find_last_of('/') + 1));
-            if (std::any_of(wanted.names.begin(), wanted.names.end(),
-                            [&name](const std::u16string& candidate) { return NamesEqual(name, candidate); })) {
-                wanted.files.push_back(file);
+            auto& going = *static_cast<LoadedSearch*>(data);
+            try {
+                going.Look(info->dlpi_name);
+            } catch (...) {
+                going.failure = std::current_exception(); // none may pass the loader's own frame
             }
-            return 0;
+            return going.failure ? 1 : 0;
         },
         &search);
+    if (search.failure) {
+        std::rethrow_exception(search.failure);
+    }
     return std::move(search.files);
 }
 
