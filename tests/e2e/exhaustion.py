@@ -69,7 +69,7 @@ SCENARIOS = (
                                                     ("HKEY_CURRENT_USER", "SaveUndefinedMessages"))),
     # A language whose library cannot be had is shown in English.
     Scenario("a language", ("language", "LANGUAGES"), probe=True, answers=(
-        "GetFileVersionInfoSize", "VerQueryValue", "SearchPath", "LoadLibraryEx", "GetFileInformationByHandle")),
+        "GetFileVersionInfoSize", "VerQueryValue", "SearchPath", "LoadLibraryEx", "LoadString")),
     Scenario("files in memory", ("files",), probe=True),
 )
 
@@ -174,11 +174,12 @@ class Bench:
 def end_of(scenario, outcome, usual):
     """The name of the end, or None for one that must not be."""
     said = outcome.output.replace(LOGO, "") + outcome.errors
-    if (outcome.code, outcome.delivered) == (usual.code, usual.delivered) and usual.output in outcome.output:
+    nothing_less = outcome.delivered == usual.delivered and usual.output in outcome.output
+    if outcome.code == usual.code and nothing_less:
         return "same"
     if outcome.code == 255 and said.strip():
         return "told"
-    if outcome.code == 0 and (outcome.delivered != usual.delivered or usual.code != 0) and said.strip():
+    if outcome.code == 0 and (outcome.errors if scenario.probe else said).strip():
         return "reported"
     if outcome.code in (0, 255) and outcome.failed in ANSWERS + scenario.answers:
         return "answered"
