@@ -97,10 +97,7 @@ CUnicodeString CNativeFileSystem::GetSpecialFolder(TSpecialFolder folder) {
         }
     }
     const std::int32_t* csidl = SpecialFolders.Find(folder);
-    TSX_ASSERT(csidl, ModuleName);
-    if (!csidl) {
-        return {};
-    }
+    TSX_REQUIRE(csidl, ModuleName, {});
     // A folder that isn't there yet has no path for the first question (1, not a failure), but for the second.
     char16_t path[Platform::MaxPath + 1] = {};
     const bool told = Platform::SHGetFolderPath(nullptr, *csidl, nullptr, 0, path) == 0;
