@@ -5,6 +5,7 @@
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/growth.h"
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <new>
@@ -14,8 +15,9 @@
 namespace Tsx {
 
 /// An array that owns its elements: built and destroyed in place, the last one destroyed first, in a buffer from the
-/// current memory manager. An index outside the array is an assertion; a failed allocation raises CMemoryException and
-/// leaves the array as it was.
+/// current memory manager. An index outside the array is an assertion; on a thread that must not throw nothing is added
+/// or removed then, and an element is one of no array. What fails, an allocation or an element's own operation, leaves
+/// the array as it was.
 ///
 /// Growing to n elements sets the capacity to the old capacity plus the largest of half the old capacity, 8, and what
 /// is missing:
@@ -28,7 +30,7 @@ class CArray {
 
 public:
     CArray() = default;
-    CArray(const CArray& other) { AppendAll(other); }
+    CArray(const CArray& other) : CArray() { AppendAll(other); } // a copy that fails half-way is destroyed
     CArray(CArray&& other) noexcept { Swap(other); }
     ~CArray() { FreeBuffer(); }
 
@@ -55,13 +57,9 @@ public:
     const T* begin() const { return elements; }
     const T* end() const { return elements + count; }
 
-    T& operator[](std::int32_t index) {
-        CheckIndex(index);
-        return elements[index];
-    }
+    T& operator[](std::int32_t index) { return __builtin_expect(Has(index), 1) ? elements[index] : FailIndex(); }
     const T& operator[](std::int32_t index) const {
-        CheckIndex(index);
-        return elements[index];
+        return __builtin_expect(Has(index), 1) ? elements[index] : FailIndex();
     }
 
     /// Adds one element at the end. The argument may be an element of this array.
@@ -73,34 +71,32 @@ public:
     void AppendAll(const CArray& other) {
         const std::int32_t added = other.count;
         Grow(std::int64_t{count} + added);
-        for (std::int32_t i = 0; i < added; ++i) {
-            new (elements + count) T(other.elements[i]);
-            ++count;
-        }
+        std::uninitialized_copy_n(other.elements, added, elements + count);
+        count += added;
     }
 
     void InsertAt(std::int32_t index, T element) {
-        TSX_ASSERT(index >= 0 && index <= count, u"inc\\array");
+        TSX_REQUIRE(index >= 0 && index <= count, ModuleName);
         Append(std::move(element));
         std::rotate(elements + index, elements + count - 1, elements + count);
     }
 
     void RemoveAt(std::int32_t index) {
-        CheckIndex(index);
+        TSX_REQUIRE(Has(index), ModuleName);
         std::move(elements + index + 1, elements + count, elements + index);
         elements[--count].~T();
     }
 
     /// Sets the number of elements: new ones are value-initialised, surplus ones destroyed from the end.
     void SetSize(std::int32_t size) {
-        TSX_ASSERT(size >= 0, u"inc\\array");
-        Grow(size);
+        TSX_REQUIRE(size >= 0, ModuleName);
         while (count > size) {
             elements[--count].~T();
         }
-        while (count < size) {
-            new (elements + count) T();
-            ++count;
+        if (count < size) {
+            Grow(size);
+            std::uninitialized_value_construct_n(elements + count, size - count);
+            count = size;
         }
     }
 
@@ -130,11 +126,29 @@ public:
     }
 
 private:
+    static constexpr const char16_t* ModuleName = u"inc\\array";
+
     std::int32_t count = 0;
     T* elements = nullptr;
     std::int32_t capacity = 0;
 
-    void CheckIndex(std::int32_t index) const { TSX_ASSERT(index >= 0 && index < count, u"inc\\array"); }
+    bool Has(std::int32_t index) const { return static_cast<std::uint32_t>(index) < static_cast<std::uint32_t>(count); }
+
+    /// Comes back on a thread that must not throw: with an element that all arrays of this kind share, made anew each
+    /// time, so that nobody meets what another one has left there. It is never destroyed, for failures occur up to the
+    /// end of static destruction.
+    [[gnu::cold, gnu::noinline]] static T& FailIndex() {
+        FailAssertion(ModuleName, __LINE__);
+        alignas(T) static std::byte place[sizeof(T)];
+        if constexpr (std::is_default_constructible_v<T>) {
+            static T* spare = nullptr;
+            if (spare) {
+                spare->~T();
+            }
+            spare = new (place) T();
+        }
+        return *std::launder(reinterpret_cast<T*>(place));
+    }
 
     void Grow(std::int64_t needed) {
         constexpr std::int64_t leastStep = 8;

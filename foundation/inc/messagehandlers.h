@@ -66,7 +66,7 @@ private:
 };
 
 /// Writes texts to the system's event log, and answers with the default button. The event source is registered at the
-/// first text, under the application's name at that time; as long as the system refuses that, texts are lost.
+/// first text, under the application's name at that time; if the system refuses that, all texts are lost.
 class CEventLogMessageHandler : public CMessageHandler {
 public:
     /// `titleOfExceptions` stands for the application's name as the title of exceptions.
@@ -79,7 +79,7 @@ public:
     void ShowException(CException* exception) override;
 
 private:
-    Platform::Handle source = nullptr; // under EventLogHandlerLock
+    Platform::Handle source = nullptr; // null until the first text, invalid if refused; under EventLogHandlerLock
     CUnicodeString sourceName;
 
     void WriteEvent(const char16_t* text, const char16_t* title, std::uint16_t type);
@@ -87,7 +87,8 @@ private:
 };
 
 /// Installs a handler over a block, for the process or for the calling thread alone, and puts the one before back.
-/// Finding another one in its place then is an internal error, which is swallowed.
+/// Finding another one in its place then is an internal error, which is swallowed. On a thread without memory for its
+/// own handler, where that can't be thrown, nothing is installed and nothing put back.
 class CMessageHandlerScope {
 public:
     explicit CMessageHandlerScope(CMessageHandler* toInstall, bool forThisThread = false);

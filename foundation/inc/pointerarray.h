@@ -12,7 +12,8 @@
 namespace Tsx {
 
 /// An array of pointers, each owned and some perhaps null. Its buffer grows as that of CArray. TDestroy is called with
-/// an element that is to go. An index outside the array is an assertion; a failed allocation raises CMemoryException,
+/// an element that is to go. An index outside the array is an assertion, and on a thread that must not throw the array
+/// stays as it is, and what was to be added with the caller; a failed allocation raises CMemoryException,
 /// leaves the array as it was, and leaves what was to be added with the caller.
 template <class T, class TDestroy = std::default_delete<T>, class TMemory = CCurrentManagerPolicy>
 class CPointerArray {
@@ -35,36 +36,34 @@ public:
     T* const* begin() const { return elements; }
     T* const* end() const { return elements + count; }
     T* operator[](std::int32_t index) const {
-        CheckIndex(index);
+        TSX_REQUIRE(Has(index), ModuleName, nullptr);
         return elements[index];
     }
 
     void Append(T* element) { InsertAt(count, element); }
 
     void InsertAt(std::int32_t index, T* element) {
-        TSX_ASSERT(index >= 0 && index <= count, u"inc\\pointerarray");
+        TSX_REQUIRE(index >= 0 && index <= count, ModuleName);
         GrowBuffer<TMemory>(elements, count, capacity, std::int64_t{count} + 1, LeastStep);
         std::copy_backward(elements + index, elements + count, elements + count + 1);
         elements[index] = element;
         ++count;
     }
 
-    /// Puts another element, or null, in an element's place, and hands the old one to the caller.
+    /// Puts another element, or null, in an element's place, and hands the old one to the caller: `element` itself
+    /// where there is no such place.
     T* Exchange(std::int32_t index, T* element) {
-        CheckIndex(index);
+        TSX_REQUIRE(Has(index), ModuleName, element);
         return std::exchange(elements[index], element);
     }
 
     /// Destroys `number` elements from `index` on, in order, and closes the gap. A destructor may look at the array,
     /// and finds null where it stood itself.
     void DeleteAt(std::int32_t index, std::int32_t number = 1) {
-        TSX_ASSERT_AT(index >= 0, u"inc\\pointerarray", 466);
-        TSX_ASSERT_AT(index <= count, u"inc\\pointerarray", 467);
-        TSX_ASSERT_AT(number >= 0, u"inc\\pointerarray", 468);
-        TSX_ASSERT_AT(index <= std::int64_t{count} - number, u"inc\\pointerarray", 469);
-        if (number <= 0 || index < 0 || index > std::int64_t{count} - number) {
-            return;
-        }
+        TSX_REQUIRE_AT(index >= 0, ModuleName, 466);
+        TSX_REQUIRE_AT(index <= count, ModuleName, 467);
+        TSX_REQUIRE_AT(number >= 0, ModuleName, 468);
+        TSX_REQUIRE_AT(index <= std::int64_t{count} - number, ModuleName, 469);
         Destroy(index, number);
         std::copy(elements + index + number, elements + count, elements + index);
         count -= number;
@@ -88,6 +87,7 @@ public:
     }
 
 private:
+    static constexpr const char16_t* ModuleName = u"inc\\pointerarray";
     static constexpr std::int64_t LeastStep = 8;
 
     std::int32_t count = 0;
@@ -102,7 +102,7 @@ private:
         }
     }
 
-    void CheckIndex(std::int32_t index) const { TSX_ASSERT(index >= 0 && index < count, u"inc\\pointerarray"); }
+    bool Has(std::int32_t index) const { return index >= 0 && index < count; }
 };
 
 } // namespace Tsx

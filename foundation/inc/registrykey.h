@@ -11,7 +11,8 @@ constexpr std::int32_t RK_Write = 1;
 constexpr std::int32_t RK_Closed = 2;
 
 /// Reads never raise on account of the registry: what is missing or of another type gives the default or 0. Using a
-/// closed key or a null name is an internal error. An object belongs to one thread at a time.
+/// closed key, a null name or a negative size is an internal error, and where none can be thrown the answer is the
+/// same default. An object belongs to one thread at a time.
 class CRegistryKey {
 public:
     CRegistryKey() = default;

@@ -79,10 +79,10 @@ struct CResourcePrefix {
     CUnicodeString GetFileName(std::uint32_t language) const;
 };
 
-/// The language that a thread has chosen for itself. A new thread's record is all zero.
+/// The language that a thread has for itself, which takes the place of the current one in its lookups. A new thread's
+/// record is all zero, and so far nothing sets it.
 struct CThreadLanguage {
     std::uint32_t inverted; // ~language, so that zero is NoLanguage
-    std::uint32_t period;   // the choice holds up to the stop that ends this one
 };
 
 /// Any thread may look up messages while another changes the language. No lock is held while a text is shown, so that a
@@ -106,7 +106,7 @@ public:
     /// Finds the languages that all prefixes have and makes the one that fits the system best the current one. Raises
     /// what the search of a directory raises.
     void Initialize();
-    /// Unloads all language modules. No thread has a language afterwards.
+    /// Unloads all language modules; the calling thread has no language of its own afterwards.
     void Deinitialize();
 
     /// The index of a language number among those that can be chosen, in ascending order; NoLanguage for any other. An
@@ -122,10 +122,6 @@ public:
     /// have is told, and refused if another is current. A library that cannot be loaded is told too, and the language
     /// goes without it.
     void SetCurrentLanguage(std::uint32_t language);
-    /// Gives the calling thread a language of its own, which takes the place of the current one in all its lookups.
-    /// NoLanguage takes that back, which the thread does before it ends. One that cannot be chosen is an internal
-    /// error.
-    void SetThreadLanguage(std::uint32_t language);
 
     /// The text of a message by name; false if no module has one. The language's modules are asked first, and of either
     /// kind the later ones before the earlier.
@@ -137,6 +133,9 @@ public:
     Platform::Module FindModuleWithIcon(const char16_t* name);
 
 protected:
+    std::int32_t keptListsLimit = 0; // of released lists; so far nothing raises it
+
+private:
     template <class TRecord>
     using COwned = CPointerArray<TRecord, CDestroyer<TRecord>, CProcessHeapPolicy>;
     using CFileNames = CArray<CUnicodeString, CProcessHeapPolicy>;
@@ -150,15 +149,12 @@ protected:
     COwned<CResourcePrefix> prefixes;
     CResourceModules staticModules;
     CLanguageMap<CLanguageModules*> languageModules{LanguageMapSize}; // owned
-    std::int32_t keptListsLimit = 0;                                  // of released lists; so far nothing raises it
     COwned<CLanguageModules> keptLists;                               // oldest first
-    std::uint32_t period = 0;                                         // counts the stops
 
     /// A prefix's library for a language; null, with a line in the trace, if there is none that can be used.
     static CResourceModule* LoadResourceLibrary(const CResourcePrefix& prefix, std::uint32_t language);
     static void ScanPrefix(CResourcePrefix& prefix);
 
-private:
     // Under mainLock, all of them.
     void CollectLanguages();
     CUnicodeString DescribeMissingLibraries() const;
@@ -166,8 +162,7 @@ private:
     const CResourceModules* ModulesOfThread() const;
     CLanguageModules& AcquireLanguage(std::uint32_t language);
     void ReleaseLanguage(std::uint32_t language);
-    /// Releases the language that was there. The new one, if any, has been acquired.
-    void ReplaceThreadLanguage(CThreadLanguage& own, std::uint32_t language);
+    void ReleaseThreadLanguage();
     /// Appends the names of the files that could not be loaded to `failed`.
     void AddLibraries(CLanguageModules& list, CFileNames& failed) const;
     void DestroyLanguageModules();

@@ -41,6 +41,8 @@ constinit inline CStringBlock<TChar> EmptyStringBlock{2, 0, sizeof(TChar), {0}};
 /// Any thread may share, copy and drop strings; one string object is for one thread at a time. A block with more than
 /// one owner is never written. A failed allocation raises CMemoryException and leaves the string as it was.
 ///
+/// A null text is an empty one.
+///
 /// Growth: a writer that needs n characters writes in place if the block is its own and big enough. Otherwise it takes
 /// a new block, of n characters if that is up to 128 bytes, and of the larger of n and the present length plus a fifth
 /// beyond that.
@@ -51,14 +53,8 @@ class CStringBase {
 
 public:
     CStringBase() : block(&EmptyStringBlock<TChar>) {}
-    CStringBase(const TChar* text) : CStringBase() { // NOLINT(google-explicit-constructor): literals are strings
-        if (text && *text != 0) {
-            const std::int32_t count = TextLength(text);
-            block = NewBlock(count);
-            std::copy_n(text, count, block->Characters);
-            Finish(count);
-        }
-    }
+    CStringBase(const TChar* text) // NOLINT(google-explicit-constructor): literals are strings
+        : CStringBase(text, TextLength(text)) {}
     CStringBase(const TChar* text, std::int32_t count) : CStringBase() {
         if (count > 0) {
             block = NewBlock(count);
@@ -123,10 +119,10 @@ public:
     TDerived& Append(TChar c) {
         Block* own = block; // a local, for the compiler must take each write of a character for one of `block` too
         const std::int32_t length = own->Length;
-        // In 32 bits, which no block's size exceeds.
+        // In 32 bits, which no block's size exceeds; what one character more takes may, hence the difference.
         constexpr auto overhead = static_cast<std::int32_t>(Block::BytesFor(1));
-        const std::int32_t bytes = length * static_cast<std::int32_t>(sizeof(TChar)) + overhead;
-        if (__builtin_expect(own->BlockSize < bytes || !IsPrivate(), 0)) {
+        const std::int32_t bytes = length * static_cast<std::int32_t>(sizeof(TChar));
+        if (__builtin_expect(own->BlockSize - overhead < bytes || !IsPrivate(), 0)) {
             MoveToNewBlock(std::int64_t{length} + 1);
             own = block;
         }
@@ -155,16 +151,18 @@ public:
         Finish(count);
     }
 
-    /// A private block with room for `length` characters and the terminator written there; the string's length stays
-    /// until SetLength.
+    /// A private block with room for `length` characters (a negative number is 0) and the terminator written there; the
+    /// string's length stays until SetLength.
     TChar* GetBuffer(std::int32_t length) {
+        length = std::max(length, 0);
         MakeRoom(length);
         block->Characters[length] = 0;
         return block->Characters;
     }
 
-    /// Sets the length, up to what the block has room for, and the terminator.
+    /// Sets the length, a negative number being 0, and the terminator.
     void SetLength(std::int32_t length) {
+        length = std::max(length, 0);
         MakeRoom(std::max(length, Length()));
         Finish(length);
     }
@@ -175,13 +173,13 @@ public:
     }
 
     friend bool operator==(const TDerived& a, const TDerived& b) { return a.block == b.block || a.View() == b.View(); }
-    friend bool operator==(const TDerived& a, const TChar* b) { return a.View() == b; }
+    friend bool operator==(const TDerived& a, const TChar* b) { return a.View() == ViewOf(b); }
     /// By character codes, not by the order of a locale.
     friend auto operator<=>(const TDerived& a, const TDerived& b) { return a.View() <=> b.View(); }
 
     friend TDerived operator+(const TDerived& a, const TDerived& b) { return Concatenate(a.View(), b.View()); }
-    friend TDerived operator+(const TDerived& a, const TChar* b) { return Concatenate(a.View(), b); }
-    friend TDerived operator+(const TChar* a, const TDerived& b) { return Concatenate(a, b.View()); }
+    friend TDerived operator+(const TDerived& a, const TChar* b) { return Concatenate(a.View(), ViewOf(b)); }
+    friend TDerived operator+(const TChar* a, const TDerived& b) { return Concatenate(ViewOf(a), b.View()); }
     friend TDerived operator+(const TDerived& a, TChar b) { return Concatenate(a.View(), {&b, 1}); }
 
 protected:
@@ -193,7 +191,10 @@ protected:
         }
         return static_cast<std::int32_t>(count);
     }
-    static std::int32_t TextLength(const TChar* text) { return CheckedCount(std::char_traits<TChar>::length(text)); }
+    static std::basic_string_view<TChar> ViewOf(const TChar* text) {
+        return text ? std::basic_string_view<TChar>(text) : std::basic_string_view<TChar>();
+    }
+    static std::int32_t TextLength(const TChar* text) { return CheckedCount(ViewOf(text).size()); }
 
     /// Sets the length by counting up to the terminator, which a callee has written.
     void FinishAtTerminator() { Finish(TextLength(block->Characters)); }

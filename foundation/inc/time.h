@@ -10,7 +10,7 @@ namespace Tsx {
 using TTime = std::int64_t;
 
 /// From a moment in the user's time zone. One that the calendar lacks, or that lies before the first time value, is an
-/// internal error.
+/// internal error, and no time (0) where none can be thrown.
 TTime TimeFromLocalSystemTime(const Platform::SystemTime& time);
 
 /// A moment as the run-time's wcsftime prints it in the current locale; no conversion of time zones takes place. An

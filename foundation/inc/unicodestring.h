@@ -21,7 +21,7 @@ public:
     /// out empty.
     CUnicodeString(const char* text, std::uint32_t codePage);
 
-    /// The same from `count` bytes.
+    /// The same from `count` bytes. The block has room for a fifth more than the text at most.
     static CUnicodeString FromNarrow(const char* text, std::int32_t count, std::uint32_t codePage);
     /// From a buffer of `count` characters, cut at the first 0 in it.
     static CUnicodeString FromBuffer(const char16_t* buffer, std::int32_t count);
@@ -41,8 +41,8 @@ public:
 
     CString ToNarrow(std::uint32_t codePage) const { return CString::FromWide(Text(), Length(), codePage); }
 
-    /// A decimal number with optional sign and white space around it; false, and `value` as it was, for anything else
-    /// and for a number out of the range of 32 signed bits.
+    /// A decimal number with optional sign and white space around it, in the digits of any script that the run-time
+    /// knows; false, and `value` as it was, for anything else and for a number out of the range of 32 signed bits.
     /// AS DESIGNED: the radix is 10 whatever is passed.
     bool ToInt(std::int32_t& value, std::int32_t radix = 10) const;
     /// "true", "on", "yes", "1" and "false", "off", "no", "0", in any case, with white space around; false for anything

@@ -30,7 +30,7 @@ void StoreMessageFile(const CUnicodeString& source) {
 } // namespace
 
 CEventLogMessageHandler::~CEventLogMessageHandler() {
-    if (source) {
+    if (source && source != Platform::InvalidHandle()) {
         Platform::DeregisterEventSource(source);
     }
 }
@@ -39,6 +39,9 @@ void CEventLogMessageHandler::RegisterSource() {
     const CUnicodeString name = GetStoredApplicationName();
     StoreMessageFile(name);
     source = Platform::RegisterEventSource(nullptr, name.Text());
+    if (!source) {
+        source = Platform::InvalidHandle(); // refused: silent from now on
+    }
 }
 
 void CEventLogMessageHandler::WriteEvent(const char16_t* text, const char16_t* title, std::uint16_t type) {
@@ -48,7 +51,7 @@ void CEventLogMessageHandler::WriteEvent(const char16_t* text, const char16_t* t
     if (!source) {
         RegisterSource();
     }
-    if (source) {
+    if (source != Platform::InvalidHandle()) {
         const char16_t* const strings[] = {title, text};
         Platform::ReportEvent(source, type, noCategory, eventId, 2, strings);
     }

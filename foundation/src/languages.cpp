@@ -92,7 +92,7 @@ std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
             index = static_cast<std::uint32_t>(*found);
         }
     }
-    TSX_ASSERT(isReady, ModuleName);
+    TSX_REQUIRE(isReady, ModuleName, NoLanguage);
     return index;
 }
 
@@ -103,9 +103,8 @@ CUnicodeString CResourceBase::GetLanguageName(std::uint32_t language) {
 }
 
 bool CResourceBase::IsLanguageSupported(std::uint32_t language) {
-    TSX_ASSERT(language < LanguageCount, ModuleName);
-    return language < LanguageCount &&
-           Platform::IsValidLocale(GetLanguageId(LanguageTable[language]), Platform::LcidInstalled);
+    TSX_REQUIRE(language < LanguageCount, ModuleName, false);
+    return Platform::IsValidLocale(GetLanguageId(LanguageTable[language]), Platform::LcidInstalled);
 }
 
 std::uint32_t CResourceBase::GetDefaultLanguage() {
@@ -120,7 +119,7 @@ std::uint32_t CResourceBase::GetDefaultLanguage() {
             }
         }
     }
-    TSX_ASSERT(hasLanguages, ModuleName);
+    TSX_REQUIRE(hasLanguages, ModuleName, NoLanguage);
     CLanguageSet supported;
     for (std::uint32_t language = 0; language < LanguageCount; ++language) {
         supported[language] = known[language] && IsLanguageSupported(language);
@@ -139,11 +138,7 @@ bool CResourceBase::HasCurrentLanguage() {
 }
 
 void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
-    const bool isKnown = IsKnown(language);
-    TSX_ASSERT(isKnown, ModuleName);
-    if (!isKnown) {
-        return;
-    }
+    TSX_REQUIRE(IsKnown(language), ModuleName);
     if (!IsLanguageSupported(language)) {
         const CUnicodeString name = GetLanguageName(language);
         const char16_t* const parameters[] = {name.Text()};
@@ -159,54 +154,37 @@ void CResourceBase::SetCurrentLanguage(std::uint32_t language) {
     SwitchLanguage(language);
 }
 
-void CResourceBase::SetThreadLanguage(std::uint32_t language) {
-    CThreadLanguage* const own = ThreadLanguage.Get();
-    const bool isPossible = own && (language == NoLanguage || IsKnown(language));
-    TSX_ASSERT(isPossible, ModuleName);
-    if (!isPossible) {
-        return;
-    }
-    CFileNames failed;
-    {
-        const CCriticalSectionLock guard(mainLock);
-        CLanguageModules* list = language != NoLanguage ? &AcquireLanguage(language) : nullptr;
-        ReplaceThreadLanguage(*own, language);
-        if (list) {
-            AddLibraries(*list, failed);
-        }
-    }
-    ShowLoadFailures(failed);
-}
-
 void CResourceBase::SwitchLanguage(std::uint32_t language) {
     CFileNames failed;
+    bool isKnown = false;
     {
         const CCriticalSectionLock guard(mainLock);
-        if (language == currentLanguage) {
-            return;
+        isKnown = languageIndex.Has(language); // another thread may have started anew since it was asked
+        if (isKnown && language != currentLanguage) {
+            ReleaseTrace(u"Tessarix: Changing current language to %s\n", GetLanguageName(language));
+            CLanguageModules& list = AcquireLanguage(language);
+            // Stored before the old one goes, so that a failure in that leaves a language whose modules are there.
+            const std::uint32_t old = std::exchange(currentLanguage, language);
+            if (old != NoLanguage) {
+                ReleaseLanguage(old);
+            }
+            AddLibraries(list, failed);
         }
-        ReleaseTrace(u"Tessarix: Changing current language to %s\n", GetLanguageName(language));
-        CLanguageModules& list = AcquireLanguage(language);
-        // Stored before the old one goes, so that a failure in that leaves a language whose modules are there.
-        const std::uint32_t old = std::exchange(currentLanguage, language);
-        if (old != NoLanguage) {
-            ReleaseLanguage(old);
-        }
-        AddLibraries(list, failed);
     }
+    TSX_REQUIRE(isKnown, ModuleName);
     ShowLoadFailures(failed);
 }
 
 std::uint32_t CResourceBase::LanguageOfThread() const {
     const CThreadLanguage* own = ThreadLanguage.Find();
-    const std::uint32_t chosen = own && own->period == period ? ~own->inverted : NoLanguage;
-    return chosen != NoLanguage ? chosen : currentLanguage;
+    return own && own->inverted != 0 ? ~own->inverted : currentLanguage;
 }
 
-void CResourceBase::ReplaceThreadLanguage(CThreadLanguage& own, std::uint32_t language) {
-    const CThreadLanguage old = std::exchange(own, CThreadLanguage{~language, period});
-    if (old.inverted != 0 && old.period == period) {
-        ReleaseLanguage(~old.inverted);
+void CResourceBase::ReleaseThreadLanguage() {
+    CThreadLanguage* own = ThreadLanguage.Find();
+    const std::uint32_t language = own ? ~std::exchange(own->inverted, 0) : NoLanguage;
+    if (languageModules.Has(language)) { // the record may be of a time before the last stop
+        ReleaseLanguage(language);
     }
 }
 
@@ -233,8 +211,8 @@ CLanguageModules& CResourceBase::AcquireLanguage(std::uint32_t language) {
 
 void CResourceBase::ReleaseLanguage(std::uint32_t language) {
     CLanguageModules** present = languageModules.Find(language);
-    TSX_ASSERT(present && (*present)->useCount > 0, ModuleName);
-    if (!present || --(*present)->useCount > 0) {
+    TSX_REQUIRE(present && (*present)->useCount > 0, ModuleName);
+    if (--(*present)->useCount > 0) {
         return;
     }
     CRecordHolder<CLanguageModules> list(*present);

@@ -7,6 +7,7 @@
 #include "foundation/src/pressedbutton.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/files.h"
+#include <utility>
 
 namespace Tsx {
 
@@ -56,10 +57,13 @@ CMessageHandler* HandlerByName() {
     return nullptr;
 }
 
-// Where a handler is installed. Raises CMemoryException.
-CMessageHandler*& PlaceOfHandler(bool perThread) {
-    CThreadHandler* own = perThread ? threadHandler.Get() : nullptr;
-    return own ? own->Handler : processHandler;
+// Where a handler is installed. Raises CMemoryException, and is null on a thread that must not throw it.
+CMessageHandler** PlaceOfHandler(bool perThread) {
+    if (!perThread) {
+        return &processHandler;
+    }
+    CThreadHandler* own = threadHandler.Get();
+    return own ? &own->Handler : nullptr;
 }
 
 } // namespace
@@ -85,18 +89,19 @@ void CMessageHandler::ShowException(CException* exception) {
 CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall, bool forThisThread)
     : handler(toInstall), perThread(forThisThread) {
     const CCriticalSectionLock guard(HandlerLock);
-    CMessageHandler*& place = PlaceOfHandler(perThread);
-    previous = place;
-    place = handler;
-    active = true;
+    if (CMessageHandler** place = PlaceOfHandler(perThread)) {
+        previous = std::exchange(*place, handler);
+        active = true;
+    }
 }
 
 CMessageHandlerScope::~CMessageHandlerScope() {
+    if (!active) {
+        return;
+    }
     try {
         const CCriticalSectionLock guard(HandlerLock);
-        CMessageHandler*& place = PlaceOfHandler(perThread);
-        CMessageHandler* const replaced = place;
-        place = previous;
+        CMessageHandler* const replaced = std::exchange(*PlaceOfHandler(perThread), previous);
         active = false;
         TSX_ASSERT(replaced == handler, ModuleName);
     } catch (CException* exception) {

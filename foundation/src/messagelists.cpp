@@ -14,17 +14,21 @@ namespace Tsx {
 namespace {
 
 constexpr const char16_t* ModuleName = u"src\\messagelists";
+constexpr const char16_t* TrueText = u"true";
+constexpr const char16_t* FalseText = u"false";
 
-void CollectRecords(CArray<const CMessageName*>& records) {
+// A record goes with its module, so that it is read under the lock alone.
+template <class TVisit>
+void VisitRecords(TVisit visit) {
     const CCriticalSectionLock guard(MessageListLock);
     for (const CMessageName* name = FirstMessageName(); name; name = name->Next) {
-        records.Append(name);
+        visit(*name);
     }
 }
 
-CUnicodeString ModulePathOf(const CMessageName* record) {
-    const Platform::MemoryRegion region = Platform::QueryAddress(record);
-    TSX_ASSERT(region.committed, ModuleName);
+CUnicodeString ModulePathOf(const CMessageName& record) {
+    const Platform::MemoryRegion region = Platform::QueryAddress(&record);
+    TSX_REQUIRE(region.committed, ModuleName, {});
     return FileSystem::GetModulePath(region.module);
 }
 
@@ -36,12 +40,11 @@ void WriteLine(CTextStream& stream, const CUnicodeString& line) {
 
 void CollectUndefinedMessages(CArray<CUnicodeString>& names) {
     const CRuntimeHeapSwitcher switcher;
-    const CCriticalSectionLock guard(MessageListLock);
-    for (const CMessageName* name = FirstMessageName(); name; name = name->Next) {
-        if (!HasMessage(*name)) {
-            names.Append(name->Name);
+    VisitRecords([&names](const CMessageName& record) {
+        if (!HasMessage(record)) {
+            names.Append(record.Name);
         }
-    }
+    });
     SortUniqueStrings(names);
 }
 
@@ -50,11 +53,7 @@ void CollectUnusedMessages(CArray<CUnicodeString>& names) {
     CArray<CUnicodeString> all;
     ResourceBase.GetAllMessageNames(all);
     CArray<CUnicodeString> used;
-    CArray<const CMessageName*> records;
-    CollectRecords(records);
-    for (const CMessageName* record : records) {
-        used.Append(record->Name);
-    }
+    VisitRecords([&used](const CMessageName& record) { used.Append(record.Name); });
     SortUniqueStrings(used);
     std::int32_t next = 0; // both lists are sorted: one walk over them
     for (const CUnicodeString& name : all) {
@@ -90,18 +89,18 @@ void SaveAllMessagesList(const CUnicodeString& path) {
     file.Open(path, OM_Write | OM_ShareDenyWrite | OM_Create);
     CTextStream stream(&file, nullptr, TE_Unicode);
     WriteLine(stream, u"Name\tModule\tDefined\tUsed\r\n");
-    CArray<const CMessageName*> records;
-    CollectRecords(records);
-    constexpr const char16_t* isTrue = u"true";
-    constexpr const char16_t* isFalse = u"false";
-    for (const CMessageName* record : records) {
-        WriteLine(stream, CUnicodeString::Format(u"%s\t%s\t%s\t%s\r\n", record->Name, ModulePathOf(record),
-                                                 HasMessage(*record) ? isTrue : isFalse, isTrue));
+    CArray<CUnicodeString> lines;
+    VisitRecords([&lines](const CMessageName& record) {
+        lines.Append(CUnicodeString::Format(u"%s\t%s\t%s\t%s\r\n", record.Name, ModulePathOf(record),
+                                            HasMessage(record) ? TrueText : FalseText, TrueText));
+    });
+    for (const CUnicodeString& line : lines) {
+        WriteLine(stream, line);
     }
     CArray<CUnicodeString> unused;
     CollectUnusedMessages(unused);
     for (const CUnicodeString& name : unused) {
-        WriteLine(stream, CUnicodeString::Format(u"%s\t\t%s\t%s\r\n", name, isTrue, isFalse));
+        WriteLine(stream, CUnicodeString::Format(u"%s\t\t%s\t%s\r\n", name, TrueText, FalseText));
     }
     file.Close();
 }

@@ -66,10 +66,9 @@ std::uint32_t CRegistryKey::GetViewAccess(std::int32_t selector) {
 }
 
 bool CRegistryKey::Open(Platform::RegistryKey root, const char16_t* subkey, std::int32_t mode) {
-    TSX_ASSERT_AT(!Handle, ModuleName, 89);
-    TSX_ASSERT_AT(Mode == RK_Closed, ModuleName, 90);
-    TSX_ASSERT_AT(subkey, ModuleName, 91);
-    subkey = subkey ? subkey : u""; // where an assertion doesn't throw
+    TSX_REQUIRE_AT(!Handle, ModuleName, 89, false);
+    TSX_REQUIRE_AT(Mode == RK_Closed, ModuleName, 90, false);
+    TSX_REQUIRE_AT(subkey, ModuleName, 91, false);
     Mode = mode;
     Reserved = 0;
     Path = NameOfRoot(root);
@@ -104,26 +103,26 @@ void CRegistryKey::Close() {
 }
 
 std::uint32_t CRegistryKey::GetValueType(const char16_t* name) const {
-    TSX_ASSERT_AT(Mode != RK_Closed, ModuleName, 216);
-    TSX_ASSERT_AT(name, ModuleName, 217);
+    TSX_REQUIRE_AT(Mode != RK_Closed, ModuleName, 216, 0);
+    TSX_REQUIRE_AT(name, ModuleName, 217, 0);
     std::uint32_t type = 0;
     std::uint32_t size = 0;
     return Handle && QueryValue(Handle, name, type, size) ? type : 0;
 }
 
 std::int32_t CRegistryKey::GetValueSize(const char16_t* name) const {
-    TSX_ASSERT_AT(Mode != RK_Closed, ModuleName, 233);
-    TSX_ASSERT_AT(name, ModuleName, 234);
+    TSX_REQUIRE_AT(Mode != RK_Closed, ModuleName, 233, 0);
+    TSX_REQUIRE_AT(name, ModuleName, 234, 0);
     std::uint32_t type = 0;
     std::uint32_t size = 0;
     return Handle && QueryValue(Handle, name, type, size) ? static_cast<std::int32_t>(size) : 0;
 }
 
 std::int32_t CRegistryKey::GetBinaryValue(const char16_t* name, void* buffer, std::int32_t size) const {
-    TSX_ASSERT_AT(Mode != RK_Closed, ModuleName, 247);
-    TSX_ASSERT_AT(name, ModuleName, 248);
-    TSX_ASSERT_AT(size >= 0, ModuleName, 249);
-    TSX_ASSERT_AT(buffer || size == 0, ModuleName, 250);
+    TSX_REQUIRE_AT(Mode != RK_Closed, ModuleName, 247, 0);
+    TSX_REQUIRE_AT(name, ModuleName, 248, 0);
+    TSX_REQUIRE_AT(size >= 0, ModuleName, 249, 0);
+    TSX_REQUIRE_AT(buffer || size == 0, ModuleName, 250, 0);
     auto bytes = static_cast<std::uint32_t>(size);
     if (!Handle || Platform::RegQueryValueEx(Handle, name, nullptr, buffer, &bytes) != Platform::ErrorSuccess) {
         return 0;
@@ -132,8 +131,8 @@ std::int32_t CRegistryKey::GetBinaryValue(const char16_t* name, void* buffer, st
 }
 
 CUnicodeString CRegistryKey::GetStringValue(const char16_t* name, const char16_t* defaultText) const {
-    TSX_ASSERT_AT(Mode != RK_Closed, ModuleName, 263);
-    TSX_ASSERT_AT(name && defaultText, ModuleName, 264);
+    TSX_REQUIRE_AT(Mode != RK_Closed, ModuleName, 263, defaultText);
+    TSX_REQUIRE_AT(name && defaultText, ModuleName, 264, defaultText);
     if (!Handle) {
         return defaultText;
     }
@@ -158,8 +157,9 @@ CUnicodeString CRegistryKey::GetStringValue(const char16_t* name, const char16_t
 }
 
 void CRegistryKey::SetStringValue(const char16_t* name, const char16_t* text, std::int32_t size) {
-    TSX_ASSERT_AT(text, ModuleName, 301);
-    TSX_ASSERT_AT(Mode == RK_Write, ModuleName, 302);
+    TSX_REQUIRE_AT(text, ModuleName, 301);
+    TSX_REQUIRE_AT(Mode == RK_Write, ModuleName, 302);
+    TSX_REQUIRE(size >= 0, ModuleName);
     if (!Handle) {
         GenerateCheckException(ERR_CANT_WRITE_TO_REGISTRY, Path.Text(), u"");
         return;

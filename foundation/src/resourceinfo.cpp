@@ -117,16 +117,13 @@ void CResourceBase::Initialize() {
 void CResourceBase::Deinitialize() {
     {
         const CCriticalSectionLock guard(mainLock);
-        if (CThreadLanguage* own = ThreadLanguage.Find()) {
-            ReplaceThreadLanguage(*own, NoLanguage);
-        }
+        ReleaseThreadLanguage();
         DestroyLanguageModules();
         keptLists.DeleteAll();
         for (CResourcePrefix* prefix : prefixes) {
             prefix->scanned = false;
         }
         currentLanguage = NoLanguage;
-        ++period;
         initialized = false;
     }
     const CCriticalSectionLock guard(staticLock);

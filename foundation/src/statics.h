@@ -73,8 +73,8 @@ extern CUnicodeString LocalApplicationFolder;
 extern CUnicodeString ApplicationFolder; // the one that follows the user to other machines
 extern CUnicodeString CommonApplicationFolder;
 
-/// What the shutdown sweeps. Process heap: it outlives the threads that add to it.
-using CPathSet = CHashTable<CUnicodeString, CPathKeyTraits, CProcessHeapPolicy>;
+/// What the shutdown sweeps. Runtime heap: it outlives the threads that add to it, and their managers.
+using CPathSet = CHashTable<CUnicodeString, CPathKeyTraits, CRuntimeHeapPolicy>;
 extern CCriticalSection TemporaryFilesLock; // guards these three
 extern CUnicodeString TemporaryFolder;
 extern CPathSet TemporaryFiles;

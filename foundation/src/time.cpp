@@ -40,8 +40,8 @@ CUnicodeString PrintFields(const CUnicodeString& format, const std::tm& fields) 
             return text;
         }
         const bool known = Platform::get_errno(code) == 0;
-        TSX_ASSERT_AT(code == Platform::RangeError, ModuleName, 317);
-        if (!known || code != Platform::RangeError) {
+        TSX_REQUIRE_AT(code == Platform::RangeError, ModuleName, 317, {});
+        if (!known) {
             return {};
         }
     }
@@ -51,28 +51,27 @@ CUnicodeString PrintFields(const CUnicodeString& format, const std::tm& fields) 
 
 TTime TimeFromLocalSystemTime(const Platform::SystemTime& time) {
     Platform::FileTime local = 0;
-    TSX_ASSERT_AT(Platform::SystemTimeToFileTime(time, local), ModuleName, 128);
+    TSX_REQUIRE_AT(Platform::SystemTimeToFileTime(time, local), ModuleName, 128, 0);
     TTime value = 0;
-    TSX_ASSERT_AT(Platform::LocalFileTimeToFileTime(local, value), ModuleName, 113);
-    TSX_ASSERT_AT(value >= 0, ModuleName, 106);
+    TSX_REQUIRE_AT(Platform::LocalFileTimeToFileTime(local, value), ModuleName, 113, 0);
+    TSX_REQUIRE_AT(value >= 0, ModuleName, 106, 0);
     return value;
 }
 
 CUnicodeString FormatTime(const char16_t* format, Platform::FileTime time) {
-    TSX_ASSERT_AT(format, ModuleName, 285);
+    TSX_REQUIRE_AT(format, ModuleName, 285, {});
     const CUnicodeString wanted(format);
     if (wanted.IsEmpty()) {
         return {};
     }
     Platform::SystemTime calendar{};
-    const bool converted = Platform::FileTimeToSystemTime(time, calendar);
-    TSX_ASSERT_AT(converted, ModuleName, 293);
-    return converted ? PrintFields(wanted, CalendarFields(calendar)) : CUnicodeString();
+    TSX_REQUIRE_AT(Platform::FileTimeToSystemTime(time, calendar), ModuleName, 293, {});
+    return PrintFields(wanted, CalendarFields(calendar));
 }
 
 CUnicodeString FormatLocalTimeOfDay(TTime time) {
     Platform::FileTime local = 0;
-    TSX_ASSERT_AT(Platform::FileTimeToLocalFileTime(time, local), ModuleName, 265);
+    TSX_REQUIRE_AT(Platform::FileTimeToLocalFileTime(time, local), ModuleName, 265, {});
     return FormatTime(u"%H:%M:%S ", local);
 }
 

@@ -5,6 +5,7 @@
 #include "platform/inc/modules.h"
 #include "platform/inc/resources.h"
 #include "platform/inc/text.h"
+#include <cerrno>
 #include <charconv>
 #include <limits>
 
@@ -29,7 +30,7 @@ bool TakesNoFlags(std::uint32_t codePage) {
 }
 
 constexpr std::uint32_t ToBytesFlags = 544; // WC_COMPOSITECHECK and WC_SEPCHARS
-constexpr std::uint32_t ToWideFlags = 9;    // MB_PRECOMPOSED and MB_USEGLYPHCHARS
+constexpr std::uint32_t ToWideFlags = 9;    // MB_PRECOMPOSED and MB_ERR_INVALID_CHARS: a bad byte refuses the text
 
 std::int32_t CountAtEnd(std::u16string_view text, const CUnicodeCharSet& set) {
     std::int32_t count = 0;
@@ -113,8 +114,7 @@ CUnicodeString CUnicodeString::FromNarrow(const char* text, std::int32_t count, 
     }
     const std::uint32_t page = ResolveCodePage(codePage);
     const std::uint32_t flags = TakesNoFlags(page) ? 0 : ToWideFlags;
-    // A long text is converted at once into the most that it can become, without asking for its size: the memory that
-    // it doesn't take is never touched.
+    // A long text is converted at once into the most that it can become, without asking for its size.
     constexpr std::int32_t longText = 0x10000;
     std::int32_t size = 0;
     std::int32_t written = 0;
@@ -129,8 +129,10 @@ CUnicodeString CUnicodeString::FromNarrow(const char* text, std::int32_t count, 
     if (written == 0) {
         return {};
     }
-    result.SetLength(LengthToTerminator({result.Text(), static_cast<std::size_t>(written)}));
-    return result;
+    const std::int32_t length = LengthToTerminator({result.Text(), static_cast<std::size_t>(written)});
+    result.SetLength(length);
+    // What growth would not have taken either, more than a fifth over, is given back.
+    return size - length > length / 5 ? CUnicodeString(result.Text(), length) : result;
 }
 
 CUnicodeString CUnicodeString::FormatList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
@@ -149,7 +151,7 @@ CUnicodeString CUnicodeString::FormatList(const char16_t* format, std::initializ
 }
 
 CUnicodeString CUnicodeString::FromInt(std::int32_t value, std::int32_t radix) {
-    TSX_ASSERT(radix >= 2 && radix <= 36, ModuleName);
+    TSX_REQUIRE(radix >= 2 && radix <= 36, ModuleName, {});
     char16_t digits[40];
     char16_t* const end = std::end(digits);
     char16_t* first = end;
@@ -176,25 +178,23 @@ CUnicodeString CUnicodeString::FromBool(bool value) {
 
 bool CUnicodeString::ToInt(std::int32_t& value, std::int32_t radix) const {
     static_cast<void>(radix);
-    CUnicodeString text = *this;
-    text.Trim();
-    const bool negative = text[0] == u'-';
-    std::int32_t i = negative || text[0] == u'+' ? 1 : 0;
-    if (i == text.Length()) {
+    const char16_t* first = Text();
+    while (WhiteSpaceChars.Contains(*first)) {
+        ++first;
+    }
+    const char16_t* end = first;
+    errno = 0;
+    const std::int32_t number = Platform::wcstol(first, end, 10);
+    if (errno == ERANGE || end == first) {
         return false;
     }
-    const std::int64_t limit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + (negative ? 1 : 0);
-    std::int64_t number = 0;
-    for (; i < text.Length(); ++i) {
-        if (!DigitChars.Contains(text[i])) {
-            return false;
-        }
-        number = number * 10 + (text[i] - u'0');
-        if (number > limit) {
-            return false;
-        }
+    while (WhiteSpaceChars.Contains(*end)) {
+        ++end;
     }
-    value = static_cast<std::int32_t>(negative ? -number : number);
+    if (end != Text() + Length()) {
+        return false;
+    }
+    value = number;
     return true;
 }
 
@@ -243,17 +243,17 @@ void CUnicodeString::MakeLower() {
 }
 
 std::int32_t CUnicodeString::CompareNoCase(const char16_t* other) const {
-    return Platform::wcsicmp(Text(), other);
+    return Platform::wcsicmp(Text(), other ? other : u"");
 }
 
 bool CUnicodeString::LoadString(Platform::Module module, std::uint32_t id) {
-    TSX_ASSERT(module, ModuleName);
+    TSX_REQUIRE(module, ModuleName, false);
     std::int32_t count = 0;
     std::int32_t limit = 127;
     for (;; limit *= 2) {
         const std::int32_t capacity = 2 * limit; // only half of the buffer is ever used
         count = Platform::LoadString(module, id, GetBuffer(capacity), limit);
-        TSX_ASSERT(count < capacity, ModuleName);
+        TSX_REQUIRE(count < capacity, ModuleName, false);
         SetLength(count);
         if (count < limit - 1) {
             break;

@@ -5,6 +5,12 @@
 
 namespace Tsx {
 
+namespace {
+
+constexpr const char16_t* ModuleName = u"src\\versioninfo";
+
+} // namespace
+
 void CVersionInfo::Load(const CUnicodeString& path) {
     const std::uint32_t size = Platform::GetFileVersionInfoSize(path.Text());
     if (size == 0) {
@@ -12,7 +18,11 @@ void CVersionInfo::Load(const CUnicodeString& path) {
     }
     Loaded = 1;
     Data.SetSize(static_cast<std::int32_t>(size));
-    TSX_ASSERT_AT(Platform::GetFileVersionInfo(path.Text(), size, Data.Data()), u"src\\versioninfo", 80);
+    const bool isRead = Platform::GetFileVersionInfo(path.Text(), size, Data.Data());
+    if (!isRead) {
+        Data.RemoveAll(); // every question finds nothing
+    }
+    TSX_ASSERT_AT(isRead, ModuleName, 80);
 }
 
 CUnicodeString CVersionInfo::GetString(const char16_t* name) const {
@@ -25,12 +35,16 @@ CUnicodeString CVersionInfo::GetString(const char16_t* name) const {
     std::uint16_t translation[2] = {};
     std::memcpy(translation, value, sizeof(translation));
     const std::uint32_t key = std::uint32_t{translation[0]} << 16 | translation[1];
-    const CUnicodeString path = CUnicodeString::Format(u"\\StringFileInfo\\%08lx\\", key) + name;
-    if (!Query(path.Text(), value, length) || length == 0) {
+    const CUnicodeString table = CUnicodeString::Format(u"\\StringFileInfo\\%08lx\\", key);
+    TSX_REQUIRE_AT(table.Length() >= 1, ModuleName, 105, {});
+    if (!Query((table + name).Text(), value, length) || length == 0) {
         return {};
     }
-    // The stored length counts the terminator.
-    return CUnicodeString::FromBuffer(static_cast<const char16_t*>(value), static_cast<std::int32_t>(length));
+    // The stored length counts the terminator, and in some records bytes, so that more than there is may be meant.
+    const auto* text = static_cast<const char16_t*>(value);
+    const auto* end = static_cast<const void*>(Data.end());
+    const std::ptrdiff_t room = static_cast<const char16_t*>(end) - text;
+    return CUnicodeString::FromBuffer(text, static_cast<std::int32_t>(std::min<std::int64_t>(length, room)));
 }
 
 bool CVersionInfo::GetFixedInfo(Platform::FixedFileInfo& info) const {

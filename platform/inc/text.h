@@ -31,8 +31,8 @@ std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32
 /// Frees a buffer that a function of the system allocated.
 void LocalFree(void* buffer);
 
-/// The run-time's setlocale with the user's locale, of all categories on Windows and of LC_CTYPE on Linux: from here on
-/// the operations below use it.
+/// The run-time's setlocale with the user's locale, of all categories: from here on the operations below use its
+/// LC_CTYPE, and wcsftime its LC_TIME. On Linux LC_CTYPE alone is set where another one is not installed.
 void SetUserLocale();
 
 /// Compares without regard to case, as _wcsicmp and _wcsnicmp do in the current locale; the sign of the result is the
@@ -42,5 +42,11 @@ std::int32_t wcsnicmp(const char16_t* a, const char16_t* b, std::int32_t count);
 char16_t towlower(char16_t c);
 char16_t towupper(char16_t c);
 bool iswspace(char16_t c);
+
+/// The number that a text begins with behind white space and a sign, in decimal digits, which may be of different
+/// scripts; `end` is set behind it, or to `text` if there is none. Sets errno to ERANGE, and gives the nearest number,
+/// for one out of range; errno is kept otherwise. `radix` must be 10. White space and digits are the run-time's of
+/// Windows, whatever the locale.
+std::int32_t wcstol(const char16_t* text, const char16_t*& end, std::int32_t radix);
 
 } // namespace Platform

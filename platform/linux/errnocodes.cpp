@@ -39,6 +39,28 @@ constexpr Row Rows[] = {
     {EPIPE, ErrorBrokenPipe},
     {ESPIPE, ErrorSeekOnDevice},
     {EIO, ErrorIoDevice},
+    {EREMOTEIO, ErrorIoDevice},
+    {EILSEQ, ErrorInvalidName}, // a file system that refuses the bytes of a name
+    {EMLINK, ErrorTooManyLinks},
+    {EOVERFLOW, ErrorFileTooLarge},
+    {ENOLCK, ErrorLockFailed},
+    {EAGAIN, ErrorBusy},
+    {ENOSYS, ErrorCallNotImplemented},
+    {ENODEV, ErrorBadUnit},
+    {ENXIO, ErrorBadUnit},
+    {ENOMEDIUM, ErrorNotReady},
+    {EUCLEAN, ErrorFileCorrupt},
+    {EBADMSG, ErrorFileCorrupt}, // a checksum of the file system that doesn't hold
+    {ESTALE, ErrorFileInvalid},  // a file of a server that has been replaced there
+    {ENOTCONN, ErrorNotConnected},
+    {ECONNREFUSED, ErrorConnectionRefused},
+    {ECONNRESET, ErrorNetnameDeleted},
+    {ECONNABORTED, ErrorNetnameDeleted},
+    {ETIMEDOUT, ErrorTimeout},
+    {ENETDOWN, ErrorNetworkUnreachable},
+    {ENETUNREACH, ErrorNetworkUnreachable},
+    {EHOSTUNREACH, ErrorHostUnreachable},
+    {EHOSTDOWN, ErrorHostDown},
 };
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "platform/linux/loadfailure.h"
 #include "platform/linux/nativetext.h"
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <cwctype>
 #include <limits>
@@ -15,6 +16,29 @@
 #include <string_view>
 
 namespace Platform {
+
+namespace {
+
+// What the run-time of Windows skips in front of a number, asked of it character by character.
+constexpr std::u16string_view NumberSpaces =
+    u"\t\n\v\f\r \u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A\u2028\u2029\u202F"
+    u"\u205F\u3000";
+
+// The digits 0 of the scripts whose ten digits it reads, asked in the same way; the other nine lie behind each.
+constexpr std::u16string_view ZeroDigits =
+    u"0\u0660\u06F0\u0966\u09E6\u0A66\u0AE6\u0B66\u0C66\u0CE6\u0D66\u0E50\u0ED0\u0F20\u1040\u17E0\u1810\uFF10";
+
+// -1 for a character that is no digit.
+std::int32_t DigitOf(char16_t c) {
+    for (const char16_t zero : ZeroDigits) {
+        if (c >= zero && c <= zero + 9) {
+            return c - zero;
+        }
+    }
+    return -1;
+}
+
+} // namespace
 
 std::uint32_t GetACP() {
     return CodePageUtf8;
@@ -54,8 +78,10 @@ void LocalFree(void* buffer) {
 }
 
 void SetUserLocale() {
-    // Each category is a file of its own to be read, and nothing here asks for another one.
-    std::setlocale(LC_CTYPE, "");
+    // A category that the system lacks, as after a login from another one, refuses them all. Letters fold by this one.
+    if (!std::setlocale(LC_ALL, "")) {
+        std::setlocale(LC_CTYPE, "");
+    }
 }
 
 std::int32_t wcsicmp(const char16_t* a, const char16_t* b) {
@@ -82,6 +108,28 @@ char16_t towupper(char16_t c) {
 
 bool iswspace(char16_t c) {
     return std::iswspace(c) != 0;
+}
+
+std::int32_t wcstol(const char16_t* text, const char16_t*& end, std::int32_t radix) {
+    static_cast<void>(radix);
+    const char16_t* at = text;
+    while (NumberSpaces.find(*at) != std::u16string_view::npos) {
+        ++at;
+    }
+    const bool negative = *at == u'-';
+    at += negative || *at == u'+' ? 1 : 0;
+    const char16_t* const first = at;
+    const std::int64_t limit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + (negative ? 1 : 0);
+    std::int64_t number = 0;
+    for (std::int32_t digit = DigitOf(*at); digit >= 0; digit = DigitOf(*++at)) {
+        number = std::min(number * 10 + digit, limit + 1);
+    }
+    if (number > limit) {
+        errno = ERANGE;
+        number = limit;
+    }
+    end = at == first ? text : at;
+    return static_cast<std::int32_t>(negative ? -number : number);
 }
 
 } // namespace Platform

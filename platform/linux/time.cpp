@@ -46,8 +46,9 @@ std::chrono::year_month_day DateOf(const SystemTime& time) {
 }
 
 bool IsInCalendar(const SystemTime& time) {
-    return time.year >= FirstYear && time.year <= LastYear && DateOf(time).ok() && time.hour < 24 && time.minute < 60 &&
-           time.second < 60 && time.milliseconds < 1000;
+    // The library's month and day have 8 bits, in which 257 is 1.
+    return time.year >= FirstYear && time.year <= LastYear && time.month <= 12 && time.day <= 31 && DateOf(time).ok() &&
+           time.hour < 24 && time.minute < 60 && time.second < 60 && time.milliseconds < 1000;
 }
 
 } // namespace

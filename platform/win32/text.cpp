@@ -57,4 +57,11 @@ bool iswspace(char16_t c) {
     return ::iswspace(c) != 0;
 }
 
+std::int32_t wcstol(const char16_t* text, const char16_t*& end, std::int32_t radix) {
+    wchar_t* behind = nullptr;
+    const long number = ::wcstol(Wide(text), &behind, radix);
+    end = text + (behind - Wide(text));
+    return number;
+}
+
 } // namespace Platform

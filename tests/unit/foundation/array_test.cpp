@@ -1,6 +1,10 @@
 #include "foundation/inc/array.h"
 
+#include "foundation/inc/threadobject.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
+#include <functional>
+#include <thread>
 #include <vector>
 
 using namespace Tsx;
@@ -77,10 +81,47 @@ TEST(Array, TakesItsOwnElementsAndItself) {
     EXPECT_EQ(array[2], u"first");
 }
 
+TEST(Array, ACopyThatFailsLeavesWhatWasThere) {
+    struct CFailing : CNoted {
+        CFailing(int value, bool toFail) : CNoted(value), fails(toFail) {}
+        CFailing(const CFailing& other) : CNoted(other), fails(other.fails) {
+            if (fails) {
+                throw number;
+            }
+        }
+        CFailing(CFailing&&) noexcept = default;
+        ~CFailing() = default;
+        bool fails;
+    };
+    CArray<CFailing> array;
+    array.Append(CFailing(1, false));
+    array.Append(CFailing(2, true));
+    destroyed.clear();
+    EXPECT_THROW(const CArray<CFailing> copy(array), int);
+    EXPECT_THROW(array.AppendAll(array), int);
+    EXPECT_EQ(array.Size(), 2);
+    EXPECT_EQ(destroyed, (std::vector<int>{2, 1, 2, 1})) << "what had been copied, with the base of what had not";
+}
+
 TEST(Array, IndexOutsideIsAnInternalError) {
-    CArray<int> array;
-    array.Append(1);
-    for (const std::int32_t index : {-1, 1, 1000}) {
-        EXPECT_TRUE(Raised<CInternalError>([&] { array[index] = 0; })) << index;
+    CArray<CUnicodeString> array;
+    array.Append(u"only");
+    const std::function<void()> calls[] = {[&] { array[-1] += u"x"; }, [&] { array[1] += u"x"; },
+                                           [&] { array.InsertAt(3, u"x"); }, [&] { array.RemoveAt(1); },
+                                           [&] { array.SetSize(-1); }};
+    for (const auto& call : calls) {
+        EXPECT_TRUE(Raised<CInternalError>(call));
     }
+    CRecordingHandler handler; // a thread that must not throw tells them here, and goes on
+    const CMessageHandlerScope scope(&handler);
+    std::thread([&] {
+        ThreadErrorMode.Get()->NoExceptions = true;
+        for (const auto& call : calls) {
+            call();
+        }
+        EXPECT_EQ(std::as_const(array)[1000], u"") << "nothing of what was written";
+    }).join();
+    EXPECT_EQ(handler.texts.size(), std::size(calls) + 1);
+    ASSERT_EQ(array.Size(), 1);
+    EXPECT_EQ(array[0], u"only");
 }

@@ -28,7 +28,7 @@ TEST(Errors, CausesAndTheirTexts) {
 }
 
 TEST(Errors, SystemTextsKeepTheirLineEnd) {
-    for (const std::uint32_t code : {2U, 5U, 87U, 183U, 193U}) {
+    for (const std::uint32_t code : {2U, 87U, 193U, 1006U, 1232U, 1460U, 1607U, 2250U}) {
         const CUnicodeString text = GetLastErrorText(code);
         EXPECT_GT(text.Length(), 4) << code;
         EXPECT_EQ(text.Right(2), u"\r\n") << code;

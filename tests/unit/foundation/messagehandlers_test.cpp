@@ -3,6 +3,7 @@
 #include "foundation/inc/failureguard.h"
 #include "foundation/inc/lineends.h"
 #include "foundation/inc/messagenames.h"
+#include "foundation/inc/threadobject.h"
 #include "platform/inc/faults.h"
 #include "platform/inc/messagebox.h"
 #include "platform/inc/text.h"
@@ -227,6 +228,32 @@ TEST(MessageHandlers, ScopesNest) {
     }
     EXPECT_EQ(GetCurrentMessageHandler(), byDefault);
     EXPECT_TRUE(outer.texts.empty() && inner.texts.empty() && own.texts.empty());
+}
+
+TEST(MessageHandlers, AThreadWithoutARecordInstallsNothingForOthers) {
+    SKIP_WITHOUT_FAULTS();
+    struct CScopingHandler : CRecordingHandler {
+        CRecordingHandler own;
+        CMessageHandler* seen = nullptr;
+        std::int32_t ShowMessageBox(Platform::Window owner, const char16_t* text, const char16_t* title,
+                                    std::uint32_t style) override {
+            const CMessageHandlerScope scope(&own, true); // while the record of the thread is being made
+            seen = GetCurrentMessageHandler();
+            return CRecordingHandler::ShowMessageBox(owner, text, title, style);
+        }
+    };
+    CScopingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    std::thread([&] {
+        ThreadErrorMode.Get()->NoExceptions = true;
+        Platform::ArmFault("DuplicateHandle", 1, 6, Platform::FaultMode::Once);
+        const CMessageHandlerScope mine(&handler.own, true);
+        Platform::DisarmFaults();
+        EXPECT_EQ(GetCurrentMessageHandler(), &handler.own);
+    }).join();
+    EXPECT_EQ(handler.texts.size(), 1U) << "the thread's handle could not be had";
+    EXPECT_EQ(handler.seen, &handler);
+    EXPECT_EQ(GetCurrentMessageHandler(), &handler);
 }
 
 TEST(MessageHandlers, TextsAndExceptionsReachTheHandlerUnderTheApplicationsName) {

@@ -396,6 +396,11 @@ TEST(NativeFileSystem, SweepsTemporaryObjects) {
         CNativeFileSystem::SetTemporaryFolder(folder.Path());
         EXPECT_EQ(TemporaryFolder, folder.Path());
     };
+    if (Platform::FaultsAvailable()) {
+        Platform::ArmFault("AllocateRuntimeHeap", 1, 8, Platform::FaultMode::Once);
+        EXPECT_TRUE(Raised<CMemoryException>([] { TemporaryFiles.Set(u"x"); })) << "the heap that no manager replaces";
+        Platform::DisarmFaults();
+    }
     fill();
     SetDebugFlag(DebugKeepTempFiles, true);
     CNativeFileSystem::ReleaseTemporaryObjects();

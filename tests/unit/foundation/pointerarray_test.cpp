@@ -1,10 +1,13 @@
 #include "foundation/inc/pointerarray.h"
 
+#include "foundation/inc/threadobject.h"
 #include "platform/inc/faults.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <functional>
 #include <limits>
 #include <random>
+#include <thread>
 #include <vector>
 
 using namespace Tsx;
@@ -90,6 +93,17 @@ TEST(PointerArray, EachBrokenRangeHasItsLine) {
                            {5, 1, 469}}) {
         ExpectInternalErrors("inc\\pointerarray", {{row.line, [&] { array.DeleteAt(row.index, row.count); }}});
     }
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    std::thread([&] {
+        ThreadErrorMode.Get()->NoExceptions = true;
+        int element = 5;
+        array.InsertAt(6, &element);
+        EXPECT_EQ(array.Exchange(5, &element), &element) << "stays the caller's";
+        EXPECT_EQ(array[-1], nullptr);
+        array.DeleteAt(0, 6);
+    }).join();
+    EXPECT_EQ(handler.texts.size(), 4U);
     EXPECT_EQ(array.Size(), 5);
 }
 

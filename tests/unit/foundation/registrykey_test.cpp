@@ -204,6 +204,9 @@ TEST_F(RegistryKey, MisuseIsAnInternalError) {
                                               {301, [&] { open.SetStringValue(u"v", nullptr, 0); }},
                                               {302, [&] { open.SetStringValue(u"v", u"", 2); }}});
     EXPECT_TRUE(Raised<CInternalError>([&] { unknownMode.Open(User, TestKey, 3); }));
+    CRegistryKey written;
+    ASSERT_TRUE(written.Open(User, TestKey, RK_Write));
+    EXPECT_TRUE(Raised<CInternalError>([&] { written.SetStringValue(u"v", u"", -2); }));
     EXPECT_EQ(CRegistryKey::GetViewAccess(0), 0x100U);
     EXPECT_EQ(CRegistryKey::GetViewAccess(1), 0x200U);
     EXPECT_EQ(CRegistryKey::GetViewAccess(2), 0x100U);

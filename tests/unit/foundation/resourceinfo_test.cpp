@@ -7,6 +7,7 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/src/languagetable.h"
+#include "foundation/src/statics.h"
 #include "platform/inc/faults.h"
 #include "platform/inc/messagebox.h"
 #include "platform/inc/modules.h"
@@ -38,20 +39,13 @@ public:
 /// A resource base beside the program's own.
 class CBase : public CResourceBase {
 public:
-    using CResourceBase::currentLanguage;
-    using CResourceBase::keptLists;
     using CResourceBase::keptListsLimit;
-    using CResourceBase::languageModules;
-    using CResourceBase::languages;
-    using CResourceBase::LoadResourceLibrary;
 
     /// What a lookup finds; "(none)" if it finds nothing.
     CUnicodeString Text(const char16_t* name) {
         CUnicodeString text;
         return LookupMessage(name, text) ? text : u"(none)";
     }
-    /// The only module of a language in use.
-    Platform::Module ModuleOf(std::uint32_t language) { return languageModules.Get(language)->modules[0]->handle; }
 };
 
 std::string FileBytes(const char16_t* path) {
@@ -107,10 +101,12 @@ public:
     }
 };
 
-std::string Numbers(const CBase& base) {
+std::string Numbers(CBase& base) {
     std::string text;
-    for (const CLanguageInfo& info : base.languages) {
-        text += std::to_string(info.language) + ":" + Readable(info.name.View()) + " ";
+    for (std::uint32_t language = 0; language < 128; ++language) {
+        if (base.FindLanguage(language) != NoLanguage) {
+            text += std::to_string(language) + ":" + Readable(base.GetLanguageName(language).View()) + " ";
+        }
     }
     return text;
 }
@@ -185,15 +181,12 @@ TEST(LanguageTable, TheSystemHasEveryLanguageOfTheTable) {
 TEST_F(ResourceBaseTest, WithoutPrefixesThereIsNothingToChoose) {
     EXPECT_TRUE(Raised<CInternalError>([this] { base.FindLanguage(0); })) << "too early";
     base.Initialize();
-    EXPECT_EQ(base.currentLanguage, NoLanguage);
     for (const std::uint32_t language : {0U, 2U, 70U, NoLanguage}) {
         EXPECT_EQ(base.FindLanguage(language), NoLanguage);
         EXPECT_TRUE(Raised<CInternalError>([this, language] { base.SetCurrentLanguage(language); })) << language;
     }
     EXPECT_TRUE(Raised<CInternalError>([this] { base.GetDefaultLanguage(); }));
     EXPECT_TRUE(Raised<CInternalError>([this] { base.AddPrefix(folder.Path(), u"late"); }));
-    EXPECT_TRUE(Raised<CInternalError>([this] { base.SetThreadLanguage(2); }));
-    base.SetThreadLanguage(NoLanguage);
     EXPECT_EQ(base.GetLanguageName(2), u"2");
     EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"(none)");
     EXPECT_EQ(Told(), u"");
@@ -206,8 +199,8 @@ TEST_F(ResourceBaseTest, ScansForLibrariesThatAreSome) {
     EXPECT_EQ(base.FindLanguage(11), 2U);
     EXPECT_EQ(base.FindLanguage(9), NoLanguage);
     EXPECT_EQ(base.GetLanguageName(2), u"Testish");
-    EXPECT_EQ(base.currentLanguage, base.GetDefaultLanguage());
-    EXPECT_NE(base.currentLanguage, 70U);
+    EXPECT_LT(base.GetDefaultLanguage(), 70U);
+    EXPECT_TRUE(IsLoaded(CUnicodeString::Format(u"alpha%u.dll", base.GetDefaultLanguage()).Text()));
     EXPECT_TRUE(Raised<CInternalError>([this] { base.SetCurrentLanguage(70); })) << "listed, and none of the table's";
     EXPECT_EQ(Told(), u"");
     // A scan lasts until the stop.
@@ -215,7 +208,6 @@ TEST_F(ResourceBaseTest, ScansForLibrariesThatAreSome) {
     base.Initialize();
     EXPECT_EQ(base.FindLanguage(20), NoLanguage);
     base.Deinitialize();
-    EXPECT_TRUE(base.languageModules.IsEmpty());
     base.Initialize();
     EXPECT_EQ(base.FindLanguage(20), 3U);
 }
@@ -228,7 +220,8 @@ TEST_F(ResourceBaseTest, ALanguageIsOneThatEveryPrefixHas) {
     SetDebugFlag(DebugCheckAllResourceModules, false);
     EXPECT_EQ(Numbers(base), "2:Testish 3:Testish 11:Testish 70:Testish ");
     EXPECT_EQ(Told(), u"4112 For prefix 'alpha' resource modules for following languages: 12 are missing.\n|");
-    EXPECT_EQ(base.languageModules.Get(base.currentLanguage)->modules.Size(), 2);
+    base.SetCurrentLanguage(2);
+    EXPECT_TRUE(IsLoaded(u"alpha2.dll") && IsLoaded(u"beta2.dll"));
 
     CBase other;
     other.AddPrefix(folder.Path(), u"kept");
@@ -246,16 +239,12 @@ TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndGoesWithTheNext) {
     base.SetCurrentLanguage(5);
     EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.");
     base.SetCurrentLanguage(5);
-    EXPECT_EQ(base.languageModules.Get(5)->useCount, 1);
-    EXPECT_EQ(base.languageModules.Get(5)->modules.Size(), 1);
     EXPECT_TRUE(IsLoaded(u"kept5.dll"));
     base.SetCurrentLanguage(2);
     EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"Noop %0");
     EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"(none)") << "an empty text is none";
     EXPECT_FALSE(IsLoaded(u"kept5.dll"));
-    EXPECT_EQ(base.languageModules.GetItemCount(), 1);
-    EXPECT_TRUE(base.keptLists.IsEmpty());
-    EXPECT_EQ(base.FindModuleWithIcon(u"testicon"), base.ModuleOf(2));
+    EXPECT_EQ(base.FindModuleWithIcon(u"testicon"), Platform::GetModuleHandle((folder / u"kept2.dll").Text()));
     EXPECT_FALSE(base.FindModuleWithIcon(u"ABSENT"));
     base.Deinitialize();
     EXPECT_FALSE(IsLoaded(u"kept2.dll"));
@@ -265,44 +254,42 @@ TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndGoesWithTheNext) {
 
 TEST_F(ResourceBaseTest, ReleasedListsAreKeptUpToALimit) {
     base.AddPrefix(folder.Path(), u"kept");
-    base.keptListsLimit = 2;
     base.Initialize();
-    base.SetCurrentLanguage(2);
-    const CLanguageModules* second = base.languageModules.Get(2);
-    base.SetCurrentLanguage(3);
-    base.SetCurrentLanguage(4);
-    ASSERT_EQ(base.keptLists.Size(), 2);
-    EXPECT_EQ(base.keptLists[0], second) << "the oldest is in front";
-    base.SetCurrentLanguage(2);
-    EXPECT_EQ(base.languageModules.Get(2), second) << "taken out again";
-    EXPECT_EQ(second->modules.Size(), 1) << "the library that is loaded anew is the same";
-    EXPECT_EQ(second->useCount, 1);
-    EXPECT_EQ(base.keptLists.Size(), 2);
-    EXPECT_EQ(base.keptLists[1]->language, 4U);
-    for (const std::uint32_t language : {3U, 4U, 5U}) {
-        base.SetCurrentLanguage(language);
+    base.SetCurrentLanguage(2); // whatever the system's was, it is not kept
+    base.keptListsLimit = 2;
+    const auto loaded = [this] {
+        std::string numbers;
+        for (const char16_t* name : {u"kept2.dll", u"kept3.dll", u"kept4.dll", u"kept5.dll"}) {
+            numbers += IsLoaded(name) ? static_cast<char>(name[4]) : '-';
+        }
+        return numbers;
+    };
+    struct Row {
+        std::uint32_t language;
+        const char* loaded; // the chosen one and the two before it
+    };
+    for (const Row& row :
+         {Row{2, "2---"}, {3, "23--"}, {4, "234-"}, {2, "234-"}, {3, "234-"}, {4, "234-"}, {5, "-345"}}) {
+        base.SetCurrentLanguage(row.language);
+        EXPECT_EQ(loaded(), row.loaded) << row.language;
     }
-    EXPECT_FALSE(IsLoaded(u"kept2.dll")) << "the oldest went";
-    EXPECT_TRUE(IsLoaded(u"kept3.dll") && IsLoaded(u"kept4.dll"));
     base.Deinitialize();
-    EXPECT_TRUE(base.keptLists.IsEmpty());
+    EXPECT_EQ(loaded(), "----");
 }
 
 TEST_F(ResourceBaseTest, TellsWhatCannotBeLoadedOrShown) {
     base.AddPrefix(folder.Path(), u"rare");
     base.Initialize();
     base.SetCurrentLanguage(13);
-    const Platform::Module module = base.ModuleOf(13);
     ASSERT_FALSE(base.IsLanguageSupported(12)) << "a number that is not used";
     base.SetCurrentLanguage(12);
-    EXPECT_EQ(base.currentLanguage, 13U) << "kept";
-    EXPECT_EQ(base.ModuleOf(13), module);
+    EXPECT_TRUE(IsLoaded(u"rare13.dll") && !IsLoaded(u"rare12.dll")) << "kept";
     const CUnicodeString unsupported =
         u"0 The selected interface language ( Testish ) is not supported on the operating system.|";
     EXPECT_EQ(Told(), unsupported);
-    base.currentLanguage = NoLanguage;
+    base.Deinitialize(); // no language is current
     base.SetCurrentLanguage(12);
-    EXPECT_EQ(base.currentLanguage, 13U) << "the default in its place";
+    EXPECT_TRUE(IsLoaded(u"rare13.dll") && !IsLoaded(u"rare12.dll")) << "the default in its place";
     EXPECT_EQ(Told(), unsupported);
 
     CBase other;
@@ -311,8 +298,7 @@ TEST_F(ResourceBaseTest, TellsWhatCannotBeLoadedOrShown) {
     other.SetCurrentLanguage(2);
     folder.Write(u"beta3.dll", "no library any more");
     other.SetCurrentLanguage(3);
-    EXPECT_EQ(other.currentLanguage, 3U);
-    EXPECT_TRUE(other.languageModules.Get(3)->modules.IsEmpty());
+    EXPECT_FALSE(IsLoaded(u"beta2.dll")) << "the language goes without one";
     EXPECT_EQ(Told(), u"4112 Cannot load DLL " + folder.Path() + u"\\beta3.dll.\n|");
 }
 
@@ -345,54 +331,41 @@ TEST_F(ResourceBaseTest, ALanguageGoesBeforeStaticModulesAndLaterOnesBeforeEarli
     EXPECT_TRUE(Platform::FreeLibrary(german)) << "was not owned";
 }
 
-TEST_F(ResourceBaseTest, ThreadsMayHaveALanguageOfTheirOwn) {
+TEST_F(ResourceBaseTest, ThreadsLookUpWhileTheLanguageChanges) {
     base.AddPrefix(folder.Path(), u"kept");
     base.Initialize();
     base.SetCurrentLanguage(2);
     std::atomic<int> wrong = 0;
-    const auto speak = [&](std::uint32_t language, const char16_t* expected) {
-        for (int i = 0; i < 30; ++i) {
-            base.SetThreadLanguage(language);
-            wrong += base.Text(u"ERR_FILE_NOT_FOUND") != expected;
-            base.SetThreadLanguage(NoLanguage);
+    const auto speak = [&] {
+        for (int i = 0; i < 100; ++i) {
+            const CUnicodeString text = base.Text(u"ERR_FILE_NOT_FOUND");
+            wrong += text != u"%0 wurde nicht gefunden." && text != u"Noop %0";
         }
     };
-    std::thread german(speak, 5, u"%0 wurde nicht gefunden.");
-    std::thread testish(speak, 3, u"Noop %0");
+    std::thread first(speak);
+    std::thread second(speak);
     for (std::uint32_t i = 0; i < 30; ++i) {
         base.SetCurrentLanguage(2 + i % 4);
         CArray<CUnicodeString> names;
         base.GetAllMessageNames(names);
         wrong += names.IsEmpty();
     }
-    german.join();
-    testish.join();
+    first.join();
+    second.join();
     EXPECT_EQ(wrong, 0);
-    base.SetCurrentLanguage(2);
-    EXPECT_EQ(base.languageModules.GetItemCount(), 1) << "what the threads used is gone";
+}
 
-    // The stop ends the choice of every thread.
-    base.SetThreadLanguage(5);
-    std::atomic<int> step = 0;
-    std::thread other([&] {
-        base.SetThreadLanguage(3);
-        step = 1;
-        step.notify_all();
-        step.wait(1);
-        EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.") << "the current language's";
-        base.SetThreadLanguage(NoLanguage);
-    });
-    step.wait(0);
-    EXPECT_EQ(base.languageModules.GetItemCount(), 3);
-    base.Deinitialize();
+TEST_F(ResourceBaseTest, AThreadsOwnLanguageIsThatOfItsLookupsUpToTheStop) {
+    base.AddPrefix(folder.Path(), u"kept");
     base.Initialize();
-    base.SetCurrentLanguage(3);
+    base.SetCurrentLanguage(2);
+    ThreadLanguage.Get()->inverted = ~5U;
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"(none)") << "nobody has it loaded";
     base.SetCurrentLanguage(5);
-    step = 2;
-    step.notify_all();
-    other.join();
-    EXPECT_EQ(base.languageModules.Get(5)->useCount, 1);
-    EXPECT_EQ(Told(), u"");
+    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.");
+    CBase other;
+    other.Deinitialize(); // holds no such language
+    EXPECT_EQ(ThreadLanguage.Get()->inverted, 0U);
 }
 
 TEST_F(ResourceBaseTest, FoldersThatAreNone) {
@@ -442,7 +415,6 @@ TEST_F(ResourceBaseTest, EveryFailureLeavesTheBaseUsable) {
         swept.AddPrefix(folder.Path(), u"kept");
         swept.Initialize();
         for (const std::uint32_t language : {2U, 5U, 2U}) {
-            swept.SetThreadLanguage(language);
             swept.SetCurrentLanguage(language);
             swept.Text(u"ERR_FILE_NOT_FOUND");
         }
@@ -465,12 +437,11 @@ TEST_F(ResourceBaseTest, EveryFailureLeavesTheBaseUsable) {
             Platform::DisarmFaults();
             swept.Deinitialize();
             swept.Initialize();
-            if (swept.languages.IsEmpty()) {
+            if (swept.FindLanguage(5) == NoLanguage) {
                 continue; // not even the prefix came in
             }
             swept.SetCurrentLanguage(5);
             EXPECT_EQ(swept.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.") << function << nth;
-            EXPECT_EQ(swept.languageModules.GetItemCount(), 1) << function << nth;
             swept.Deinitialize();
             EXPECT_FALSE(IsLoaded(u"kept2.dll") || IsLoaded(u"kept5.dll")) << function << nth;
         } while (seen >= nth);

@@ -39,6 +39,12 @@ TEST(StringBlocks, SizesOfTheClasses) {
         const CUnicodeString text(std::u16string(static_cast<std::size_t>(row.length), u'x').c_str());
         EXPECT_EQ(CProbe::BlockOf(text)->BlockSize, row.blockSize) << row.length;
     }
+    std::string narrow;
+    for (int i = 0; i < 30000; ++i) {
+        narrow += "\xE2\x82\xAC";
+    }
+    const auto converted = CUnicodeString::FromNarrow(narrow.c_str(), 90000, 65001);
+    EXPECT_EQ(CProbe::BlockOf(converted)->BlockSize, 2 * 30000 + 14) << "bytes that became no characters";
     CUnicodeString grown(std::u16string(100, u'x').c_str());
     grown.Append(u'y');
     EXPECT_EQ(CProbe::BlockOf(grown)->BlockSize, 2 * 120 + 14) << "a fifth of headroom";
@@ -47,6 +53,19 @@ TEST(StringBlocks, SizesOfTheClasses) {
     shared.Append(u'z');
     EXPECT_EQ(CProbe::BlockOf(grown)->RefCount, 1);
     EXPECT_EQ(grown.Length(), 101);
+}
+
+template <class TString>
+void AppendBeyondTheLargestLength(std::int32_t largest) {
+    TString text;
+    text.GetBuffer(largest);
+    text.SetLength(largest);
+    text.Append('x');
+}
+
+TEST(StringBlocks, NoneIsLargerThan32SignedBits) {
+    EXPECT_TRUE(Raised<CMemoryException>([] { AppendBeyondTheLargestLength<CUnicodeString>(0x3FFFFFF8); }));
+    EXPECT_TRUE(Raised<CMemoryException>([] { AppendBeyondTheLargestLength<CString>(0x7FFFFFF2); }));
 }
 
 TEST(StringModel, BehavesAsTheStandardOne) {

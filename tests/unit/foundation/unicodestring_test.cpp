@@ -31,6 +31,13 @@ TEST(UnicodeString, PartsAreCutToWhatThereIs) {
     EXPECT_EQ(text.Right(2), u"ef");
     EXPECT_EQ(text.Find(u'd', 3), 3);
     EXPECT_EQ(text.Find(u'd', 4), -1);
+    CUnicodeString cut(text);
+    cut.GetBuffer(-1);
+    cut.SetLength(-1);
+    EXPECT_EQ(cut, u"");
+    const char16_t* const none = nullptr;
+    EXPECT_EQ(none + (cut += none) + none, none);
+    EXPECT_GT(text.CompareNoCase(none), 0);
 }
 
 TEST(UnicodeString, TrimsTheWholeSetOfWhiteSpace) {
@@ -50,16 +57,20 @@ TEST(UnicodeString, ReadsNumbersAndSwitches) {
     };
     constexpr Row rows[] = {{u"12", true, 12},
                             {u" 12\t", true, 12},
-                            {u"+7", true, 7},
+                            {u"+\uFF17", true, 7},
                             {u"-1", true, -1},
+                            {u"\u0661\u06F22", true, 122},
+                            {u"\u205F\u1816\u1040\u3000", true, 60},
+                            {u"-\u0F22\u0F21\u0F24\u0F27\u0F24\u0F28\u0F23\u0F26\u0F24\u0F28", true,
+                             std::numeric_limits<std::int32_t>::min()},
                             {u"2147483647", true, std::numeric_limits<std::int32_t>::max()},
                             {u"2147483648", false, 0},
-                            {u"-2147483648", true, std::numeric_limits<std::int32_t>::min()},
                             {u"-2147483649", false, 0},
                             {u"12a", false, 0},
                             {u"", false, 0},
-                            {u"-", false, 0},
+                            {u"+-5", false, 0},
                             {u"1 2", false, 0},
+                            {u"\u00B2", false, 0}, // superscript
                             {u"99999999999999999999", false, 0}};
     for (const Row& row : rows) {
         std::int32_t value = 0;

@@ -1,7 +1,9 @@
 #include "platform/inc/environment.h"
 
 #include "platform/inc/locale.h"
+#include "platform/inc/text.h"
 #include "tests/support/text.h"
+#include <clocale>
 #include <cstdlib>
 
 namespace {
@@ -61,5 +63,20 @@ TEST(Environment, LanguagesHaveTheirNumbers) {
     EXPECT_EQ(Platform::GetSystemDefaultLCID(), Platform::LcidEnglishUnitedStates);
     EXPECT_EQ(Platform::GetSystemDefaultLangID(), 0xC0C);
     EXPECT_FALSE(Platform::IsValidLocale(0x401, Platform::LcidInstalled)) << "no language of the table";
+}
+
+TEST(Environment, TheUsersLocaleIsThatOfAllCategoriesOrOfTheLetters) {
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LC_MESSAGES"}) {
+        SetVariable(name, "");
+    }
+    SetVariable("LANG", "C.UTF-8");
+    constexpr const char* rows[][2] = {{"", "C.UTF-8"}, {"xx_XX", "C"}};
+    for (const auto& [wanted, set] : rows) {
+        SetVariable("LC_TIME", wanted);
+        Platform::SetUserLocale();
+        EXPECT_STREQ(std::setlocale(LC_TIME, nullptr), set);
+        EXPECT_EQ(Platform::towlower(u'\u00C4'), u'\u00E4') << set;
+        std::setlocale(LC_ALL, "C");
+    }
 }
 #endif
