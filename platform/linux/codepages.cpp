@@ -61,8 +61,13 @@ std::uint32_t KnownFlags(std::uint32_t page, std::uint32_t all, std::uint32_t in
     return page == 65000 || (page >= 50220 && page <= 50229) ? 0 : all;
 }
 
-bool ArgumentsHold(const void* text, std::int32_t length, const void* buffer, std::int32_t size) {
-    return text && length != 0 && size >= 0 && (buffer || size == 0);
+// What is wrong with the arguments of a conversion, if anything is.
+std::uint32_t ArgumentError(const void* text, std::int32_t length, const void* buffer, std::int32_t size,
+                            std::uint32_t unknownFlags) {
+    if (!text || length == 0 || size < 0 || (!buffer && size > 0)) {
+        return ErrorInvalidParameter;
+    }
+    return unknownFlags != 0 ? ErrorInvalidFlags : ErrorSuccess;
 }
 
 template <class TUnit>
@@ -201,11 +206,9 @@ std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, co
                                  char* buffer, std::int32_t size) {
     PLATFORM_FAULT(WideCharToMultiByte, 0);
     const std::uint32_t page = ResolvePage(codePage);
-    if (!ArgumentsHold(text, length, buffer, size)) {
-        return Refused(ErrorInvalidParameter);
-    }
-    if (flags & ~KnownFlags(page, WcKnownFlags, WcErrInvalidChars)) {
-        return Refused(ErrorInvalidFlags);
+    const std::uint32_t unknownFlags = flags & ~KnownFlags(page, WcKnownFlags, WcErrInvalidChars);
+    if (const std::uint32_t error = ArgumentError(text, length, buffer, size, unknownFlags)) {
+        return Refused(error);
     }
     const bool refuseInvalid = (flags & WcErrInvalidChars) != 0;
     if (page == CodePageUtf8) {
@@ -219,11 +222,9 @@ std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, co
                                  char16_t* buffer, std::int32_t size) {
     PLATFORM_FAULT(MultiByteToWideChar, 0);
     const std::uint32_t page = ResolvePage(codePage);
-    if (!ArgumentsHold(text, length, buffer, size)) {
-        return Refused(ErrorInvalidParameter);
-    }
-    if (flags & ~KnownFlags(page, MbKnownFlags, MbErrInvalidChars)) {
-        return Refused(ErrorInvalidFlags);
+    const std::uint32_t unknownFlags = flags & ~KnownFlags(page, MbKnownFlags, MbErrInvalidChars);
+    if (const std::uint32_t error = ArgumentError(text, length, buffer, size, unknownFlags)) {
+        return Refused(error);
     }
     const bool refuseInvalid = (flags & MbErrInvalidChars) != 0;
     if (page == CodePageUtf8) {
