@@ -6,11 +6,10 @@
 
 namespace Tsx {
 
-/// The hash of a path: HashTextNoCase over the path without its closing separators, with `\` for each `/`. 0 for a path
-/// of separators alone.
-/// AS DESIGNED: it takes upper-case characters where FileSystem::Compare takes lower-case ones. Paths that compare
-/// equal have one hash all the same, except on Linux where one has U+0130, U+03F4, U+1E9E, U+2126, U+212A or U+212B in
-/// the place of another letter with the same lower case.
+/// The hash of a path, equal for paths that FileSystem::Compare takes for equal: HashTextNoCase over the path without
+/// its closing separators, with `\` for each `/`. 0 for a path of separators alone.
+/// AS DESIGNED: it takes upper-case characters where Compare takes lower-case ones. The two agree because letters have
+/// their other case in pairs.
 std::uint32_t HashPath(const CUnicodeString& path);
 
 struct CPathKeyTraits {

@@ -1,4 +1,4 @@
-// Code pages, error texts, and the run-time's character operations in the current locale.
+// Code pages, error texts, and the run-time's character operations.
 #pragma once
 
 #include <cstdint>
@@ -12,11 +12,13 @@ std::uint32_t GetACP();
 std::uint32_t GetOEMCP();
 
 /// Converts `length` characters (-1: a terminated text, terminator included) to bytes of a code page. With `size` 0
-/// only the size needed is returned. 0 on failure. What the page cannot express becomes its default character (U+FFFD's
-/// bytes in UTF-8).
+/// only the size needed is returned. 0 on failure. What the page cannot express becomes its default character, '?'
+/// (U+FFFD's bytes in UTF-8). On Linux the pages other than UTF-8 are those of iconv; flags about combining and similar
+/// characters have no effect there.
 std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, const char16_t* text, std::int32_t length,
                                  char* buffer, std::int32_t size);
-/// The way back. Bytes that mean nothing in the page become its replacement character.
+/// The way back. Bytes that mean nothing in the page become its default character (U+FFFD in UTF-8); on Linux it is '?'
+/// in every other page.
 std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, const char* text, std::int32_t length,
                                  char16_t* buffer, std::int32_t size);
 
@@ -31,16 +33,18 @@ std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32
 /// Frees a buffer that a function of the system allocated.
 void LocalFree(void* buffer);
 
-/// The run-time's setlocale with the user's locale, of all categories: from here on the operations below use its
-/// LC_CTYPE, and wcsftime its LC_TIME. On Linux LC_CTYPE alone is set where another one is not installed.
+/// The run-time's setlocale with the user's locale, of all categories: from here on the operations below know letters
+/// beyond ASCII, and wcsftime uses LC_TIME. On Linux LC_CTYPE alone is set where another category is not installed.
 void SetUserLocale();
 
-/// Compares without regard to case, as _wcsicmp and _wcsnicmp do in the current locale; the sign of the result is the
-/// order.
+/// Compares without regard to case, as _wcsicmp and _wcsnicmp do; the sign of the result is the order. Until
+/// SetUserLocale they all fold A to Z alone. From then on the locale counts on Windows; on Linux letters fold as in the
+/// invariant tables of Windows in every locale, for names are compared and hashed by this.
 std::int32_t wcsicmp(const char16_t* a, const char16_t* b);
 std::int32_t wcsnicmp(const char16_t* a, const char16_t* b, std::int32_t count);
 char16_t towlower(char16_t c);
 char16_t towupper(char16_t c);
+/// Any white space of Unicode, whatever the locale.
 bool iswspace(char16_t c);
 
 /// The number that a text begins with behind white space and a sign, in decimal digits, which may be of different

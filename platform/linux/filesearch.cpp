@@ -7,6 +7,7 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/fileinfo.h"
 #include "platform/linux/handles.h"
+#include "platform/linux/lettercase.h"
 #include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/wildcards.h"
@@ -53,7 +54,7 @@ bool ListMatches(SearchObject& search, std::u16string_view expression, bool isRo
     while (const dirent* entry = readdir(listing.get())) {
         std::u16string name = WideName(entry->d_name);
         if (CanBeTold(name) && !(isRoot && IsDots(entry->d_name)) && MatchesExpression(name, expression)) {
-            std::transform(name.begin(), name.end(), name.begin(), &FoldNameCharacter);
+            std::transform(name.begin(), name.end(), name.begin(), &UpcaseCharacter);
             found.emplace_back(IsDots(entry->d_name) ? std::u16string(name.size(), u'\0') : std::move(name),
                                entry->d_name);
         }

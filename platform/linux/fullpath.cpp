@@ -2,6 +2,7 @@
 
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
+#include "platform/linux/lettercase.h"
 #include "platform/linux/nativetext.h"
 #include <algorithm>
 #include <cstdlib>
@@ -77,10 +78,6 @@ bool StartFromCurrentFolder(FullPath& full) {
     return true;
 }
 
-char16_t UpperLetter(char16_t c) {
-    return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-}
-
 // Removes the root of a path, whatever its form, and tells the parts that stand for it.
 bool TakeRoot(std::u16string_view& path, FullPath& full) {
     const bool rooted = IsSeparator(path[0]);
@@ -105,7 +102,7 @@ bool TakeRoot(std::u16string_view& path, FullPath& full) {
     }
     const bool absolute = !path.empty() && IsSeparator(path[0]);
     // A drive other than the current one has no current folder but its root.
-    return absolute || UpperLetter(full.root[0]) != u'Z' || StartFromCurrentFolder(full);
+    return absolute || UpcaseCharacter(full.root[0]) != u'Z' || StartFromCurrentFolder(full);
 }
 
 } // namespace

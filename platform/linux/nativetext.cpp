@@ -1,9 +1,8 @@
 #include "platform/linux/nativetext.h"
 
+#include "platform/linux/lettercase.h"
 #include "platform/linux/utf8.h"
 #include <algorithm>
-#include <clocale>
-#include <cwctype>
 
 namespace Platform {
 
@@ -55,18 +54,9 @@ std::u16string Utf16Text(std::string_view text) {
     return ToUtf16(text, [](auto& out, std::string_view) { return out.Put(ReplacementCharacter); });
 }
 
-char16_t FoldNameCharacter(char16_t c) {
-    if (c < 0x80) {
-        return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c;
-    }
-    // Reading a locale takes a while, and most programs see no such name.
-    static const locale_t nameLocale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return nameLocale ? static_cast<char16_t>(towlower_l(c, nameLocale)) : c;
-}
-
 bool NamesEqual(std::u16string_view a, std::u16string_view b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char16_t x, char16_t y) { return FoldNameCharacter(x) == FoldNameCharacter(y); });
+                      [](char16_t x, char16_t y) { return UpcaseCharacter(x) == UpcaseCharacter(y); });
 }
 
 } // namespace Platform

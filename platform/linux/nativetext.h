@@ -3,7 +3,6 @@
 // replaces what is malformed by U+FFFD, as Windows does.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -18,8 +17,7 @@ std::u16string WideName(std::string_view name);
 std::string Utf8Text(std::u16string_view text);
 std::u16string Utf16Text(std::string_view text);
 
-/// The lower-case form of a character in file names, whatever the user's locale.
-char16_t FoldNameCharacter(char16_t c);
+/// Whether two names are one to Windows, which ignores the case of letters.
 bool NamesEqual(std::u16string_view a, std::u16string_view b);
 
 } // namespace Platform

@@ -2,6 +2,7 @@
 
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
+#include "platform/linux/lettercase.h"
 #include "platform/linux/nativetext.h"
 #include <algorithm>
 #include <cerrno>
@@ -19,7 +20,7 @@ constexpr std::u16string_view AsItStands = u"\\\\?\\";
 
 // The folder that stands for a drive.
 bool DriveFolder(std::u16string_view drive, std::string& folder) {
-    const char16_t letter = drive[0] >= u'a' && drive[0] <= u'z' ? static_cast<char16_t>(drive[0] - 32) : drive[0];
+    const char16_t letter = UpcaseCharacter(drive[0]);
     if (letter == u'Z') {
         folder = "/";
         return true;

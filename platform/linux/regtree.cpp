@@ -1,7 +1,7 @@
 #include "platform/linux/regtree.h"
 
 #include "platform/inc/lasterror.h"
-#include "platform/linux/nativetext.h"
+#include "platform/linux/lettercase.h"
 #include <algorithm>
 
 namespace Platform {
@@ -15,7 +15,7 @@ constexpr std::size_t DeepestPath = 512;
 
 std::u16string FoldedName(std::u16string_view name) {
     std::u16string folded(name);
-    std::transform(folded.begin(), folded.end(), folded.begin(), FoldNameCharacter);
+    std::transform(folded.begin(), folded.end(), folded.begin(), UpcaseCharacter);
     return folded;
 }
 

@@ -5,12 +5,13 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/errortexts.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/lettercase.h"
 #include "platform/linux/loadfailure.h"
 #include "platform/linux/nativetext.h"
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <clocale>
-#include <cwctype>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -77,8 +78,17 @@ void LocalFree(void* buffer) {
     FreeRuntimeHeap(buffer);
 }
 
+namespace {
+
+// The run-time knows A to Z alone until a locale is set.
+std::atomic<bool> FoldsAllLetters = false;
+
+} // namespace
+
 void SetUserLocale() {
-    // A category that the system lacks, as after a login from another one, refuses them all. Letters fold by this one.
+    FoldsAllLetters = true;
+    // A category that the system lacks, as after a login from another one, refuses them all. This one has the character
+    // set, by which other libraries go.
     if (!std::setlocale(LC_ALL, "")) {
         std::setlocale(LC_CTYPE, "");
     }
@@ -99,15 +109,17 @@ std::int32_t wcsnicmp(const char16_t* a, const char16_t* b, std::int32_t count) 
 }
 
 char16_t towlower(char16_t c) {
-    return static_cast<char16_t>(std::towlower(c));
+    return c < 0x80 || FoldsAllLetters ? DowncaseCharacter(c) : c;
 }
 
 char16_t towupper(char16_t c) {
-    return static_cast<char16_t>(std::towupper(c));
+    return c < 0x80 || FoldsAllLetters ? UpcaseCharacter(c) : c;
 }
 
 bool iswspace(char16_t c) {
-    return std::iswspace(c) != 0;
+    constexpr std::u16string_view others = u" \x85\xA0\u1680\u2028\u2029\u202F\u205F\u3000";
+    return (c >= u'\t' && c <= u'\r') || (c >= u'\u2000' && c <= u'\u200A') ||
+           others.find(c) != std::u16string_view::npos;
 }
 
 std::int32_t wcstol(const char16_t* text, const char16_t*& end, std::int32_t radix) {

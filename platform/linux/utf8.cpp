@@ -4,7 +4,7 @@ namespace Platform {
 
 namespace {
 
-// What a lead byte asks for: the length, and the range of the second byte. All later bytes are 80 to BF.
+// What a lead byte asks for: the length, and the range of the second byte. All other continuation bytes are 80 to BF.
 struct Form {
     std::size_t length;
     unsigned low;

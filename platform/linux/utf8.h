@@ -133,16 +133,16 @@ template <class TOut>
 std::size_t Decode(const char* at, TOut& out) {
     const __m128i block = Load(at);
     const __m128i zero = _mm_setzero_si128();
-    const unsigned foreign = Mask(block);
-    if (foreign == 0) {
+    const unsigned nonAscii = Mask(block);
+    if (nonAscii == 0) {
         out.PutBlock(TwoVectors{_mm_unpacklo_epi8(block, zero), _mm_unpackhi_epi8(block, zero)}, BlockBytes);
         return BlockBytes;
     }
-    // As signed bytes later bytes are below C0, and the lead bytes C2 to DF are neighbours.
-    const unsigned later = Mask(_mm_cmplt_epi8(block, _mm_set1_epi8(-0x40)));
+    // As signed bytes the continuation bytes are below C0, and the lead bytes C2 to DF are neighbours.
+    const unsigned continuation = Mask(_mm_cmplt_epi8(block, _mm_set1_epi8(-0x40)));
     const __m128i fromC2 = _mm_cmpgt_epi8(block, _mm_set1_epi8(-0x3F));
     const unsigned lead = Mask(_mm_and_si128(fromC2, _mm_cmplt_epi8(block, _mm_set1_epi8(-0x20))));
-    if ((later | lead) != foreign || later != (lead << 1 & AllBytes)) {
+    if ((continuation | lead) != nonAscii || continuation != (lead << 1 & AllBytes)) {
         return 0;
     }
     const __m128i following = _mm_srli_si128(block, 1);
@@ -157,7 +157,7 @@ std::size_t Decode(const char* at, TOut& out) {
     char16_t units[BlockBytes];
     std::memcpy(units, &values, sizeof(units));
     const unsigned cut = lead & 1u << (BlockBytes - 1);
-    out.PutBlocks(units, 0, ~(later | cut) & AllBytes);
+    out.PutBlocks(units, 0, ~(continuation | cut) & AllBytes);
     return cut ? BlockBytes - 1 : BlockBytes;
 }
 
@@ -217,19 +217,19 @@ bool PutUtf8(TOut& out, char32_t c) {
     const auto put = [&out](char32_t byte) {
         return out.Put(static_cast<char>(byte));
     };
-    const auto putLater = [&](int shift) {
+    const auto putContinuation = [&](int shift) {
         return put(0x80 | (c >> shift & 0x3F));
     };
     if (c < 0x80) {
         return put(c);
     }
     if (c < 0x800) {
-        return out.HasRoom(2) && put(0xC0 | c >> 6) && putLater(0);
+        return out.HasRoom(2) && put(0xC0 | c >> 6) && putContinuation(0);
     }
     if (c < 0x10000) {
-        return out.HasRoom(3) && put(0xE0 | c >> 12) && putLater(6) && putLater(0);
+        return out.HasRoom(3) && put(0xE0 | c >> 12) && putContinuation(6) && putContinuation(0);
     }
-    return out.HasRoom(4) && put(0xF0 | c >> 18) && putLater(12) && putLater(6) && putLater(0);
+    return out.HasRoom(4) && put(0xF0 | c >> 18) && putContinuation(12) && putContinuation(6) && putContinuation(0);
 }
 
 /// Decodes a text into `out`. `malformed(out, bytes)` is called for each malformed piece. False as soon as that call or

@@ -1,6 +1,6 @@
 #include "platform/linux/wildcards.h"
 
-#include "platform/linux/nativetext.h"
+#include "platform/linux/lettercase.h"
 #include <vector>
 
 namespace Platform {
@@ -31,7 +31,7 @@ bool MatchesFrom(std::u16string_view name, std::size_t n, char16_t c, const std:
     case DosDot:
         return finished ? same[p + 1] : atDot && next[p + 1];
     default:
-        return !finished && FoldNameCharacter(c) == FoldNameCharacter(name[n]) && next[p + 1];
+        return !finished && UpcaseCharacter(c) == UpcaseCharacter(name[n]) && next[p + 1];
     }
 }
 

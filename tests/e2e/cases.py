@@ -66,6 +66,9 @@ def options(place):
     yield fails("an error stops the rest", ["-r:ann", "-x", "-?"], failure("The argument -x is invalid."))
     for subject in ("-su:x", "-SUBJECT:x", "/Subj:x"):
         yield Case(f"subject by {subject}", ("-r:ann", subject), [Mail(subject="x")])
+    turkish = place.locale("tr_TR")
+    yield Case("options and files of a Turk", ("-RECIPIENT:ann", "-ATTACHMENT:IN.TXT"), [Mail(files=("IN.TXT",))],
+               files={"in.txt": b"x"}, settings=turkish, skip=None if turkish else "no Turkish locale can be made here")
     yield Case("the last subject counts", ("-r:ann", "-s:One", "-s:Two"), [Mail(subject="Two")])
     yield Case("empty subject and body", ("-r:ann", "-s:", "-b"), [Mail()])
     yield Case("subject and body", ("/Recipient:A <a@b>", "-body:Text", "-s:a:b"), [Mail("A", "a@b", "a:b", "Text")])

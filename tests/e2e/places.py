@@ -73,6 +73,15 @@ class Place:
         """The text that the case's run leaves, or a pattern of it."""
         return case.sends if isinstance(case.sends, re.Pattern) else "".join(part.transcript() for part in case.sends)
 
+    def locale(self, name):
+        """The variables that choose a locale, made for this run; none where that can't be done."""
+        folder = os.path.join(self.root, "locales")
+        command = ["localedef", "-i", name, "-f", "UTF-8", os.path.join(folder, name + ".UTF-8")]
+        os.makedirs(folder, exist_ok=True)
+        if self.windows or not shutil.which("localedef") or subprocess.run(command, check=False).returncode != 0:
+            return {}
+        return {"LC_ALL": name + ".UTF-8", "LOCPATH": folder}
+
     def copy_program(self, mail, name, library=None):
         folder = os.path.join(self.root, mail.replace(" ", ""))
         os.mkdir(folder)

@@ -1,6 +1,12 @@
 #include "platform/linux/nativetext.h"
 
+#include "platform/inc/text.h"
+#include "platform/linux/lettercase.h"
 #include "tests/support/text.h"
+#include <clocale>
+#include <cstdlib>
+#include <cwctype>
+#include <unistd.h>
 #include <vector>
 
 using namespace Platform;
@@ -30,4 +36,40 @@ TEST(NativeText, MalformedTextIsReplacedPieceByPiece) {
                        u"a"),
               "\xEF\xBF\xBD\xEF\xBF\xBD"
               "a");
+}
+
+// The C library knows all simple mappings; those of Windows are the ones that are each other's inverse.
+TEST(LetterCase, PairsAreThoseOfUnicode) {
+    const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    int pairs = 0;
+    for (unsigned c = 0; c < 0x10000; ++c) {
+        const char16_t lower = DowncaseCharacter(static_cast<char16_t>(c));
+        if (lower != c) {
+            ++pairs;
+            EXPECT_EQ(UpcaseCharacter(lower), c);
+            EXPECT_TRUE(!unicode || (towlower_l(c, unicode) == lower && towupper_l(lower, unicode) == c)) << c;
+        }
+    }
+    EXPECT_EQ(pairs, 1163) << "those of Unicode 14";
+    if (unicode) {
+        freelocale(unicode);
+    }
+}
+
+TEST(LetterCase, TurkishLocaleChangesNoNames) {
+    const std::string folder = testing::TempDir() + "turkish." + std::to_string(getpid());
+    const std::string make = "mkdir " + folder + " && localedef -i tr_TR -f UTF-8 " + folder + "/tr_TR.UTF-8";
+    const bool made = std::system(make.c_str()) == 0;
+    setenv("LOCPATH", folder.c_str(), 1);
+    setenv("LC_ALL", "tr_TR.UTF-8", 1);
+    const bool turkish = made && std::setlocale(LC_ALL, "") && std::towlower(L'I') == L'\u0131';
+    SetUserLocale();
+    std::system(("rm -r " + folder).c_str());
+    if (!turkish) {
+        GTEST_SKIP() << "localedef can't make a Turkish locale here";
+    }
+    EXPECT_EQ(wcsicmp(u"RECIPIENT", u"recipient"), 0);
+    EXPECT_EQ(towupper(u'i'), u'I');
+    EXPECT_TRUE(NamesEqual(u"FILE.INI", u"file.ini"));
+    EXPECT_FALSE(NamesEqual(u"\u0130", u"i"));
 }
