@@ -125,8 +125,8 @@ std::int32_t ToUtf8(std::u16string_view text, bool refuseInvalid, char* buffer, 
 template <class TFrom, class TTo>
 class Converter {
 public:
-    Converter(const char* to, const char* from, TTo* buffer, std::int32_t size)
-        : handle(iconv_open(to, from)), out(buffer), room(static_cast<std::size_t>(size)) {}
+    Converter(const char* to, const char* from, TTo* buffer, std::int32_t bufferSize)
+        : handle(iconv_open(to, from)), out(buffer), room(static_cast<std::size_t>(bufferSize)) {}
     ~Converter() {
         if (IsOpen()) {
             iconv_close(handle);
