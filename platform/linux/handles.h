@@ -34,10 +34,10 @@ struct FileObject : HandleObject {
     ShareClaim claim;
 };
 
-/// A search: the entries that matched when it began, and how far it has told them. Deleted by FindClose.
+/// A search: the entries that match, and how far it has told them. Deleted by FindClose.
 struct SearchObject : HandleObject {
     Descriptor folder;
-    bool isRoot = false;
+    std::u16string unread; // the expression to match the folder's entries with; empty when that is done
     std::vector<std::string> names;
     std::size_t next = 0;
 };
