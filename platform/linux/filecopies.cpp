@@ -9,44 +9,16 @@
 #include "platform/linux/fileopen.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/sharetable.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
-#include <vector>
 
 namespace Platform {
 
 namespace {
-
-constexpr std::size_t PieceSize = 0x20000;
-
-// False with errno set.
-bool WriteAll(int descriptor, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t done = Retry([&] { return write(descriptor, bytes, count); });
-        if (done < 0) {
-            return false;
-        }
-        bytes += done;
-        count -= static_cast<std::size_t>(done);
-    }
-    return true;
-}
-
-bool CopyContent(int source, int target) {
-    std::vector<char> piece(PieceSize);
-    for (;;) {
-        const ssize_t count = Retry([&] { return read(source, piece.data(), piece.size()); });
-        if (count <= 0) {
-            return count == 0;
-        }
-        if (!WriteAll(target, piece.data(), static_cast<std::size_t>(count))) {
-            return false;
-        }
-    }
-}
 
 bool CopyLastWriteTime(int target, const struct stat& source) {
     const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, source.st_mtim};
@@ -64,11 +36,10 @@ void RemoveTarget(const Location& location, const FileKey& key) {
 
 // Content first, so that the time that is copied is the last.
 bool FillTarget(FileObject& target, const FileObject& source, const struct stat& status) {
-    const bool filled =
-        CopyContent(source.descriptor, target.descriptor) && CopyLastWriteTime(target.descriptor, status);
+    const bool filled = CopyContent(source.descriptor.Get(), target.descriptor.Get()) &&
+                        CopyLastWriteTime(target.descriptor.Get(), status);
     const std::uint32_t error = filled ? 0 : WindowsErrorCode(errno);
     const bool closed = target.Close(); // a volume may say only here that it had no room
-    target.descriptor = -1;
     return filled ? closed : Fail(error);
 }
 
@@ -81,7 +52,7 @@ bool Copy(const char16_t* source, const char16_t* target, bool failIfExists) {
     }
     struct stat status {};
     FileAttributeData data;
-    if (fstat(input->descriptor, &status) != 0 || !ReadFileInfo(input->descriptor, from.name, data)) {
+    if (fstat(input->descriptor.Get(), &status) != 0 || !ReadFileInfo(input->descriptor.Get(), from.name, data)) {
         const bool failed = FailFromErrno();
         input->Close();
         return failed;
@@ -96,7 +67,7 @@ bool Copy(const char16_t* source, const char16_t* target, bool failIfExists) {
     bool copied = false;
     if (output) {
         struct stat made {};
-        const bool known = fstat(output->descriptor, &made) == 0;
+        const bool known = fstat(output->descriptor.Get(), &made) == 0;
         copied = FillTarget(*output, *input, status);
         if (!copied && known) {
             const std::uint32_t error = GetLastError();
@@ -143,22 +114,22 @@ bool IsSameEntry(const Location& from, const Location& to) {
            fstat(to.folder.Get(), &toFolder) == 0 && FileKey(fromFolder) == FileKey(toFolder);
 }
 
-bool MayLeave(const ShareTableLock& lock, const Location& from) {
+bool MayLeave(ShareTableLock& lock, const Location& from) {
     const bool file = S_ISREG(from.status.st_mode);
     return !file ||
-           (lock.AllowsDelete(FileKey(from.status)) && OthersAllowDelete(from.folder.Get(), from.name.c_str())) ||
+           (lock.AllowsDelete(FileKey(from.status)) && lock.OthersAllowDelete(from.folder.Get(), from.name.c_str())) ||
            Fail(ErrorSharingViolation);
 }
 
-bool MayReplace(const ShareTableLock& lock, const Location& from, const Location& to) {
+bool MayReplace(ShareTableLock& lock, const Location& from, const Location& to) {
     const bool writable = to.IsLink() || (to.status.st_mode & S_IWUSR) != 0;
-    const bool free = !lock.IsOpen(FileKey(to.status)) && OthersAllowDelete(to.folder.Get(), to.name.c_str());
+    const bool free = !lock.IsOpen(FileKey(to.status)) && lock.OthersAllowDelete(to.folder.Get(), to.name.c_str());
     return (!to.IsFolder() && !from.IsFolder() && writable && free) || Fail(ErrorAccessDenied);
 }
 
 // 0 if it is done; the errno value of a rename that failed; -1 with the last error set for one that may not be.
 int Rename(const Location& from, const Location& to, bool replace) {
-    const ShareTableLock lock;
+    ShareTableLock lock;
     if (!MayLeave(lock, from)) {
         return -1;
     }
@@ -192,13 +163,6 @@ bool MoveToOtherVolume(const char16_t* source, const char16_t* target, bool isFo
     return true;
 }
 
-void FlushFolder(const Location& location) {
-    const Descriptor folder(openat(location.folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder) {
-        fsync(folder.Get());
-    }
-}
-
 bool Move(const char16_t* source, const char16_t* target, std::uint32_t flags) {
     constexpr std::uint32_t known = MoveFileReplaceExisting | MoveFileCopyAllowed | MoveFileWriteThrough;
     Location from;
@@ -224,7 +188,7 @@ bool Move(const char16_t* source, const char16_t* target, std::uint32_t flags) {
         return Fail(error == EINVAL ? ErrorSharingViolation : WindowsErrorCode(error));
     }
     if (error == 0 && (flags & MoveFileWriteThrough) != 0) {
-        FlushFolder(to);
+        FlushFolder(to.folder.Get());
     }
     return error == 0;
 }
