@@ -36,6 +36,7 @@ constexpr std::uint32_t ErrorBadPathname = 161;           // ERROR_BAD_PATHNAME
 constexpr std::uint32_t ErrorAlreadyExists = 183;         // ERROR_ALREADY_EXISTS
 constexpr std::uint32_t ErrorBadExeFormat = 193;          // ERROR_BAD_EXE_FORMAT
 constexpr std::uint32_t ErrorFilenameExcedRange = 206;    // ERROR_FILENAME_EXCED_RANGE
+constexpr std::uint32_t ErrorFileTooLarge = 223;          // ERROR_FILE_TOO_LARGE
 constexpr std::uint32_t ErrorMoreData = 234;              // ERROR_MORE_DATA
 constexpr std::uint32_t ErrorNoMoreItems = 259;           // ERROR_NO_MORE_ITEMS
 constexpr std::uint32_t ErrorDirectory = 267;             // ERROR_DIRECTORY

@@ -106,6 +106,7 @@ constexpr Row Rows[] = {
     {206, u"The filename or extension is too long.\r\n"},
     {208, u"The global filename characters, * or ?, are entered incorrectly or too many global filename characters are "
           u"specified.\r\n"},
+    {223, u"The file size exceeds the limit allowed and cannot be saved.\r\n"},
     {232, u"The pipe is being closed.\r\n"},
     {234, u"More data is available.\r\n"},
     {259, u"No more data is available.\r\n"},

@@ -10,44 +10,16 @@
 #include "platform/linux/folders.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/sharetable.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
-#include <vector>
 
 namespace Platform {
 
 namespace {
-
-constexpr std::size_t PieceSize = 0x20000;
-
-// False with errno set.
-bool WriteAll(int descriptor, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t done = Retry([&] { return write(descriptor, bytes, count); });
-        if (done < 0) {
-            return false;
-        }
-        bytes += done;
-        count -= static_cast<std::size_t>(done);
-    }
-    return true;
-}
-
-bool CopyContent(int source, int target) {
-    std::vector<char> piece(PieceSize);
-    for (;;) {
-        const ssize_t count = Retry([&] { return read(source, piece.data(), piece.size()); });
-        if (count <= 0) {
-            return count == 0;
-        }
-        if (!WriteAll(target, piece.data(), static_cast<std::size_t>(count))) {
-            return false;
-        }
-    }
-}
 
 bool CopyLastWriteTime(int target, const struct stat& source) {
     const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, source.st_mtim};
@@ -65,7 +37,7 @@ void RemoveTarget(const Location& location, const FileKey& key) {
 
 bool FlushContent(int descriptor) {
     PLATFORM_FAULT(FlushContent, false);
-    if (Retry([&] { return fsync(descriptor); }) != 0 && errno != EINVAL) { // EINVAL: a device keeps nothing back
+    if (!Flush(descriptor) && errno != EINVAL) { // EINVAL: a device keeps nothing back
         return FailFromErrno();
     }
     return true;
@@ -78,14 +50,14 @@ struct CopyMode {
 
 // Content first, so that the time that is copied is the last.
 bool FillTarget(FileObject& target, const FileObject& source, const struct stat& status, const CopyMode& mode) {
-    bool filled = CopyContent(source.descriptor, target.descriptor) && CopyLastWriteTime(target.descriptor, status);
+    bool filled = CopyContent(source.descriptor.Get(), target.descriptor.Get()) &&
+                  CopyLastWriteTime(target.descriptor.Get(), status);
     if (!filled) {
         SetLastErrorFromErrno();
     }
-    filled = filled && (!mode.writeThrough || FlushContent(target.descriptor));
+    filled = filled && (!mode.writeThrough || FlushContent(target.descriptor.Get()));
     const std::uint32_t error = GetLastError();
     const bool closed = target.Close(); // a volume may say only here that it had no room
-    target.descriptor = -1;
     if (!filled) {
         return Fail(error);
     }
@@ -101,7 +73,7 @@ bool Copy(const char16_t* source, const char16_t* target, const CopyMode& mode) 
     }
     struct stat status {};
     FileAttributeData data;
-    if (fstat(input->descriptor, &status) != 0 || !ReadFileInfo(input->descriptor, from.name, data)) {
+    if (fstat(input->descriptor.Get(), &status) != 0 || !ReadFileInfo(input->descriptor.Get(), from.name, data)) {
         const std::uint32_t error = WindowsErrorCode(errno);
         input->Close();
         return Fail(error);
@@ -116,7 +88,7 @@ bool Copy(const char16_t* source, const char16_t* target, const CopyMode& mode) 
     bool copied = false;
     if (output) {
         struct stat made {};
-        const bool known = fstat(output->descriptor, &made) == 0;
+        const bool known = fstat(output->descriptor.Get(), &made) == 0;
         copied = FillTarget(*output, *input, status, mode) && (!mode.writeThrough || FlushFolder(to.folder.Get()));
         if (!copied && known) {
             const std::uint32_t error = GetLastError();
@@ -163,17 +135,18 @@ bool IsSameEntry(const Location& from, const Location& to) {
            fstat(to.folder.Get(), &toFolder) == 0 && FileKey(fromFolder) == FileKey(toFolder);
 }
 
-bool MayLeave(const ShareTableLock& lock, const Location& from) {
+bool MayLeave(ShareTableLock& lock, const Location& from) {
     const bool file = S_ISREG(from.status.st_mode);
-    if (file && !(lock.AllowsDelete(FileKey(from.status)) && OthersAllowDelete(from.folder.Get(), from.name.c_str()))) {
+    if (file &&
+        !(lock.AllowsDelete(FileKey(from.status)) && lock.OthersAllowDelete(from.folder.Get(), from.name.c_str()))) {
         return Fail(ErrorSharingViolation);
     }
     return true;
 }
 
-bool MayReplace(const ShareTableLock& lock, const Location& from, const Location& to) {
+bool MayReplace(ShareTableLock& lock, const Location& from, const Location& to) {
     const bool writable = to.IsLink() || (to.status.st_mode & S_IWUSR) != 0;
-    const bool free = !lock.IsOpen(FileKey(to.status)) && OthersAllowDelete(to.folder.Get(), to.name.c_str());
+    const bool free = !lock.IsOpen(FileKey(to.status)) && lock.OthersAllowDelete(to.folder.Get(), to.name.c_str());
     if (to.IsFolder() || from.IsFolder() || !writable || !free) {
         return Fail(ErrorAccessDenied);
     }
@@ -182,7 +155,7 @@ bool MayReplace(const ShareTableLock& lock, const Location& from, const Location
 
 // 0 if it is done; the errno value of a rename that failed; -1 with the last error set for one that may not be.
 int Rename(const Location& from, const Location& to, bool replace) {
-    const ShareTableLock lock;
+    ShareTableLock lock;
     if (!MayLeave(lock, from)) {
         return -1;
     }

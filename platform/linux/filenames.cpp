@@ -123,7 +123,7 @@ bool DeleteFile(const char16_t* path) {
     if (location.IsFolder()) {
         return Fail(ErrorAccessDenied);
     }
-    const ShareTableLock lock;
+    ShareTableLock lock;
     struct stat status {};
     if (fstatat(location.folder.Get(), location.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return FailFromErrno();
@@ -132,7 +132,8 @@ bool DeleteFile(const char16_t* path) {
         if ((status.st_mode & S_IWUSR) == 0) {
             return Fail(ErrorAccessDenied);
         }
-        if (!lock.AllowsDelete(FileKey(status)) || !OthersAllowDelete(location.folder.Get(), location.name.c_str())) {
+        if (!lock.AllowsDelete(FileKey(status)) ||
+            !lock.OthersAllowDelete(location.folder.Get(), location.name.c_str())) {
             return Fail(ErrorSharingViolation);
         }
     }

@@ -4,6 +4,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/transfer.h"
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -56,7 +57,7 @@ bool FlushFolder(int folder) {
     if (!readable && errno != EACCES) {
         return FailFromErrno();
     }
-    const bool flushed = !readable || Retry([&] { return fsync(readable.Get()); }) == 0;
+    const bool flushed = !readable || Flush(readable.Get());
     if (!flushed && errno != EINVAL) { // EINVAL: the file system has no such call for folders
         return FailFromErrno();
     }

@@ -25,12 +25,12 @@ struct HandleObject {
 };
 
 struct FileObject : HandleObject {
-    explicit FileObject(int openDescriptor = -1) : descriptor(openDescriptor) {}
     bool Close() override;
 
-    int descriptor;
+    Descriptor descriptor;
     std::uint32_t access = GenericRead | GenericWrite; // what it was opened for; a standard handle decides for itself
     bool isDisk = false;                               // its content has a position and an end
+    std::int64_t position = 0;                         // of a metadata handle, whose descriptor has none
     ShareClaim claim;
 };
 

@@ -193,6 +193,7 @@ std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
 }
 
 bool FreeLibrary(Module module) {
+    PLATFORM_FAULT(FreeLibrary, false);
     return IsLoaded(module) ? dlclose(module) == 0 || Fail(ErrorInvalidHandle) : Fail(ErrorModuleNotFound);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/folders.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -19,21 +20,17 @@ namespace {
 
 constexpr mode_t AnyFileMode = 0666; // less what the user's mask takes
 
-bool WriteWhole(const Descriptor& file, std::string_view bytes) {
-    PLATFORM_FAULT(WriteWhole, false);
-    while (!bytes.empty()) {
-        const ssize_t done = Retry([&] { return write(file.Get(), bytes.data(), bytes.size()); });
-        if (done < 0) {
-            return FailFromErrno();
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(done));
+bool WriteContent(const Descriptor& file, std::string_view bytes) {
+    PLATFORM_FAULT(WriteContent, false);
+    if (WriteWhole(file.Get(), bytes.data(), bytes.size()) < bytes.size()) {
+        return FailFromErrno();
     }
     return true;
 }
 
 bool FlushAndClose(Descriptor& file) {
     PLATFORM_FAULT(FlushAndClose, false);
-    if (Retry([&] { return fsync(file.Get()); }) != 0 || !file.Close()) {
+    if (!Flush(file.Get()) || !file.Close()) {
         return FailFromErrno();
     }
     return true;
@@ -80,7 +77,7 @@ bool ReplaceFile(const std::string& path, std::string_view bytes) {
     const std::string fresh = target + ".new";
     unlink(fresh.c_str()); // what a writer left that was killed
     Descriptor file;
-    const bool isWritten = CreateNewFile(fresh, target, file) && WriteWhole(file, bytes) && FlushAndClose(file);
+    const bool isWritten = CreateNewFile(fresh, target, file) && WriteContent(file, bytes) && FlushAndClose(file);
     if (!isWritten || !RenameFile(fresh, target)) {
         unlink(fresh.c_str());
         return false;
