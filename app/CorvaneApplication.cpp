@@ -60,6 +60,10 @@ void CCorvaneApplication::ProcessArgument(const CConsoleArgument& argument) {
 void CCorvaneApplication::AddAttachment(const CUnicodeString& value) {
     CNamedAddress attachment;
     SplitAddress(value, attachment.Name, attachment.Address);
+    if (FileSystem::GetFileSystem(attachment.Address).DirectoryExists(attachment.Address)) {
+        // A search finds no folder by a closing separator: it would be left out as if it were missing.
+        FileSystem::RemoveTrailingSlash(attachment.Address);
+    }
     if (attachment.Name.IsEmpty()) {
         attachment.Name = FileSystem::GetNameAndExt(attachment.Address);
     }

@@ -84,13 +84,13 @@ public:
     virtual void SetStatus(const CUnicodeString& path, const CFileStatus& status) = 0;
 
     /// Appends what a directory holds: for each of the `patterns` (with `;` between them) the entries that `flags`, a
-    /// sum of the FF constants, accept, and then those of the subdirectories. An entry that matches two patterns
-    /// appears twice.
+    /// sum of the FF constants, accept, and then those of the subdirectories, links to such left out. An entry that
+    /// matches two patterns appears twice.
     void FindFilesEx(const CUnicodeString& directory, CArray<CFileStatus>& results, const CUnicodeString& patterns,
                      std::uint32_t flags, IFindFilesFilter* filter = nullptr);
 
-    /// Deletes a directory with all below it; read-only files only if `clearReadOnly` is set. What was deleted before a
-    /// failure stays deleted.
+    /// Deletes a directory with all below it; read-only files only if `clearReadOnly` is set. Of a link to a directory,
+    /// `path` included, the link alone goes. What was deleted before a failure stays deleted.
     void DeleteTree(const CUnicodeString& path, bool clearReadOnly);
 
     /// Raises the reason why a file could not be written: its directory is missing, or it cannot be opened.

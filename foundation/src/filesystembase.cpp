@@ -11,6 +11,11 @@ namespace {
 constexpr std::uint32_t CauseBadPath = 3;      // ERR_FILE_BAD_PATH
 constexpr std::uint32_t CauseAccessDenied = 5; // ERR_FILE_ACCESS_DENIED
 
+// A link to a directory is an entry of its own: what it leads to belongs to another tree, or holds this one.
+bool IsLink(std::uint32_t attributes) {
+    return attributes & Platform::FileAttributeReparsePoint;
+}
+
 bool IsAccepted(std::uint32_t attributes, std::uint32_t flags) {
     const bool directory = attributes & Platform::FileAttributeDirectory;
     const bool hidden = attributes & (Platform::FileAttributeHidden | Platform::FileAttributeSystem);
@@ -49,8 +54,10 @@ void CFileSystemBase::FindFilesEx(const CUnicodeString& directory, CArray<CFileS
         CArray<CFileStatus> directories;
         FindFilesEx(directory, directories, u"*", (flags & FF_Hidden) | FF_Directories, nullptr);
         for (CFileStatus& status : directories) {
-            FileSystem::RemoveTrailingSlash(status.FullName);
-            FindFilesEx(status.FullName, results, patterns, flags, filter);
+            if (!IsLink(status.Attributes)) {
+                FileSystem::RemoveTrailingSlash(status.FullName);
+                FindFilesEx(status.FullName, results, patterns, flags, filter);
+            }
         }
     }
 }
@@ -58,6 +65,10 @@ void CFileSystemBase::FindFilesEx(const CUnicodeString& directory, CArray<CFileS
 void CFileSystemBase::DeleteTree(const CUnicodeString& path, bool clearReadOnly) {
     CArray<CFileStatus> entries;
     FindFiles(path, entries, u"*.*");
+    const std::uint32_t attributes = GetAttributes(path);
+    if (IsLink(attributes)) {
+        entries.RemoveAll(); // they are not below this path
+    }
     for (const CFileStatus& entry : entries) {
         if (entry.Attributes & Platform::FileAttributeDirectory) {
             DeleteTree(entry.FullName, clearReadOnly);
@@ -69,7 +80,7 @@ void CFileSystemBase::DeleteTree(const CUnicodeString& path, bool clearReadOnly)
         DeleteFile(entry.FullName);
     }
     // AS DESIGNED: a directory's own read-only bit goes, whatever `clearReadOnly` says.
-    ClearReadOnly(*this, path, GetAttributes(path));
+    ClearReadOnly(*this, path, attributes);
     RemoveDirectory(path);
 }
 

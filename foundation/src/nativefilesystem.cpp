@@ -44,6 +44,17 @@ CUnicodeString GetParentToMake(const CUnicodeString& path) {
     return last <= 0 || server || drive ? CUnicodeString() : text.Left(last);
 }
 
+/// The directory whose volume a path lies on: the path, the one above it, or the root where neither is there. A root
+/// may hold other volumes.
+CUnicodeString GetPlaceOnVolume(CNativeFileSystem& system, const CUnicodeString& path) {
+    for (const CUnicodeString& place : {path, FileSystem::GetPath(path)}) {
+        if (system.DirectoryExists(place)) {
+            return FileSystem::AddTrailingSlash(place);
+        }
+    }
+    return FileSystem::GetRoot(path);
+}
+
 } // namespace
 
 CNativeFileSystem::CNativeFileSystem() {
@@ -155,11 +166,11 @@ void CNativeFileSystem::RenameFile(const CUnicodeString& source, const CUnicodeS
 }
 
 std::int32_t CNativeFileSystem::GetFreeSpace(const CUnicodeString& path) {
-    CUnicodeString root = FileSystem::GetRoot(path);
-    char16_t* text = root.GetBuffer(root.Length());
-    std::replace(text, text + root.Length(), u'/', u'\\');
+    CUnicodeString place = GetPlaceOnVolume(*this, path);
+    char16_t* text = place.GetBuffer(place.Length());
+    std::replace(text, text + place.Length(), u'/', u'\\');
     std::uint64_t bytes = 0;
-    Check(Platform::GetDiskFreeSpaceEx(root.Text(), &bytes, nullptr, nullptr), root);
+    Check(Platform::GetDiskFreeSpaceEx(place.Text(), &bytes, nullptr, nullptr), FileSystem::GetRoot(place));
     constexpr std::uint64_t most = std::numeric_limits<std::int32_t>::max();
     return static_cast<std::int32_t>(std::min(bytes >> 10, most));
 }

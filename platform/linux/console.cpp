@@ -17,16 +17,19 @@ namespace {
 
 // One of the two standard handles: that of the process's own stream until another one is set.
 struct StandardHandle {
+    StandardHandle(std::int32_t number, int descriptor) : which(number), stream(new FileObject) {
+        stream->descriptor = Descriptor(descriptor);
+    }
+
     std::int32_t which;
-    FileObject stream;
+    FileObject* stream; // never deleted, for the stream is the process's and stays open
     std::atomic<Handle> replacement{nullptr};
     std::atomic<bool> replaced{false};
 };
 
 // Null with the last error set for any other number.
 StandardHandle* FindStandardHandle(std::int32_t which) {
-    static StandardHandle handles[] = {{StdOutputHandle, FileObject{STDOUT_FILENO}},
-                                       {StdErrorHandle, FileObject{STDERR_FILENO}}};
+    static StandardHandle handles[] = {{StdOutputHandle, STDOUT_FILENO}, {StdErrorHandle, STDERR_FILENO}};
     for (StandardHandle& handle : handles) {
         if (handle.which == which) {
             return &handle;
@@ -47,11 +50,11 @@ Handle GetStdHandle(std::int32_t which) {
     if (handle->replaced) {
         return handle->replacement;
     }
-    if (fcntl(handle->stream.descriptor, F_GETFD) < 0) {
+    if (fcntl(handle->stream->descriptor.Get(), F_GETFD) < 0) {
         SetLastError(ErrorInvalidHandle); // a process that was started without the stream has no handle for it
         return nullptr;
     }
-    return static_cast<HandleObject*>(&handle->stream);
+    return static_cast<HandleObject*>(handle->stream);
 }
 
 bool SetStdHandle(std::int32_t which, Handle handle) {
@@ -68,8 +71,11 @@ bool WriteConsole(Handle console, const char16_t* text, std::uint32_t length, st
     written = 0;
     PLATFORM_FAULT(WriteConsole, false);
     const FileObject* file = FileOf(console);
-    if (!file || isatty(file->descriptor) == 0) {
-        return file && Fail(ErrorInvalidHandle);
+    if (!file) {
+        return false;
+    }
+    if (isatty(file->descriptor.Get()) == 0) {
+        return Fail(ErrorInvalidHandle);
     }
     const std::string bytes = Utf8Text({text, length});
     std::uint32_t writtenBytes = 0;

@@ -21,10 +21,13 @@ namespace Platform {
 
 namespace {
 
-constexpr int Questions = O_PATH | O_CLOEXEC;
+Descriptor OpenMetadataHandle(const Location& location, int flags = 0) {
+    return Descriptor(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_CLOEXEC | flags));
+}
 
-Descriptor OpenForQuestions(const Location& location) {
-    return Descriptor(openat(location.folder.Get(), location.name.c_str(), Questions));
+// What is no folder is told as such where one is wanted.
+bool FailAsFolder() {
+    return Fail(errno == ENOTDIR ? ErrorDirectory : WindowsErrorCode(errno));
 }
 
 bool IsCurrentFolder(const struct stat& status) {
@@ -43,7 +46,10 @@ bool MayRemove(const Location& location) {
     if ((data.attributes & FileAttributeReadOnly) != 0 || location.isRoot) {
         return Fail(ErrorAccessDenied);
     }
-    return !IsCurrentFolder(location.status) || Fail(ErrorSharingViolation);
+    if (IsCurrentFolder(location.status)) {
+        return Fail(ErrorSharingViolation);
+    }
+    return true;
 }
 
 std::uint32_t TypeOfVolume(int descriptor) {
@@ -72,7 +78,10 @@ bool CreateDirectory(const char16_t* path, void* security) {
     static_cast<void>(security); // the process's mask is the one default of permissions here
     Location location;
     if (!Locate(path, location)) {
-        return location.tooLong ? Fail(ErrorFilenameExcedRange) : false;
+        if (location.tooLong) {
+            SetLastError(ErrorFilenameExcedRange);
+        }
+        return false;
     }
     if (location.isRoot) {
         return Fail(ErrorAccessDenied);
@@ -80,7 +89,10 @@ bool CreateDirectory(const char16_t* path, void* security) {
     if (location.exists) {
         return Fail(ErrorAlreadyExists);
     }
-    return mkdirat(location.folder.Get(), location.name.c_str(), 0777) == 0 || FailFromErrno();
+    if (mkdirat(location.folder.Get(), location.name.c_str(), 0777) != 0) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 bool RemoveDirectory(const char16_t* path) {
@@ -93,7 +105,13 @@ bool RemoveDirectory(const char16_t* path) {
         return Fail(ErrorDirectory);
     }
     const int how = location.IsLink() ? 0 : AT_REMOVEDIR; // a link goes itself, what it leads to stays
-    return MayRemove(location) && (unlinkat(location.folder.Get(), location.name.c_str(), how) == 0 || FailFromErrno());
+    if (!MayRemove(location)) {
+        return false;
+    }
+    if (unlinkat(location.folder.Get(), location.name.c_str(), how) != 0) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 std::uint32_t GetCurrentDirectory(std::uint32_t size, char16_t* buffer) {
@@ -108,9 +126,9 @@ bool SetCurrentDirectory(const char16_t* path) {
     if (!LocateExisting(path, location)) {
         return false;
     }
-    const Descriptor folder(OpenForQuestions(location));
+    const Descriptor folder = OpenMetadataHandle(location);
     if (!folder || fchdir(folder.Get()) != 0) {
-        return errno == ENOTDIR ? Fail(ErrorDirectory) : FailFromErrno();
+        return FailAsFolder();
     }
     return true;
 }
@@ -122,10 +140,10 @@ bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::
     if (!LocateExisting(path ? path : u".", location)) {
         return false;
     }
-    const Descriptor folder(openat(location.folder.Get(), location.name.c_str(), Questions | O_DIRECTORY));
+    const Descriptor folder = OpenMetadataHandle(location, O_DIRECTORY);
     struct statvfs volume {};
     if (!folder || fstatvfs(folder.Get(), &volume) != 0) {
-        return errno == ENOTDIR ? Fail(ErrorDirectory) : FailFromErrno();
+        return FailAsFolder();
     }
     const std::pair<std::uint64_t*, std::uint64_t> results[] = {
         {freeToCaller, volume.f_bavail}, {total, volume.f_blocks}, {totalFree, volume.f_bfree}};

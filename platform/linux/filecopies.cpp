@@ -7,46 +7,19 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/fileinfo.h"
 #include "platform/linux/fileopen.h"
+#include "platform/linux/folders.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/sharetable.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
-#include <vector>
 
 namespace Platform {
 
 namespace {
-
-constexpr std::size_t PieceSize = 0x20000;
-
-// False with errno set.
-bool WriteAll(int descriptor, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t done = Retry([&] { return write(descriptor, bytes, count); });
-        if (done < 0) {
-            return false;
-        }
-        bytes += done;
-        count -= static_cast<std::size_t>(done);
-    }
-    return true;
-}
-
-bool CopyContent(int source, int target) {
-    std::vector<char> piece(PieceSize);
-    for (;;) {
-        const ssize_t count = Retry([&] { return read(source, piece.data(), piece.size()); });
-        if (count <= 0) {
-            return count == 0;
-        }
-        if (!WriteAll(target, piece.data(), static_cast<std::size_t>(count))) {
-            return false;
-        }
-    }
-}
 
 bool CopyLastWriteTime(int target, const struct stat& source) {
     const std::array<timespec, 2> times{timespec{0, UTIME_OMIT}, source.st_mtim};
@@ -62,17 +35,36 @@ void RemoveTarget(const Location& location, const FileKey& key) {
     }
 }
 
-// Content first, so that the time that is copied is the last.
-bool FillTarget(FileObject& target, const FileObject& source, const struct stat& status) {
-    const bool filled =
-        CopyContent(source.descriptor, target.descriptor) && CopyLastWriteTime(target.descriptor, status);
-    const std::uint32_t error = filled ? 0 : WindowsErrorCode(errno);
-    const bool closed = target.Close(); // a volume may say only here that it had no room
-    target.descriptor = -1;
-    return filled ? closed : Fail(error);
+bool FlushContent(int descriptor) {
+    PLATFORM_FAULT(FlushContent, false);
+    if (!Flush(descriptor) && errno != EINVAL) { // EINVAL: a device keeps nothing back
+        return FailFromErrno();
+    }
+    return true;
 }
 
-bool Copy(const char16_t* source, const char16_t* target, bool failIfExists) {
+struct CopyMode {
+    bool failIfExists;
+    bool writeThrough = false; // content and name are on the disk when the copy is done
+};
+
+// Content first, so that the time that is copied is the last.
+bool FillTarget(FileObject& target, const FileObject& source, const struct stat& status, const CopyMode& mode) {
+    bool filled = CopyContent(source.descriptor.Get(), target.descriptor.Get()) &&
+                  CopyLastWriteTime(target.descriptor.Get(), status);
+    if (!filled) {
+        SetLastErrorFromErrno();
+    }
+    filled = filled && (!mode.writeThrough || FlushContent(target.descriptor.Get()));
+    const std::uint32_t error = GetLastError();
+    const bool closed = target.Close(); // a volume may say only here that it had no room
+    if (!filled) {
+        return Fail(error);
+    }
+    return closed;
+}
+
+bool Copy(const char16_t* source, const char16_t* target, const CopyMode& mode) {
     constexpr std::uint32_t shareAll = FileShareRead | FileShareWrite | FileShareDelete;
     Location from;
     const std::unique_ptr<FileObject> input = OpenFileObject(source, {GenericRead, shareAll, OpenExisting, 0}, from);
@@ -81,13 +73,13 @@ bool Copy(const char16_t* source, const char16_t* target, bool failIfExists) {
     }
     struct stat status {};
     FileAttributeData data;
-    if (fstat(input->descriptor, &status) != 0 || !ReadFileInfo(input->descriptor, from.name, data)) {
-        const bool failed = FailFromErrno();
+    if (fstat(input->descriptor.Get(), &status) != 0 || !ReadFileInfo(input->descriptor.Get(), from.name, data)) {
+        const std::uint32_t error = WindowsErrorCode(errno);
         input->Close();
-        return failed;
+        return Fail(error);
     }
     const FileKey key(status);
-    OpenRequest request{GenericWrite, FileShareRead | FileShareWrite, failIfExists ? CreateNew : CreateAlways,
+    OpenRequest request{GenericWrite, FileShareRead | FileShareWrite, mode.failIfExists ? CreateNew : CreateAlways,
                         data.attributes};
     request.permissions = status.st_mode & 0777;
     request.other = &key;
@@ -96,8 +88,8 @@ bool Copy(const char16_t* source, const char16_t* target, bool failIfExists) {
     bool copied = false;
     if (output) {
         struct stat made {};
-        const bool known = fstat(output->descriptor, &made) == 0;
-        copied = FillTarget(*output, *input, status);
+        const bool known = fstat(output->descriptor.Get(), &made) == 0;
+        copied = FillTarget(*output, *input, status, mode) && (!mode.writeThrough || FlushFolder(to.folder.Get()));
         if (!copied && known) {
             const std::uint32_t error = GetLastError();
             RemoveTarget(to, FileKey(made));
@@ -143,28 +135,33 @@ bool IsSameEntry(const Location& from, const Location& to) {
            fstat(to.folder.Get(), &toFolder) == 0 && FileKey(fromFolder) == FileKey(toFolder);
 }
 
-bool MayLeave(const ShareTableLock& lock, const Location& from) {
+bool MayLeave(ShareTableLock& lock, const Location& from) {
     const bool file = S_ISREG(from.status.st_mode);
-    return !file ||
-           (lock.AllowsDelete(FileKey(from.status)) && OthersAllowDelete(from.folder.Get(), from.name.c_str())) ||
-           Fail(ErrorSharingViolation);
+    if (file &&
+        !(lock.AllowsDelete(FileKey(from.status)) && lock.OthersAllowDelete(from.folder.Get(), from.name.c_str()))) {
+        return Fail(ErrorSharingViolation);
+    }
+    return true;
 }
 
-bool MayReplace(const ShareTableLock& lock, const Location& from, const Location& to) {
+bool MayReplace(ShareTableLock& lock, const Location& from, const Location& to) {
     const bool writable = to.IsLink() || (to.status.st_mode & S_IWUSR) != 0;
-    const bool free = !lock.IsOpen(FileKey(to.status)) && OthersAllowDelete(to.folder.Get(), to.name.c_str());
-    return (!to.IsFolder() && !from.IsFolder() && writable && free) || Fail(ErrorAccessDenied);
+    const bool free = !lock.IsOpen(FileKey(to.status)) && lock.OthersAllowDelete(to.folder.Get(), to.name.c_str());
+    if (to.IsFolder() || from.IsFolder() || !writable || !free) {
+        return Fail(ErrorAccessDenied);
+    }
+    return true;
 }
 
 // 0 if it is done; the errno value of a rename that failed; -1 with the last error set for one that may not be.
 int Rename(const Location& from, const Location& to, bool replace) {
-    const ShareTableLock lock;
+    ShareTableLock lock;
     if (!MayLeave(lock, from)) {
         return -1;
     }
     int result = 0;
     if (IsSameEntry(from, to)) {
-        result = to.asked == from.name ? 0 : RenameToNew(from, to, to.asked);
+        result = to.requestedName == from.name ? 0 : RenameToNew(from, to, to.requestedName);
     } else if (!to.exists) {
         result = RenameToNew(from, to, to.name);
     } else if (!replace) {
@@ -185,18 +182,15 @@ bool MoveToOtherVolume(const char16_t* source, const char16_t* target, bool isFo
     if (isFolder) {
         return Fail(ErrorAccessDenied);
     }
-    if (!Copy(source, target, (flags & MoveFileReplaceExisting) == 0)) {
-        return GetLastError() == ErrorFileExists ? Fail(ErrorAlreadyExists) : false;
+    const CopyMode mode{(flags & MoveFileReplaceExisting) == 0, (flags & MoveFileWriteThrough) != 0};
+    if (!Copy(source, target, mode)) {
+        if (GetLastError() == ErrorFileExists) {
+            SetLastError(ErrorAlreadyExists);
+        }
+        return false;
     }
     static_cast<void>(DeleteFile(source)); // a source that stays is no failure of the move
     return true;
-}
-
-void FlushFolder(const Location& location) {
-    const Descriptor folder(openat(location.folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder) {
-        fsync(folder.Get());
-    }
 }
 
 bool Move(const char16_t* source, const char16_t* target, std::uint32_t flags) {
@@ -224,7 +218,7 @@ bool Move(const char16_t* source, const char16_t* target, std::uint32_t flags) {
         return Fail(error == EINVAL ? ErrorSharingViolation : WindowsErrorCode(error));
     }
     if (error == 0 && (flags & MoveFileWriteThrough) != 0) {
-        FlushFolder(to);
+        static_cast<void>(FlushFolder(to.folder.Get())); // the move itself is done
     }
     return error == 0;
 }
@@ -233,7 +227,7 @@ bool Move(const char16_t* source, const char16_t* target, std::uint32_t flags) {
 
 bool CopyFile(const char16_t* source, const char16_t* target, bool failIfExists) {
     PLATFORM_FAULT(CopyFile, false);
-    return Copy(source, target, failIfExists);
+    return Copy(source, target, {failIfExists});
 }
 
 bool MoveFile(const char16_t* source, const char16_t* target) {

@@ -18,6 +18,7 @@ namespace {
 
 constexpr const char* AttributesName = "user.tessarix.attributes";
 constexpr const char* CreatedName = "user.tessarix.created";
+constexpr const char* WritersName = "user.tessarix.writers";
 
 constexpr std::int64_t SecondsTo1970 = 11644473600; // from 1601
 constexpr std::int64_t CountsInSecond = 10'000'000;
@@ -75,6 +76,9 @@ KeptValues ReadKept(const AttributeCalls& calls, const std::string& path) {
     }
     if (has(CreatedName)) {
         kept.created = ReadNumber<std::int64_t>(calls, path.c_str(), CreatedName, "", 10);
+        if (kept.created.value_or(0) < 0) { // anyone who may write the file can put there what is no time
+            kept.created.reset();
+        }
     }
     return kept;
 }
@@ -126,36 +130,61 @@ void Fill(FileAttributeData& data, const struct statx& status, const KeptValues&
     data.size = IsFolder(status.stx_mode) ? 0 : static_cast<std::int64_t>(status.stx_size);
 }
 
+std::string HexText(std::uint32_t value) {
+    char text[16] = "0x";
+    const auto result = std::to_chars(text + 2, std::end(text), value, 16);
+    return {text, result.ptr};
+}
+
 // The permissions are set last when they forbid the rest, and first when they allow it.
 class ModeChange {
 public:
-    ModeChange(int descriptor, mode_t mode, std::uint32_t attributes)
-        : path(NameOf(descriptor)), present(mode & 07777), wanted(present) {
-        if (!IsFolder(mode)) {
-            const bool readOnly = (attributes & FileAttributeReadOnly) != 0;
-            wanted = readOnly ? present & ~static_cast<mode_t>(0222) : present | S_IWUSR;
+    ModeChange(int openDescriptor, mode_t mode, std::uint32_t attributes)
+        : descriptor(openDescriptor), before(mode & 07777), present(before), wanted(before) {
+        const bool readOnly = (attributes & FileAttributeReadOnly) != 0;
+        if (IsFolder(mode)) {
+            return;
+        }
+        if (readOnly) {
+            wanted = before & ~AnyWriter;
+        } else if ((before & S_IWUSR) == 0) {
+            wanted = before | S_IWUSR | KeptWriters();
         }
     }
     bool Open() { return (present & S_IWUSR) != 0 || Set(present | S_IWUSR); }
-    bool Finish() { return present == wanted || Set(wanted); }
+    bool Finish() {
+        if ((before & AnyWriter & ~wanted) != 0) {
+            // Without a place for them the owner alone gets the permission back.
+            static_cast<void>(Keep(descriptor, WritersName, HexText(before & AnyWriter)));
+        }
+        return present == wanted || Set(wanted);
+    }
 
 private:
+    static constexpr mode_t AnyWriter = S_IWUSR | S_IWGRP | S_IWOTH;
+
+    // Nobody is let write who may not read, whatever stands there.
+    mode_t KeptWriters() const {
+        const mode_t readers = before & (S_IRUSR | S_IRGRP | S_IROTH);
+        return ReadNumber<mode_t>(Followed, NameOf(descriptor).c_str(), WritersName, "0x", 16).value_or(0) &
+               (readers >> 1);
+    }
+
     bool Set(mode_t mode) {
-        const bool done = chmod(path.c_str(), mode) == 0;
+        const bool done = chmod(NameOf(descriptor).c_str(), mode) == 0;
         present = done ? mode : present;
         return done;
     }
 
-    std::string path;
+    int descriptor;
+    mode_t before;
     mode_t present;
     mode_t wanted;
 };
 
 // The error, 0 if none.
 std::uint32_t KeepBits(int descriptor, ModeChange& change, std::uint32_t present, std::uint32_t wanted) {
-    char text[16] = "0x";
-    const auto result = std::to_chars(text + 2, std::end(text), wanted, 16);
-    if (change.Open() && Keep(descriptor, AttributesName, std::string(text, result.ptr))) {
+    if (change.Open() && Keep(descriptor, AttributesName, HexText(wanted))) {
         return 0;
     }
     if (errno != ENOTSUP) {
@@ -208,7 +237,7 @@ bool ReadEntryInfo(int folder, const std::string& name, FileAttributeData& data)
     if (!entry || !ReadFileInfo(entry.Get(), name, data)) {
         return false;
     }
-    data.attributes |= FileAttributeReparsePoint;
+    data.attributes = (data.attributes & ~FileAttributeReadOnly) | FileAttributeReparsePoint;
     return true;
 }
 
@@ -230,7 +259,10 @@ bool StoreAttributes(int descriptor, const std::string& name, std::uint32_t attr
         static_cast<void>(change.Finish());
         return Fail(error);
     }
-    return change.Finish() || FailFromErrno();
+    if (!change.Finish()) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 void StoreCreationTime(int descriptor, std::int64_t fileTime) {

@@ -1,8 +1,9 @@
 // Attributes and times of files on this system. The read-only attribute of a file is its owner's missing permission to
-// write. What the system has no place for is kept in two extended attributes, where the file system has these:
+// write. What the system has no place for is kept in extended attributes, where the file system has these:
 //
 //   user.tessarix.attributes   hidden, system, archive, temporary, of a folder read-only too, as "0x26"
 //   user.tessarix.created      a creation time that was set, as a decimal FILETIME count
+//   user.tessarix.writers      the permissions to write that the read-only attribute took away, as "0x92"
 //
 // A file without them has the archive attribute, as one on Windows that nobody touched, and one whose name begins with
 // a dot is hidden besides, as every program here takes it.
@@ -23,8 +24,8 @@ timespec NativeTimeOf(std::int64_t fileTime);
 /// set.
 bool ReadFileInfo(int descriptor, const std::string& name, FileAttributeData& data);
 
-/// The same for an entry of a folder. A link is what it leads to, and marked as one; a link that leads nowhere is a
-/// file of its own.
+/// The same for an entry of a folder. A link is what it leads to, and marked as one, but never read-only: it may always
+/// go itself. A link that leads nowhere is a file of its own.
 bool ReadEntryInfo(int folder, const std::string& name, FileAttributeData& data);
 
 /// The bits that were set by someone, without what follows from the name alone.

@@ -22,8 +22,13 @@ namespace {
 
 bool ReadInfo(const char16_t* path, FileAttributeData& data) {
     Location location;
-    return LocateExisting(path, location) &&
-           (ReadEntryInfo(location.folder.Get(), location.name, data) || FailFromErrno());
+    if (!LocateExisting(path, location)) {
+        return false;
+    }
+    if (!ReadEntryInfo(location.folder.Get(), location.name, data)) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 std::uint32_t GivePath(const FullPath& full, std::uint32_t size, char16_t* buffer, char16_t** filePart) {
@@ -103,7 +108,10 @@ bool SetFileAttributes(const char16_t* path, std::uint32_t attributes) {
         return false;
     }
     const Descriptor file(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_CLOEXEC));
-    return file ? StoreAttributes(file.Get(), location.name, attributes) : FailFromErrno();
+    if (!file) {
+        return FailFromErrno();
+    }
+    return StoreAttributes(file.Get(), location.name, attributes);
 }
 
 bool DeleteFile(const char16_t* path) {
@@ -115,7 +123,7 @@ bool DeleteFile(const char16_t* path) {
     if (location.IsFolder()) {
         return Fail(ErrorAccessDenied);
     }
-    const ShareTableLock lock;
+    ShareTableLock lock;
     struct stat status {};
     if (fstatat(location.folder.Get(), location.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return FailFromErrno();
@@ -124,17 +132,21 @@ bool DeleteFile(const char16_t* path) {
         if ((status.st_mode & S_IWUSR) == 0) {
             return Fail(ErrorAccessDenied);
         }
-        if (!lock.AllowsDelete(FileKey(status)) || !OthersAllowDelete(location.folder.Get(), location.name.c_str())) {
+        if (!lock.AllowsDelete(FileKey(status)) ||
+            !lock.OthersAllowDelete(location.folder.Get(), location.name.c_str())) {
             return Fail(ErrorSharingViolation);
         }
     }
-    return unlinkat(location.folder.Get(), location.name.c_str(), 0) == 0 || FailFromErrno();
+    if (unlinkat(location.folder.Get(), location.name.c_str(), 0) != 0) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 std::uint32_t GetFullPathName(const char16_t* path, std::uint32_t size, char16_t* buffer, char16_t** filePart) {
     PLATFORM_FAULT(GetFullPathName, 0);
     FullPath full;
-    return ParseFullPath(path, full) ? GivePath(full, size, buffer, filePart) : 0;
+    return ResolveFullPath(path, full) ? GivePath(full, size, buffer, filePart) : 0;
 }
 
 std::uint32_t SearchPath(const char16_t* path, const char16_t* file, const char16_t* extension, std::uint32_t size,
@@ -151,7 +163,7 @@ std::uint32_t SearchPath(const char16_t* path, const char16_t* file, const char1
     }
     const std::u16string found = FindFile(path, name);
     FullPath full;
-    if (found.empty() || !ParseFullPath(found, full)) {
+    if (found.empty() || !ResolveFullPath(found, full)) {
         SetLastError(ErrorFileNotFound);
         return 0;
     }

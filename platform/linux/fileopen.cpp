@@ -4,9 +4,13 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/fileinfo.h"
+#include "platform/linux/transfer.h"
 #include <cerrno>
 #include <fcntl.h>
 #include <new>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <utility>
 
 namespace Platform {
 
@@ -57,13 +61,8 @@ public:
             return Failed(ErrorFileExists);
         }
         const bool empties = Empties(request);
-        file.descriptor =
-            Retry([&] { return openat(location.folder.Get(), location.name.c_str(), NativeFlags(request, empties)); });
-        if (file.descriptor < 0) {
+        if (!Open(NativeFlags(request, empties), 0)) {
             return errno == ENOENT && !location.IsLink() ? Outcome::ChangedMeanwhile : FailedToOpen();
-        }
-        if (fstat(file.descriptor, &status) != 0) {
-            return FailedToOpen();
         }
         const std::uint32_t refusal = S_ISDIR(status.st_mode) ? FolderRefusal() : FileRefusal();
         if (refusal != 0) {
@@ -72,11 +71,13 @@ public:
         if (!Claim(empties)) {
             return Outcome::Failed;
         }
-        // A name that went while this handle was not yet in the table has taken the file along.
-        if (fstat(file.descriptor, &status) != 0 || status.st_nlink == 0) {
+        if (!NameStillMeansIt()) {
             return Outcome::ChangedMeanwhile;
         }
-        return empties && !Empty() ? Outcome::Failed : Outcome::Done;
+        if (empties && !Empty()) {
+            return Outcome::Failed;
+        }
+        return request.needsLength && !GiveLength() ? Outcome::Failed : Outcome::Done;
     }
 
     Outcome Make() {
@@ -88,18 +89,16 @@ public:
         }
         const bool readOnly = (request.attributes & FileAttributeReadOnly) != 0;
         const mode_t mode = request.permissions & ~(readOnly ? 0222U : 0U);
-        // One that only asks questions makes the file and is a handle like that of OpenPresent afterwards.
+        // A metadata handle cannot make a file.
         const int flags = request.access == 0 ? O_RDONLY | O_CLOEXEC : NativeFlags(request, false);
-        file.descriptor =
-            Retry([&] { return openat(location.folder.Get(), location.name.c_str(), flags | O_CREAT | O_EXCL, mode); });
-        if (file.descriptor < 0) {
+        if (!Open(flags | O_CREAT | O_EXCL, mode)) {
             return errno == EEXIST ? Outcome::ChangedMeanwhile : FailedToOpen();
-        }
-        if (fstat(file.descriptor, &status) != 0) {
-            return FailedToOpen();
         }
         if (!Claim(false)) {
             return Outcome::Failed;
+        }
+        if (!NameStillMeansIt()) {
+            return Outcome::ChangedMeanwhile;
         }
         SetAttributes();
         return Outcome::Done;
@@ -108,6 +107,45 @@ public:
     bool IsDisk() const { return S_ISREG(status.st_mode) || S_ISBLK(status.st_mode); }
 
 private:
+    // False with errno set.
+    bool Open(int flags, mode_t mode) {
+        file.descriptor =
+            Descriptor(Retry([&] { return openat(location.folder.Get(), location.name.c_str(), flags, mode); }));
+        return file.descriptor && fstat(file.descriptor.Get(), &status) == 0;
+    }
+
+    // A name that went while this handle was not yet in the table has taken the file along. A file that never had one
+    // is found by what stands for its descriptor.
+    bool NameStillMeansIt() {
+        if (fstat(file.descriptor.Get(), &status) != 0) {
+            return false;
+        }
+        struct stat named {};
+        return status.st_nlink > 0 || (fstatat(location.folder.Get(), location.name.c_str(), &named, 0) == 0 &&
+                                       FileKey(named) == FileKey(status));
+    }
+
+    // What the kernel makes up as it is read is a file of no length that has a content all the same.
+    bool HasLength() const {
+        char byte = 0;
+        return S_ISDIR(status.st_mode) ||
+               (S_ISREG(status.st_mode) && (status.st_size > 0 || pread(file.descriptor.Get(), &byte, 1, 0) <= 0));
+    }
+
+    // A memory file with the content takes the place of one without a length.
+    bool GiveLength() {
+        if (HasLength()) {
+            return true;
+        }
+        Descriptor whole(memfd_create("content", MFD_CLOEXEC));
+        if (!whole || !CopyContent(file.descriptor.Get(), whole.Get(), LargestWithoutLength) ||
+            lseek(whole.Get(), 0, SEEK_SET) != 0 || fstat(whole.Get(), &status) != 0) {
+            return Fail(errno == EFBIG ? ErrorFileTooLarge : WindowsErrorCode(errno));
+        }
+        file.descriptor = std::move(whole);
+        return true;
+    }
+
     static Outcome Failed(std::uint32_t code) {
         SetLastError(code);
         return Outcome::Failed;
@@ -136,21 +174,21 @@ private:
         }
         // What is hidden by its name's dot alone is not guarded: nobody hid it from being written.
         const bool guarded = request.disposition == CreateAlways &&
-                             (StoredAttributes(file.descriptor) & GuardedBits & ~request.attributes) != 0;
+                             (StoredAttributes(file.descriptor.Get()) & GuardedBits & ~request.attributes) != 0;
         return guarded ? ErrorAccessDenied : 0;
     }
 
     // Devices and pipes are everyone's.
     bool Claim(bool empties) {
         const bool shares = S_ISREG(status.st_mode) || S_ISDIR(status.st_mode);
-        return !shares || file.claim.Enter(file.descriptor, FileKey(status), UseOf(request, empties));
+        return !shares || file.claim.Enter(file.descriptor.Get(), FileKey(status), UseOf(request, empties));
     }
 
     bool Empty() {
         if (!S_ISREG(status.st_mode)) {
             return true;
         }
-        if (Retry([&] { return ftruncate(file.descriptor, 0); }) != 0) {
+        if (Retry([&] { return ftruncate(file.descriptor.Get(), 0); }) != 0) {
             return FailFromErrno();
         }
         if (request.disposition == CreateAlways) {
@@ -161,8 +199,8 @@ private:
 
     // A file whose attributes cannot be kept is a file all the same.
     void SetAttributes() const {
-        static_cast<void>(
-            StoreAttributes(file.descriptor, location.name, request.attributes | FileAttributeArchive | NameBit()));
+        static_cast<void>(StoreAttributes(file.descriptor.Get(), location.name,
+                                          request.attributes | FileAttributeArchive | NameBit()));
     }
 
     // The dot's meaning stays with a file that is made without a word on it.
@@ -198,9 +236,6 @@ std::unique_ptr<FileObject> OpenFileObject(std::u16string_view path, const OpenR
             SetLastError(kept ? ErrorAlreadyExists : 0);
             return file;
         }
-        const std::uint32_t error = GetLastError();
-        file->Close();
-        SetLastError(error);
         if (outcome == Outcome::Failed) {
             return nullptr;
         }

@@ -6,6 +6,7 @@
 #include "platform/linux/fileinfo.h"
 #include "platform/linux/fileopen.h"
 #include "platform/linux/handles.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -23,23 +24,59 @@ __attribute__((constructor)) void IgnorePipeSignal() {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
-bool Seek(const FileObject& file, std::int64_t distance, std::uint32_t method, std::int64_t& position) {
-    constexpr int whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    if (method >= std::size(whence)) {
+bool StatusOf(const FileObject& file, struct stat& status) {
+    if (fstat(file.descriptor.Get(), &status) != 0) {
+        return FailFromErrno();
+    }
+    return true;
+}
+
+bool SeekMetadataHandle(FileObject& file, std::int64_t distance, std::uint32_t method, std::int64_t& position) {
+    struct stat status {};
+    if (!StatusOf(file, status)) {
+        return false;
+    }
+    const std::int64_t starts[] = {0, file.position, status.st_size};
+    std::int64_t target = 0;
+    if (__builtin_add_overflow(starts[method], distance, &target)) {
         return Fail(ErrorInvalidParameter);
     }
-    position = lseek(file.descriptor, distance, whence[method]);
-    if (position >= 0) {
-        return true;
+    if (target < 0) {
+        return Fail(ErrorNegativeSeek);
     }
-    return errno == EINVAL ? Fail(ErrorNegativeSeek) : FailFromErrno();
+    position = file.position = target;
+    return true;
+}
+
+// A stream that is appended to stands at its end, whatever it is that the system tells of the time before a write.
+bool Appends(int descriptor) {
+    const int flags = fcntl(descriptor, F_GETFL);
+    return flags >= 0 && (flags & O_APPEND) != 0;
+}
+
+bool Seek(FileObject& file, std::int64_t distance, std::uint32_t method, std::int64_t& position) {
+    if (method > FileEnd) {
+        return Fail(ErrorInvalidParameter);
+    }
+    if (file.access == 0) {
+        return SeekMetadataHandle(file, distance, method, position);
+    }
+    constexpr int natives[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    const int descriptor = file.descriptor.Get();
+    const bool fromEnd = method == FileCurrent && Appends(descriptor);
+    const std::int64_t target = lseek(descriptor, distance, fromEnd ? SEEK_END : natives[method]);
+    if (target < 0) {
+        return Fail(errno == EINVAL ? ErrorNegativeSeek : WindowsErrorCode(errno));
+    }
+    position = target;
+    return true;
 }
 
 bool SizeOf(Handle file, std::int64_t& size) {
     const FileObject* object = FileOf(file);
     struct stat status {};
-    if (!object || fstat(object->descriptor, &status) != 0) {
-        return object && FailFromErrno();
+    if (!object || !StatusOf(*object, status)) {
+        return false;
     }
     size = status.st_size;
     return true;
@@ -81,7 +118,9 @@ Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t shar
         return InvalidHandle();
     }
     Location location;
-    std::unique_ptr<FileObject> file = OpenFileObject(path, {access, share, disposition, attributes}, location);
+    OpenRequest request{access, share, disposition, attributes};
+    request.needsLength = access == GenericRead;
+    std::unique_ptr<FileObject> file = OpenFileObject(path, request, location);
     return file ? static_cast<HandleObject*>(file.release()) : InvalidHandle();
 }
 
@@ -97,10 +136,13 @@ bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& rea
     auto* bytes = static_cast<char*>(buffer);
     ssize_t done = 0;
     do {
-        done = Retry([&] { return ::read(object->descriptor, bytes + read, count - read); });
+        done = Retry([&] { return ::read(object->descriptor.Get(), bytes + read, count - read); });
         read += done < 0 ? 0 : static_cast<std::uint32_t>(done);
     } while (done > 0 && read < count && object->isDisk);
-    return done >= 0 || FailFromErrno();
+    if (done < 0) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 // A pipe or a terminal may take a part at a time; Windows returns when all of it is written.
@@ -112,20 +154,16 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
     if (!object) {
         return false;
     }
-    const auto* bytes = static_cast<const char*>(buffer);
-    while (written < count) {
-        const ssize_t done = Retry([&] { return write(object->descriptor, bytes + written, count - written); });
-        if (done < 0) {
-            return FailFromErrno();
-        }
-        written += static_cast<std::uint32_t>(done);
+    written = static_cast<std::uint32_t>(WriteWhole(object->descriptor.Get(), buffer, count));
+    if (written < count) {
+        return FailFromErrno();
     }
     return true;
 }
 
 std::uint32_t SetFilePointer(Handle file, std::int32_t distance, std::int32_t* distanceHigh, std::uint32_t method) {
     PLATFORM_FAULT(SetFilePointer, InvalidSetFilePointer);
-    const FileObject* object = FileOf(file);
+    FileObject* object = FileOf(file);
     std::int64_t before = 0;
     std::int64_t position = 0;
     if (!object || (!distanceHigh && !Seek(*object, 0, FileCurrent, before)) ||
@@ -144,16 +182,21 @@ std::uint32_t SetFilePointer(Handle file, std::int32_t distance, std::int32_t* d
 
 bool SetFilePointerEx(Handle file, std::int64_t distance, std::int64_t& position, std::uint32_t method) {
     PLATFORM_FAULT(SetFilePointerEx, false);
-    const FileObject* object = FileOf(file);
+    FileObject* object = FileOf(file);
     return object && Seek(*object, distance, method, position);
 }
 
 bool SetEndOfFile(Handle file) {
     PLATFORM_FAULT(SetEndOfFile, false);
-    const FileObject* object = FileOf(file, GenericWrite);
+    FileObject* object = FileOf(file, GenericWrite);
     std::int64_t position = 0;
-    return object && Seek(*object, 0, FileCurrent, position) &&
-           (Retry([&] { return ftruncate(object->descriptor, position); }) == 0 || FailFromErrno());
+    if (!object || !Seek(*object, 0, FileCurrent, position)) {
+        return false;
+    }
+    if (Retry([&] { return ftruncate(object->descriptor.Get(), position); }) != 0) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh) {
@@ -176,9 +219,12 @@ bool GetFileSizeEx(Handle file, std::int64_t& size) {
 bool GetFileTime(Handle file, std::int64_t* creation, std::int64_t* lastAccess, std::int64_t* lastWrite) {
     PLATFORM_FAULT(GetFileTime, false);
     const FileObject* object = FileOf(file);
+    if (!object) {
+        return false;
+    }
     FileAttributeData data;
-    if (!object || !ReadFileInfo(object->descriptor, {}, data)) {
-        return object && FailFromErrno();
+    if (!ReadFileInfo(object->descriptor.Get(), {}, data)) {
+        return FailFromErrno();
     }
     const std::pair<std::int64_t*, std::int64_t> results[] = {
         {creation, data.creationTime}, {lastAccess, data.lastAccessTime}, {lastWrite, data.lastWriteTime}};
@@ -203,11 +249,11 @@ bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* 
     constexpr timespec alone{0, UTIME_OMIT};
     const std::array<timespec, 2> times{IsTimeToSet(lastAccess) ? NativeTimeOf(*lastAccess) : alone,
                                         IsTimeToSet(lastWrite) ? NativeTimeOf(*lastWrite) : alone};
-    if (futimens(object->descriptor, times.data()) != 0) {
+    if (futimens(object->descriptor.Get(), times.data()) != 0) {
         return FailFromErrno();
     }
     if (IsTimeToSet(creation)) {
-        StoreCreationTime(object->descriptor, *creation);
+        StoreCreationTime(object->descriptor.Get(), *creation);
     }
     return true;
 }
@@ -218,18 +264,17 @@ bool FlushFileBuffers(Handle file) {
     if (!object) {
         return false;
     }
-    const bool flushed = Retry([&] { return fsync(object->descriptor); }) == 0;
-    return flushed || errno == EINVAL || FailFromErrno(); // EINVAL: a pipe or a device keeps nothing back
+    if (!Flush(object->descriptor.Get()) && errno != EINVAL) { // EINVAL: a pipe or a device keeps nothing back
+        return FailFromErrno();
+    }
+    return true;
 }
 
 std::uint32_t GetFileType(Handle file) {
     PLATFORM_FAULT(GetFileType, FileTypeUnknown);
     const FileObject* object = FileOf(file);
     struct stat status {};
-    if (!object || fstat(object->descriptor, &status) != 0) {
-        if (object) {
-            SetLastErrorFromErrno();
-        }
+    if (!object || !StatusOf(*object, status)) {
         return FileTypeUnknown;
     }
     if (S_ISREG(status.st_mode) || S_ISBLK(status.st_mode) || S_ISDIR(status.st_mode)) {

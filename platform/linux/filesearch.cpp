@@ -1,11 +1,13 @@
-// The search for names: FindFirstFile and what follows it. A search tells the entries that were there when it began,
-// "." and ".." first and the others in the order of their names without regard to case.
+// The search for names: FindFirstFile and what follows it. A search tells "." and ".." first and then the other entries
+// in the order of their names without regard to case. It reads the folder, as it is then, for the first of those: most
+// searches for "*" only ask whether there is a folder.
 #include "platform/inc/directories.h"
 
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/fileinfo.h"
+#include "platform/linux/folders.h"
 #include "platform/linux/handles.h"
 #include "platform/linux/lettercase.h"
 #include "platform/linux/nativetext.h"
@@ -16,54 +18,63 @@
 #include <fcntl.h>
 #include <iterator>
 #include <new>
+#include <utility>
 
 namespace Platform {
 
 namespace {
 
-// A name that no path could say is nobody's: one with a separator of Windows in it, or without room for it.
-bool CanBeTold(std::u16string_view name) {
-    return name.size() < std::size(FindData().name) && name.find(u'\\') == std::u16string_view::npos;
+// Whether a path can say the name of an entry: not one with a separator of Windows in it, one that begins like a drive,
+// and one without room for it.
+bool IsRepresentable(std::u16string_view name) {
+    const bool drive = name.size() > 1 && name[1] == u':';
+    return !drive && name.size() < std::size(FindData().name) && name.find(u'\\') == std::u16string_view::npos;
 }
 
-bool TellNext(SearchObject& search, FindData& data) {
-    while (search.next < search.names.size()) {
-        const std::string& name = search.names[search.next++];
-        FindData found;
-        if (!ReadEntryInfo(search.folder.Get(), name, found)) {
-            continue; // it went since the search began
-        }
-        const std::u16string wide = WideName(name);
-        *std::copy(wide.begin(), wide.end(), std::begin(found.name)) = u'\0';
-        data = found;
-        return true;
-    }
-    return false;
-}
-
-bool IsDots(const std::string& name) {
+bool IsDots(std::string_view name) {
     return name == "." || name == "..";
 }
 
-bool ListMatches(SearchObject& search, std::u16string_view expression, bool isRoot) {
-    const Listing listing = OpenListing(search.folder.Get());
-    if (!listing) {
-        return FailFromErrno();
-    }
+// Adds what matches to the names. False with the last error set.
+bool ListMatches(SearchObject& search, std::u16string_view expression) {
+    Listing listing(search.folder.Get());
     std::vector<std::pair<std::u16string, std::string>> found;
-    while (const dirent* entry = readdir(listing.get())) {
-        std::u16string name = WideName(entry->d_name);
-        if (CanBeTold(name) && !(isRoot && IsDots(entry->d_name)) && MatchesExpression(name, expression)) {
+    while (const char* entry = listing.Next()) {
+        std::u16string name = WideName(entry);
+        if (!IsDots(entry) && IsRepresentable(name) && MatchesExpression(name, expression)) {
             std::transform(name.begin(), name.end(), name.begin(), &UpcaseCharacter);
-            found.emplace_back(IsDots(entry->d_name) ? std::u16string(name.size(), u'\0') : std::move(name),
-                               entry->d_name);
+            found.emplace_back(std::move(name), entry);
         }
+    }
+    if (listing.Error() != 0) {
+        return Fail(listing.Error());
     }
     std::sort(found.begin(), found.end());
     for (auto& [order, name] : found) {
         search.names.push_back(std::move(name));
     }
     return true;
+}
+
+// ERROR_NO_MORE_FILES at the end.
+bool NextEntry(SearchObject& search, FindData& data) {
+    for (;;) {
+        if (search.next == search.names.size() && !search.unread.empty() &&
+            !ListMatches(search, std::exchange(search.unread, {}))) {
+            return false;
+        }
+        if (search.next == search.names.size()) {
+            return Fail(ErrorNoMoreFiles);
+        }
+        const std::string& name = search.names[search.next++];
+        FindData found;
+        if (ReadEntryInfo(search.folder.Get(), name, found)) { // else it went meanwhile
+            const std::u16string wide = WideName(name);
+            *std::copy(wide.begin(), wide.end(), std::begin(found.name)) = u'\0';
+            data = found;
+            return true;
+        }
+    }
 }
 
 // The folder to search and, for a pattern, what in it; for a plain name the name as it is spelled there.
@@ -79,9 +90,12 @@ bool StartSearch(std::u16string_view path, SearchObject& search) {
         if (!LocateExisting(path, location)) {
             return false;
         }
+        if (location.isRoot) {
+            return Fail(ErrorFileNotFound);
+        }
         search.names.push_back(location.name);
         search.folder = std::move(location.folder);
-        return !location.isRoot || Fail(ErrorFileNotFound);
+        return true;
     }
     if (!Locate(nameStart == 0 ? u"." : path.substr(0, nameStart), location)) {
         return false;
@@ -89,13 +103,20 @@ bool StartSearch(std::u16string_view path, SearchObject& search) {
     if (!location.exists) {
         return Fail(ErrorPathNotFound);
     }
-    search.folder = Descriptor(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC; // one that may not be read cannot be searched
+    search.folder = Descriptor(openat(location.folder.Get(), location.name.c_str(), flags));
     if (!search.folder) {
-        return errno == ENOTDIR ? Fail(ErrorDirectory) : FailFromErrno();
+        return Fail(errno == ENOTDIR ? ErrorDirectory : WindowsErrorCode(errno));
     }
     const bool endsInDot = pattern.ends_with(u'.');
-    pattern = pattern.substr(0, pattern.find_last_not_of(u" .") + 1);
-    return ListMatches(search, SearchExpression(pattern, endsInDot), location.isRoot);
+    pattern = WithoutClosingDots(pattern, true);
+    search.unread = SearchExpression(pattern, endsInDot);
+    for (const char* dots : {".", ".."}) {
+        if (!location.isRoot && MatchesExpression(WideName(dots), search.unread)) {
+            search.names.emplace_back(dots);
+        }
+    }
+    return true;
 }
 
 } // namespace
@@ -110,8 +131,10 @@ Handle FindFirstFile(const char16_t* path, FindData& data) {
     if (!StartSearch(path, *search)) {
         return InvalidHandle();
     }
-    if (!TellNext(*search, data)) {
-        SetLastError(ErrorFileNotFound);
+    if (!NextEntry(*search, data)) {
+        if (GetLastError() == ErrorNoMoreFiles) {
+            SetLastError(ErrorFileNotFound);
+        }
         return InvalidHandle();
     }
     return static_cast<HandleObject*>(search.release());
@@ -120,7 +143,7 @@ Handle FindFirstFile(const char16_t* path, FindData& data) {
 bool FindNextFile(Handle search, FindData& data) {
     PLATFORM_FAULT(FindNextFile, false);
     SearchObject* object = SearchOf(search);
-    return object && (TellNext(*object, data) || Fail(ErrorNoMoreFiles));
+    return object && NextEntry(*object, data);
 }
 
 bool FindClose(Handle search) {

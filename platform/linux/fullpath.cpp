@@ -21,16 +21,6 @@ std::u16string_view TakeComponent(std::u16string_view& path) {
     return component;
 }
 
-// A dot that closes a component is no part of it, but several are. At the end of the path all closing dots and blanks
-// go.
-std::u16string_view TrimComponent(std::u16string_view component, bool last) {
-    if (last) {
-        return component.substr(0, component.find_last_not_of(u" .") + 1);
-    }
-    const bool oneDot = component.ends_with(u'.') && !component.ends_with(u"..");
-    return component.substr(0, component.size() - (oneDot ? 1 : 0));
-}
-
 // Adds what a path holds behind its root.
 void AddComponents(std::u16string_view path, FullPath& full) {
     if (path.empty()) {
@@ -48,13 +38,7 @@ void AddComponents(std::u16string_view path, FullPath& full) {
             }
             continue;
         }
-        const bool last = path.empty() && !full.closed;
-        const std::u16string_view name = TrimComponent(component, last);
-        if (name.empty()) {
-            full.closed = true;
-        } else {
-            full.parts.emplace_back(name);
-        }
+        full.parts.emplace_back(component);
     }
 }
 
@@ -101,14 +85,28 @@ bool TakeRoot(std::u16string_view& path, FullPath& full) {
         full.root = u"Z:";
     }
     const bool absolute = !path.empty() && IsSeparator(path[0]);
-    // A drive other than the current one has no current folder but its root.
-    return absolute || UpcaseCharacter(full.root[0]) != u'Z' || StartFromCurrentFolder(full);
+    if (absolute || UpcaseCharacter(full.root[0]) != u'Z') {
+        return true; // a drive other than the current one has no current folder but its root
+    }
+    return StartFromCurrentFolder(full);
 }
 
 } // namespace
 
 bool IsSeparator(char16_t c) {
     return c == u'\\' || c == u'/';
+}
+
+char16_t UpperLetter(char16_t c) {
+    return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
+}
+
+std::u16string_view WithoutClosingDots(std::u16string_view component, bool last) {
+    if (last) {
+        return component.substr(0, component.find_last_not_of(u" .") + 1);
+    }
+    const bool oneDot = component.ends_with(u'.') && !component.ends_with(u"..");
+    return component.substr(0, component.size() - (oneDot ? 1 : 0));
 }
 
 std::u16string FullPath::Text() const {
@@ -167,8 +165,15 @@ std::uint32_t CopyPath(std::u16string_view path, std::uint32_t size, char16_t* b
 
 std::u16string WindowsPath(std::string_view native) {
     std::u16string path = u"Z:" + WideName(native);
+    std::replace(path.begin(), path.end(), u'\\', EscapedBackslash);
     std::replace(path.begin(), path.end(), u'/', u'\\');
     return path;
+}
+
+std::string EntryName(std::u16string_view component) {
+    std::u16string name(component);
+    std::replace(name.begin(), name.end(), EscapedBackslash, u'\\');
+    return NativeName(name);
 }
 
 } // namespace Platform

@@ -3,7 +3,6 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
-#include <unistd.h>
 
 namespace Platform {
 
@@ -22,7 +21,10 @@ TObject* ObjectOf(Handle handle) {
 } // namespace
 
 bool FileObject::Close() {
-    return close(descriptor) == 0 || FailFromErrno();
+    if (!descriptor.Close()) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 FileObject* FileOf(Handle handle) {

@@ -25,19 +25,19 @@ struct HandleObject {
 };
 
 struct FileObject : HandleObject {
-    explicit FileObject(int openDescriptor = -1) : descriptor(openDescriptor) {}
     bool Close() override;
 
-    int descriptor;
+    Descriptor descriptor;
     std::uint32_t access = GenericRead | GenericWrite; // what it was opened for; a standard handle decides for itself
     bool isDisk = false;                               // its content has a position and an end
+    std::int64_t position = 0;                         // of a metadata handle, whose descriptor has none
     ShareClaim claim;
 };
 
-/// A search: the entries that matched when it began, and how far it has told them. Deleted by FindClose.
+/// A search: the entries that match, and how far it has told them. Deleted by FindClose.
 struct SearchObject : HandleObject {
     Descriptor folder;
-    bool isRoot = false;
+    std::u16string unread; // the expression to match the folder's entries with; empty when that is done
     std::vector<std::string> names;
     std::size_t next = 0;
 };

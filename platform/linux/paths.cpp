@@ -2,6 +2,7 @@
 
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
+#include "platform/linux/folders.h"
 #include "platform/linux/lettercase.h"
 #include "platform/linux/nativetext.h"
 #include <algorithm>
@@ -28,28 +29,35 @@ bool DriveFolder(std::u16string_view drive, std::string& folder) {
     const std::string variable = std::string("TESSARIX_DRIVE_") + NativeName({&letter, 1});
     const char* value = std::getenv(variable.c_str());
     folder = value ? value : "";
-    return !folder.empty() || Fail(ErrorPathNotFound);
+    if (folder.empty()) {
+        return Fail(ErrorPathNotFound);
+    }
+    return true;
 }
 
 bool IsDrive(std::u16string_view text) {
     return text.size() == 2 && text[1] == u':';
 }
 
-// A path as its root folder and the names behind it.
-bool ParsePath(std::u16string_view path, FullPath& full, std::string& start) {
+// A path as what is to be looked up.
+bool ParsePath(std::u16string_view path, FullPath& full) {
     if (path.empty()) {
         return Fail(ErrorPathNotFound);
     }
     if (path.size() > LongestPath) {
         return Fail(ErrorFilenameExcedRange);
     }
-    if (path.starts_with(AsItStands)) {
-        full.kind = PathKind::Device;
-        full.closed = path.ends_with(u'\\');
-        full.parts = SplitAsItStands(path.substr(AsItStands.size()));
-    } else if (!ParseFullPath(path, full)) {
-        return false;
+    if (!path.starts_with(AsItStands)) {
+        return ResolveFullPath(path, full);
     }
+    full.kind = PathKind::Device;
+    full.closed = path.ends_with(u'\\');
+    full.parts = SplitAsItStands(path.substr(AsItStands.size()));
+    return true;
+}
+
+// The folder that a path starts from; what stands for it is taken off the path.
+bool TakeStart(FullPath& full, std::string& start) {
     if (full.kind == PathKind::Device) {
         if (full.parts.empty() || !IsDrive(full.parts[0])) {
             const bool share = !full.parts.empty() && NamesEqual(full.parts[0], u"UNC");
@@ -58,7 +66,10 @@ bool ParsePath(std::u16string_view path, FullPath& full, std::string& start) {
         full.root = full.parts[0];
         full.parts.erase(full.parts.begin());
     }
-    return full.kind == PathKind::Share ? Fail(ErrorBadNetworkPath) : DriveFolder(full.root, start);
+    if (full.kind == PathKind::Share) {
+        return Fail(ErrorBadNetworkPath);
+    }
+    return DriveFolder(full.root, start);
 }
 
 // What this system would take for more than one step.
@@ -68,7 +79,25 @@ bool IsPath(std::u16string_view name) {
 
 bool CanBeName(std::u16string_view name) {
     return std::all_of(name.begin(), name.end(), [](char16_t c) {
-        return c >= u' ' && std::u16string_view(u"<>:\"\\|?*").find(c) == std::u16string_view::npos;
+        const bool refused = std::u16string_view(u"<>:\"\\|?*").find(c) != std::u16string_view::npos;
+        return c >= u' ' && c != EscapedBackslash && !refused;
+    });
+}
+
+// Whether a name other than this one can equal it but for case: not if it has neither a letter nor a character beyond
+// ASCII.
+bool HasOtherSpellings(std::u16string_view name) {
+    return std::any_of(name.begin(), name.end(),
+                       [](char16_t c) { return c >= 0x80 || (UpperLetter(c) >= u'A' && UpperLetter(c) <= u'Z'); });
+}
+
+// Whether an entry equals a name but for case. Most entries are plain ASCII, and differ in length alone.
+bool IsSpelling(std::string_view entry, std::u16string_view name) {
+    if (!std::all_of(entry.begin(), entry.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        return NamesEqual(WideName(entry), name);
+    }
+    return std::equal(entry.begin(), entry.end(), name.begin(), name.end(), [](char x, char16_t y) {
+        return FoldNameCharacter(static_cast<char16_t>(x)) == FoldNameCharacter(y);
     });
 }
 
@@ -92,7 +121,7 @@ public:
             if (name.empty() || IsPath(name)) {
                 return 0;
             }
-            below.append(below.empty() ? "" : "/").append(NativeName(name));
+            below.append(below.empty() ? "" : "/").append(EntryName(name));
         }
         Descriptor next(error == 0 && !below.empty()
                             ? openat(location.folder.Get(), below.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)
@@ -114,8 +143,8 @@ public:
             EnterFolder();
         }
         location.isRoot = false;
-        location.name = NativeName(name);
-        location.asked = location.name;
+        location.name = EntryName(name);
+        location.requestedName = location.name;
         location.exists = false;
         if (error == 0) {
             LookFor(name);
@@ -153,23 +182,35 @@ private:
             error = asItStands ? ErrorInvalidName : ErrorPathNotFound;
             return;
         }
-        const bool possible =
-            !IsPath(name) && (Look() || errno != ENOENT || (FindSpelling(name) && Look()) || CanBeName(name));
-        if (!possible) {
+        if (IsPath(name)) {
             error = ErrorInvalidName;
-        } else if (!location.exists && errno != ENOENT) {
+            return;
+        }
+        if (Look()) {
+            return;
+        }
+        if (errno == ENOENT && FindSpelling(name) && Look()) {
+            return;
+        }
+        if (error == 0 && errno != ENOENT) {
             error = WindowsErrorCode(errno);
+        } else if (error == 0 && !CanBeName(name)) {
+            error = ErrorInvalidName;
         }
     }
 
-    // The entry that equals `name` but for case.
+    // The entry that equals `name` but for case; false with errno ENOENT if there is none. A folder that may not be
+    // read, where exact names are found all the same, has none.
     bool FindSpelling(std::u16string_view name) {
-        const Listing listing = OpenListing(location.folder.Get());
-        while (const dirent* entry = listing ? readdir(listing.get()) : nullptr) {
-            if (NamesEqual(WideName(entry->d_name), name)) {
-                location.name = entry->d_name;
-                return true;
+        if (HasOtherSpellings(name)) {
+            Listing listing(location.folder.Get());
+            while (const char* entry = listing.Next()) {
+                if (IsSpelling(entry, name)) {
+                    location.name = entry;
+                    return true;
+                }
             }
+            error = listing.Error() == ErrorAccessDenied ? 0 : listing.Error();
         }
         errno = ENOENT;
         return false;
@@ -181,14 +222,13 @@ private:
 };
 
 // The error that stands in the way of the name, 0 if none; false when there is no native path at all.
-bool WalkTo(std::u16string_view path, Location& location, std::uint32_t& error) {
-    FullPath full;
+bool WalkTo(FullPath full, bool asItStands, Location& location, std::uint32_t& error) {
     std::string start;
-    if (!ParsePath(path, full, start)) {
+    if (!TakeStart(full, start)) {
         return false;
     }
     location = Location();
-    Walk walk(location, start, path.starts_with(AsItStands));
+    Walk walk(location, start, asItStands);
     const std::span<const std::u16string> parts = full.parts;
     if (parts.empty()) {
         walk.Stay();
@@ -202,6 +242,19 @@ bool WalkTo(std::u16string_view path, Location& location, std::uint32_t& error) 
     return true;
 }
 
+bool WalkTo(std::u16string_view path, Location& location, std::uint32_t& error) {
+    FullPath full;
+    return ParsePath(path, full) && WalkTo(std::move(full), path.starts_with(AsItStands), location, error);
+}
+
+// Whether something has the name that a path has after `index` others.
+bool IsThere(FullPath full, std::size_t index) {
+    full.parts.resize(index + 1);
+    Location location;
+    std::uint32_t error = 0;
+    return WalkTo(std::move(full), true, location, error) && error == 0 && location.exists;
+}
+
 } // namespace
 
 bool Location::IsFolder() const {
@@ -209,9 +262,34 @@ bool Location::IsFolder() const {
     return exists && fstatat(folder.Get(), name.c_str(), &target, 0) == 0 && S_ISDIR(target.st_mode);
 }
 
+bool ResolveFullPath(std::u16string_view path, FullPath& full) {
+    if (!ParseFullPath(path, full)) {
+        return false;
+    }
+    for (std::size_t i = 0; i < full.parts.size(); ++i) {
+        std::u16string& part = full.parts[i];
+        const bool last = i + 1 == full.parts.size() && !full.closed;
+        const std::size_t length = WithoutClosingDots(part, last).size();
+        if (length < part.size() && !IsThere(full, i)) {
+            part.resize(length);
+        }
+    }
+    if (!full.parts.empty() && full.parts.back().empty()) {
+        full.parts.pop_back(); // it had nothing else, and the separator before it closes the path
+        full.closed = true;
+    }
+    return true;
+}
+
 bool Locate(std::u16string_view path, Location& location) {
     std::uint32_t error = 0;
-    return WalkTo(path, location, error) && (error == 0 || Fail(error));
+    if (!WalkTo(path, location, error)) {
+        return false;
+    }
+    if (error != 0) {
+        return Fail(error);
+    }
+    return true;
 }
 
 bool LocateExisting(std::u16string_view path, Location& location) {
@@ -221,7 +299,10 @@ bool LocateExisting(std::u16string_view path, Location& location) {
     if (!location.exists) {
         return Fail(ErrorFileNotFound);
     }
-    return !location.closed || location.IsFolder() || Fail(ErrorInvalidName);
+    if (location.closed && !location.IsFolder()) {
+        return Fail(ErrorInvalidName);
+    }
+    return true;
 }
 
 bool MapPath(std::u16string_view path, std::string& native) {
@@ -232,15 +313,6 @@ bool MapPath(std::u16string_view path, std::string& native) {
     }
     native = location.native;
     return true;
-}
-
-Listing OpenListing(int folder) {
-    Descriptor readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    Listing listing(readable ? fdopendir(readable.Get()) : nullptr, &closedir);
-    if (listing) {
-        static_cast<void>(readable.Release());
-    }
-    return listing;
 }
 
 } // namespace Platform

@@ -4,6 +4,7 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/folders.h"
 #include "platform/linux/regfile.h"
 #include "platform/linux/replacefile.h"
 #include <algorithm>

@@ -3,6 +3,8 @@
 #include "platform/linux/descriptor.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/folders.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -17,28 +19,29 @@ namespace Platform {
 namespace {
 
 constexpr mode_t AnyFileMode = 0666; // less what the user's mask takes
-constexpr mode_t FolderMode = 0700;
 
-bool WriteWhole(const Descriptor& file, std::string_view bytes) {
-    PLATFORM_FAULT(WriteWhole, false);
-    while (!bytes.empty()) {
-        const ssize_t done = TEMP_FAILURE_RETRY(write(file.Get(), bytes.data(), bytes.size()));
-        if (done < 0) {
-            return FailFromErrno();
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(done));
+bool WriteContent(const Descriptor& file, std::string_view bytes) {
+    PLATFORM_FAULT(WriteContent, false);
+    if (WriteWhole(file.Get(), bytes.data(), bytes.size()) < bytes.size()) {
+        return FailFromErrno();
     }
     return true;
 }
 
 bool FlushAndClose(Descriptor& file) {
     PLATFORM_FAULT(FlushAndClose, false);
-    return (fsync(file.Get()) == 0 && file.Close()) || FailFromErrno();
+    if (!Flush(file.Get()) || !file.Close()) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 bool RenameFile(const std::string& from, const std::string& to) {
     PLATFORM_FAULT(RenameFile, false);
-    return std::rename(from.c_str(), to.c_str()) == 0 || FailFromErrno();
+    if (std::rename(from.c_str(), to.c_str()) != 0) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
 // The new file gets the access bits of the one that it replaces.
@@ -50,17 +53,19 @@ bool CreateNewFile(const std::string& path, const std::string& old, Descriptor& 
         return FailFromErrno();
     }
     file = Descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, AnyFileMode));
-    const bool done = file && (!hasOld || fchmod(file.Get(), status.st_mode & ALLPERMS) == 0);
-    return done || FailFromErrno();
+    if (!file || (hasOld && fchmod(file.Get(), status.st_mode & ALLPERMS) != 0)) {
+        return FailFromErrno();
+    }
+    return true;
 }
 
-// So that the name is on the disk too. Not every file system can, and the file is whole either way.
-void FlushFolder(const std::string& file) {
+// So that the name is on the disk too; the file is whole either way.
+void FlushFolderOf(const std::string& file) {
     const std::size_t separator = file.find_last_of('/');
     const std::string folder = separator == std::string::npos ? "." : file.substr(0, separator + 1);
-    const Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor descriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (descriptor) {
-        static_cast<void>(fsync(descriptor.Get()));
+        static_cast<void>(FlushFolder(descriptor.Get()));
     }
 }
 
@@ -72,25 +77,13 @@ bool ReplaceFile(const std::string& path, std::string_view bytes) {
     const std::string fresh = target + ".new";
     unlink(fresh.c_str()); // what a writer left that was killed
     Descriptor file;
-    const bool isWritten = CreateNewFile(fresh, target, file) && WriteWhole(file, bytes) && FlushAndClose(file);
+    const bool isWritten = CreateNewFile(fresh, target, file) && WriteContent(file, bytes) && FlushAndClose(file);
     if (!isWritten || !RenameFile(fresh, target)) {
         unlink(fresh.c_str());
         return false;
     }
-    FlushFolder(target);
+    FlushFolderOf(target);
     return true;
-}
-
-bool MakeFolders(const std::string& path) {
-    PLATFORM_FAULT(MakeFolders, false);
-    for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (mkdir(path.substr(0, end).c_str(), FolderMode) != 0 && errno != EEXIST) {
-            return FailFromErrno();
-        }
-        if (end == std::string::npos) {
-            return true;
-        }
-    }
 }
 
 } // namespace Platform

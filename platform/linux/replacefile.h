@@ -11,8 +11,4 @@ namespace Platform {
 /// replaced. Only one caller at a time may replace the same file. False with the last error set.
 bool ReplaceFile(const std::string& path, std::string_view bytes);
 
-/// Makes a folder with those on the way to it, for the user alone; one that is there is fine. False with the last error
-/// set.
-bool MakeFolders(const std::string& path);
-
 } // namespace Platform

@@ -7,7 +7,9 @@
 // file is neither seen nor hindered. A rename or deletion by another process of this layer is hindered in the same way.
 #pragma once
 
-#include <cstdint>
+#include "platform/linux/descriptor.h"
+#include "platform/linux/sharelocks.h"
+#include <forward_list>
 #include <list>
 #include <mutex>
 #include <sys/stat.h>
@@ -20,13 +22,6 @@ struct FileKey {
 
     explicit FileKey(const struct stat& status) : device(status.st_dev), inode(status.st_ino) {}
     bool operator==(const FileKey&) const = default;
-};
-
-/// What a handle does and allows, as FileShare bits: Read, Write, Delete.
-struct ShareUse {
-    std::uint32_t uses = 0;
-    std::uint32_t allows = 0;
-    std::uint32_t atFirst = 0; // uses while it is opened and not later
 };
 
 /// A handle's entry in the table, taken out when this goes.
@@ -49,13 +44,14 @@ private:
     friend class ShareTableLock;
     using Table = std::list<Entry>;
     static Table& Entries();
+    Agreement Ask(int descriptor, Table& added);
 
     Table::iterator entry;
     bool entered = false;
 };
 
 /// Keeps handles from coming and going between a question below and what is done on its answer. Not held over anything
-/// that waits.
+/// that waits longer than another process takes to open a file.
 class ShareTableLock {
 public:
     ShareTableLock();
@@ -64,12 +60,20 @@ public:
     bool IsOpen(const FileKey& key) const;
     /// Whether all handles of the process allow that the name goes.
     bool AllowsDelete(const FileKey& key) const;
+    /// Whether handles of other processes to the regular file of that name allow that the name goes. While this object
+    /// lives, none that doesn't is opened, and no other process of this layer takes the name away.
+    bool OthersAllowDelete(int folder, const char* name);
 
 private:
-    std::lock_guard<std::mutex> guard;
-};
+    struct Deletion {
+        FileKey key;
+        Descriptor file; // holds the announcement
+    };
 
-/// Whether handles of other processes to the regular file of that name allow that the name goes.
-bool OthersAllowDelete(int folder, const char* name);
+    std::lock_guard<std::mutex> guard;
+    std::forward_list<Deletion> announced;
+
+    Agreement AnnounceDeletion(int folder, const char* name);
+};
 
 } // namespace Platform

@@ -4,6 +4,7 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/folders.h"
 #include "platform/linux/fullpath.h"
 #include "platform/linux/searchfolders.h"
 #include <algorithm>
@@ -15,7 +16,6 @@
 #include <pwd.h>
 #include <string>
 #include <string_view>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Platform {
@@ -169,16 +169,11 @@ std::string FolderOf(const Row& row) {
         return SystemFolder();
     }
     const bool ofUser = row.variable && std::string_view(row.variable).ends_with("_DIR");
-    const std::string named = ofUser ? UserFolder(row.variable) : row.variable ? Variable(row.variable) : std::string();
-    return (named.empty() ? Expand(row.path) : named) + row.below;
-}
-
-// Makes a folder and what is missing on the way to it.
-void MakeFolders(const std::string& native) {
-    for (std::size_t end = native.find('/', 1); end != std::string::npos; end = native.find('/', end + 1)) {
-        mkdir(native.substr(0, end).c_str(), 0777);
+    std::string named;
+    if (row.variable) {
+        named = ofUser ? UserFolder(row.variable) : Variable(row.variable);
     }
-    mkdir(native.c_str(), 0700);
+    return (named.empty() ? Expand(row.path) : named) + row.below;
 }
 
 // The Windows form, empty for a place outside the file system and for one that no buffer of the caller has room for.
@@ -216,7 +211,7 @@ std::int32_t SHGetFolderPath(Window owner, std::int32_t folder, Handle token, st
         return ResultInvalidArgument;
     }
     if ((folder & CsidlFlagCreate) != 0) {
-        MakeFolders(FolderOf(*row));
+        static_cast<void>(MakeFolders(FolderOf(*row))); // the path is the answer all the same
     }
     CopyPath(found, MaxPath, path);
     return 0;

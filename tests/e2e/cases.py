@@ -109,6 +109,7 @@ def attachments(place):
     yield one("attachment in other case", "X.TXT", "X.TXT", files=x)
     yield one("attachment value with a colon", "b:c")  # neither a drive nor a file of that name
     yield one("attachment that is a folder", "sub", "sub", files=sub)
+    yield one("attachment that is a folder, closed", "sub/", "sub", files=sub)
     yield one("attachment beyond a missing folder", "none/x.txt")
     yield one("attachment in a locked folder", "locked/x.txt", files={"locked/x.txt": b"x"}, unprivileged=True,
               skip="Wine runs as the owner of its prefix alone" if place.windows else None)

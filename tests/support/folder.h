@@ -17,6 +17,8 @@ public:
 
     /// Its absolute path, without a closing separator.
     const Tsx::CUnicodeString& Path() const { return path; }
+    /// The same as the C++ library takes it.
+    const std::filesystem::path& Place() const { return place; }
     /// The path of something in it; `name` may hold `\`.
     Tsx::CUnicodeString operator/(const char16_t* name) const { return path + u'\\' + name; }
 

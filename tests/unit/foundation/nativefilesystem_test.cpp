@@ -184,6 +184,11 @@ TEST(NativeFileSystem, CopiesAndMoves) {
     Files().RenameFile(folder / u"c", folder / u"d");
     EXPECT_EQ(folder.Content(u"c") + ", " + folder.Content(u"d"), "(missing), from a");
     EXPECT_GT(Files().GetFreeSpace(folder.Path()), 0);
+    std::uint64_t total = 0;
+    if (Platform::GetDiskFreeSpaceEx(u"/dev/shm", nullptr, &total, nullptr)) { // a volume that is no drive
+        EXPECT_LE(static_cast<std::uint64_t>(Files().GetFreeSpace(u"/dev/shm")) << 10, total);
+        EXPECT_LE(static_cast<std::uint64_t>(Files().GetFreeSpace(u"/dev/shm/file")) << 10, total);
+    }
 }
 
 TEST(NativeFileSystem, MakesAllLevelsAndDeletesTrees) {
@@ -205,6 +210,44 @@ TEST(NativeFileSystem, MakesAllLevelsAndDeletesTrees) {
     EXPECT_EQ(refused->fileName, folder / u"a\\b\\c\\guarded");
     Files().DeleteTree(folder / u"a", true);
     EXPECT_FALSE(Files().CheckFile(folder / u"a", FA_Exists));
+}
+
+TEST(NativeFileSystem, LinksAndNamesThatNoPathSaysLeadNowhere) {
+    const CTestFolder folder;
+    folder.Write(u"outside\\kept");
+    folder.Write(u"tree\\file");
+    const std::filesystem::path& place = folder.Place();
+    std::error_code error;
+    std::filesystem::create_directory_symlink("../outside", place / "tree" / "link", error);
+    if (error) {
+        GTEST_SKIP() << "links to directories cannot be made here";
+    }
+    std::filesystem::create_directory_symlink(".", place / "tree" / "itself", error);
+    std::filesystem::create_directory_symlink("outside", place / "link", error);
+    std::filesystem::permissions(place / "outside" / "kept", std::filesystem::perms::owner_read);
+    std::filesystem::create_symlink("../outside/kept", place / "tree" / "filelink", error);
+    CArray<CFileStatus> found;
+    Files().FindFilesEx(folder / u"tree", found, u"*", FF_Recursive | FF_Hidden | FF_Files | FF_Directories);
+    EXPECT_EQ(Sorted(found, folder / u"tree"), u"file filelink itself link ");
+    Files().DeleteTree(folder / u"tree", true);
+    EXPECT_FALSE(Files().DirectoryExists(folder / u"tree"));
+    Files().DeleteTree(folder / u"link", true);
+    EXPECT_FALSE(std::filesystem::is_symlink(place / "link"));
+    EXPECT_EQ(folder.Content(u"outside\\kept"), "x");
+    EXPECT_EQ(std::filesystem::status(place / "outside" / "kept").permissions(), std::filesystem::perms::owner_read);
+
+    // What would be found from the current directory is not what the tree has.
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::create_directory(place / "strange");
+    std::filesystem::create_directory(place / "strange" / "Z:outside");
+    std::filesystem::create_directory(place / "strange" / "R.E.M.");
+    folder.Write(u"strange\\R.E.M.\\file.");
+    std::filesystem::current_path(place);
+    EXPECT_TRUE(Raised<CFileException>([&] { Files().DeleteTree(folder / u"strange", true); })) << "it is not empty";
+    std::filesystem::current_path(before);
+    EXPECT_EQ(folder.Content(u"outside\\kept"), "x");
+    EXPECT_FALSE(std::filesystem::exists(place / "strange" / "R.E.M."));
+    EXPECT_TRUE(std::filesystem::exists(place / "strange" / "Z:outside"));
 }
 
 TEST(NativeFileSystem, FindsFiles) {
@@ -323,7 +366,8 @@ TEST(NativeFileSystem, FaultsOfASearchEndIt) {
         std::uint32_t code, raised;
     };
     constexpr Row rows[] = {{"FindFirstFile", 18, 0}, {"FindFirstFile", 2, 0}, {"FindFirstFile", 5, 5},
-                            {"FindNextFile", 2, 0},   {"FindNextFile", 5, 5},  {"FindClose", 6, 6}};
+                            {"FindNextFile", 2, 0},   {"FindNextFile", 5, 5},  {"FindClose", 6, 6},
+                            {"ReadNext", 1117, 1117}};
     for (const Row& row : rows) {
         CArray<CFileStatus> found;
         Platform::ArmFault(row.function, 1, row.code, Platform::FaultMode::Once);

@@ -1,5 +1,6 @@
 // What files have only on this system: links, kept attributes, names that Windows refuses, other processes, failures in
 // the middle.
+#include "platform/inc/faults.h"
 #include "platform/inc/shell.h"
 #include "platform/linux/fileinfo.h"
 #include "platform/linux/nativetext.h"
@@ -8,7 +9,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
+#include <grp.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -102,15 +106,66 @@ TEST(LinuxFiles, ADotHidesANameUnlessSomeoneSaysOtherwise) {
 
 TEST(LinuxFiles, NamesThatWindowsRefusesOpenWhereTheyAre) {
     const CScratch scratch;
-    std::ofstream(Native(scratch(u"a:b?\"c"))) << "x";
-    EXPECT_TRUE(scratch.CanOpen(u"a:b?\"c", GenericRead));
+    std::ofstream(Native(scratch(u"ab:b?\"c"))) << "x";
+    EXPECT_TRUE(scratch.CanOpen(u"ab:b?\"c", GenericRead));
     FindData data;
-    EXPECT_TRUE(FindClose(FindFirstFile(scratch(u"a:b?\"c"), data)));
-    EXPECT_EQ(Readable(data.name), "a:b?\"c");
+    EXPECT_TRUE(FindClose(FindFirstFile(scratch(u"ab:b?\"c"), data)));
+    EXPECT_EQ(Readable(data.name), "ab:b?\"c");
     EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"a:c", GenericRead, 0, OpenAlways); }), ErrorInvalidName);
-    std::ofstream(Native(scratch(u"1")) + "\\2") << "a separator to every path of ours";
-    EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle());
-    std::filesystem::remove(Native(scratch(u"1")) + "\\2");
+    for (const char* name : {"1\\2", "1:", "1:2"}) { // a separator to every path of ours, a drive to a search's reader
+        std::ofstream(Native(scratch(u"")) + name) << "x";
+        EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle()) << name;
+        std::filesystem::remove(Native(scratch(u"")) + name);
+    }
+}
+
+TEST(LinuxFiles, ReadOnlyComesAndGoesAndWhatIsNoTimeIsNone) {
+    const CScratch scratch;
+    scratch.Make(u"file");
+    const std::string native = Native(scratch(u"file"));
+    for (const mode_t mode : {0664U, 0666U, 0646U, 0600U, 0755U}) {
+        ASSERT_EQ(chmod(native.c_str(), mode), 0);
+        EXPECT_TRUE(SetFileAttributes(scratch(u"file"), FileAttributeReadOnly | FileAttributeHidden));
+        EXPECT_EQ(static_cast<mode_t>(std::filesystem::status(native).permissions()), mode & 0555U);
+        EXPECT_TRUE(SetFileAttributes(scratch(u"file"), FileAttributeNormal));
+        EXPECT_EQ(static_cast<mode_t>(std::filesystem::status(native).permissions()), mode);
+    }
+    FileAttributeData data;
+    EXPECT_TRUE(GetFileAttributesEx(scratch(u"file"), data));
+    const std::int64_t created = data.creationTime;
+    ASSERT_EQ(setxattr(native.c_str(), "user.tessarix.created", "-5", 2, 0), 0);
+    EXPECT_TRUE(GetFileAttributesEx(scratch(u"file"), data));
+    EXPECT_EQ(data.creationTime, created);
+}
+
+TEST(LinuxFiles, MovesToAnotherVolumeAreOnTheDiskBeforeTheSourceGoes) {
+    const CScratch scratch;
+    scratch.Make(u"file", "abc");
+    std::string other = "/dev/shm/files_test_XXXXXX";
+    struct stat here {};
+    struct stat there {};
+    if (!mkdtemp(other.data()) || stat(other.c_str(), &there) != 0 ||
+        stat(Native(scratch(u"file")).c_str(), &here) != 0 || here.st_dev == there.st_dev) {
+        GTEST_SKIP() << "no second volume: /dev/shm is missing or where the other temporary files are";
+    }
+    const std::filesystem::path native = other + "/target";
+    const CPath target(native.u16string());
+    constexpr std::uint32_t whole = MoveFileCopyAllowed | MoveFileWriteThrough;
+    EXPECT_EQ(ErrorOf([&] { return MoveFileEx(scratch(u"file"), target, 0); }), ErrorNotSameDevice);
+    for (const char* function : {"FlushContent", "FlushFolder"}) {
+        if (FaultsAvailable()) {
+            ArmFault(function, 1, ErrorIoDevice, FaultMode::Once);
+            EXPECT_EQ(ErrorOf([&] { return MoveFileEx(scratch(u"file"), target, whole); }), ErrorIoDevice) << function;
+            DisarmFaults();
+            EXPECT_TRUE(scratch.SizeOf(u"file") == 3 && !std::filesystem::exists(native)) << function;
+        }
+    }
+    scratch.Make(u"again", "abcde");
+    EXPECT_TRUE(MoveFileEx(scratch(u"again"), target, whole) && !scratch.Has(u"again"));
+    EXPECT_EQ(ErrorOf([&] { return MoveFileEx(scratch(u"file"), target, whole); }), ErrorAlreadyExists);
+    EXPECT_TRUE(MoveFileEx(scratch(u"file"), target, whole | MoveFileReplaceExisting) && !scratch.Has(u"file"));
+    EXPECT_EQ(std::filesystem::file_size(native), 3U);
+    std::filesystem::remove_all(other);
 }
 
 TEST(LinuxFiles, ThePrefixTakesNamesAsTheyStand) {
@@ -145,7 +200,9 @@ TEST(LinuxFiles, LinksAreWhatTheyLeadToAndGoAlone) {
     EXPECT_EQ(scratch.SizeOf(u"link"), 3);
     EXPECT_TRUE(scratch.Has(u"folderlink\\in"));
     EXPECT_TRUE((GetFileAttributes(scratch(u"folderlink")) & FileAttributeDirectory) != 0);
-    EXPECT_TRUE((GetFileAttributes(scratch(u"link")) & FileAttributeReparsePoint) != 0);
+    EXPECT_TRUE(SetFileAttributes(scratch(u"file"), FileAttributeReadOnly));
+    EXPECT_EQ(GetFileAttributes(scratch(u"link")), FileAttributeReparsePoint) << "read-only is its own affair";
+    EXPECT_TRUE(SetFileAttributes(scratch(u"file"), FileAttributeNormal));
     const Handle file = scratch.Open(u"file", GenericRead, FileShareRead);
     EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"link", GenericWrite, 3); }), ErrorSharingViolation)
         << "one file by two names";
@@ -177,6 +234,79 @@ TEST(LinuxFiles, OtherProcessesShareByTheSameRules) {
             CloseHandle(file);
         }
     }
+}
+
+TEST(LinuxFiles, PermissionsBindAUserWhoIsNotRoot) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    const CScratch scratch;
+    scratch.Make(u"file", "abc");
+    struct Folder {
+        const char16_t* name;
+        mode_t mode;
+    };
+    constexpr Folder folders[] = {{u"blind", 0733}, {u"fixed", 0755}, {u"sticky", 01777}, {u"closed", 0700}};
+    for (const Folder& folder : folders) {
+        scratch.MakeFolder(folder.name);
+        const std::string native = Native(scratch(folder.name));
+        std::ofstream(native + "/theirs") << "abcd";
+        EXPECT_EQ(chmod((native + "/theirs").c_str(), 0644), 0);
+        EXPECT_EQ(chmod(native.c_str(), folder.mode), 0);
+    }
+    EXPECT_EQ(symlink("sticky", Native(scratch(u"link")).c_str()), 0);
+    struct Row {
+        const char* name;
+        bool (*operation)(const CScratch&);
+        std::uint32_t error;
+    };
+    static constexpr auto copy = [](const CScratch& s, std::u16string_view target) {
+        return CopyFile(s(u"file"), s(target), false) && s.SizeOf(target) == 3;
+    };
+    // clang-format off
+    constexpr Row rows[] = {
+        {"into blind", [](const CScratch& s) { return copy(s, u"blind\\mine") && DeleteFile(s(u"blind\\mine")); }, 0},
+        {"over theirs in blind", [](const CScratch& s) { return copy(s, u"blind\\theirs"); }, 5},
+        {"list blind", [](const CScratch& s) { FindData data;
+            return FindFirstFile(s(u"blind\\*"), data) != InvalidHandle(); }, 5},
+        {"into fixed", [](const CScratch& s) { return copy(s, u"fixed\\mine"); }, 5},
+        {"folder in fixed", [](const CScratch& s) { return CreateDirectory(s(u"fixed\\mine"), nullptr); }, 5},
+        {"delete in fixed", [](const CScratch& s) { return DeleteFile(s(u"fixed\\theirs")); }, 5},
+        {"into sticky", [](const CScratch& s) { return copy(s, u"sticky\\mine") && copy(s, u"sticky\\mine"); }, 0},
+        {"over theirs in sticky", [](const CScratch& s) { return copy(s, u"sticky\\theirs"); }, 5},
+        {"move over theirs in sticky", [](const CScratch& s) { return MoveFileEx(s(u"sticky\\mine"),
+            s(u"sticky\\theirs"), MoveFileReplaceExisting | MoveFileCopyAllowed); }, 5},
+        {"delete theirs in sticky", [](const CScratch& s) { return DeleteFile(s(u"sticky\\theirs")); }, 5},
+        {"read-only for theirs", [](const CScratch& s) { return SetFileAttributes(s(u"sticky\\theirs"),
+            FileAttributeReadOnly); }, 5},
+        {"through a link", [](const CScratch& s) { return copy(s, u"link\\linked") && s.Has(u"sticky\\linked"); }, 0},
+        {"remove the link", [](const CScratch& s) { return RemoveDirectory(s(u"link")); }, 5},
+        {"into closed", [](const CScratch& s) { return copy(s, u"closed\\mine"); }, 5},
+        {"out of closed", [](const CScratch& s) { return CopyFile(s(u"closed\\theirs"), s(u"sticky\\out"), false); }, 5},
+    };
+    // clang-format on
+    std::uint32_t errors[std::size(rows)] = {};
+    int answers[2] = {};
+    ASSERT_EQ(pipe(answers), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        constexpr uid_t nobody = 65534;
+        const bool bound = setgroups(0, nullptr) == 0 && setuid(nobody) == 0;
+        std::transform(std::begin(rows), std::end(rows), errors,
+                       [&](const Row& row) { return bound ? ErrorOf([&] { return row.operation(scratch); }) : ~0U; });
+        _exit(write(answers[1], errors, sizeof(errors)) == sizeof(errors) ? 0 : 1);
+    }
+    EXPECT_EQ(read(answers[0], errors, sizeof(errors)), static_cast<ssize_t>(sizeof(errors)));
+    waitpid(child, nullptr, 0);
+    close(answers[0]);
+    close(answers[1]);
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_EQ(errors[i], rows[i].error) << rows[i].name;
+    }
+    for (const Folder& folder : folders) {
+        EXPECT_EQ(scratch.SizeOf(std::u16string(folder.name) + u"\\theirs"), 4) << Readable(folder.name);
+    }
+    EXPECT_FALSE(scratch.Has(u"fixed\\mine") || scratch.Has(u"closed\\mine") || scratch.Has(u"sticky\\out"));
 }
 
 TEST(LinuxFiles, OneOfManyMakesTheName) {

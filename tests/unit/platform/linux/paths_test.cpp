@@ -1,11 +1,13 @@
 #include "platform/linux/paths.h"
 
+#include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
 #include "platform/linux/wildcards.h"
 #include "tests/support/text.h"
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <span>
 
 using namespace Platform;
 
@@ -18,6 +20,10 @@ protected:
         folder = mkdtemp(pattern.data());
         std::filesystem::create_directory(folder / "Sub");
         std::ofstream(folder / "Sub" / "File.TXT") << "x";
+        for (const char* name : {"R.E.M.", "back\\slash"}) {
+            std::filesystem::create_directory(folder / name);
+            std::ofstream(folder / name / "End. ") << "x";
+        }
         setenv("TESSARIX_DRIVE_C", folder.c_str(), 1);
     }
     ~Paths() override {
@@ -46,12 +52,31 @@ TEST_F(Paths, MapToNativeOnes) {
                         {u"/", "/"},
                         {u"Z:", here},
                         {u"no/such\\thing", here + "/no/such/thing"},
-                        {u"C:\\none\\..\\sub\\.", root + "/Sub"}};
-    for (const Row& row : rows) {
-        std::string native;
-        EXPECT_TRUE(MapPath(row.path, native)) << Readable(row.path);
-        EXPECT_EQ(native, row.native) << Readable(row.path);
+                        {u"C:\\none\\..\\sub\\.", root + "/Sub"},
+                        {u"C:\\Sub.\\File.TXT. .", root + "/Sub/File.TXT"},
+                        {u"C:\\R.E.M.\\none. .", root + "/R.E.M./none"},
+                        {u"C:\\r.e.m.\\..\\R.E.M.", root + "/R.E.M."},
+                        {u"C:\\R.E.M.\\end. ", root + "/R.E.M./End. "},
+                        {u"C:\\R.E.M.\\End. . ", root + "/R.E.M./End"}};
+    const auto expectEach = [](std::span<const Row> each) {
+        for (const Row& row : each) {
+            std::string native;
+            EXPECT_TRUE(MapPath(row.path, native)) << Readable(row.path);
+            EXPECT_EQ(native, row.native) << Readable(row.path);
+            char16_t full[1000] = {};
+            EXPECT_GT(GetFullPathName(row.path.c_str(), 1000, full, nullptr), 0U) << Readable(row.path);
+            EXPECT_TRUE(MapPath(full, native)) << Readable(row.path);
+            EXPECT_EQ(native, row.native) << Readable(row.path) << " in full";
+        }
+    };
+    expectEach(rows);
+    for (const char* name : {"R.E.M.", "back\\slash"}) {
+        std::filesystem::current_path(folder / name);
+        const std::string current = root + "/" + name;
+        const Row relative[] = {{u"End. ", current + "/End. "}, {u".", current}, {u"..\\sub", root + "/Sub"}};
+        expectEach(relative);
     }
+    std::filesystem::current_path(here);
     EXPECT_EQ(WindowsPath("/home/u/a.txt"), u"Z:\\home\\u\\a.txt");
 }
 
