@@ -19,7 +19,7 @@ void RunInput(const std::string& bytes) {
         }
     }
     std::u16string text = u"x\"\\;";
-    text += bytes.size() % 3 == 0 ? u"\n" : u""; // which quotes don't say
+    text += bytes.size() % 3 == 0 ? u"\n" : u"";                     // which quotes don't say
     text += bytes.size() % 3 == 1 ? std::u16string(1, 0xD800) : u""; // which no UTF-8 says
     const RegistryValue value{RegSz, BytesOf({text.c_str(), text.size() + 1})};
     for (const auto& path : paths) {

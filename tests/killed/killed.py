@@ -127,7 +127,7 @@ def main():
         for folder in (*folders, other):
             shutil.rmtree(folder)
     print(f"seed {SEED}; killed at work:", ", ".join(f"{type(case).__name__} {n}" for case, n in killed.items()))
-    print(*problems, sep="\n")
+    print(f"{len(problems)} problems", *problems[:10], sep="\n")
     sys.exit(1 if problems or not all(killed.values()) else 0)
 
 
