@@ -97,10 +97,6 @@ bool IsSeparator(char16_t c) {
     return c == u'\\' || c == u'/';
 }
 
-char16_t UpperLetter(char16_t c) {
-    return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c;
-}
-
 std::u16string_view WithoutClosingDots(std::u16string_view component, bool last) {
     if (last) {
         return component.substr(0, component.find_last_not_of(u" .") + 1);

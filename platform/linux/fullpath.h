@@ -31,9 +31,6 @@ struct FullPath {
 
 bool IsSeparator(char16_t c);
 
-/// The upper-case form of a letter from A to Z; any other character as it is.
-char16_t UpperLetter(char16_t c);
-
 /// What Windows makes of a component: a closing dot is no part of it, but several are; of the last one of a path all
 /// closing dots and blanks go.
 std::u16string_view WithoutClosingDots(std::u16string_view component, bool last);

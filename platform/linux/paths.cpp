@@ -88,7 +88,7 @@ bool CanBeName(std::u16string_view name) {
 // ASCII.
 bool HasOtherSpellings(std::u16string_view name) {
     return std::any_of(name.begin(), name.end(),
-                       [](char16_t c) { return c >= 0x80 || (UpperLetter(c) >= u'A' && UpperLetter(c) <= u'Z'); });
+                       [](char16_t c) { return c >= 0x80 || (UpcaseCharacter(c) >= u'A' && UpcaseCharacter(c) <= u'Z'); });
 }
 
 // Whether an entry equals a name but for case. Most entries are plain ASCII, and differ in length alone.
@@ -97,7 +97,7 @@ bool IsSpelling(std::string_view entry, std::u16string_view name) {
         return NamesEqual(WideName(entry), name);
     }
     return std::equal(entry.begin(), entry.end(), name.begin(), name.end(), [](char x, char16_t y) {
-        return FoldNameCharacter(static_cast<char16_t>(x)) == FoldNameCharacter(y);
+        return UpcaseCharacter(static_cast<char16_t>(x)) == UpcaseCharacter(y);
     });
 }
 

@@ -1,242 +1,205 @@
 #include "platform/linux/regfile.h"
 
-#include "platform/inc/lasterror.h"
-#include "platform/inc/registry.h"
 #include "platform/linux/nativetext.h"
+#include "platform/linux/regstatements.h"
+#include "platform/linux/regwriter.h"
 #include <algorithm>
-#include <cstring>
 #include <optional>
+#include <span>
 
 namespace Platform {
 
 namespace {
 
-constexpr std::u16string_view Blanks = u" \t";
-constexpr std::u16string_view NarrowHeader = u"REGEDIT4";
+using Kind = RegistryStatement::Kind;
 
-constexpr std::u16string_view Roots[] = {u"HKEY_CLASSES_ROOT", u"HKEY_CURRENT_USER", u"HKEY_LOCAL_MACHINE",
-                                         u"HKEY_USERS", u"HKEY_CURRENT_CONFIG"};
+constexpr std::string_view WideMark = "\xFF\xFE";
+constexpr char16_t Mark = u'\uFEFF';
 
-std::u16string DecodeText(std::string_view bytes) {
-    if (bytes.starts_with("\xFF\xFE")) {
-        bytes.remove_prefix(2);
-        std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
-        std::memcpy(text.data(), bytes.data(), text.size() * sizeof(char16_t));
-        return text;
-    }
-    if (bytes.starts_with("\xEF\xBB\xBF")) {
-        bytes.remove_prefix(3);
-    }
-    return Utf16Text(bytes);
-}
-
-std::string BytesOf(std::u16string_view text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
-}
-
-void SkipBlanks(std::u16string_view& rest) {
-    rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
-}
-
-// Nothing of a line is left but perhaps a comment.
-bool AtEnd(std::u16string_view rest) {
-    SkipBlanks(rest);
-    return rest.empty() || rest[0] == u';';
-}
-
-bool Take(std::u16string_view& rest, std::u16string_view expected) {
-    if (!rest.starts_with(expected)) {
-        return false;
-    }
-    rest.remove_prefix(expected.size());
-    return true;
-}
-
-int HexDigit(char16_t c) {
-    if (c >= u'0' && c <= u'9') {
-        return c - u'0';
-    }
-    const int letter = c | 0x20;
-    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
-
-// A number of one to `most` digits.
-std::optional<std::uint32_t> TakeHex(std::u16string_view& rest, std::size_t most) {
-    std::uint32_t number = 0;
-    std::size_t count = 0;
-    while (count < most && count < rest.size() && HexDigit(rest[count]) >= 0) {
-        number = number << 4 | static_cast<std::uint32_t>(HexDigit(rest[count]));
-        ++count;
-    }
-    rest.remove_prefix(count);
-    return count > 0 ? std::optional(number) : std::nullopt;
-}
-
-// A text in quotes, from the first quote on.
-std::optional<std::u16string> TakeQuoted(std::u16string_view& rest) {
-    std::u16string text;
-    for (std::size_t i = 1; i < rest.size(); ++i) {
-        if (rest[i] == u'"') {
-            rest.remove_prefix(i + 1);
-            return text;
-        }
-        if (rest[i] == u'\\' && ++i == rest.size()) {
-            break;
-        }
-        text += rest[i];
-    }
-    return std::nullopt;
-}
-
-enum class HexLine { Ends, GoesOn, Malformed };
-
-HexLine TakeHexBytes(std::u16string_view rest, std::string& bytes) {
-    while (!AtEnd(rest)) {
-        SkipBlanks(rest);
-        if (Take(rest, u"\\")) {
-            return AtEnd(rest) ? HexLine::GoesOn : HexLine::Malformed;
-        }
-        const std::optional<std::uint32_t> byte = TakeHex(rest, 2);
-        if (!byte) {
-            return HexLine::Malformed;
-        }
-        bytes += static_cast<char>(*byte);
-        SkipBlanks(rest);
-        if (!Take(rest, u",") && !AtEnd(rest)) {
-            return HexLine::Malformed;
+std::string EncodeText(std::u16string text, bool isWide) {
+    if (!isWide) {
+        std::string bytes = NativeName(text);
+        if (WideName(bytes) == text) {
+            return bytes;
         }
     }
-    return HexLine::Ends;
+    if (!text.starts_with(Mark)) {
+        text.insert(text.begin(), Mark);
+    }
+    return BytesOf(text);
 }
 
-class Reader {
+bool IsSamePath(std::span<const std::u16string> a, std::span<const std::u16string> b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), NamesEqual);
+}
+
+class Editor {
 public:
-    Reader(std::u16string_view wholeText, RegistryNode& topNode) : text(wholeText), top(topNode) {}
+    explicit Editor(std::string_view bytes)
+        : text(DecodeRegistryText(bytes)), isWide(bytes.empty() || bytes.starts_with(WideMark)) {
+        if (bytes.empty()) {
+            text = RegistryHeader;
+            text += u"\r\n";
+        }
+        if (text.find(u'\r') == std::u16string::npos && text.find(u'\n') != std::u16string::npos) {
+            lineBreak = u"\n";
+        }
+    }
 
-    void Read() {
-        while (!text.empty()) {
-            std::u16string_view line = TakeLine();
-            SkipBlanks(line);
-            if (line.starts_with(u'[')) {
-                current = ReadKey(line);
-            } else if (line.starts_with(u'"') || line.starts_with(u'@')) {
-                ReadValue(line);
-            } else if (line.starts_with(NarrowHeader) && AtEnd(line.substr(NarrowHeader.size()))) {
-                isNarrow = true;
+    std::string Bytes() const { return EncodeText(text, isWide); }
+
+    void AppendKey(const std::vector<std::u16string>& names) {
+        if (!text.empty() && !text.ends_with(u'\r') && !text.ends_with(u'\n')) {
+            text += lineBreak;
+        }
+        text += lineBreak;
+        text += u'[';
+        for (const std::u16string& name : names) {
+            text += &name == names.data() ? u"" : u"\\";
+            text += name;
+        }
+        text += u']';
+        text += lineBreak;
+    }
+
+    /// Takes the meaning of the old header away.
+    void Renew() {
+        std::vector<RegistryStatement> old;
+        RegistryReader reader(text);
+        for (RegistryStatement statement; reader.Next(statement);) {
+            if (statement.isNarrow) {
+                old.push_back(std::move(statement));
             }
+        }
+        for (auto statement = old.rbegin(); statement != old.rend(); ++statement) {
+            ReplaceData(*statement, statement->value);
+        }
+    }
+
+    void SetValue(const std::vector<std::u16string>& names, std::u16string_view name, const RegistryValue& value) {
+        const std::optional<RegistryStatement> place = FindPlace(names, name);
+        if (place && IsValue(*place, name)) {
+            ReplaceData(*place, value);
+            return;
+        }
+        std::u16string line;
+        AppendValueName(line, name);
+        AppendValueData(line, value, lineBreak);
+        if (place) {
+            text.insert(place->end, lineBreak + line);
+        } else {
+            AppendKey(names);
+            text += line + lineBreak;
         }
     }
 
 private:
-    std::u16string_view text; // what has not been read yet
-    RegistryNode& top;
-    RegistryNode* current = nullptr; // the key that values go to; null where there is none
-    bool isNarrow = false;
+    std::u16string text;
+    bool isWide;
+    std::u16string lineBreak = u"\r\n";
 
-    std::u16string_view TakeLine() {
-        const std::u16string_view line = text.substr(0, text.find_first_of(u"\r\n"));
-        text.remove_prefix(line.size());
-        if (!Take(text, u"\r\n")) {
-            text.remove_prefix(std::min<std::size_t>(1, text.size()));
-        }
-        return line;
+    static bool IsValue(const RegistryStatement& statement) {
+        return statement.kind == Kind::Value || statement.kind == Kind::RemovedValue;
+    }
+    static bool IsValue(const RegistryStatement& statement, std::u16string_view name) {
+        return IsValue(statement) && NamesEqual(statement.name, name);
     }
 
-    // The key of a line in brackets; null for none. A name may hold a bracket: the last one of the line counts.
-    RegistryNode* ReadKey(std::u16string_view line) {
-        const std::size_t end = line.rfind(u']');
-        if (end == std::u16string_view::npos) {
-            return nullptr;
-        }
-        std::u16string_view path = line.substr(1, end - 1);
-        const bool isRemoval = Take(path, u"-");
-        const std::u16string_view rootName = path.substr(0, path.find(u'\\'));
-        const auto* const root = std::find_if(std::begin(Roots), std::end(Roots),
-                                              [&](std::u16string_view name) { return NamesEqual(name, rootName); });
-        path.remove_prefix(std::min(rootName.size() + 1, path.size()));
-        if (root == std::end(Roots)) {
-            return nullptr;
-        }
-        std::vector<std::u16string> names{std::u16string(*root)};
-        if (SplitKeyPath(path, names) != ErrorSuccess) {
-            return nullptr;
-        }
-        if (!isRemoval) {
-            return &MakeNode(top, names);
-        }
-        if (names.size() > 1) { // a root stays
-            RemoveNode(top, names);
-        }
-        return nullptr;
-    }
-
-    void ReadValue(std::u16string_view line) {
-        const std::optional<std::u16string> name = Take(line, u"@") ? std::u16string() : TakeQuoted(line);
-        SkipBlanks(line);
-        if (!name || !Take(line, u"=")) {
-            return;
-        }
-        SkipBlanks(line);
-        if (Take(line, u"-")) {
-            if (current && AtEnd(line)) {
-                current->values.Remove(*name);
+    // The last statement about a value, or the one behind which it belongs; none where the key has to be named anew.
+    std::optional<RegistryStatement> FindPlace(const std::vector<std::u16string>& names, std::u16string_view name) {
+        std::optional<RegistryStatement> place;
+        bool hasOpenText = false;
+        RegistryReader reader(text);
+        for (RegistryStatement statement; reader.Next(statement);) {
+            hasOpenText = hasOpenText || statement.kind == Kind::OpenText;
+            if (statement.kind == Kind::RemovedKey && statement.names.size() <= names.size() &&
+                IsSamePath(statement.names, std::span(names).first(statement.names.size()))) {
+                place.reset();
             }
-            return;
+            const bool counts = statement.kind == Kind::Key || IsValue(statement);
+            if (counts && IsSamePath(reader.Key(), names) &&
+                (!place || !IsValue(*place, name) || IsValue(statement, name))) {
+                place = std::move(statement);
+            }
         }
-        std::optional<RegistryValue> value = ReadData(line);
-        if (current && value) {
-            current->values.Add(*name) = std::move(*value);
-        }
+        // The quotes of the default value's text may be all that keeps a text that is open from going on.
+        return hasOpenText && name.empty() ? std::nullopt : place;
     }
 
-    std::optional<RegistryValue> ReadData(std::u16string_view line) {
-        if (line.starts_with(u'"')) {
-            const std::optional<std::u16string> quoted = TakeQuoted(line);
-            if (!quoted || !AtEnd(line)) {
-                return std::nullopt;
-            }
-            return RegistryValue{RegSz, BytesOf({quoted->c_str(), quoted->size() + 1})};
+    // Comments between the lines of the old data go behind the new ones.
+    void ReplaceData(const RegistryStatement& statement, const RegistryValue& value) {
+        const std::u16string_view whole = text;
+        std::u16string fresh(whole.substr(statement.begin, statement.data - statement.begin));
+        if (IsValue(statement)) {
+            AppendValueData(fresh, value, lineBreak);
+        } else {
+            fresh += RegistryHeader;
         }
-        if (Take(line, u"dword:")) {
-            SkipBlanks(line);
-            const std::optional<std::uint32_t> number = TakeHex(line, 8);
-            if (!number || !AtEnd(line)) {
-                return std::nullopt;
-            }
-            return RegistryValue{RegDword, {reinterpret_cast<const char*>(&*number), sizeof(*number)}};
+        std::u16string_view old = whole.substr(statement.data, statement.dataEnd - statement.data);
+        fresh += whole.substr(statement.dataEnd, statement.end - statement.dataEnd);
+        while (!old.starts_with(u'"') && old.find(u';') != std::u16string_view::npos) {
+            old.remove_prefix(old.find(u';'));
+            const std::u16string_view comment = old.substr(0, old.find_first_of(u"\r\n"));
+            fresh.append(lineBreak).append(comment);
+            old.remove_prefix(comment.size());
         }
-        if (Take(line, u"hex:")) {
-            return ReadHex(RegBinary, line);
-        }
-        const std::optional<std::uint32_t> type = Take(line, u"hex(") ? TakeHex(line, 8) : std::nullopt;
-        return type && Take(line, u"):") ? ReadHex(*type, line) : std::nullopt;
-    }
-
-    // A line that can't go on the value is left for what it is by itself; the value then makes no sense.
-    std::optional<RegistryValue> ReadHex(std::uint32_t type, std::u16string_view line) {
-        RegistryValue value{type, {}};
-        HexLine state = TakeHexBytes(line, value.bytes);
-        while (state == HexLine::GoesOn) {
-            std::u16string_view ahead = text;
-            SkipBlanks(ahead);
-            const bool isHex = !ahead.empty() && (HexDigit(ahead[0]) >= 0 || ahead[0] == u'\\');
-            state = isHex ? TakeHexBytes(TakeLine(), value.bytes) : HexLine::Malformed;
-        }
-        if (state == HexLine::Malformed) {
-            return std::nullopt;
-        }
-        if (isNarrow && (type == RegSz || type == RegExpandSz || type == RegMultiSz)) {
-            value.bytes = BytesOf(Utf16Text(value.bytes));
-        }
-        return value;
+        text.replace(statement.begin, statement.end - statement.begin, fresh);
     }
 };
 
 } // namespace
 
+std::u16string DecodeRegistryText(std::string_view bytes) {
+    if (!bytes.starts_with(WideMark)) {
+        return WideName(bytes);
+    }
+    std::string whole(bytes);
+    whole.resize(whole.size() + whole.size() % sizeof(char16_t)); // a byte too many is not lost either
+    return TextOf(whole);
+}
+
 void ReadRegistryText(std::string_view bytes, RegistryNode& top) {
-    const std::u16string text = DecodeText(bytes);
-    Reader(text, top).Read();
+    const std::u16string text = DecodeRegistryText(bytes);
+    RegistryNode* node = nullptr; // that values go to
+    RegistryReader reader(text);
+    for (RegistryStatement statement; reader.Next(statement);) {
+        switch (statement.kind) {
+        case Kind::Key:
+            node = statement.names.empty() ? nullptr : &MakeNode(top, statement.names);
+            break;
+        case Kind::RemovedKey:
+            node = nullptr;
+            RemoveNode(top, statement.names);
+            break;
+        case Kind::Value:
+            if (node) {
+                node->values.Add(statement.name) = std::move(statement.value);
+            }
+            break;
+        case Kind::RemovedValue:
+            if (node) {
+                node->values.Remove(statement.name);
+            }
+            break;
+        case Kind::Nothing:
+        case Kind::OpenText:
+            break;
+        }
+    }
+}
+
+std::string AddRegistryKey(std::string_view bytes, const std::vector<std::u16string>& names) {
+    Editor editor(bytes);
+    editor.AppendKey(names);
+    return editor.Bytes();
+}
+
+std::string SetRegistryValue(std::string_view bytes, const std::vector<std::u16string>& names, std::u16string_view name,
+                             const RegistryValue& value) {
+    Editor editor(bytes);
+    editor.Renew();
+    editor.SetValue(names, name, value);
+    return editor.Bytes();
 }
 
 } // namespace Platform

@@ -1,6 +1,7 @@
-// Where the files of the registry are. The first folder that has a root's file counts: the one that TESSARIX_REGISTRY
-// names and no other; or else tessarix/registry in $XDG_CONFIG_HOME (~/.config) and, for the machine's file, in each of
-// $XDG_CONFIG_DIRS (/etc/xdg). What is written goes to the first folder.
+// Where the files of the registry are: in the folder that TESSARIX_REGISTRY names and no other; or else in
+// tessarix/registry in $XDG_CONFIG_HOME (~/.config) and, for the machine's file, in each of $XDG_CONFIG_DIRS
+// (/etc/xdg). A file lies over those of the folders behind its own: what it says counts, also that a value or key goes.
+// What is written goes to the first folder, so that an administrator's later changes of all else still count.
 #pragma once
 
 #include <string>

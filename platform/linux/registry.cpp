@@ -4,9 +4,9 @@
 #include "platform/inc/lasterror.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/nativetext.h"
+#include "platform/linux/regfile.h"
 #include "platform/linux/regstore.h"
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <new>
@@ -122,10 +122,6 @@ std::uint32_t OpenBelow(RegistryKey key, const char16_t* path, std::uint32_t acc
     });
 }
 
-bool IsGood(std::u16string_view valueName) {
-    return valueName.find_first_of(u"\r\n") == std::u16string_view::npos;
-}
-
 std::uint32_t CopyValue(const RegistryValue& value, std::uint32_t* type, void* data, std::uint32_t* size) {
     const auto needed = static_cast<std::uint32_t>(value.bytes.size());
     const std::uint32_t room = data ? *size : 0;
@@ -173,12 +169,7 @@ std::uint32_t WithValue(RegistryKey key, std::u16string_view name, TAction actio
 
 // The value with its characters narrow, if it is a text.
 RegistryValue Narrow(const RegistryValue& value) {
-    if (value.type != RegSz && value.type != RegExpandSz && value.type != RegMultiSz) {
-        return value;
-    }
-    std::u16string text(value.bytes.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), value.bytes.data(), text.size() * sizeof(char16_t));
-    return {value.type, Utf8Text(text)};
+    return IsText(value.type) ? RegistryValue{value.type, Utf8Text(TextOf(value.bytes))} : value;
 }
 
 } // namespace
@@ -195,8 +186,10 @@ std::uint32_t RegCreateKeyEx(RegistryKey key, const char16_t* path, std::uint32_
     opened = nullptr;
     PLATFORM_FAULT(RegCreateKeyEx, GetLastError());
     return OpenBelow(key, path, access, opened, [](const OpenKey& missing) {
-        return ChangeRegistry(missing.root, [&missing](RegistryNode& top) {
-            MakeNode(top, missing.names);
+        return ChangeRegistry(missing.root, [&missing](const RegistryNode& top, std::string& bytes) {
+            if (!Exists(top, missing)) { // made by someone else meanwhile
+                bytes = AddRegistryKey(bytes, missing.names);
+            }
             return ErrorSuccess;
         });
     });
@@ -245,20 +238,15 @@ std::uint32_t RegSetValueEx(RegistryKey key, const char16_t* name, std::uint32_t
         if (result != ErrorSuccess) {
             return result;
         }
-        const std::u16string_view valueName = name ? name : u"";
         if (!(open->access & KeySetValue)) {
             return ErrorAccessDenied;
         }
-        if (!IsGood(valueName)) {
-            return ErrorInvalidParameter;
-        }
-        return ChangeRegistry(open->root, [&](RegistryNode& top) {
+        return ChangeRegistry(open->root, [&](const RegistryNode& top, std::string& bytes) {
             if (!Exists(top, *open)) {
                 return ErrorKeyDeleted;
             }
-            RegistryValue& value = MakeNode(top, open->names).values.Add(valueName);
-            value.type = type;
-            value.bytes.assign(static_cast<const char*>(data), size);
+            const RegistryValue value{type, {static_cast<const char*>(data), size}};
+            bytes = SetRegistryValue(bytes, open->names, name ? name : u"", value);
             return ErrorSuccess;
         });
     });

@@ -14,6 +14,7 @@
 #include <mutex>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <vector>
 
 namespace Platform {
 
@@ -52,10 +53,16 @@ struct FileState {
     bool IsSettled() const { return std::time(nullptr) - changed.tv_sec > 2; }
 };
 
+// A file of a root, open.
+struct Layer {
+    Descriptor file;
+    FileState state;
+};
+
 // The last tree read of each root, for a program reads one setting after the other and opens the key for each.
 struct Cache {
     struct Tree {
-        FileState state;
+        std::vector<FileState> states; // of the layers
         std::shared_ptr<const RegistryNode> top;
     };
 
@@ -69,23 +76,23 @@ Cache& TreeCache() {
     return cache;
 }
 
-std::uint32_t OpenStore(const std::string& path, Descriptor& file, FileState& state) {
+std::uint32_t OpenStore(const std::string& path, Layer& layer) {
     PLATFORM_FAULT(OpenStore, GetLastError());
-    file = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    layer.file = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
-    if (!file || fstat(file.Get(), &status) != 0) {
+    if (!layer.file || fstat(layer.file.Get(), &status) != 0) {
         return CodeFromErrno();
     }
-    state = {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
+    layer.state = {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
     return S_ISREG(status.st_mode) ? ErrorSuccess : ErrorAccessDenied;
 }
 
-std::uint32_t ReadStore(const Descriptor& file, const FileState& state, std::string& bytes) {
+std::uint32_t ReadStore(const Layer& layer, std::string& bytes) {
     PLATFORM_FAULT(ReadStore, GetLastError());
     constexpr std::size_t step = 0x10000;
-    bytes.resize(static_cast<std::size_t>(state.size) + 1); // a byte more, so that the first read meets the end
+    bytes.resize(static_cast<std::size_t>(layer.state.size) + 1); // a byte more, so that the first read meets the end
     for (std::size_t filled = 0;;) {
-        const ssize_t done = TEMP_FAILURE_RETRY(read(file.Get(), bytes.data() + filled, bytes.size() - filled));
+        const auto done = Retry([&] { return read(layer.file.Get(), bytes.data() + filled, bytes.size() - filled); });
         if (done <= 0) {
             bytes.resize(filled);
             return done == 0 ? ErrorSuccess : CodeFromErrno();
@@ -95,67 +102,87 @@ std::uint32_t ReadStore(const Descriptor& file, const FileState& state, std::str
     }
 }
 
-// Opens the file that counts; ErrorFileNotFound if no folder has one.
-std::uint32_t FindStore(RegistryRoot root, Descriptor& file, FileState& state) {
-    std::uint32_t result = ErrorFileNotFound;
-    for (const std::string& folder : RegistryFolders(root)) {
-        result = folder.empty() ? ErrorFileNotFound : OpenStore(RegistryFile(folder, root), file, state);
-        if (result != ErrorFileNotFound) {
-            break;
+// Opens the files of a root that are there, the one that lies under all others first.
+std::uint32_t OpenLayers(RegistryRoot root, std::vector<Layer>& layers) {
+    const std::vector<std::string> folders = RegistryFolders(root);
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+        Layer layer;
+        const std::uint32_t result =
+            folder->empty() ? ErrorFileNotFound : OpenStore(RegistryFile(*folder, root), layer);
+        if (result == ErrorSuccess) {
+            layers.push_back(std::move(layer));
+        } else if (result != ErrorFileNotFound) {
+            return result;
         }
     }
-    return result;
+    return ErrorSuccess;
 }
 
-// Adds what an open file holds to a tree.
-std::uint32_t ParseStore(const Descriptor& file, const FileState& state, RegistryNode& top) {
-    std::string bytes;
-    const std::uint32_t result = ReadStore(file, state, bytes);
-    if (result == ErrorSuccess) {
+std::uint32_t ReadLayers(const std::vector<Layer>& layers, RegistryNode& top) {
+    for (const Layer& layer : layers) {
+        std::string bytes;
+        const std::uint32_t result = ReadStore(layer, bytes);
+        if (result != ErrorSuccess) {
+            return result;
+        }
         ReadRegistryText(bytes, top);
     }
-    return result;
+    return ErrorSuccess;
+}
+
+// The file that is written to; an empty one where there is none.
+std::uint32_t ReadFirstLayer(const std::string& path, std::string& bytes) {
+    Layer layer;
+    const std::uint32_t result = OpenStore(path, layer);
+    if (result == ErrorSuccess) {
+        return ReadStore(layer, bytes);
+    }
+    return result == ErrorFileNotFound ? ErrorSuccess : result;
 }
 
 std::uint32_t LockStore(const std::string& folder, Descriptor& lock) {
     PLATFORM_FAULT(LockStore, GetLastError());
     const std::string path = folder + "/registry.lock";
     lock = Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, LockFileMode));
-    const bool isLocked = lock && TEMP_FAILURE_RETRY(flock(lock.Get(), LOCK_EX)) == 0;
+    if (!lock && errno == ELOOP) {
+        return ErrorAccessDenied; // a link in its place
+    }
+    const bool isLocked = lock && Retry([&] { return flock(lock.Get(), LOCK_EX); }) == 0;
     return isLocked ? ErrorSuccess : CodeFromErrno();
 }
 
 } // namespace
 
 std::uint32_t LoadRegistry(RegistryRoot root, std::shared_ptr<const RegistryNode>& top) {
-    Descriptor file;
-    FileState state;
-    std::uint32_t result = FindStore(root, file, state);
-    if (result == ErrorFileNotFound) {
-        top = std::make_shared<const RegistryNode>();
-        return ErrorSuccess;
-    }
+    std::vector<Layer> layers;
+    std::uint32_t result = OpenLayers(root, layers);
     if (result != ErrorSuccess) {
         return result;
+    }
+    Cache::Tree fresh;
+    bool isSettled = true; // looked at before the reading, for a change may come meanwhile
+    for (const Layer& layer : layers) {
+        fresh.states.push_back(layer.state);
+        isSettled = isSettled && layer.state.IsSettled();
     }
     Cache& cache = TreeCache();
     Cache::Tree& cached = cache.trees[static_cast<std::size_t>(root)];
     const std::lock_guard guard(cache.lock);
-    if (cached.top && cached.state == state) {
+    if (cached.top && cached.states == fresh.states) {
         top = cached.top;
         return ErrorSuccess;
     }
-    const bool isSettled = state.IsSettled(); // before the reading, for a change may come meanwhile
-    auto fresh = std::make_shared<RegistryNode>();
-    result = ParseStore(file, state, *fresh);
+    const auto read = std::make_shared<RegistryNode>();
+    result = ReadLayers(layers, *read);
     if (result == ErrorSuccess) {
-        top = fresh;
-        cached = isSettled ? Cache::Tree{state, fresh} : Cache::Tree{};
+        top = read;
+        fresh.top = read;
+        cached = isSettled ? std::move(fresh) : Cache::Tree();
     }
     return result;
 }
 
-std::uint32_t ChangeRegistry(RegistryRoot root, const std::function<std::uint32_t(RegistryNode& top)>& change) {
+std::uint32_t ChangeRegistry(RegistryRoot root, const RegistryChange& change) {
     const std::string folder = RegistryFolders(root).front();
     if (folder.empty()) {
         return ErrorAccessDenied;
@@ -168,22 +195,22 @@ std::uint32_t ChangeRegistry(RegistryRoot root, const std::function<std::uint32_
     if (result != ErrorSuccess) {
         return result;
     }
-    Descriptor file;
-    FileState state;
-    RegistryNode top;
-    result = FindStore(root, file, state);
-    if (result == ErrorSuccess) {
-        result = ParseStore(file, state, top);
-    }
-    if (result != ErrorSuccess && result != ErrorFileNotFound) {
-        return result;
-    }
-    result = change(top);
+    const std::string path = RegistryFile(folder, root);
+    std::string bytes;
+    result = ReadFirstLayer(path, bytes);
     if (result != ErrorSuccess) {
         return result;
     }
-    return ReplaceFile(RegistryFile(folder, root), WriteRegistryText(top)) ? ErrorSuccess
-                                                                           : RegistryCode(GetLastError());
+    std::shared_ptr<const RegistryNode> top;
+    result = LoadRegistry(root, top);
+    if (result != ErrorSuccess) {
+        return result;
+    }
+    result = change(*top, bytes);
+    if (result != ErrorSuccess) {
+        return result;
+    }
+    return ReplaceFile(path, bytes) ? ErrorSuccess : RegistryCode(GetLastError());
 }
 
 } // namespace Platform

@@ -6,16 +6,19 @@
 #include "platform/linux/regtree.h"
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace Platform {
 
-/// The tree of a root as its file has it now; the root stands below the top. A file that is not there is an empty one.
-/// Gives a Windows code. Any thread.
+/// The tree of a root as its files have it now, each over those of the folders behind; the root stands below the top. A
+/// file that is not there is an empty one. Gives a Windows code. Any thread.
 std::uint32_t LoadRegistry(RegistryRoot root, std::shared_ptr<const RegistryNode>& top);
 
-/// Reads the file, has `change` work on the tree, and writes it back, with all other processes and threads held off.
-/// Nothing is written when `change` gives another code than ErrorSuccess. After a failure the file is as it was. What
-/// was read elsewhere is written to the first folder, where it counts from then on; comments are not kept.
-std::uint32_t ChangeRegistry(RegistryRoot root, const std::function<std::uint32_t(RegistryNode& top)>& change);
+/// Gets the tree of all files and the bytes of the first folder's, which it changes.
+using RegistryChange = std::function<std::uint32_t(const RegistryNode& top, std::string& bytes)>;
+
+/// Has `change` work on the file of the first folder, and writes it back, with all other processes and threads held
+/// off. Nothing is written when `change` gives another code than ErrorSuccess. After a failure the file is as it was.
+std::uint32_t ChangeRegistry(RegistryRoot root, const RegistryChange& change);
 
 } // namespace Platform

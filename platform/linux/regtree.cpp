@@ -1,8 +1,11 @@
 #include "platform/linux/regtree.h"
 
 #include "platform/inc/lasterror.h"
+#include "platform/inc/registry.h"
 #include "platform/linux/lettercase.h"
+#include "platform/linux/nativetext.h"
 #include <algorithm>
+#include <cstring>
 
 namespace Platform {
 
@@ -17,6 +20,20 @@ std::u16string FoldedName(std::u16string_view name) {
     std::u16string folded(name);
     std::transform(folded.begin(), folded.end(), folded.begin(), UpcaseCharacter);
     return folded;
+}
+
+bool IsText(std::uint32_t type) {
+    return type == RegSz || type == RegExpandSz || type == RegMultiSz;
+}
+
+std::string BytesOf(std::u16string_view text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
+
+std::u16string TextOf(std::string_view bytes) {
+    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(char16_t));
+    return text;
 }
 
 std::uint32_t SplitKeyPath(std::u16string_view path, std::vector<std::u16string>& names) {

@@ -64,7 +64,16 @@ private:
 struct RegistryValue {
     std::uint32_t type = 0;
     std::string bytes;
+
+    bool operator==(const RegistryValue&) const = default;
 };
+
+/// The types whose bytes are characters.
+bool IsText(std::uint32_t type);
+
+/// The bytes of UTF-16 and back; an odd last byte is left out.
+std::string BytesOf(std::u16string_view text);
+std::u16string TextOf(std::string_view bytes);
 
 /// A key. The default value has the empty name.
 struct RegistryNode {

@@ -1,5 +1,6 @@
+#include "platform/linux/regwriter.h"
+
 #include "platform/inc/registry.h"
-#include "platform/linux/regfile.h"
 #include <bit>
 #include <cstring>
 
@@ -19,6 +20,10 @@ void AppendHex(std::u16string& out, std::uint32_t number, int digits) {
 void AppendQuoted(std::u16string& out, std::u16string_view text) {
     out += u'"';
     for (const char16_t c : text) {
+        if (c == u'\r' || c == u'\n') {
+            out += c == u'\r' ? u"\\r" : u"\\n";
+            continue;
+        }
         if (c == u'"' || c == u'\\') {
             out += u'\\';
         }
@@ -27,22 +32,22 @@ void AppendQuoted(std::u16string& out, std::u16string_view text) {
     out += u'"';
 }
 
-// The text of a value that quotes can express: one terminator, at the end, and no line break.
+// The text of a value that quotes can express: one terminator, at the end, and no line break, for which there is more
+// than one form.
 bool IsPlainText(const RegistryValue& value, std::u16string& text) {
-    const std::size_t size = value.bytes.size();
-    if (value.type != RegSz || size == 0 || size % sizeof(char16_t) != 0) {
+    if (value.type != RegSz || value.bytes.size() % sizeof(char16_t) != 0) {
         return false;
     }
-    text.resize(size / sizeof(char16_t));
-    std::memcpy(text.data(), value.bytes.data(), size);
-    if (text.find_first_of(std::u16string_view(u"\0\r\n", 3)) != text.size() - 1 || text.back() != u'\0') {
+    text = TextOf(value.bytes);
+    if (text.empty() || text.find_first_of(std::u16string_view(u"\0\r\n", 3)) != text.size() - 1 || text.back()) {
         return false;
     }
     text.pop_back();
     return true;
 }
 
-void AppendHexBytes(std::u16string& out, std::size_t lineStart, const RegistryValue& value) {
+void AppendHexBytes(std::u16string& out, const RegistryValue& value, std::u16string_view lineBreak) {
+    std::size_t lineStart = out.find_last_of(u"\r\n") + 1;
     out += u"hex";
     if (value.type != RegBinary) {
         const int digits = static_cast<int>((std::bit_width(value.type | 1) + 3) / 4);
@@ -58,21 +63,26 @@ void AppendHexBytes(std::u16string& out, std::size_t lineStart, const RegistryVa
         }
         out += u',';
         if (out.size() - lineStart >= LongestHexLine) {
-            out += u"\\\r\n";
+            out += u'\\';
+            out += lineBreak;
             lineStart = out.size();
             out += u"  ";
         }
     }
 }
 
-void AppendValue(std::u16string& out, const std::u16string& name, const RegistryValue& value) {
-    const std::size_t lineStart = out.size();
+} // namespace
+
+void AppendValueName(std::u16string& out, std::u16string_view name) {
     if (name.empty()) {
         out += u'@';
     } else {
         AppendQuoted(out, name);
     }
     out += u'=';
+}
+
+void AppendValueData(std::u16string& out, const RegistryValue& value, std::u16string_view lineBreak) {
     std::u16string text;
     if (IsPlainText(value, text)) {
         AppendQuoted(out, text);
@@ -82,34 +92,8 @@ void AppendValue(std::u16string& out, const std::u16string& name, const Registry
         out += u"dword:";
         AppendHex(out, number, 8);
     } else {
-        AppendHexBytes(out, lineStart, value);
+        AppendHexBytes(out, value, lineBreak);
     }
-    out += u"\r\n";
-}
-
-// `path` is the key's on the way in and out.
-void AppendKeys(std::u16string& out, std::u16string& path, const RegistryNode& node) {
-    node.keys.ForEach([&](const std::u16string& name, const RegistryNode& key) {
-        const std::size_t length = path.size();
-        path += path.empty() ? u"" : u"\\";
-        path += name;
-        out += u'[' + path + u"]\r\n";
-        key.values.ForEach([&out](const std::u16string& valueName, const RegistryValue& value) {
-            AppendValue(out, valueName, value);
-        });
-        out += u"\r\n";
-        AppendKeys(out, path, key);
-        path.resize(length);
-    });
-}
-
-} // namespace
-
-std::string WriteRegistryText(const RegistryNode& top) {
-    std::u16string out = u"\uFEFFWindows Registry Editor Version 5.00\r\n\r\n";
-    std::u16string path;
-    AppendKeys(out, path, top);
-    return {reinterpret_cast<const char*>(out.data()), out.size() * sizeof(char16_t)};
 }
 
 } // namespace Platform

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -90,6 +91,60 @@ TEST_F(RegistryKey, ReadsValuesByTypeAndSize) {
         EXPECT_EQ(key.GetValueSize(row.name), row.size) << Readable(name.View());
         EXPECT_EQ(key.GetStringValue(row.name, Default).View(), row.text) << Readable(name.View());
     }
+}
+
+// The fixture is what `reg export` of Wine wrote of these values.
+TEST_F(RegistryKey, AnExportGivesTheValuesThatWerePutIn) {
+    const auto wide = [](std::u16string_view text) {
+        return std::string(reinterpret_cast<const char*>(text.data()), 2 * text.size());
+    };
+    struct Row {
+        const char16_t* name;
+        std::uint32_t type;
+        std::string bytes;
+    };
+    std::string all(64, '\0');
+    std::iota(all.begin(), all.end(), '\0');
+    const Row rows[] = {{u"", 1, wide({u"d", 2})},
+                        {u"q\"\\ ;[k] = @-", 1, wide({u"C:\\a \"b\" ; c", 13})},
+                        {u"line\r\nbreak", 1, wide({u"\r\na\nb\r", 7})},
+                        {u"\U0001F600 \u00e4", 1, wide({u"\U0001F600\u20ac", 4})},
+                        {u" blanks ", 1, wide({u" x\t", 4})},
+                        {u"empty", 1, wide({u"", 1})},
+                        {u"none", 0, ""},
+                        {u"none 2", 0, "\1\2"},
+                        {u"expand", 2, wide({u"%A%\n", 5})},
+                        {u"binary", 3, all},
+                        {u"no bytes", 3, ""},
+                        {u"dword", 4, {"\x2a\0\0\x80", 4}},
+                        {u"big endian", 5, {"\0\0\0\x2a", 4}},
+                        {u"link", 6, wide(u"a")},
+                        {u"multi", 7, wide({u"a\nb\0\U0001F600\0", 8})},
+                        {u"resources", 8, "\1"},
+                        {u"descriptor", 9, "\1\2"},
+                        {u"requirements", 10, "\xff"},
+                        {u"qword", 11, "\1\2\3\4\5\6\7\x8"},
+                        {u"other", 0x100, "\1"},
+                        {u"last", 0xFFFFFFFF, "\2"}};
+    const std::filesystem::path exported = folder / "exported" / "HKEY_CURRENT_USER.reg";
+    std::filesystem::create_directory(exported.parent_path());
+    std::filesystem::copy_file(REGISTRY_EXPORT, exported);
+    UseRegistry(exported);
+    CRegistryKey key;
+    ASSERT_TRUE(key.Open(User, u"Software\\TessarixTest\\Exported", RK_Read));
+    for (const Row& row : rows) {
+        const CUnicodeString name = row.name;
+        std::string bytes(100, '\0');
+        std::uint32_t type = 4711;
+        auto size = static_cast<std::uint32_t>(bytes.size());
+        EXPECT_EQ(Platform::RegQueryValueEx(key.Handle, row.name, &type, bytes.data(), &size), 0U)
+            << Readable(name.View());
+        EXPECT_EQ(type, row.type) << Readable(name.View());
+        EXPECT_EQ(bytes.substr(0, size), row.bytes) << Readable(name.View());
+    }
+    CRegistryKey below;
+    ASSERT_TRUE(below.Open(User, u"Software\\TessarixTest\\Exported\\a]b;\"c\" [d=@] \U0001F600", RK_Read));
+    EXPECT_EQ(below.GetStringValue(u"v", Default), u"below");
 }
 
 TEST_F(RegistryKey, ReadsBytesIntoBuffersThatAreLargeEnough) {

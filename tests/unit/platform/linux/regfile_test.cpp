@@ -6,6 +6,7 @@
 #include "platform/inc/lasterror.h"
 #include "platform/inc/registry.h"
 #include "platform/linux/nativetext.h"
+#include "tests/support/registrychange.h"
 #include "tests/support/text.h"
 #include <cstdlib>
 #include <cstring>
@@ -22,19 +23,39 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What a file holds, as the writer puts it, in UTF-8 and with LF and without the header.
-std::string ReadBack(std::string_view bytes) {
+std::u16string Wide(std::string_view bytes) {
+    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), bytes.data(), bytes.size());
+    return text;
+}
+
+/// A tree, written key for key, in UTF-8 and with LF and without the header.
+void Write(const RegistryNode& node, std::vector<std::u16string>& path, std::string& bytes) {
+    node.keys.ForEach([&](const std::u16string& name, const RegistryNode& key) {
+        path.push_back(name);
+        bytes = AddRegistryKey(bytes, path);
+        key.values.ForEach([&](const std::u16string& valueName, const RegistryValue& value) {
+            bytes = SetRegistryValue(bytes, path, valueName, value);
+        });
+        Write(key, path, bytes);
+        path.pop_back();
+    });
+}
+std::string Written(std::string_view bytes) {
     RegistryNode top;
     ReadRegistryText(bytes, top);
-    std::string written = WriteRegistryText(top);
-    RegistryNode again;
-    ReadRegistryText(written, again);
-    EXPECT_EQ(WriteRegistryText(again), written) << "comes back as it was";
-    std::u16string text(written.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), written.data(), written.size());
+    std::vector<std::u16string> path;
+    std::string written;
+    Write(top, path, written);
+    return written;
+}
+std::string ReadBack(std::string_view bytes) {
+    const std::string written = Written(bytes);
+    EXPECT_EQ(Written(written), written) << "comes back as it was";
+    std::u16string text = Wide(written);
     std::erase(text, u'\r');
     constexpr std::u16string_view header = u"\uFEFFWindows Registry Editor Version 5.00\n\n";
-    EXPECT_TRUE(text.starts_with(header));
+    EXPECT_TRUE(text.empty() || text.starts_with(header));
     return Utf8Text(text.substr(std::min(text.size(), header.size())));
 }
 
@@ -114,6 +135,8 @@ const Row Rows[] = {
     {"last value, first spelling", "\"Ab\"=\"x\"\n\"aB\"=\"y\"\n", "\"Ab\"=\"y\"\n"},
     {"blanks and comments", " \"a\" = \"x\" ; c\n;\"b\"=\"y\"\n\t@=dword:1 ;\n", "\"a\"=\"x\"\n@=dword:00000001\n"},
     {"escapes", R"("\"a\\"="\"b\\\c")", "\"\\\"a\\\\\"=\"\\\"b\\\\c\"\n"},
+    {"line breaks", "\"a\\r\\nb\"=\"x\\r\\ny\"\n\"c\"=\"\ny\"\n", "\"a\\r\\nb\"=hex(1):78,00,0d,00,0a,00,79,00,00,00\n\"c\"=hex(1):0a,00,79,00,00,00\n"},
+    {"capitals", "\"a\"=DWORD:A\n\"b\"=Hex(B):01\n@=HEX:02\n", "\"a\"=dword:0000000a\n\"b\"=hex(b):01\n@=hex:02\n"},
     {"open quotes", "\"a=\"x\"\n\"b\"=\"x\n\"c\"=\"x\\\"\n\"d\\\n@=\"y\"", "@=\"y\"\n"},
     {"something behind", "\"a\"=\"x\"y\n\"b\"=dword:1x\n\"c\"=hex:01 02\n\"d\"=-x\n@=\"y\"", "@=\"y\"\n"},
     {"no such form", "\"a\"=x\n\"b\"=hex(:1\n\"c\"=hex()\n\"d\"=dword:\n\"e\"\n=1\n@=hex(g):1\n", ""},
@@ -121,7 +144,7 @@ const Row Rows[] = {
     {"types", "\"a\"=hex:\n\"b\"=hex(0):01,02\n\"c\"=hex(ffffffff):0a\n\"d\"=hex(4):01\n", "="},
     {"short bytes", "\"a\"=hex:1,2,\n\"b\"=hex(4):4,3,2,1\n", "\"a\"=hex:01,02\n\"b\"=dword:01020304\n"},
     {"no quotes can tell", "\"a\"=hex(1):61\n\"b\"=hex(1):61,00\n\"c\"=hex(1):00,00,00,00\n\"d\"=hex(1):0a,00,00,00\n", "="},
-    {"continued", "\"a\"=hex:01,\\ ; c\n  02,\\\n\\\n03\n", "\"a\"=hex:01,02,03\n"},
+    {"continued", "\"a\"=hex:01,\\ ; c\n  02,\\\n\\\n\n ; c\n03\n", "\"a\"=hex:01,02,03\n"},
     {"broken off by a value", "\"a\"=hex:01,\\\n\"b\"=\"x\"\n", "\"b\"=\"x\"\n"},
     {"broken off by the end", "\"b\"=\"x\"\n\"a\"=hex:01,\\", "\"b\"=\"x\"\n"},
     {"no bytes", "\"a\"=hex:01,0g\n\"b\"=hex:001\n\"c\"=hex:,1\n\"d\"=hex:1,,2\n\"e\"=hex:01\\\n02\n", ""},
@@ -142,18 +165,51 @@ TEST(RegFile, SkipsWhatMakesNoSenseAndReadsTheRest) {
     for (const Row& row : Rows) {
         const std::string whole = "[HKEY_USERS\\K]\n" + row.text;
         const std::string& remaining = row.remaining == "=" ? row.text : row.remaining;
-        const std::string expected = "[HKEY_USERS]\n\n[HKEY_USERS\\K]\n" + remaining + "\n";
+        const std::string expected = "[HKEY_USERS]\n\n[HKEY_USERS\\K]\n" + remaining;
         EXPECT_EQ(ReadBack(whole), expected) << row.name;
         EXPECT_EQ(ReadBack("\xEF\xBB\xBF" + whole), expected) << row.name << ", marked";
     }
 }
 
-TEST(RegFile, AnyBytesGiveATreeThatComesBack) {
+TEST(RegFile, AChangeLeavesAllElseAsItStands) {
+    struct Change {
+        const char* name;
+        const char16_t* value;
+        std::string before;
+        std::string after; // with "x" as the value's text
+    };
+    const std::string key = "[HKEY_USERS\\K]\n";
+    const Change changes[] = {
+        {"at its place", u"v", "; c\nfoo\n" + key + "\"V\" = dword:1 ; d\n\"w\"=bar\n",
+         "; c\nfoo\n" + key + "\"V\" = \"x\" ; d\n\"w\"=bar\n"},
+        {"the one that counts", u"v", key + "\"v\"=\"y\"\n\"v\"=\"z\"\n", key + "\"v\"=\"y\"\n\"v\"=\"x\"\n"},
+        {"removed", u"v", key + "\"v\"=-", key + "\"v\"=\"x\""},
+        {"over several lines", u"", key + "@=\"y\n; z\"\n\n;", key + "@=\"x\"\n\n;"},
+        {"new, behind the others", u"\"\n\\", key + "@=\"y\" ; c\n; d\n\n[HKEY_USERS]\n",
+         key + "@=\"y\" ; c\n\"\\\"\\n\\\\\"=\"x\"\n; d\n\n[HKEY_USERS]\n"},
+        {"new, in a key without any", u"v", key + "[HKEY_USERS]", key + "\"v\"=\"x\"\n[HKEY_USERS]"},
+        {"the key is new", u"v", "; c\r\n[HKEY_USERS]",
+         "; c\r\n[HKEY_USERS]\r\n\r\n[HKEY_USERS\\K]\r\n\"v\"=\"x\"\r\n"},
+        {"the key is removed", u"v", key + "\"v\"=\"y\"\n[-HKEY_USERS\\K]\n",
+         key + "\"v\"=\"y\"\n[-HKEY_USERS\\K]\n\n" + key + "\"v\"=\"x\"\n"},
+        {"bytes", u"v", key + "\"v\"=hex:01,\\ ; c\n; d\n  02 ; \xE4\n", key + "\"v\"=\"x\" ; \xE4\n; c\n; d\n"},
+        {"a quote is missing", u"", key + "\"a\"=\"x\n@=\"y\"\nz\"\n",
+         key + "\"a\"=\"x\n@=\"y\"\nz\"\n\n" + key + "@=\"x\"\n"},
+        {"narrow", u"v", "REGEDIT4 ; c\n" + key + "\"a\"=hex(2):61,00\n",
+         "Windows Registry Editor Version 5.00 ; c\n" + key + "\"a\"=hex(2):61,00,00,00\n\"v\"=\"x\"\n"},
+    };
+    for (const Change& row : changes) {
+        const RegistryValue value{RegSz, {"x\0\0", 4}};
+        EXPECT_EQ(SetRegistryValue(row.before, {u"HKEY_USERS", u"K"}, row.value, value), row.after) << row.name;
+    }
+}
+
+TEST(RegFile, AnyBytesStandAChange) {
     constexpr unsigned seed = 4711;
     std::mt19937 random(seed);
-    std::string whole = "[HKEY_USERS\\K]\n";
+    std::string whole = "REGEDIT4\n[HKEY_USERS\\K]\n";
     for (const Row& row : Rows) {
-        whole += row.text + "\n";
+        whole += row.text.size() < 256 ? row.text + "\n" : "";
     }
     for (int round = 0; round < 1000 && !HasFailure(); ++round) {
         std::string bytes = whole.substr(0, 1 + random() % whole.size());
@@ -163,7 +219,9 @@ TEST(RegFile, AnyBytesGiveATreeThatComesBack) {
             bytes[random() % bytes.size()] = random() % 2 == 0 ? byte : static_cast<char>(random() % 256);
         }
         SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
-        ReadBack(round % 2 == 0 ? bytes : "\xFF\xFE" + bytes);
+        const RegistryValue value{round % 3 == 0 ? RegSz : RegBinary, {"x\0\0", 4}};
+        EXPECT_TRUE(ChangesThatAlone(round % 2 == 0 ? bytes : "\xFF\xFE" + bytes, {u"HKEY_USERS", u"K"},
+                                     random() % 2 == 0 ? u"" : u"a", value));
     }
 }
 
@@ -184,9 +242,20 @@ TEST_F(Registry, IsLookedForWhereTheEnvironmentSays) {
     EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), "home");
     EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two");
     EXPECT_EQ(Set(HkeyLocalMachine, u"K", u"w", u"new"), ErrorSuccess);
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two") << "the user's file begins as a copy";
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two");
+    WriteFile(folder / "two" / in / "HKEY_LOCAL_MACHINE.reg", text("HKEY_LOCAL_MACHINE", "later"));
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "later")
+        << "what the user's file doesn't say is the administrator's";
     EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"w"), "new");
-    EXPECT_EQ(BytesOfFile(folder / "two" / in / "HKEY_LOCAL_MACHINE.reg"), text("HKEY_LOCAL_MACHINE", "two"));
+    WriteFile(folder / "one" / in / "HKEY_LOCAL_MACHINE.reg", text("HKEY_LOCAL_MACHINE", "one"));
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "one") << "the folders in their order";
+    const fs::path own = folder / "home" / in / "HKEY_LOCAL_MACHINE.reg";
+    WriteFile(own, "[HKEY_LOCAL_MACHINE\\k]\n\"V\"=-\n");
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2");
+    WriteFile(own, "[-HKEY_LOCAL_MACHINE\\K]\n");
+    EXPECT_EQ(Set(HkeyLocalMachine, u"K", u"w", u"again"), ErrorSuccess);
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"w"), "again");
+    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2") << "still removed";
     EXPECT_EQ(Query(HkeyUsers, u"K", u"v"), "2");
 }
 
@@ -214,6 +283,43 @@ TEST_F(Registry, AnswersWithTheCodesOfWindows) {
     fs::create_directory(file);
     EXPECT_EQ(RegOpenKeyEx(RootKey(HkeyCurrentUser), u"K", 0, KeyRead, key), ErrorAccessDenied) << "not readable";
     EXPECT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"x"), ErrorAccessDenied);
+}
+
+TEST_F(Registry, RightsAndLinksAreTheUsers) {
+    struct Row {
+        const char* name;
+        const char* command; // in the folder that holds the registry's, `r`, and a file `outside`
+        const char* read;
+        std::uint32_t written;
+    };
+    const Row rows[] = {
+        {"a file not to be read", "chmod 0 r/*.reg", "5", ErrorAccessDenied},
+        {"a file not to be written", "chmod 444 r/*.reg", "old", ErrorAccessDenied},
+        {"a folder not to be written", "chmod 555 r", "old", ErrorAccessDenied},
+        {"a folder not to be entered", "chmod 0 r", "5", ErrorAccessDenied},
+        {"a folder that is none", "rm -r r; touch r", "2", ErrorFileNotFound},
+        {"a link to the folder", "mv r there; ln -s there r", "old", ErrorSuccess},
+        {"a new file that is a link", "ln -s ../outside r/HKEY_CURRENT_USER.reg.new", "old", ErrorSuccess},
+        {"a lock that is a link", "ln -s ../outside r/registry.lock", "old", ErrorAccessDenied},
+    };
+    const uid_t self = getuid();
+    const uid_t user = self == 0 ? 65534 : self; // root may do anything
+    for (const Row& row : rows) {
+        const fs::path place = folder / "place";
+        setenv("TESSARIX_REGISTRY", (place / "r").c_str(), 1);
+        WriteFile(place / "r/HKEY_CURRENT_USER.reg", "[HKEY_CURRENT_USER\\K]\n\"v\"=\"old\"\n");
+        WriteFile(place / "outside", "outside");
+        const std::string enter = "cd '" + place.string() + "' && " + row.command;
+        ASSERT_EQ(std::system(("chown -R " + std::to_string(user) + " '" + folder.string() + "' && " + enter).c_str()),
+                  0);
+        ASSERT_EQ(setresuid(user, user, self), 0);
+        EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), row.read) << row.name;
+        EXPECT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"new"), row.written) << row.name;
+        ASSERT_EQ(setresuid(self, self, self), 0);
+        EXPECT_EQ(BytesOfFile(place / "outside"), "outside") << row.name;
+        fs::permissions(place / "r", fs::perms::owner_all);
+        fs::remove_all(place);
+    }
 }
 
 // Each writer changes the whole file; no change of the other may be lost, and nobody may ever see less than a whole
