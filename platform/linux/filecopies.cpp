@@ -8,13 +8,16 @@
 #include "platform/linux/fileinfo.h"
 #include "platform/linux/fileopen.h"
 #include "platform/linux/folders.h"
+#include "platform/linux/nativetext.h"
 #include "platform/linux/paths.h"
 #include "platform/linux/sharetable.h"
 #include "platform/linux/transfer.h"
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <string>
 #include <unistd.h>
 
 namespace Platform {
@@ -175,6 +178,18 @@ int Rename(const Location& from, const Location& to, bool replace) {
     return result == 0 ? 0 : errno;
 }
 
+bool Move(const char16_t* source, const char16_t* target, std::uint32_t flags);
+
+/// A path in the folder of another that no other move uses.
+std::u16string StandInPath(std::u16string_view path) {
+    static std::atomic<unsigned> count{0};
+    const std::size_t name = path.find_last_of(u"\\/:") + 1; // 0 where there is none
+    const std::string standIn = "~" + std::to_string(getpid()) + "." + std::to_string(count++) + ".tmp";
+    return std::u16string(path.substr(0, name)) + WideName(standIn);
+}
+
+// The copy takes the target's name when it is whole: whoever looks meanwhile, or afterwards where this process was
+// killed, finds the old target or the new one.
 bool MoveToOtherVolume(const char16_t* source, const char16_t* target, bool isFolder, std::uint32_t flags) {
     if ((flags & MoveFileCopyAllowed) == 0) {
         return Fail(ErrorNotSameDevice);
@@ -182,12 +197,14 @@ bool MoveToOtherVolume(const char16_t* source, const char16_t* target, bool isFo
     if (isFolder) {
         return Fail(ErrorAccessDenied);
     }
-    const CopyMode mode{(flags & MoveFileReplaceExisting) == 0, (flags & MoveFileWriteThrough) != 0};
-    if (!Copy(source, target, mode)) {
-        if (GetLastError() == ErrorFileExists) {
-            SetLastError(ErrorAlreadyExists);
-        }
+    const std::u16string standIn = StandInPath(target);
+    if (!Copy(source, standIn.c_str(), {true, (flags & MoveFileWriteThrough) != 0})) {
         return false;
+    }
+    if (!Move(standIn.c_str(), target, flags & ~MoveFileCopyAllowed)) {
+        const std::uint32_t error = GetLastError();
+        DeleteFile(standIn.c_str());
+        return Fail(error);
     }
     static_cast<void>(DeleteFile(source)); // a source that stays is no failure of the move
     return true;

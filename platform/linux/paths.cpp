@@ -87,8 +87,9 @@ bool CanBeName(std::u16string_view name) {
 // Whether a name other than this one can equal it but for case: not if it has neither a letter nor a character beyond
 // ASCII.
 bool HasOtherSpellings(std::u16string_view name) {
-    return std::any_of(name.begin(), name.end(),
-                       [](char16_t c) { return c >= 0x80 || (UpcaseCharacter(c) >= u'A' && UpcaseCharacter(c) <= u'Z'); });
+    return std::any_of(name.begin(), name.end(), [](char16_t c) {
+        return c >= 0x80 || (UpcaseCharacter(c) >= u'A' && UpcaseCharacter(c) <= u'Z');
+    });
 }
 
 // Whether an entry equals a name but for case. Most entries are plain ASCII, and differ in length alone.
