@@ -8,12 +8,6 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\list";
 
-bool RequireFree(const CListNodeBase* node) {
-    const bool free = node && !node->List;
-    TSX_ASSERT(free, ModuleName);
-    return free;
-}
-
 } // namespace
 
 void CListNodeBase::Unlink() {
@@ -28,21 +22,19 @@ void CListNodeBase::Unlink() {
 }
 
 void CListBase::AddFirst(CListNodeBase* node) {
-    if (RequireFree(node)) {
-        node->List = this;
-        node->Next = First;
-        (First ? First->Previous : Last) = node;
-        First = node;
-    }
+    TSX_REQUIRE(node && !node->List, ModuleName);
+    node->List = this;
+    node->Next = First;
+    (First ? First->Previous : Last) = node;
+    First = node;
 }
 
 void CListBase::AddLast(CListNodeBase* node) {
-    if (RequireFree(node)) {
-        node->List = this;
-        node->Previous = Last;
-        (Last ? Last->Next : First) = node;
-        Last = node;
-    }
+    TSX_REQUIRE(node && !node->List, ModuleName);
+    node->List = this;
+    node->Previous = Last;
+    (Last ? Last->Next : First) = node;
+    Last = node;
 }
 
 void CListBase::DeleteAll() {
