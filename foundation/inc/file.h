@@ -23,7 +23,8 @@ public:
     /// `reserve` the bytes that it is expected to hold. A hidden or system file that is created anew stays one.
     void Open(const CUnicodeString& path, std::uint32_t mode, std::uint32_t attributes = Platform::FileAttributeNormal,
               std::int64_t reserve = 0);
-    /// The same with the values of CreateFile.
+    /// The same with the values of CreateFile. The template is the caller's after a failure, and otherwise as
+    /// CFileSystemBase::OpenFile says.
     void OpenEx(const CUnicodeString& path, std::uint32_t access, std::uint32_t share, void* security,
                 std::uint32_t creation, std::uint32_t attributes, Platform::Handle templateFile, std::int64_t reserve);
 

@@ -38,7 +38,14 @@ protected:
     ~IFindFilesFilter() = default;
 };
 
-/// Operations that fail raise CFileException, unless their declaration says otherwise.
+/// Operations that fail raise CFileException, unless their declaration says otherwise. The file system in memory
+/// (CVirtualFileSystem) departs from what is said below:
+///
+///   any path outside it                   is an internal error, an empty one too, but for CheckFile
+///   CopyFile, MoveFile, MoveFileOnVolume  replace a read-only target
+///   RenameFile                            replaces the target
+///   MoveFileOnVolume                      copies, also from or to a disk
+///   DeleteTree                            deletes read-only files, whatever `clearReadOnly` says
 class CFileSystemBase {
 public:
     CFileSystemBase() = default;
@@ -47,7 +54,8 @@ public:
     CFileSystemBase& operator=(const CFileSystemBase&) = delete;
 
     /// Opens with the values of CreateFile. The file is the caller's until CloseFile. `reserve` (expected bytes) and
-    /// `owner` (the CFile that the file is for, or null) serve files in memory.
+    /// `owner` (the CFile that the file is for, or null) serve files in memory. The template is the caller's: only a
+    /// file that is made in memory takes it over, see there. Null where a check failed on a thread that must not throw.
     virtual CBaseFile* OpenFile(const CUnicodeString& path, std::uint32_t access, std::uint32_t share, void* security,
                                 std::uint32_t disposition, std::uint32_t attributes, Platform::Handle templateFile,
                                 std::int64_t reserve, CFile* owner) = 0;

@@ -37,7 +37,7 @@ private:
     bool HeaderDone = false;
 
     bool HasTarget() const { return File || Archive; }
-    void WriteHeader();
+    bool WriteHeader(); // false where a check failed
     void WriteBytes(const void* bytes, std::int64_t count);
 };
 

@@ -18,15 +18,15 @@ public:
 
     /// The directory, or null.
     CVirtualDirectory* FindDirectory(const CUnicodeString& path);
-    /// Makes each level that is missing.
+    /// Makes each level that is missing. Null where a check failed.
     CVirtualDirectory* CreateDirectoryPath(const CUnicodeString& path);
     /// The file, or null.
     CVirtualFileData* FindFileData(const CUnicodeString& path);
     /// The file of that name if there is one. Otherwise a new one, and the directories on the way to it: over
-    /// `mapping`, read-only and `reserve` bytes long, or empty if that is null.
+    /// `mapping`, which it takes over unless this raises, read-only and `reserve` bytes long, or empty if that is null.
     CVirtualFileData* CreateFileData(const CUnicodeString& path, std::uint32_t attributes, Platform::Handle mapping,
                                      std::int64_t reserve);
-    /// A new file in the place of one that must be there.
+    /// The same, but a file of that name makes room for a new one.
     CVirtualFileData* ReplaceFileData(const CUnicodeString& path, std::uint32_t attributes, Platform::Handle mapping,
                                       std::int64_t reserve);
     /// False if there is no such file.

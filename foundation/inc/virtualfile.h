@@ -7,10 +7,14 @@
 
 namespace Tsx {
 
-/// One mapped view. Whoever takes it away unmaps it.
+/// One mapped view, from its construction until Unmap or its end.
 class CVirtualView : public CListNode<CVirtualView>, public CAllocatedOn<RuntimeHeap> {
 public:
-    CVirtualView(CVirtualMapping* owner, void* data, std::int64_t offset);
+    CVirtualView(CVirtualMapping* owner, std::int64_t offset);
+    /// Unmaps; a failure is shown.
+    ~CVirtualView() override;
+
+    void Unmap();
 
     /// The file's offset of the first byte, and of the first one behind the view.
     std::int64_t GetStart() const { return Owner->Start + Offset; }
@@ -22,20 +26,27 @@ public:
     std::byte* At(std::int64_t position) const { return static_cast<std::byte*>(Data) + (position - GetStart()); }
 
     CVirtualMapping* const Owner; // not owned, never null
-    void* const Data;             // the first byte, never null
+    void* Data;                   // the first byte; null where a check failed, and after Unmap
     const std::int64_t Offset;    // in Owner
     const std::int64_t Size;      // always ViewSize
 };
 
 /// What CVirtualFileSystem::OpenFile gives out; see CBaseFile. Views lie on the ViewSize grid of the file. A failed
-/// mapping raises CMemoryException or CLastErrorException; what was there before stays readable. The fields are for
-/// looking at.
+/// mapping raises CMemoryException or CLastErrorException; what was there before stays readable. Serves one thread at a
+/// time, beside which other threads may use other handles on the same file: of bytes that one writes while another
+/// reads or writes them, either may arrive. The fields are for looking at.
 class CVirtualFile : public CBaseFile, public CAllocatedOn<RuntimeHeap> {
 public:
-    /// The body must outlive the handle.
-    CVirtualFile(std::uint32_t access, std::uint32_t share, CVirtualFileData* data);
+    /// Closed, until Open.
+    CVirtualFile(std::uint32_t access, std::uint32_t share) : Access(access), Share(share) {}
+    CVirtualFile(std::uint32_t access, std::uint32_t share, CVirtualFileData* data) : CVirtualFile(access, share) {
+        Open(data);
+    }
     /// Closes; a failure is shown.
     ~CVirtualFile() override;
+
+    /// At the start of a body, which must outlive the handle.
+    void Open(CVirtualFileData* data);
 
     CUnicodeString GetFileName() const override { return Data->Name; }
     std::int32_t Read(void* buffer, std::int32_t count) override;
@@ -56,7 +67,7 @@ public:
     /// reader opened before a writer extended the file cuts it back.
     void Close() override;
 
-    /// Ten views at most; the one used longest ago goes. Good until the next call.
+    /// Ten views at most; the one used longest ago goes. Good until the next call; null where a check failed.
     /// AS DESIGNED: the search stops at the first view that lies behind the position, although views are in order of
     /// use: one further down is missed, and the same bytes are mapped twice, which does no harm.
     CVirtualView* GetView(std::int64_t position);
@@ -69,21 +80,28 @@ public:
 
     std::uint32_t Access; // as for CreateFile
     std::uint32_t Share;
-    CVirtualFileData* Data; // not owned
-    bool IsOpen = true;
+    CVirtualFileData* Data = nullptr; // not owned
+    bool IsOpen = false;
     CList<CVirtualView> Views; // the one used last comes first
-    std::int64_t Length;       // of the file, as this handle knows it
+    std::int64_t Length = 0;   // of the file, as this handle knows it
     std::int64_t Position = 0;
 
 private:
     static constexpr std::size_t MostViews = 10;
 
+    struct CPiece {
+        std::byte* bytes = nullptr;
+        std::int64_t count = 0;
+    };
+
+    CPiece GetPiece(std::int64_t position, std::int64_t most);
+    CPiece RequirePiece(std::int64_t position, std::int64_t most);
     CVirtualView* FindView(std::int64_t position) const;
     void DropView(CVirtualView* view);
     void RequireWritable() const;
 
     template <class TCopy>
-    void CopyThroughViews(std::int64_t count, TCopy copy);
+    std::int64_t CopyThroughViews(std::int64_t count, TCopy copy);
 };
 
 } // namespace Tsx

@@ -1,6 +1,7 @@
 // The body of a virtual file: what its directory keeps of it, and the mappings that hold its bytes.
 #pragma once
 
+#include "foundation/inc/criticalsection.h"
 #include "foundation/inc/filemapping.h"
 #include "foundation/inc/filesystembase.h"
 #include "foundation/inc/list.h"
@@ -42,22 +43,26 @@ public:
     CVirtualMemoryMapping() = default;
 };
 
-/// One stretch of a file's address range.
+/// One stretch of a file's address range. Any thread.
 class CVirtualMapping : public CListNode<CVirtualMapping>, public CAllocatedOn<RuntimeHeap> {
 public:
     CVirtualMapping(std::unique_ptr<CMemoryMapping> mapping, std::int64_t start, std::int64_t size);
 
-    /// Maps ViewSize bytes from an offset on, or those that are left, and returns the first. UnmapView of Mapping takes
-    /// it back.
-    void* MapView(std::int64_t offset) const;
+    /// Maps ViewSize bytes from an offset on, or those that are left, and returns the first.
+    void* MapView(std::int64_t offset);
+    /// Takes what MapView returned.
+    void UnmapView(void* data);
 
     const std::unique_ptr<CMemoryMapping> Mapping; // never null
     const std::int64_t Start;                      // in the file
     const std::int64_t Size;                       // bytes
+
+private:
+    CCriticalSection Lock; // over the views of Mapping
 };
 
-/// Lives in its directory until it is deleted. No lock: what several handles do to one body is one thread's business.
-/// The range that is backed grows and never shrinks.
+/// Lives in its directory until it is deleted. Its handles may be on several threads: the range that is backed grows
+/// under a lock, and never shrinks.
 class CVirtualFileData : public CVirtualFileBase {
 public:
     /// A file without bytes, whose first mapping will have `reserve` of them or more.
@@ -84,6 +89,8 @@ public:
     CPointerArray<CVirtualMapping, std::default_delete<CVirtualMapping>, CRuntimeHeapPolicy> Mappings;
 
 private:
+    CCriticalSection Lock; // over Capacity and Mappings; the system is asked for memory inside it
+
     CVirtualMapping* AddMapping(std::int64_t leastSize);
     std::int64_t GetGrowth() const;
 };

@@ -10,14 +10,14 @@
 
 namespace Tsx {
 
-/// One object serves the process; a second one is an internal error. Any thread, but the operations on an open file
-/// have no lock: two handles on one file belong to one thread. Any other path than one under the root is an internal
-/// error. Names differ from those of a disk in these ways:
+/// One object serves the process; a second one is an internal error. Any thread: handles on one file may be on
+/// different ones, a single handle serves one at a time. Any other path than one under the root is an internal error,
+/// an empty one too unless CheckFile is asked. Names differ from those of a disk in these ways:
 ///
 ///   a missing directory    is made by whatever makes something in it
 ///   a file's times         are that of its making until SetStatus
 ///   a move, a rename       copies, and replaces the target
-///   a read-only file       refuses writers only while nobody has it open
+///   a read-only file       refuses writers only while nobody has it open; it is replaced and deleted as any other
 class CVirtualFileSystem : public CFileSystemBase {
 public:
     CVirtualFileSystem();
@@ -30,6 +30,9 @@ public:
     /// not close, or that has none, is an internal error, and then nothing is deleted.
     void ReleaseAll();
 
+    /// `templateFile` is null or a mapping object: a file that is made lies over its first `reserve` bytes, is
+    /// read-only and owns it from then on. It stays the caller's if this raises, and where OPEN_ALWAYS finds a file.
+    ///
     /// AS DESIGNED: what a new handle shares is not compared with what the earlier ones have the file open for, only
     /// the other way round. Read-only attributes count only while no handle is open.
     CBaseFile* OpenFile(const CUnicodeString& path, std::uint32_t access, std::uint32_t share, void* security,
@@ -88,15 +91,15 @@ protected:
     COwnerMap FileOwners;    // a handle and the CFile that it was opened for, or null
 
 private:
-    CVirtualFileData* FindForOpening(const CUnicodeString& path, std::uint32_t disposition, std::uint32_t attributes,
-                                     Platform::Handle templateFile, std::int64_t reserve);
+    CVirtualFileData* FindForOpening(const CUnicodeString& path, std::uint32_t disposition) const;
+    static bool MayOpenAlone(std::uint32_t attributes, std::uint32_t access);
     bool MayOpen(const CVirtualFileData& data, std::uint32_t access) const;
     bool HasHandles(const CVirtualFileData& data) const { return OpenFiles.Has(data.Name); }
     CVirtualFileBase& FindObject(const CUnicodeString& path);
 
-    void RegisterFile(CVirtualFile* file, CFile* owner);
+    void RegisterFile(const CUnicodeString& name, CVirtualFile* file, CFile* owner);
     void UnregisterFile(CVirtualFile* file);
-    void ForgetFile(CFileSet* set, CVirtualFile* file);
+    void ForgetFile(const CUnicodeString& name, CVirtualFile* file);
     CFile* FindOwnerToClose(const CFileSet& stuck, CVirtualFile*& file) const;
     std::unique_ptr<CException> CloseOwners();
 

@@ -12,7 +12,7 @@ constexpr const char16_t* ModuleName = u"src\\archive";
 } // namespace
 
 CArchive::CArchive(CBaseFile* file, TArchiveDirection direction, std::int32_t bufferSize) : BufferSize(bufferSize) {
-    TSX_ASSERT(bufferSize >= 0, ModuleName);
+    TSX_REQUIRE(bufferSize >= 0, ModuleName);
     Buffer.SetSize(bufferSize);
     Attach(file, direction);
 }
@@ -28,11 +28,7 @@ CArchive::~CArchive() {
 }
 
 void CArchive::Attach(CBaseFile* file, TArchiveDirection direction) {
-    const bool possible = !IsAttached() && file;
-    TSX_ASSERT(possible, ModuleName);
-    if (!possible) {
-        return;
-    }
+    TSX_REQUIRE(!IsAttached() && file, ModuleName);
     Name = file->GetFileName();
     File = file;
     Direction = direction;
@@ -44,12 +40,12 @@ void CArchive::Attach(CBaseFile* file, TArchiveDirection direction) {
 }
 
 std::int64_t CArchive::GetPosition() const {
-    TSX_ASSERT(IsAttached(), ModuleName);
+    TSX_REQUIRE(IsAttached(), ModuleName, 0);
     return FilePosition - BasePosition + (Direction == AD_Load ? -BufferAvailable : BufferPos);
 }
 
 void CArchive::Flush() {
-    TSX_ASSERT(IsAttached(), ModuleName);
+    TSX_REQUIRE(IsAttached(), ModuleName);
     if (Direction == AD_Store) {
         FlushStored();
     } else if (Direction == AD_Load) {
@@ -92,9 +88,8 @@ void CArchive::Close() {
 }
 
 void CArchive::WritePastBuffer(const void* buffer, std::int32_t count) {
-    const bool possible = IsAttached() && Direction == AD_Store && count >= 0;
-    TSX_ASSERT(possible, ModuleName);
-    if (!possible || count == 0) {
+    TSX_REQUIRE(IsAttached() && Direction == AD_Store && count >= 0, ModuleName);
+    if (count == 0) {
         return;
     }
     const char* bytes = static_cast<const char*>(buffer);
@@ -121,9 +116,8 @@ void CArchive::WritePastBuffer(const void* buffer, std::int32_t count) {
 }
 
 void CArchive::ReadPastBuffer(void* buffer, std::int32_t count) {
-    const bool possible = IsAttached() && Direction == AD_Load && count >= 0;
-    TSX_ASSERT(possible, ModuleName);
-    if (!possible || count == 0) {
+    TSX_REQUIRE(IsAttached() && Direction == AD_Load && count >= 0, ModuleName);
+    if (count == 0) {
         return;
     }
     const std::int32_t buffered = BufferAvailable;

@@ -44,12 +44,12 @@ CUnicodeString CArchive::ReadClassName(std::int32_t marker) {
 }
 
 void CArchive::WriteObject(IObject* object) {
-    if (!object) {
-        WriteClassName({});
-        return;
+    const CUnicodeString name = object ? GetNameOfClass(*object) : CUnicodeString();
+    WriteClassName(name);
+    if (name.IsEmpty()) {
+        return; // no object, or one whose class has no name, which has been shown
     }
-    WriteClassName(GetNameOfClass(*object));
-    TSX_ASSERT(Direction == AD_Store, ModuleName);
+    TSX_REQUIRE(Direction == AD_Store, ModuleName);
     object->Serialize(*this);
 }
 

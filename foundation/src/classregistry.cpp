@@ -24,8 +24,8 @@ CClassSource FindSource(const CUnicodeString& name) {
     if (const CObjectFactory* factory = ClassRegistry.Factories.Find(name)) {
         source.factory = *factory;
     } else if (const CUnicodeString* module = ClassRegistry.Modules.Find(name)) {
+        TSX_REQUIRE(!Platform::GetModuleHandle(module->Text()), ModuleName, {});
         source.module = *module;
-        TSX_ASSERT(!Platform::GetModuleHandle(module->Text()), ModuleName);
     } else {
         GenerateCheckException(ERR_NO_MODULE_LOADED_FOR_CLASS, name.Text(), u"");
     }
@@ -35,8 +35,8 @@ CClassSource FindSource(const CUnicodeString& name) {
 CObjectFactory FindFactory(const CUnicodeString& name) {
     const CCriticalSectionLock guard(FoundationLock);
     const CObjectFactory* factory = ClassRegistry.Factories.Find(name);
-    TSX_ASSERT(factory, ModuleName);
-    return factory ? *factory : nullptr;
+    TSX_REQUIRE(factory, ModuleName, nullptr);
+    return *factory;
 }
 
 // Another record of the same class or name may have gone before.
@@ -75,8 +75,8 @@ bool IsClassKnown(const CUnicodeString& name) {
 CUnicodeString GetNameOfClass(const IObject& object) {
     const CCriticalSectionLock guard(FoundationLock);
     const CUnicodeString* name = ClassRegistry.Names.Find(typeid(object));
-    TSX_ASSERT(name, ModuleName);
-    return name ? *name : CUnicodeString();
+    TSX_REQUIRE(name, ModuleName, {});
+    return *name;
 }
 
 CHolder<IObject> CreateObject(const CUnicodeString& name) {

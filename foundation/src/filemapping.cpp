@@ -6,6 +6,7 @@
 #include "platform/inc/files.h"
 #include "platform/inc/mappings.h"
 #include "platform/inc/memory.h"
+#include <memory>
 #include <utility>
 
 namespace Tsx {
@@ -27,6 +28,10 @@ std::uint32_t LowWord(std::int64_t value) {
     GenerateExceptionFromLastError();
     GenerateUserException();
 }
+
+struct CViewUnmapper {
+    void operator()(void* base) const { Platform::UnmapViewOfFile(base); }
+};
 
 } // namespace
 
@@ -60,60 +65,45 @@ void CMapping::Close() {
 }
 
 void CMapping::SetSize(std::int64_t size) {
-    const bool possible = IsOpen() && size >= 0;
-    TSX_ASSERT(possible, ModuleName);
-    if (possible) {
-        Platform::Handle file = File;
-        CMapping::Close();
-        File = file;
-        CreateMapping(size);
-    }
+    TSX_REQUIRE(IsOpen() && size >= 0, ModuleName);
+    Platform::Handle file = File;
+    CMapping::Close();
+    File = file;
+    CreateMapping(size);
 }
 
 void CMapping::Attach(Platform::Handle handle) {
-    const bool possible = handle && !Handle && !File && Views.IsEmpty();
-    TSX_ASSERT(possible, ModuleName);
-    if (possible) {
-        File = Platform::InvalidHandle();
-        Writable = 0;
-        Handle = handle;
-    }
+    TSX_REQUIRE(handle && !Handle && !File && Views.IsEmpty(), ModuleName);
+    File = Platform::InvalidHandle();
+    Writable = 0;
+    Handle = handle;
 }
 
 void* CMapping::MapView(std::uint32_t access, std::int64_t offset, std::int32_t size) {
-    const bool possible = IsOpen() && offset >= 0 && size >= 0;
-    TSX_ASSERT(possible, ModuleName);
-    if (!possible) {
-        return nullptr;
-    }
+    TSX_REQUIRE(IsOpen() && offset >= 0 && size >= 0, ModuleName, nullptr);
     const std::int64_t before = offset % GetAllocationGranularity();
     const std::int64_t start = offset - before;
     const auto length = static_cast<std::size_t>(size == 0 ? 0 : before + size);
-    void* base = Platform::MapViewOfFile(Handle, access, HighWord(start), LowWord(start), length);
+    std::unique_ptr<void, CViewUnmapper> base(
+        Platform::MapViewOfFile(Handle, access, HighWord(start), LowWord(start), length));
     if (!base) {
         RaiseLastError();
     }
-    void* pointer = static_cast<char*>(base) + before;
-    try {
-        Views.Add(pointer, base);
-    } catch (...) {
-        Platform::UnmapViewOfFile(base);
-        throw;
-    }
+    void* pointer = static_cast<char*>(base.get()) + before;
+    Views.Add(pointer, base.get());
+    static_cast<void>(base.release()); // the table's now
     return pointer;
 }
 
 void CMapping::UnmapView(void* pointer) {
     void* const* base = pointer ? Views.Find(pointer) : nullptr;
-    TSX_ASSERT(base, ModuleName);
-    if (base) {
-        Platform::UnmapViewOfFile(*base);
-        Views.Delete(pointer);
-    }
+    TSX_REQUIRE(base, ModuleName);
+    Platform::UnmapViewOfFile(*base);
+    Views.Delete(pointer);
 }
 
 void CMapping::CreateMapping(std::int64_t size) {
-    TSX_ASSERT(size >= 0, ModuleName);
+    TSX_REQUIRE(size >= 0, ModuleName);
     const std::uint32_t protection = Writable ? Platform::PageReadWrite : Platform::PageReadOnly;
     Handle = Platform::CreateFileMapping(File, nullptr, protection, HighWord(size), LowWord(size), nullptr);
     if (!Handle) {
@@ -130,7 +120,7 @@ void CMapping::UnmapAll() {
 }
 
 void CMemoryMapping::SetSize(std::int64_t size) {
-    TSX_ASSERT(size >= 1, ModuleName);
+    TSX_REQUIRE(size >= 1, ModuleName);
     CMapping::SetSize(size);
 }
 

@@ -21,7 +21,7 @@ constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
 
 // The length of a conversion, which 31 bits count.
 std::int32_t ConversionLength(std::uint32_t count) {
-    TSX_ASSERT(count <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max()), ModuleName);
+    TSX_REQUIRE(count <= static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max()), ModuleName, 0);
     return static_cast<std::int32_t>(count);
 }
 
@@ -126,15 +126,16 @@ void WriteTextFile(const CUnicodeString& path, const CArray<CUnicodeString>& lin
     file.Close();
 }
 
-void CTextStream::WriteHeader() {
+bool CTextStream::WriteHeader() {
     if (HeaderDone) {
-        return;
+        return true;
     }
-    TSX_ASSERT(Encoding == TE_Ansi || Encoding == TE_Unicode, ModuleName);
+    TSX_REQUIRE(Encoding == TE_Ansi || Encoding == TE_Unicode, ModuleName, false);
     if (Encoding == TE_Unicode && HasTarget() && (File ? File->GetPosition() : Archive->GetPosition()) == 0) {
         WriteBytes(&Utf16Mark, sizeof Utf16Mark);
     }
     HeaderDone = true;
+    return true;
 }
 
 void CTextStream::WriteBytes(const void* bytes, std::int64_t count) {
@@ -153,7 +154,9 @@ void CTextStream::WriteBytes(const void* bytes, std::int64_t count) {
 }
 
 void CTextStream::WriteUnicode(const char16_t* text, std::uint32_t count) {
-    WriteHeader();
+    if (!WriteHeader()) {
+        return;
+    }
     if (!HasTarget()) {
         DebugTrace(u"%s", CUnicodeString(text, ConversionLength(count)));
     } else if (Encoding == TE_Unicode) {
@@ -165,7 +168,9 @@ void CTextStream::WriteUnicode(const char16_t* text, std::uint32_t count) {
 }
 
 void CTextStream::WriteAnsi(const char* text, std::uint32_t count) {
-    WriteHeader();
+    if (!WriteHeader()) {
+        return;
+    }
     if (!HasTarget()) {
         DebugTrace(u"%s", CUnicodeString(text, CodePage));
     } else if (Encoding == TE_Unicode) {

@@ -50,7 +50,7 @@ void CVirtualFileSystem::CopyFile(const CUnicodeString& target, const CUnicodeSt
     if (FileSystem::IsVirtualPath(target)) {
         CopyIn(target, source);
     } else {
-        TSX_ASSERT(FileSystem::IsVirtualPath(source), ModuleName);
+        TSX_REQUIRE(FileSystem::IsVirtualPath(source), ModuleName);
         CopyOut(target, source);
     }
 }
@@ -91,7 +91,7 @@ void CVirtualFileSystem::CopyOut(const CUnicodeString& target, const CUnicodeStr
 
 void CVirtualFileSystem::MoveFile(const CUnicodeString& target, const CUnicodeString& source) {
     const CCriticalSectionLock guard(Lock);
-    TSX_ASSERT(FileSystem::IsVirtualPath(target) || FileSystem::IsVirtualPath(source), ModuleName);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(target) || FileSystem::IsVirtualPath(source), ModuleName);
     CopyFile(target, source);
     FileSystem::GetFileSystem(source).DeleteFile(source);
 }

@@ -1,9 +1,10 @@
 #include "foundation/inc/virtualdirectory.h"
 
 #include "foundation/inc/debugtrace.h"
+#include "foundation/inc/errors.h"
 #include "foundation/inc/makeobject.h"
 #include "platform/inc/fileattributes.h"
-#include <algorithm>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -19,14 +20,16 @@ std::unique_ptr<CVirtualFileData> NewFileData(const CUnicodeString& path, std::u
                    : MakeObject<CVirtualFileData>(path, attributes, reserve);
 }
 
-/// The components of a path below a directory.
-std::span<const CUnicodeString> SplitBelow(const CUnicodeString& directory, const CUnicodeString& path,
-                                           CArray<CUnicodeString>& parts) {
+using TComponents = std::span<const CUnicodeString>;
+
+/// The components of a path below a directory; none at all for a path that cannot lie there.
+std::optional<TComponents> SplitBelow(const CUnicodeString& directory, const CUnicodeString& path,
+                                      CArray<CUnicodeString>& parts) {
     CArray<CUnicodeString> own;
     FileSystem::SplitPath(path, parts);
     FileSystem::SplitPath(directory, own);
-    TSX_ASSERT(own.Size() <= parts.Size(), ModuleName);
-    return {std::min(parts.begin() + own.Size(), parts.end()), parts.end()};
+    TSX_REQUIRE(own.Size() <= parts.Size(), ModuleName, std::nullopt);
+    return TComponents(parts.begin() + own.Size(), parts.end());
 }
 
 /// The line about something that its maker should have deleted.
@@ -48,8 +51,9 @@ CVirtualDirectory::~CVirtualDirectory() {
 
 CVirtualDirectory* CVirtualDirectory::FindDirectory(const CUnicodeString& path) {
     CArray<CUnicodeString> parts;
-    CVirtualDirectory* directory = this;
-    for (const CUnicodeString& part : SplitBelow(Name, path, parts)) {
+    const auto below = SplitBelow(Name, path, parts);
+    CVirtualDirectory* directory = below ? this : nullptr;
+    for (const CUnicodeString& part : below.value_or(TComponents())) {
         directory = directory ? directory->GetSubDirectory(part) : nullptr;
     }
     return directory;
@@ -57,8 +61,9 @@ CVirtualDirectory* CVirtualDirectory::FindDirectory(const CUnicodeString& path) 
 
 CVirtualDirectory* CVirtualDirectory::CreateDirectoryPath(const CUnicodeString& path) {
     CArray<CUnicodeString> parts;
-    CVirtualDirectory* directory = this;
-    for (const CUnicodeString& part : SplitBelow(Name, path, parts)) {
+    const auto below = SplitBelow(Name, path, parts);
+    CVirtualDirectory* directory = below ? this : nullptr;
+    for (const CUnicodeString& part : below.value_or(TComponents())) {
         CVirtualDirectory* next = directory->GetSubDirectory(part);
         if (!next) {
             auto fresh = MakeObject<CVirtualDirectory>(FileSystem::MergeName(directory->Name, part));
@@ -83,6 +88,9 @@ CVirtualFileData* CVirtualDirectory::CreateFileData(const CUnicodeString& path, 
         return present;
     }
     CVirtualDirectory* directory = CreateDirectoryPath(FileSystem::GetPath(path));
+    if (!directory) {
+        GenerateUserException(); // the failure has been shown
+    }
     const CUnicodeString name = FileSystem::GetNameAndExt(path);
     // The place is there before the file is, which takes over a mapping.
     directory->Files.Add(name, nullptr);
@@ -98,9 +106,8 @@ CVirtualFileData* CVirtualDirectory::ReplaceFileData(const CUnicodeString& path,
                                                      Platform::Handle mapping, std::int64_t reserve) {
     CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
     CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
-    TSX_ASSERT(file, ModuleName);
     if (!file) {
-        return nullptr;
+        return CreateFileData(path, attributes, mapping, reserve);
     }
     auto fresh = NewFileData(path, attributes, mapping, reserve);
     const std::unique_ptr<CVirtualFileData> old(std::exchange(*file, fresh.get()));
@@ -143,9 +150,8 @@ CVirtualDirectory* CVirtualDirectory::GetSubDirectory(const CUnicodeString& name
     if (!found) {
         return nullptr;
     }
-    const bool sound = *found && (*found)->GetParent() == this;
-    TSX_ASSERT(sound, ModuleName);
-    return sound ? *found : nullptr;
+    TSX_REQUIRE(*found && (*found)->GetParent() == this, ModuleName, nullptr);
+    return *found;
 }
 
 /// By the objects themselves: a directory's attributes may say by now that it is none.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace Tsx {
 
@@ -24,35 +25,45 @@ std::int64_t WrappingSum(std::int64_t a, std::int64_t b) {
 
 } // namespace
 
-CVirtualView::CVirtualView(CVirtualMapping* owner, void* data, std::int64_t offset)
-    : Owner(owner), Data(data), Offset(offset), Size(ViewSize) {
-    TSX_ASSERT(owner && data && offset >= 0 && Size > 0, ModuleName);
+CVirtualView::CVirtualView(CVirtualMapping* owner, std::int64_t offset)
+    : Owner(owner), Data(owner->MapView(offset)), Offset(offset), Size(ViewSize) {}
+
+CVirtualView::~CVirtualView() {
+    GuardDestructor([this] { Unmap(); });
+}
+
+void CVirtualView::Unmap() {
+    if (Data) {
+        Owner->UnmapView(std::exchange(Data, nullptr));
+    }
 }
 
 std::int64_t CVirtualView::GetRoom(std::int64_t position) const {
     return position < GetStart() ? 0 : std::min(GetEnd(), Owner->Start + Owner->Size) - position;
 }
 
-CVirtualFile::CVirtualFile(std::uint32_t access, std::uint32_t share, CVirtualFileData* data)
-    : Access(access), Share(share), Data(data), Length(data->LoadSize()) {}
-
 CVirtualFile::~CVirtualFile() {
     GuardDestructor([this] { CVirtualFile::Close(); });
+}
+
+void CVirtualFile::Open(CVirtualFileData* data) {
+    TSX_REQUIRE(!IsOpen && data, ModuleName);
+    Data = data;
+    Length = data->LoadSize();
+    IsOpen = true;
 }
 
 std::int32_t CVirtualFile::Read(void* buffer, std::int32_t count) {
     if (count == 0) {
         return 0;
     }
-    const bool possible = buffer && count > 0;
-    TSX_ASSERT(possible, ModuleName);
-    const std::int64_t wanted = possible ? std::min<std::int64_t>(count, Length - Position) : 0;
+    TSX_REQUIRE(buffer && count > 0, ModuleName, 0);
     auto* target = static_cast<std::byte*>(buffer);
-    CopyThroughViews(wanted, [&](const std::byte* bytes, std::size_t size) {
+    const std::int64_t wanted = std::min<std::int64_t>(count, Length - Position);
+    return static_cast<std::int32_t>(CopyThroughViews(wanted, [&](const std::byte* bytes, std::size_t size) {
         std::memcpy(target, bytes, size);
         target += size;
-    });
-    return static_cast<std::int32_t>(std::max<std::int64_t>(wanted, 0));
+    }));
 }
 
 void CVirtualFile::Write(const void* buffer, std::int32_t count) {
@@ -62,11 +73,7 @@ void CVirtualFile::Write(const void* buffer, std::int32_t count) {
     if (count == 0) {
         return;
     }
-    const bool possible = buffer && count > 0;
-    TSX_ASSERT(possible, ModuleName);
-    if (!possible) {
-        return;
-    }
+    TSX_REQUIRE(buffer && count > 0 && IsOpen, ModuleName);
     RequireWritable();
     if (Position > std::numeric_limits<std::int64_t>::max() - count) {
         GenerateFileException(Platform::ErrorDiskFull, GetFileName());
@@ -86,7 +93,7 @@ void CVirtualFile::Write(const void* buffer, std::int32_t count) {
 }
 
 std::int64_t CVirtualFile::Seek(std::int64_t offset, std::uint32_t from) {
-    TSX_ASSERT(from <= SeekFromEnd, ModuleName);
+    TSX_REQUIRE(from <= SeekFromEnd, ModuleName, Position);
     const std::int64_t base = from == SeekFromCurrent ? Position : from == SeekFromEnd ? Length : 0;
     const std::int64_t target = WrappingSum(base, offset);
     if (target < 0) {
@@ -98,13 +105,10 @@ std::int64_t CVirtualFile::Seek(std::int64_t offset, std::uint32_t from) {
 }
 
 void CVirtualFile::SetLength(std::int64_t length) {
-    const bool possible = length >= 0 && IsOpen;
-    TSX_ASSERT(possible, ModuleName);
-    if (possible) {
-        Length = length;
-        Position = length;
-        Data->StoreSize(length);
-    }
+    TSX_REQUIRE(length >= 0 && IsOpen, ModuleName);
+    Length = length;
+    Position = length;
+    Data->StoreSize(length);
 }
 
 void CVirtualFile::Abort() {
@@ -116,16 +120,15 @@ void CVirtualFile::Close() {
         return;
     }
     IsOpen = false;
+    Data->StoreSize(std::exchange(Length, 0));
+    Position = 0;
     while (CVirtualView* view = Views.GetFirst()) {
         DropView(view);
     }
-    Data->StoreSize(Length);
-    Length = 0;
-    Position = 0;
 }
 
 CVirtualView* CVirtualFile::GetView(std::int64_t position) {
-    TSX_ASSERT(position >= 0, ModuleName);
+    TSX_REQUIRE(position >= 0, ModuleName, nullptr);
     if (CVirtualView* view = FindView(position)) {
         if (view != Views.GetFirst()) {
             view->Unlink();
@@ -137,28 +140,26 @@ CVirtualView* CVirtualFile::GetView(std::int64_t position) {
         DropView(Views.GetLast());
     }
     CVirtualMapping* mapping = Data->GetMapping(position);
-    if (position - mapping->Start >= mapping->Size) {
+    if (mapping && position - mapping->Start >= mapping->Size) {
         mapping = Data->GetMapping(position); // the first one ends where the position is
     }
-    const std::int64_t offset = position / ViewSize * ViewSize - mapping->Start;
-    void* data = mapping->MapView(offset);
-    try {
-        Views.AddFirst(MakeObject<CVirtualView>(mapping, data, offset).release());
-    } catch (...) {
-        mapping->Mapping->UnmapView(data);
-        throw;
+    if (!mapping) {
+        return nullptr;
     }
-    return Views.GetFirst();
+    auto view = MakeObject<CVirtualView>(mapping, position / ViewSize * ViewSize - mapping->Start);
+    if (!view->Data) {
+        return nullptr;
+    }
+    Views.AddFirst(view.get());
+    return view.release();
 }
 
 void CVirtualFile::SaveTo(CBaseFile& file) {
     file.SetLength(Length);
     file.Seek(0, SeekFromStart);
     for (std::int64_t offset = 0; offset < Length;) {
-        const CVirtualView* view = GetView(offset);
-        const std::int64_t count = std::min(view->GetRoom(offset), Length - offset);
-        TSX_ASSERT(count > 0, ModuleName);
-        file.Write(view->At(offset), static_cast<std::int32_t>(count));
+        const auto [bytes, count] = RequirePiece(offset, Length - offset);
+        file.Write(bytes, static_cast<std::int32_t>(count));
         // A full disk may take a part and say nothing: only the position tells. What is left is offered once more, and
         // then refused.
         const std::int64_t reached = file.GetPosition();
@@ -176,10 +177,8 @@ void CVirtualFile::LoadFrom(CBaseFile& file) {
     file.Seek(0, SeekFromStart);
     SetLength(length);
     for (std::int64_t offset = 0; offset < length;) {
-        const CVirtualView* view = GetView(offset);
-        const std::int64_t wanted = std::min(view->GetRoom(offset), length - offset);
-        TSX_ASSERT(wanted > 0, ModuleName);
-        const std::int32_t read = file.Read(view->At(offset), static_cast<std::int32_t>(wanted));
+        const auto [bytes, wanted] = RequirePiece(offset, length - offset);
+        const std::int32_t read = file.Read(bytes, static_cast<std::int32_t>(wanted));
         if (read <= 0) {
             GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
         }
@@ -203,8 +202,7 @@ CVirtualView* CVirtualFile::FindView(std::int64_t position) const {
 
 void CVirtualFile::DropView(CVirtualView* view) {
     const std::unique_ptr<CVirtualView> owner(view); // leaves the list and goes, also if the mapping doesn't know it
-    view->Unlink();
-    view->Owner->Mapping->UnmapView(view->Data);
+    view->Unmap();
 }
 
 /// The views of a file that was made read-only cannot be written to, whatever its attributes are by now.
@@ -214,20 +212,38 @@ void CVirtualFile::RequireWritable() const {
     }
 }
 
-/// Hands the bytes from the position on to `copy`, view by view, and moves the position along.
-template <class TCopy>
-void CVirtualFile::CopyThroughViews(std::int64_t count, TCopy copy) {
-    while (count > 0) {
-        const CVirtualView* view = GetView(Position);
-        const std::int64_t part = std::min(count, view->GetRoom(Position));
-        TSX_ASSERT(part > 0, ModuleName);
-        if (part <= 0) {
-            return;
-        }
-        copy(view->At(Position), static_cast<std::size_t>(part));
-        Position += part;
-        count -= part;
+/// The bytes from a position on that lie in one view, `most` of them at most; none where a check failed.
+CVirtualFile::CPiece CVirtualFile::GetPiece(std::int64_t position, std::int64_t most) {
+    const CVirtualView* view = GetView(position);
+    const std::int64_t count = view ? std::min(view->GetRoom(position), most) : 0;
+    TSX_REQUIRE(count > 0, ModuleName, {});
+    return {view->At(position), count};
+}
+
+/// The same for what must be done whole: half a copy is not to be taken for one.
+CVirtualFile::CPiece CVirtualFile::RequirePiece(std::int64_t position, std::int64_t most) {
+    const CPiece piece = GetPiece(position, most);
+    if (piece.count == 0) {
+        GenerateUserException(); // the failure has been shown
     }
+    return piece;
+}
+
+/// Hands the bytes from the position on to `copy`, view by view, and moves the position along. Returns their number,
+/// which is smaller than `count` only where a check failed.
+template <class TCopy>
+std::int64_t CVirtualFile::CopyThroughViews(std::int64_t count, TCopy copy) {
+    std::int64_t done = 0;
+    while (done < count) {
+        const CPiece piece = GetPiece(Position, count - done);
+        if (piece.count == 0) {
+            break;
+        }
+        copy(piece.bytes, static_cast<std::size_t>(piece.count));
+        Position += piece.count;
+        done += piece.count;
+    }
+    return done;
 }
 
 } // namespace Tsx

@@ -53,10 +53,16 @@ CVirtualMapping::CVirtualMapping(std::unique_ptr<CMemoryMapping> mapping, std::i
     TSX_ASSERT(Mapping, ModuleName);
 }
 
-void* CVirtualMapping::MapView(std::int64_t offset) const {
-    TSX_ASSERT(offset >= 0 && ViewSize >= 1 && Mapping->IsOpen(), ModuleName);
+void* CVirtualMapping::MapView(std::int64_t offset) {
+    TSX_REQUIRE(offset >= 0 && ViewSize >= 1 && Mapping && Mapping->IsOpen(), ModuleName, nullptr);
     const auto length = static_cast<std::int32_t>(std::min(ViewSize, Size - offset));
+    const CCriticalSectionLock guard(Lock);
     return Mapping->MapView(Mapping->Writable ? Platform::FileMapWrite : Platform::FileMapRead, offset, length);
+}
+
+void CVirtualMapping::UnmapView(void* data) {
+    const CCriticalSectionLock guard(Lock);
+    Mapping->UnmapView(data);
 }
 
 CVirtualFileData::CVirtualFileData(const CUnicodeString& name, std::uint32_t attributes, std::int64_t reserve)
@@ -79,7 +85,8 @@ CVirtualFileData::CVirtualFileData(const CUnicodeString& name, std::uint32_t att
 }
 
 CVirtualMapping* CVirtualFileData::GetMapping(std::int64_t position) {
-    TSX_ASSERT(position >= 0, ModuleName);
+    TSX_REQUIRE(position >= 0, ModuleName, nullptr);
+    const CCriticalSectionLock guard(Lock);
     for (CVirtualMapping* mapping : Mappings) {
         if (position < mapping->Start) {
             break;
@@ -94,8 +101,8 @@ CVirtualMapping* CVirtualFileData::GetMapping(std::int64_t position) {
             return first;
         }
     }
-    TSX_ASSERT(position >= Capacity, ModuleName);
-    TSX_ASSERT(Capacity >= MappingUnit, ModuleName);
+    TSX_REQUIRE(position >= Capacity, ModuleName, nullptr);
+    TSX_REQUIRE(Capacity >= MappingUnit, ModuleName, nullptr);
     return AddMapping(std::max(GetGrowth(), position - Capacity));
 }
 

@@ -20,11 +20,6 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\virtualfilesystem";
 
-/// Routing has chosen this file system by the path, so any other path is a wrong call.
-void RequireVirtual(const CUnicodeString& path) {
-    TSX_ASSERT(FileSystem::IsVirtualPath(path), ModuleName);
-}
-
 /// One file name, or one extension.
 bool MatchPart(std::u16string_view text, std::u16string_view pattern) {
     if (pattern.empty()) {
@@ -56,12 +51,16 @@ CVirtualFileSystem::CVirtualFileSystem() {
     auto root = MakeObject<CVirtualDirectory>(VirtualRootName);
     TSX_ASSERT(!VirtualFileSystem, ModuleName);
     Root = root.release();
-    VirtualFileSystem = this;
+    if (!VirtualFileSystem) {
+        VirtualFileSystem = this;
+    }
 }
 
 CVirtualFileSystem::~CVirtualFileSystem() {
     GuardDestructor([this] { ReleaseAll(); });
-    VirtualFileSystem = nullptr;
+    if (VirtualFileSystem == this) {
+        VirtualFileSystem = nullptr;
+    }
     delete Root;
     for (const auto& file : OpenFiles) {
         delete file.Value;
@@ -76,7 +75,7 @@ CUnicodeString CVirtualFileSystem::GetRootName() {
 
 bool CVirtualFileSystem::DirectoryExists(const CUnicodeString& path) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName, false);
     return Root->FindDirectory(path) != nullptr;
 }
 
@@ -85,7 +84,7 @@ bool CVirtualFileSystem::CheckFile(const CUnicodeString& path, std::uint32_t mod
         return false;
     }
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName, false);
     const CVirtualFileData* data = Root->FindFileData(path);
     if (mode == FA_Exists) {
         return data != nullptr;
@@ -98,20 +97,20 @@ bool CVirtualFileSystem::CheckFile(const CUnicodeString& path, std::uint32_t mod
 
 void CVirtualFileSystem::SetAttributes(const CUnicodeString& path, std::uint32_t attributes) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName);
     const bool normal = attributes == Platform::FileAttributeNormal;
     FindObject(path).Attributes = normal ? attributes : attributes & ~Platform::FileAttributeNormal;
 }
 
 std::uint32_t CVirtualFileSystem::GetAttributes(const CUnicodeString& path) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName, Platform::InvalidFileAttributes);
     return FindObject(path).Attributes;
 }
 
 void CVirtualFileSystem::DeleteFile(const CUnicodeString& path) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName);
     const CVirtualFileData* data = Root->FindFileData(path);
     if (data && HasHandles(*data)) {
         GenerateFileException(Platform::ErrorSharingViolation, path);
@@ -123,14 +122,14 @@ void CVirtualFileSystem::DeleteFile(const CUnicodeString& path) {
 
 bool CVirtualFileSystem::TryDeleteFile(const CUnicodeString& path) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName, false);
     const CVirtualFileData* data = Root->FindFileData(path);
     return data && !HasHandles(*data) && Root->DeleteFileData(path);
 }
 
 std::int32_t CVirtualFileSystem::GetFreeSpace(const CUnicodeString& path) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName, 0);
     Platform::MemoryStatus status;
     TSX_ASSERT_CALL(Platform::GlobalMemoryStatusEx(status), ModuleName);
     constexpr std::uint64_t most = std::numeric_limits<std::int32_t>::max();
@@ -139,13 +138,13 @@ std::int32_t CVirtualFileSystem::GetFreeSpace(const CUnicodeString& path) {
 
 void CVirtualFileSystem::CreateDirectory(const CUnicodeString& path, bool) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName);
     Root->CreateDirectoryPath(path);
 }
 
 void CVirtualFileSystem::RemoveDirectory(const CUnicodeString& path) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(path);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName);
     const CVirtualDirectory* directory = Root->FindDirectory(path);
     if (directory && directory->HasEntries()) {
         GenerateFileException(Platform::ErrorSharingViolation, path);
@@ -156,7 +155,7 @@ void CVirtualFileSystem::RemoveDirectory(const CUnicodeString& path) {
 void CVirtualFileSystem::FindFiles(const CUnicodeString& directory, CArray<CFileStatus>& results,
                                    const CUnicodeString& pattern) {
     const CCriticalSectionLock guard(Lock);
-    RequireVirtual(directory);
+    TSX_REQUIRE(FileSystem::IsVirtualPath(directory), ModuleName);
     const CVirtualDirectory* found = Root->FindDirectory(directory);
     if (!found) {
         return;

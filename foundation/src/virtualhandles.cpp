@@ -20,22 +20,37 @@ CBaseFile* CVirtualFileSystem::OpenFile(const CUnicodeString& path, std::uint32_
                                         std::uint32_t disposition, std::uint32_t attributes,
                                         Platform::Handle templateFile, std::int64_t reserve, CFile* owner) {
     const CCriticalSectionLock guard(Lock);
-    TSX_ASSERT(FileSystem::IsVirtualPath(path), ModuleName);
-    CVirtualFileData* data = FindForOpening(path, disposition, attributes, templateFile, reserve);
-    if (!MayOpen(*data, access)) {
+    TSX_REQUIRE(FileSystem::IsVirtualPath(path), ModuleName, nullptr);
+    TSX_REQUIRE(disposition >= Platform::CreateNew && disposition <= Platform::OpenAlways, ModuleName, nullptr);
+    CVirtualFileData* data = FindForOpening(path, disposition);
+    const std::uint32_t made =
+        disposition == Platform::OpenAlways ? attributes : attributes | Platform::FileAttributeArchive;
+    const auto make = [&] {
+        return Root->ReplaceFileData(path, made, templateFile, reserve);
+    };
+    const std::uint32_t ownReadOnly = templateFile ? Platform::FileAttributeReadOnly : 0;
+    if (data ? !MayOpen(*data, access) : !MayOpenAlone(made | ownReadOnly, access)) {
+        if (!data && !templateFile) {
+            make(); // AS DESIGNED: a file that its own maker may not write to is made, and then not opened
+        }
         GenerateFileException(Platform::ErrorSharingViolation, path);
     }
-    auto file = MakeObject<CVirtualFile>(access, share, data);
-    RegisterFile(file.get(), owner);
+    // A new body comes last: a failure leaves neither a file nor a template that is taken.
+    auto file = MakeObject<CVirtualFile>(access, share);
+    const CUnicodeString& name = data ? data->Name : path;
+    RegisterFile(name, file.get(), owner);
+    try {
+        file->Open(data ? data : make());
+    } catch (...) {
+        ForgetFile(name, file.get());
+        throw;
+    }
     return file.release();
 }
 
 void CVirtualFileSystem::CloseFile(CBaseFile* file, bool abort) {
     auto* virtualFile = dynamic_cast<CVirtualFile*>(file);
-    TSX_ASSERT(virtualFile, ModuleName);
-    if (!virtualFile) {
-        return;
-    }
+    TSX_REQUIRE(virtualFile, ModuleName);
     const std::unique_ptr<CVirtualFile> closing(virtualFile);
     try {
         abort ? closing->Close() : closing->Abort();
@@ -46,45 +61,37 @@ void CVirtualFileSystem::CloseFile(CBaseFile* file, bool abort) {
     UnregisterFile(virtualFile);
 }
 
-/// The file that a disposition stands for, made where it asks for that.
-CVirtualFileData* CVirtualFileSystem::FindForOpening(const CUnicodeString& path, std::uint32_t disposition,
-                                                     std::uint32_t attributes, Platform::Handle templateFile,
-                                                     std::int64_t reserve) {
-    TSX_ASSERT(disposition >= Platform::CreateNew && disposition <= Platform::OpenAlways, ModuleName);
+/// The file that a disposition opens as it is; null where it asks for a new one.
+CVirtualFileData* CVirtualFileSystem::FindForOpening(const CUnicodeString& path, std::uint32_t disposition) const {
     CVirtualFileData* data = Root->FindFileData(path);
-    const std::uint32_t made = attributes | Platform::FileAttributeArchive;
-    switch (disposition) {
-    case Platform::CreateNew:
-        if (data) {
-            GenerateFileException(Platform::ErrorAccessDenied, path);
-        }
-        return Root->CreateFileData(path, made, templateFile, reserve);
-    case Platform::CreateAlways:
-        if (data && HasHandles(*data)) {
+    if (!data && disposition == Platform::OpenExisting) {
+        GenerateFileException(Platform::ErrorFileNotFound, path);
+    }
+    if (data && disposition == Platform::CreateNew) {
+        GenerateFileException(Platform::ErrorAccessDenied, path);
+    }
+    if (data && disposition == Platform::CreateAlways) {
+        if (HasHandles(*data)) {
             GenerateFileException(Platform::ErrorSharingViolation, path);
         }
-        return data ? Root->ReplaceFileData(path, made, templateFile, reserve)
-                    : Root->CreateFileData(path, made, templateFile, reserve);
-    case Platform::OpenAlways:
-        return data ? data : Root->CreateFileData(path, attributes, templateFile, reserve);
-    default:
-        if (!data) {
-            GenerateFileException(Platform::ErrorFileNotFound, path);
-        }
-        return data;
+        return nullptr;
     }
+    return data;
+}
+
+/// A file that nobody has open.
+bool CVirtualFileSystem::MayOpenAlone(std::uint32_t attributes, std::uint32_t access) {
+    return (attributes & Platform::FileAttributeDirectory) || !(attributes & Platform::FileAttributeReadOnly) ||
+           !(access & Platform::GenericWrite);
 }
 
 bool CVirtualFileSystem::MayOpen(const CVirtualFileData& data, std::uint32_t access) const {
-    if (data.Attributes & Platform::FileAttributeDirectory) {
-        return true;
+    CFileSet* const* handles = OpenFiles.Find(data.Name);
+    if (!handles || (data.Attributes & Platform::FileAttributeDirectory)) {
+        return MayOpenAlone(data.Attributes, access);
     }
     const bool read = access & Platform::GenericRead;
     const bool write = access & Platform::GenericWrite;
-    CFileSet* const* handles = OpenFiles.Find(data.Name);
-    if (!handles) {
-        return !(write && (data.Attributes & Platform::FileAttributeReadOnly));
-    }
     std::uint32_t shared = Platform::FileShareRead | Platform::FileShareWrite;
     for (const auto& handle : **handles) {
         shared &= handle.Key->Share;
@@ -92,8 +99,7 @@ bool CVirtualFileSystem::MayOpen(const CVirtualFileData& data, std::uint32_t acc
     return (!read || (shared & Platform::FileShareRead)) && (!write || (shared & Platform::FileShareWrite));
 }
 
-void CVirtualFileSystem::RegisterFile(CVirtualFile* file, CFile* owner) {
-    const CUnicodeString& name = file->Data->Name;
+void CVirtualFileSystem::RegisterFile(const CUnicodeString& name, CVirtualFile* file, CFile* owner) {
     CFileSet** present = OpenFiles.Find(name);
     CFileSet* set = present ? *present : nullptr;
     if (!set) {
@@ -105,26 +111,25 @@ void CVirtualFileSystem::RegisterFile(CVirtualFile* file, CFile* owner) {
         set->Add(file);
         FileOwners.Add(file, owner);
     } catch (...) {
-        ForgetFile(set, file);
+        ForgetFile(name, file);
         throw;
     }
 }
 
 void CVirtualFileSystem::UnregisterFile(CVirtualFile* file) {
     const CCriticalSectionLock guard(Lock);
-    CFileSet** set = OpenFiles.Find(file->Data->Name);
-    TSX_ASSERT(set, ModuleName);
-    if (set) {
-        ForgetFile(*set, file);
-    }
+    ForgetFile(file->Data->Name, file);
 }
 
 /// Takes a handle out of the tables as far as it is in them.
-void CVirtualFileSystem::ForgetFile(CFileSet* set, CVirtualFile* file) {
+void CVirtualFileSystem::ForgetFile(const CUnicodeString& name, CVirtualFile* file) {
+    CFileSet** found = OpenFiles.Find(name);
+    TSX_REQUIRE(found, ModuleName);
+    CFileSet* const set = *found;
     FileOwners.DeleteAll(file);
     set->DeleteAll(file);
     if (set->IsEmpty()) {
-        OpenFiles.Delete(file->Data->Name);
+        OpenFiles.Delete(name);
         delete set;
     }
 }

@@ -1,6 +1,6 @@
 // All mapping objects are ranges of one anonymous memory file, the page file of this process: so their number is not
-// bound by that of descriptors. Ranges are handed out once, from the start of the file on; one that is not in use any
-// more becomes a hole, which takes no memory.
+// bound by that of descriptors. A range that is not in use any more becomes a hole, which takes no memory and reads as
+// zeros, and is handed out again.
 #include "platform/inc/mappings.h"
 
 #include "platform/inc/lasterror.h"
@@ -10,9 +10,12 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/handles.h"
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <iterator>
+#include <map>
 #include <mutex>
 #include <new>
 #include <string_view>
@@ -23,20 +26,18 @@
 
 namespace Platform {
 
-/// A part of the memory file, which becomes a hole again when the mapping object and its views are gone.
+/// Ranges of the memory file, each start with the bytes, both multiples of the granularity.
+using Ranges = std::map<std::uint64_t, std::uint64_t>;
+
+/// A part of the memory file, which is free again when the mapping object and its views are gone.
 struct BackingRange {
-    BackingRange(int memoryFile, std::uint64_t first, std::uint64_t bytes)
-        : descriptor(memoryFile), start(first), size(bytes) {}
-    ~BackingRange() {
-        fallocate(descriptor, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(start),
-                  static_cast<off_t>(size));
-    }
+    explicit BackingRange(std::uint64_t bytes) : size(bytes) {}
+    ~BackingRange();
     BackingRange(const BackingRange&) = delete;
     BackingRange& operator=(const BackingRange&) = delete;
 
-    const int descriptor;
-    const std::uint64_t start;
-    const std::uint64_t size;
+    const std::uint64_t size; // bytes that views may show
+    Ranges::node_type place;  // all that was taken for them: giving it back takes no memory
 };
 
 namespace {
@@ -51,8 +52,7 @@ struct View {
 struct PageFile {
     std::mutex lock; // over all of this
     Descriptor descriptor;
-    std::uint64_t size = 0;
-    std::uint64_t used = 0; // handed out so far
+    Ranges free; // no two touch
     std::unordered_map<const void*, View> views;
 };
 
@@ -74,38 +74,68 @@ bool OpenPageFile(PageFile& file) {
         return true;
     }
     Descriptor fresh(memfd_create("tessarix", MFD_CLOEXEC));
-    const std::uint64_t size = PageFileSize();
+    const std::uint64_t granularity = GetSystemInfo().allocationGranularity;
+    const std::uint64_t size = PageFileSize() / granularity * granularity;
     if (!fresh || ftruncate(fresh.Get(), static_cast<off_t>(size)) != 0) {
         return FailFromErrno();
     }
+    file.free.emplace(0, size);
     file.descriptor = std::move(fresh);
-    file.size = size;
     return true;
 }
 
-/// The next `bytes` of the page file, and what is missing to a multiple of the granularity. Null with the last error
-/// set when there aren't so many.
+/// The first free `bytes` of the page file, and what is missing to a multiple of the granularity. Null with the last
+/// error set when there aren't so many in one piece.
 RangeReference TakeRange(std::uint64_t bytes) {
+    const std::uint64_t granularity = GetSystemInfo().allocationGranularity;
+    const std::uint64_t taken = (bytes + granularity - 1) / granularity * granularity;
+    auto range = std::make_shared<BackingRange>(bytes);
+    Ranges place{{0, taken}};
     PageFile& file = ThePageFile();
     const std::lock_guard guard(file.lock);
     if (!OpenPageFile(file)) {
         return nullptr;
     }
-    const std::uint64_t granularity = GetSystemInfo().allocationGranularity;
-    const std::uint64_t left = file.size - file.used;
-    if (bytes > left || left - bytes < granularity) {
+    const auto found =
+        std::find_if(file.free.begin(), file.free.end(), [&](const auto& piece) { return piece.second >= taken; });
+    if (found == file.free.end()) {
         SetLastError(ErrorCommitmentLimit);
         return nullptr;
     }
-    auto range = std::make_shared<const BackingRange>(file.descriptor.Get(), file.used, bytes);
-    file.used += (bytes + granularity - 1) / granularity * granularity;
+    auto rest = file.free.extract(found);
+    range->place = place.extract(place.begin());
+    range->place.key() = rest.key();
+    if (rest.mapped() > taken) {
+        rest.key() += taken;
+        rest.mapped() -= taken;
+        file.free.insert(std::move(rest));
+    }
     return range;
+}
+
+/// Whether a range takes no memory any more.
+bool PunchHole(std::uint64_t start, std::uint64_t bytes) {
+    int result = 0;
+    do {
+        result = fallocate(ThePageFile().descriptor.Get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE,
+                           static_cast<off_t>(start), static_cast<off_t>(bytes));
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+/// Makes one of a free range and the one behind it, if they touch.
+void JoinNext(Ranges& free, Ranges::iterator range) {
+    const auto next = std::next(range);
+    if (next != free.end() && range->first + range->second == next->first) {
+        range->second += next->second;
+        free.erase(next);
+    }
 }
 
 /// Null with the last error set.
 void* MapRange(const RangeReference& range, int protection, std::uint64_t offset, std::size_t size) {
-    void* base =
-        mmap(nullptr, size, protection, MAP_SHARED, range->descriptor, static_cast<off_t>(range->start + offset));
+    void* base = mmap(nullptr, size, protection, MAP_SHARED, ThePageFile().descriptor.Get(),
+                      static_cast<off_t>(range->place.key() + offset));
     if (base == MAP_FAILED) {
         SetLastErrorFromErrno();
         return nullptr;
@@ -124,6 +154,7 @@ void* MapRange(const RangeReference& range, int protection, std::uint64_t offset
 
 /// What the kernel could still give, without swapping; false if it doesn't tell.
 bool ReadAvailableMemory(std::uint64_t& bytes) {
+    PLATFORM_FAULT(ReadAvailableMemory, false);
     constexpr std::string_view name = "MemAvailable:";
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen("/proc/meminfo", "re"), &std::fclose);
     char line[256] = {};
@@ -143,6 +174,20 @@ bool CouldBeFilled(std::uint64_t bytes) {
 }
 
 } // namespace
+
+/// What could not be emptied is not handed out again: mapping objects are all zero when they are made.
+BackingRange::~BackingRange() {
+    if (place.empty() || !PunchHole(place.key(), place.mapped())) {
+        return;
+    }
+    PageFile& file = ThePageFile();
+    const std::lock_guard guard(file.lock);
+    const auto freed = file.free.insert(std::move(place)).position;
+    JoinNext(file.free, freed);
+    if (freed != file.free.begin()) {
+        JoinNext(file.free, std::prev(freed));
+    }
+}
 
 Handle CreateFileMapping(Handle file, void*, std::uint32_t protection, std::uint32_t sizeHigh, std::uint32_t sizeLow,
                          const char16_t*) {
@@ -219,7 +264,8 @@ bool GlobalMemoryStatusEx(MemoryStatus& status) {
         return FailFromErrno();
     }
     if (!ReadAvailableMemory(status.availablePhysical)) {
-        return Fail(ErrorNotSupported);
+        // Where /proc is not mounted: what is free already is less than could be made free, but sure.
+        status.availablePhysical = (std::uint64_t{info.freeram} + info.bufferram) * info.mem_unit;
     }
     status.totalPhysical = std::uint64_t{info.totalram} * info.mem_unit;
     status.totalPageFile = status.totalPhysical + std::uint64_t{info.totalswap} * info.mem_unit;

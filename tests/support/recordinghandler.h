@@ -2,6 +2,8 @@
 #pragma once
 
 #include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/threadobject.h"
+#include <thread>
 #include <vector>
 
 class CRecordingHandler : public Tsx::CMessageHandler {
@@ -16,3 +18,15 @@ public:
         return Tsx::GetDefaultButton(style);
     }
 };
+
+/// How many failures a thread shows that must not throw, while it runs an action that throws nothing.
+template <class TAction>
+std::size_t ShownInstead(TAction action) {
+    CRecordingHandler handler;
+    const Tsx::CMessageHandlerScope scope(&handler);
+    std::thread([&] {
+        Tsx::ThreadErrorMode.Get()->NoExceptions = true;
+        action();
+    }).join();
+    return handler.texts.size();
+}

@@ -3,6 +3,7 @@
 #include "foundation/inc/classregistry.h"
 #include "platform/inc/modules.h"
 #include "tests/support/memoryfile.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <algorithm>
 #include <functional>
@@ -193,14 +194,15 @@ TEST(Archive, WrongCallsAreInternalErrors) {
         [&] { closed.Close(); },
         [&] { closed.GetPosition(); },
         [&] { store.Attach(&file, AD_Store); },
-        [] { CArchive(nullptr, AD_Store).Flush(); },
-        [&] { store.WriteClassName(u"\x00E4"); },
+        [] { const CArchive nothing(nullptr, AD_Store); },
+        [&] { CArchive(&file, AD_Store).WriteClassName(u"\x00E4"); },
         [&] { store.WriteObject(&plain); },
         [&] { plain.Serialize(store); },
         [] { CreateObject(u"Nothing"); },
     };
     for (const auto& call : calls) {
         EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
+        EXPECT_EQ(ShownInstead(call), 1U) << "call " << &call - calls;
     }
 }
 

@@ -4,6 +4,7 @@
 #include "platform/inc/files.h"
 #include "platform/inc/mappings.h"
 #include "platform/inc/memory.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <cstring>
 #include <functional>
@@ -66,6 +67,7 @@ TEST(FileMapping, WrongCallsAreInternalErrors) {
                                            [&] { const CMemoryMapping negative(1, -1); }};
     for (const auto& call : calls) {
         EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
+        EXPECT_EQ(ShownInstead(call), 1U) << "call " << &call - calls;
     }
     EXPECT_TRUE(mapping.IsOpen());
     EXPECT_TRUE(Raised<CLastErrorException>([&] { mapping.CMapping::SetSize(0); }))

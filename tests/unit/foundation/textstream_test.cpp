@@ -3,6 +3,7 @@
 #include "platform/inc/text.h"
 #include "tests/support/folder.h"
 #include "tests/support/memoryfile.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <vector>
 
@@ -135,6 +136,9 @@ TEST(TextStream, WritesTheEncodingOfItsTarget) {
     CTextStream utf8(&file, nullptr, TE_Ansi, Platform::CodePageUtf8);
     utf8.WriteUnicode(u"\x20AC", 1);
     EXPECT_EQ(file.bytes, "\xE2\x82\xAC");
-    EXPECT_TRUE(Raised<CInternalError>([&file] { CTextStream(&file, nullptr, 2).WriteUnicode(u"a", 1); }));
+    const auto wrong = [&file] { CTextStream(&file, nullptr, 2).WriteUnicode(u"a", 1); };
+    EXPECT_TRUE(Raised<CInternalError>(wrong));
+    EXPECT_EQ(ShownInstead(wrong), 1U);
+    EXPECT_EQ(file.bytes.size(), 3U) << "nothing in an encoding that is none";
     CTextStream(nullptr, nullptr, TE_Unicode).WriteAnsi(nullptr, 0); // to the debugger
 }

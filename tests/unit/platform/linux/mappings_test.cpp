@@ -1,0 +1,79 @@
+// The page file of this process: what is given back is taken again, whatever the size of a mapping.
+#include "platform/inc/mappings.h"
+
+#include "platform/inc/faults.h"
+#include "platform/inc/files.h"
+#include "platform/inc/memory.h"
+#include <cstring>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <vector>
+
+using namespace Platform;
+
+namespace {
+
+constexpr std::uint32_t Unit = 0x10000;
+
+/// Makes a mapping of so many bytes, all zero, and fills it.
+Handle MakeFull(std::uint32_t bytes) {
+    Handle mapping = CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, 0, bytes, nullptr);
+    auto* view = static_cast<char*>(mapping ? MapViewOfFile(mapping, FileMapWrite, 0, 0, 0) : nullptr);
+    EXPECT_TRUE(view) << bytes;
+    if (view) {
+        EXPECT_TRUE(view[0] == 0 && view[bytes - 1] == 0) << bytes;
+        std::memset(view, 'x', bytes);
+        EXPECT_TRUE(UnmapViewOfFile(view));
+    }
+    return mapping;
+}
+
+/// The memory that the page file takes, in bytes.
+std::int64_t Taken() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        struct stat status {};
+        if (std::filesystem::read_symlink(entry, gone).string().starts_with("/memfd:tessarix") &&
+            stat(entry.path().c_str(), &status) == 0) {
+            return std::int64_t{status.st_blocks} * 512;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+TEST(PageFile, RangesAreUsedAgain) {
+    const rlimit sixteenUnits{16 * Unit, 16 * Unit}; // of any file, and no file grows before this line
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &sixteenUnits), 0);
+    for (int round = 0; round < 15; ++round) {
+        CloseHandle(MakeFull(5 * Unit));
+    }
+    for (int i = 0; i < 1000; ++i) {
+        CloseHandle(MakeFull(100));
+    }
+    EXPECT_EQ(Taken(), 0) << "also the rest of each last page";
+    // Given back in every order, neighbours become one again.
+    for (const std::vector<std::size_t>& order :
+         {std::vector<std::size_t>{0, 1, 2}, {2, 1, 0}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}}) {
+        Handle parts[] = {MakeFull(4 * Unit + 1), MakeFull(10), MakeFull(10 * Unit)};
+        for (const std::size_t part : order) {
+            CloseHandle(parts[part]);
+        }
+        CloseHandle(MakeFull(16 * Unit));
+    }
+    EXPECT_EQ(Taken(), 0);
+    EXPECT_FALSE(CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, 0, 17 * Unit, nullptr));
+}
+
+TEST(PageFile, StatusIsToldWithoutProc) {
+    MemoryStatus status;
+    ArmFault("ReadAvailableMemory", 1, 2, FaultMode::Once);
+    EXPECT_TRUE(GlobalMemoryStatusEx(status));
+    DisarmFaults();
+    EXPECT_GT(status.availablePhysical, 0U);
+    EXPECT_LE(status.availablePhysical, status.totalPhysical);
+    EXPECT_LE(status.availablePageFile, status.totalPageFile);
+}
