@@ -115,10 +115,13 @@ bool IsSameEntry(const Location& from, const Location& to) {
 }
 
 bool MayLeave(ShareTableLock& lock, const Location& from) {
-    const bool file = S_ISREG(from.status.st_mode);
-    return !file ||
-           (lock.AllowsDelete(FileKey(from.status)) && lock.OthersAllowDelete(from.folder.Get(), from.name.c_str())) ||
-           Fail(ErrorSharingViolation);
+    if (!S_ISREG(from.status.st_mode)) {
+        return true;
+    }
+    if (!lock.AllowsDelete(FileKey(from.status))) {
+        return Fail(ErrorSharingViolation);
+    }
+    return lock.OthersAllowDelete(from.folder.Get(), from.name.c_str());
 }
 
 bool MayReplace(ShareTableLock& lock, const Location& from, const Location& to) {
