@@ -2,9 +2,12 @@
 
 #include "mailsystem/HeaderText.h"
 #include "mailsystem/MailFailure.h"
+#include "platform/linux/transfer.h"
 #include <array>
 #include <fcntl.h>
 #include <gio/gio.h>
+#include <map>
+#include <mutex>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -28,7 +31,41 @@ std::string TypeName(const Attachment& attachment) {
     return attachment.bytes ? attachment.ShownName() : attachment.path.substr(attachment.path.find_last_of('/') + 1);
 }
 
+std::shared_ptr<const std::string> ReadToTheEnd(const Attachment& attachment) {
+    // With waiting for somebody who writes, as every program here waits for him.
+    Descriptor file(open(attachment.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    if (!file.IsOpen()) {
+        throw AttachmentFailure(attachment.path, errno);
+    }
+    AttachmentReader reader(attachment, std::move(file));
+    const auto content = std::make_shared<std::string>();
+    std::array<unsigned char, 65536> piece{};
+    while (const std::size_t count = reader.Read(piece)) {
+        if (content->size() + count > Platform::LargestWithoutLength) {
+            throw AttachmentFailure(attachment.path, EFBIG);
+        }
+        content->append(reinterpret_cast<const char*>(piece.data()), count);
+    }
+    return content;
+}
+
 } // namespace
+
+void ReadWhatHasNoLength(Attachment& attachment) {
+    struct stat status {};
+    if (attachment.bytes || stat(attachment.path.c_str(), &status) != 0 || S_ISREG(status.st_mode) ||
+        S_ISDIR(status.st_mode)) {
+        return;
+    }
+    static std::mutex lock;
+    static std::map<std::pair<dev_t, ino_t>, std::shared_ptr<const std::string>> contents;
+    const std::scoped_lock guard(lock);
+    std::shared_ptr<const std::string>& content = contents[{status.st_dev, status.st_ino}];
+    if (!content) {
+        content = ReadToTheEnd(attachment);
+    }
+    attachment.bytes = content;
+}
 
 std::string Attachment::ShownName() const {
     const std::string_view whole = name.empty() ? path : name;
@@ -67,7 +104,7 @@ AttachmentReader AttachmentFile::Open() const {
     if (attachment.bytes) {
         return {attachment, Descriptor(-1)};
     }
-    // O_NONBLOCK: a pipe without a writer is to be refused, and not to be waited for.
+    // O_NONBLOCK: a pipe that has taken the place of a file is to be refused, and not to be waited for.
     Descriptor file(open(attachment.path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0) {

@@ -18,6 +18,11 @@ struct Attachment {
     std::string ShownName() const;
 };
 
+/// Gives an attachment that is a pipe or a device the bytes of it: read to the end, and once in the life of the
+/// process, however many messages carry it. Anything else stays as it is. Raises MailFailure, also for an endless
+/// one (Platform::LargestWithoutLength).
+void ReadWhatHasNoLength(Attachment& attachment);
+
 /// An attachment that is being read.
 class AttachmentReader {
 public:
@@ -34,8 +39,7 @@ private:
 
 class AttachmentFile {
 public:
-    /// Raises MailFailure for what is missing, cannot be read or is no regular file: a pipe could be read but once,
-    /// and a device for ever.
+    /// Raises MailFailure for what is missing, cannot be read or is neither bytes nor a regular file.
     explicit AttachmentFile(Attachment source);
 
     std::string Name() const { return attachment.ShownName(); }

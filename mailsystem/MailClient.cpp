@@ -74,7 +74,8 @@ AttachedFiles FilesOf(const Draft& draft, const std::string& draftPath) {
     const std::string folder = draftPath.substr(0, draftPath.find_last_of('.')) + ".files";
     AttachedFiles files;
     for (const Attachment& attachment : draft.attachments) {
-        if (attachment.path.starts_with('/') && attachment.path.ends_with("/" + attachment.ShownName())) {
+        if (!attachment.bytes && attachment.path.starts_with('/') &&
+            attachment.path.ends_with("/" + attachment.ShownName())) {
             files.push_back(attachment.path);
             continue;
         }

@@ -47,6 +47,7 @@ Draft DraftOf(const MapiMessage& message) {
     for (const MapiFileDesc& record : std::span(message.lpFiles, message.lpFiles ? message.nFileCount : 0)) {
         draft.attachments.push_back(
             {NativePath(Text(record.lpszPathName)), WithoutFolders(Text(record.lpszFileName)), nullptr});
+        ReadWhatHasNoLength(draft.attachments.back());
     }
     return draft;
 }

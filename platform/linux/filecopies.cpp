@@ -139,12 +139,13 @@ bool IsSameEntry(const Location& from, const Location& to) {
 }
 
 bool MayLeave(ShareTableLock& lock, const Location& from) {
-    const bool file = S_ISREG(from.status.st_mode);
-    if (file &&
-        !(lock.AllowsDelete(FileKey(from.status)) && lock.OthersAllowDelete(from.folder.Get(), from.name.c_str()))) {
+    if (!S_ISREG(from.status.st_mode)) {
+        return true;
+    }
+    if (!lock.AllowsDelete(FileKey(from.status))) {
         return Fail(ErrorSharingViolation);
     }
-    return true;
+    return lock.OthersAllowDelete(from.folder.Get(), from.name.c_str());
 }
 
 bool MayReplace(ShareTableLock& lock, const Location& from, const Location& to) {

@@ -132,9 +132,11 @@ bool DeleteFile(const char16_t* path) {
         if ((status.st_mode & S_IWUSR) == 0) {
             return Fail(ErrorAccessDenied);
         }
-        if (!lock.AllowsDelete(FileKey(status)) ||
-            !lock.OthersAllowDelete(location.folder.Get(), location.name.c_str())) {
+        if (!lock.AllowsDelete(FileKey(status))) {
             return Fail(ErrorSharingViolation);
+        }
+        if (!lock.OthersAllowDelete(location.folder.Get(), location.name.c_str())) {
+            return false;
         }
     }
     if (unlinkat(location.folder.Get(), location.name.c_str(), 0) != 0) {

@@ -16,12 +16,9 @@ struct OpenRequest {
     std::uint32_t attributes = 0;   // attributes and FileFlag bits
     unsigned permissions = 0666;    // of a file that is made
     const FileKey* other = nullptr; // a file that this must not be: ERROR_SHARING_VIOLATION
-    bool needsLength = false;       // what has none, such as a pipe, is read to its end when it is opened
+    bool needsLength = false;       // what has none, such as a pipe, is read to its end when it is opened:
+                              // ERROR_FILE_TOO_LARGE if it has more than LargestWithoutLength
 };
-
-/// The most that is read of what has no length, in bytes; more is ERROR_FILE_TOO_LARGE. Above what mail carries, and
-/// below what an endless device could do harm with.
-constexpr std::int64_t LargestWithoutLength = std::int64_t{256} << 20;
 
 /// Opens or makes a file as CreateFile does, last error included; null on failure. `location` is where it was found.
 std::unique_ptr<FileObject> OpenFileObject(std::u16string_view path, const OpenRequest& request, Location& location);

@@ -11,8 +11,8 @@
 #include "platform/linux/searchfolders.h"
 #include <algorithm>
 #include <dlfcn.h>
-#include <link.h>
 #include <exception>
+#include <link.h>
 #include <mutex>
 #include <string>
 #include <sys/stat.h>

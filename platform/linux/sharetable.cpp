@@ -80,6 +80,7 @@ bool ShareTableLock::AllowsDelete(const FileKey& key) const {
 }
 
 bool ShareTableLock::OthersAllowDelete(int folder, const char* name) {
+    SetLastError(ErrorSharingViolation);
     return AskUntilDecided([&] { return AnnounceDeletion(folder, name); });
 }
 
@@ -89,6 +90,10 @@ Agreement ShareTableLock::AnnounceDeletion(int folder, const char* name) {
     Descriptor file(
         Retry([&] { return openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     struct stat opened {};
+    if (!file && errno == ENOENT) {
+        SetLastError(ErrorFileNotFound); // whoever takes the name next is not to lose it
+        return Agreement::Refused;
+    }
     if (!file || fstat(file.Get(), &opened) != 0) {
         return Agreement::Agreed; // there is no way to ask
     }

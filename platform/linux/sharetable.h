@@ -60,8 +60,9 @@ public:
     bool IsOpen(const FileKey& key) const;
     /// Whether all handles of the process allow that the name goes.
     bool AllowsDelete(const FileKey& key) const;
-    /// Whether handles of other processes to the regular file of that name allow that the name goes. While this object
-    /// lives, none that doesn't is opened, and no other process of this layer takes the name away.
+    /// Whether handles of other processes to the regular file of that name allow that the name goes: false with
+    /// ERROR_SHARING_VIOLATION, or ERROR_FILE_NOT_FOUND if it has gone. While this object lives, none that doesn't is
+    /// opened, and no other process of this layer takes the name away.
     bool OthersAllowDelete(int folder, const char* name);
 
 private:

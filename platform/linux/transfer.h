@@ -8,6 +8,10 @@
 
 namespace Platform {
 
+/// The most that is read of what has no length, in bytes: above what mail carries, and below what an endless device
+/// could do harm with.
+constexpr std::int64_t LargestWithoutLength = std::int64_t{256} << 20;
+
 /// Writes all bytes. The count that was written: less than `count` only after a failure, with errno set.
 std::size_t WriteWhole(int descriptor, const void* bytes, std::size_t count);
 

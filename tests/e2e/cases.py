@@ -23,6 +23,7 @@ class Case:
     files: dict = dataclasses.field(default_factory=dict)  # name (folders included) -> content
     line: str = None  # the Windows command line behind the program, in place of the words
     answer: str = None  # what the client is told to answer
+    given: bytes = b""  # to the native program, through a pipe that is its standard input
     settings: dict = dataclasses.field(default_factory=dict)  # environment variables
     mail: str = "recording"
     unprivileged: bool = False  # run as a user whom file permissions bind; the folder "locked" is closed to all
@@ -160,6 +161,12 @@ def response_files(place):
     yield Case("empty response file", ("-r:ann", "@args.txt"), [Mail()], files={"args.txt": b""})
     yield Case("large response file", ("@args.txt",), [Mail(body="x" * 1000000)],
                files={"args.txt": b"-r:ann -b:" + b"x" * 1000000})
+    if not place.windows:
+        yield Case("response file in a pipe", ("@/dev/stdin",), [Mail(body="x" * 100000)],
+                   given=b"-r:ann -b:" + b"x" * 100000)
+        yield fails("endless response file", ["@/dev/zero"], failure(
+            "An error occurred while accessing Z:\\dev\\zero: \r\n"
+            "The file size exceeds the limit allowed and cannot be saved.\r\n"))
     for word, report in (("@@x", "@x"), ("@", "@"), ("@@@x", "@@x"), ("@@", "@")):
         yield invalid(word, report=report)
     yield fails("missing response file", ["-r:ann", "@none.txt"], in_folder("\\none.txt was not found."))

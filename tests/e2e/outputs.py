@@ -28,8 +28,12 @@ def into_file(place, folder, content, appended):
     path = os.path.join(folder, "output")
     with open(path, "wb") as file:
         file.write(content)
-    with open(path, "ab" if appended else "r+b") as file:
-        code = start(place, folder, file)
+    # Opened as `>>` opens it, at position 0; on Windows whoever appends moves to the end himself.
+    output = os.open(path, os.O_WRONLY | (os.O_APPEND if appended else 0))
+    if appended and place.windows:
+        os.lseek(output, 0, os.SEEK_END)
+    code = start(place, folder, output)
+    os.close(output)
     with open(path, "rb") as file:
         return code, file.read()
 
@@ -73,6 +77,7 @@ def checks(place, root):
     rows = (
         ("a new file", b"", False, wide),
         ("a file that is appended to", b"old\r\n", True, b"old\r\n" + narrow),
+        ("a new file that is appended to", b"", True, wide),
         ("a file that is written over", b"old", False, wide),
     )
     for name, content, appended, expected in rows:

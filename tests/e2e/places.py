@@ -28,12 +28,12 @@ class Result:
     late: bool = False
 
 
-def execute(command, folder, environment, limit, user=None):
+def execute(command, folder, environment, limit, user=None, given=b""):
     """Runs a command with its output in pipes; whatever is left of it when the time is up is killed."""
-    process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                               stderr=subprocess.PIPE, start_new_session=True, user=user)
+    process = subprocess.Popen(command, cwd=folder, env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                               stdin=subprocess.PIPE if given else subprocess.DEVNULL, start_new_session=True, user=user)
     try:
-        output, errors = process.communicate(timeout=limit)
+        output, errors = process.communicate(given or None, timeout=limit)
         return Result(process.returncode, output, errors)
     except subprocess.TimeoutExpired:
         os.killpg(process.pid, signal.SIGKILL)
@@ -130,7 +130,7 @@ class Native(Place):
         words = [word if isinstance(word, bytes) else word.encode() for word in case.words]
         user = NOBODY if case.unprivileged and os.geteuid() == 0 else None
         command = [self.programs[case.mail], *words]
-        return execute(command, folder, {**self.environment, **environment}, case.limit, user)
+        return execute(command, folder, {**self.environment, **environment}, case.limit, user, case.given)
 
 
 class Wine(Place):

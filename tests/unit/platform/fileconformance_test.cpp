@@ -251,4 +251,10 @@ TEST(FileConformance, ThePositionMovesInBothForms) {
     EXPECT_TRUE(SetFilePointerEx(file, 0, position, FileBegin));
     EXPECT_EQ(Content(file), std::string("01\0x", 4)) << "a gap is zeros";
     EXPECT_TRUE(CloseHandle(file));
+    const Handle metadata = scratch.Open(u"file", 0, 0);
+    EXPECT_TRUE(SetFilePointerEx(metadata, 2, position, FileBegin) && position == 2);
+    EXPECT_TRUE(SetFilePointerEx(metadata, -1, position, FileCurrent) && position == 1);
+    EXPECT_TRUE(SetFilePointerEx(metadata, 1, position, FileEnd) && position == 5);
+    EXPECT_EQ(ErrorOf([&] { return SetFilePointerEx(metadata, -6, position, FileCurrent); }), 131U);
+    EXPECT_TRUE(CloseHandle(metadata));
 }

@@ -8,8 +8,11 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <grp.h>
+#include <sstream>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -307,6 +310,64 @@ TEST(LinuxFiles, PermissionsBindAUserWhoIsNotRoot) {
         EXPECT_EQ(scratch.SizeOf(std::u16string(folder.name) + u"\\theirs"), 4) << Readable(folder.name);
     }
     EXPECT_FALSE(scratch.Has(u"fixed\\mine") || scratch.Has(u"closed\\mine") || scratch.Has(u"sticky\\out"));
+}
+
+TEST(LinuxFiles, ALockOfAnotherProgramIsNotOurs) {
+    const CScratch scratch;
+    scratch.Make(u"file");
+    const OtherProcess other(scratch);
+    for (const int type : {F_RDLCK, F_WRLCK}) {
+        const int foreign = open(Native(scratch(u"file")).c_str(), O_RDWR | O_CLOEXEC);
+        struct flock whole {};
+        whole.l_type = static_cast<short>(type);
+        EXPECT_EQ(fcntl(foreign, F_OFD_SETLK, &whole), 0);
+        EXPECT_TRUE(scratch.CanOpen(u"file", GenericRead | GenericWrite)) << GetLastError();
+        EXPECT_EQ(other.Rename(), 0U);
+        close(foreign);
+    }
+}
+
+TEST(LinuxFiles, WhatHasNoLengthIsReadToItsEnd) {
+    const CScratch scratch;
+    const std::string content(100'000, 'x'); // more than a pipe holds
+    const std::string fifo = Native(scratch(u"fifo"));
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_TRUE(scratch.Has(u"fifo") && scratch.CanOpen(u"fifo", 0)) << "nobody is waited for";
+    const int memory = memfd_create("memory", MFD_CLOEXEC);
+    const int unlinked = open(Native(scratch(u"unlinked")).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    EXPECT_TRUE(DeleteFile(scratch(u"unlinked")));
+    for (const int descriptor : {memory, unlinked}) {
+        EXPECT_EQ(write(descriptor, content.data(), content.size()), static_cast<ssize_t>(content.size()));
+    }
+    std::ostringstream version;
+    version << std::ifstream("/proc/version").rdbuf();
+    const std::pair<std::string, std::string> rows[] = {{fifo, content},
+                                                        {"/dev/fd/" + std::to_string(memory), content},
+                                                        {"/dev/fd/" + std::to_string(unlinked), content},
+                                                        {"/proc/version", version.str()},
+                                                        {"/dev/null", ""}};
+    std::thread writer([&] { std::ofstream(fifo) << content; });
+    for (const auto& [path, expected] : rows) {
+        const Handle file =
+            CreateFile(CPath(path.begin(), path.end()), GenericRead, 0, nullptr, OpenExisting, 0, nullptr);
+        std::string read(content.size() + 1, ' ');
+        std::uint32_t count = 0;
+        std::int64_t position = 0;
+        EXPECT_EQ(GetFileSize(file, nullptr), expected.size()) << path;
+        EXPECT_TRUE(SetFilePointerEx(file, 0, position, FileEnd)) << path;
+        EXPECT_TRUE(SetFilePointerEx(file, 0, position, FileBegin)) << path;
+        EXPECT_TRUE(ReadFile(file, read.data(), static_cast<std::uint32_t>(read.size()), count)) << path;
+        EXPECT_TRUE(read.substr(0, count) == expected) << path;
+        EXPECT_TRUE(CloseHandle(file)) << path;
+    }
+    writer.join();
+    close(memory);
+    close(unlinked);
+    EXPECT_EQ(ErrorOf([] {
+                  return CreateFile(u"/dev/zero", GenericRead, 0, nullptr, OpenExisting, 0, nullptr) != InvalidHandle();
+              }),
+              ErrorFileTooLarge);
+    EXPECT_TRUE(DeleteFile(scratch(u"fifo")));
 }
 
 TEST(LinuxFiles, OneOfManyMakesTheName) {
