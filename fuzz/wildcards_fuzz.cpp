@@ -1,7 +1,7 @@
 // The matching of names against patterns. The input is UTF-16: the pattern, a line feed, the name.
 #include "fuzz/target.h"
 #include "fuzz/widetext.h"
-#include "platform/linux/wildcards.h"
+#include "platform/linux/files/wildcards.h"
 
 void RunInput(const std::string& bytes) {
     const Tsx::CUnicodeString text = WideText(bytes);

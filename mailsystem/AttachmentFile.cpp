@@ -2,7 +2,7 @@
 
 #include "mailsystem/HeaderText.h"
 #include "mailsystem/MailFailure.h"
-#include "platform/linux/transfer.h"
+#include "platform/linux/files/transfer.h"
 #include <array>
 #include <fcntl.h>
 #include <gio/gio.h>

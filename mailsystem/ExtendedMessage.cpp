@@ -1,7 +1,7 @@
 #include "mailsystem/ExtendedMessage.h"
 
 #include "mapi/SimpleMapi.h"
-#include "platform/linux/nativetext.h"
+#include "platform/linux/text/nativetext.h"
 #include <span>
 
 using namespace Mapi;

@@ -1,7 +1,7 @@
 #include "mailsystem/HeaderText.h"
 
 #include "mailsystem/Owners.h"
-#include "platform/linux/nativetext.h"
+#include "platform/linux/text/nativetext.h"
 #include <algorithm>
 
 namespace MailSystem {

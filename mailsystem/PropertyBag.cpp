@@ -1,6 +1,6 @@
 #include "mailsystem/PropertyBag.h"
 
-#include "platform/linux/nativetext.h"
+#include "platform/linux/text/nativetext.h"
 #include <cstring>
 
 using namespace Mapi;

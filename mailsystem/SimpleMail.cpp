@@ -3,8 +3,8 @@
 #include "mailsystem/Delivery.h"
 #include "mailsystem/MailFailure.h"
 #include "mapi/SimpleMapi.h"
-#include "platform/linux/nativetext.h"
-#include "platform/linux/paths.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/text/nativetext.h"
 #include <cerrno>
 #include <span>
 #include <string_view>

@@ -24,7 +24,12 @@ ARROWS = {
     "platform/inc": set(),
     "platform/win32": {"platform/inc"},
     "platform/linux": {"platform/inc"},
-    "mailsystem": {"mapi", "platform/inc", "platform/linux"},
+    # The rooms of the Linux layer: what serves all of them lies in the folder itself.
+    "platform/linux/text": {"platform/inc", "platform/linux"},
+    "platform/linux/files": {"platform/inc", "platform/linux", "platform/linux/text"},
+    **{f"platform/linux/{room}": {"platform/inc", "platform/linux", "platform/linux/text", "platform/linux/files"}
+       for room in ("registry", "modules", "memory", "process", "people")},
+    "mailsystem": {"mapi", "platform/inc", "platform/linux/text", "platform/linux/files"},
 }
 # Static objects are marked, for a test alone, by a header of the tests.
 ARROW_EXCEPTIONS = {("foundation/src/statics.cpp", "tests")}
@@ -40,7 +45,7 @@ NEVER_FAIL = set("""
     GetLastActivePopup GetLastError GetOEMCP GetProcessHeap GetProgramModule GetSystemDefaultLCID
     GetSystemDefaultLangID GetSystemInfo GetSystemTimeAsFileTime GetUserDefaultLCID GetVersionEx GuardedCall
     IsDebuggerPresent IsWindowVisible LoadLibraryA MessageBox MessageBoxIndirect QueryAddress SetErrorInfo SetErrorMode
-    SetHeapLowFragmentation SysAllocString TlsGetValue clearfp iswspace towlower towupper wcsicmp wcsnicmp
+    SetHeapLowFragmentation SysAllocString TlsGetValue clearfp iswspace towlower towupper wcsicmp wcsnicmp wcstol
 """.split())
 
 
@@ -63,7 +68,9 @@ def run(command):
 
 def folder_of(name):
     parts = name.split("/")
-    return "/".join(parts[:2]) if parts[0] == "platform" else parts[0]
+    if parts[0] != "platform":
+        return parts[0]
+    return "/".join(parts[:3 if parts[1] == "linux" and len(parts) == 4 else 2])
 
 
 def check_layers():

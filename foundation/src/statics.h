@@ -38,7 +38,8 @@ bool DoStaticHandlersStand();
 extern CTlsSlot MemoryManagerSlot;
 extern CBlockManager CharSetLeaves;
 
-/// NotEnoughMemoryText and FoundationTitle as strings that are there already: what tells of exhausted memory takes none.
+/// NotEnoughMemoryText and FoundationTitle as strings that are there already: what tells of exhausted memory takes
+/// none.
 extern const CUnicodeString NotEnoughMemoryString;
 extern const CUnicodeString FoundationTitleString;
 

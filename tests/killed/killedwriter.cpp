@@ -1,7 +1,7 @@
 // killedwriter registry | killedwriter move ONE OTHER: writes without end, for killed.py to end it.
 #include "platform/inc/filenames.h"
 #include "platform/inc/registry.h"
-#include "platform/linux/nativetext.h"
+#include "platform/linux/text/nativetext.h"
 #include <string>
 #include <string_view>
 #include <unistd.h>

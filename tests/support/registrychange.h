@@ -1,8 +1,8 @@
 // What must hold of any file of the Linux registry when a value in it is set.
 #pragma once
 
-#include "platform/linux/regfile.h"
-#include "platform/linux/regstatements.h"
+#include "platform/linux/registry/regfile.h"
+#include "platform/linux/registry/regstatements.h"
 #include <algorithm>
 #include <map>
 #include <set>

@@ -2,8 +2,8 @@
 // the middle.
 #include "platform/inc/faults.h"
 #include "platform/inc/shell.h"
-#include "platform/linux/fileinfo.h"
-#include "platform/linux/nativetext.h"
+#include "platform/linux/files/fileinfo.h"
+#include "platform/linux/text/nativetext.h"
 #include "tests/unit/platform/scratchfolder.h"
 #include <algorithm>
 #include <atomic>

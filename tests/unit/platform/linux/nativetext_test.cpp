@@ -1,7 +1,7 @@
-#include "platform/linux/nativetext.h"
+#include "platform/linux/text/nativetext.h"
 
 #include "platform/inc/text.h"
-#include "platform/linux/lettercase.h"
+#include "platform/linux/text/lettercase.h"
 #include "tests/support/text.h"
 #include <clocale>
 #include <cstdlib>

@@ -1,8 +1,8 @@
-#include "platform/linux/paths.h"
+#include "platform/linux/files/paths.h"
 
 #include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
-#include "platform/linux/wildcards.h"
+#include "platform/linux/files/wildcards.h"
 #include "tests/support/text.h"
 #include <cstdlib>
 #include <filesystem>

@@ -1,11 +1,11 @@
 // The registry's files on Linux: what the reader makes of any bytes, what the writer writes, where the files are, and
 // what happens when others write or when a write fails.
-#include "platform/linux/regfile.h"
+#include "platform/linux/registry/regfile.h"
 
 #include "platform/inc/faults.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/registry.h"
-#include "platform/linux/nativetext.h"
+#include "platform/linux/text/nativetext.h"
 #include "tests/support/registrychange.h"
 #include "tests/support/text.h"
 #include <cstdlib>

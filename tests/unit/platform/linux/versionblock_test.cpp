@@ -1,4 +1,4 @@
-#include "platform/linux/versionblock.h"
+#include "platform/linux/modules/versionblock.h"
 
 #include "tests/support/text.h"
 #include <random>

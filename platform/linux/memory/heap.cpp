@@ -1,0 +1,198 @@
+// The heaps of this system: private ones and that of the process. Each keeps what Windows keeps: the size of every
+// block as it was asked for, and all blocks for its walk and its end. Blocks come from the C library; small ones that
+// were freed wait for their next use, which is several times faster.
+#include "platform/inc/memory.h"
+
+#include "platform/inc/lasterror.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/faulthook.h"
+#include "platform/linux/memory/heapmutex.h"
+#include <bit>
+#include <cstdint>
+#include <cstdlib>
+#include <mutex>
+#include <new>
+#include <utility>
+
+namespace Platform {
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(PLATFORM_FAULTS)
+// Test builds give every block back at once, so that the sanitizers see the misuse of a freed one.
+constexpr std::int32_t MostWaiting = 0;
+#else
+constexpr std::int32_t MostWaiting = 8; // of each class
+#endif
+
+// Sizes with their links, in classes of an eighth of a power of two: 64, 72, 80 ... 120, 128, 144 ... up to 8 KiB.
+constexpr std::size_t SmallestClass = 64;
+constexpr std::size_t LargestClass = 8192;
+constexpr std::size_t ClassCount = 57;
+
+// In front of each block.
+struct alignas(16) BlockLink {
+    BlockLink* previous;
+    BlockLink* next; // of all blocks of the heap, or of the waiting ones of the class
+    std::size_t size;
+};
+
+// The class whose blocks have room for that many bytes.
+std::size_t ClassOf(std::size_t bytes) {
+    if (bytes <= SmallestClass) {
+        return 0;
+    }
+    const auto power = static_cast<std::size_t>(std::bit_width(bytes - 1)) - 1; // 2^power < bytes <= 2^(power + 1)
+    const std::size_t eighth = (bytes - 1) >> (power - 3) & 7;
+    return (power - 6) * 8 + eighth + 1;
+}
+
+std::size_t RoomOf(std::size_t blockClass) {
+    return (8 + blockClass % 8) << (3 + blockClass / 8);
+}
+
+struct WaitingBlocks {
+    BlockLink* first = nullptr;
+    std::int32_t count = 0;
+};
+
+} // namespace
+
+struct HeapObject {
+    HeapMutex lock;
+    BlockLink blocks{&blocks, &blocks, 0}; // a ring
+    WaitingBlocks waiting[ClassCount];
+};
+
+namespace {
+
+BlockLink* LinkOf(void* block) {
+    return static_cast<BlockLink*>(block) - 1;
+}
+
+void* TakeRoom(Heap heap, std::size_t bytes) {
+    if (bytes > LargestClass) {
+        return std::malloc(bytes);
+    }
+    const std::size_t blockClass = ClassOf(bytes);
+    WaitingBlocks& waiting = heap->waiting[blockClass];
+    if (!waiting.first) {
+        return std::malloc(MostWaiting > 0 ? RoomOf(blockClass) : bytes);
+    }
+    BlockLink* link = waiting.first;
+    waiting.first = link->next;
+    --waiting.count;
+    return link;
+}
+
+void GiveRoom(Heap heap, BlockLink* link) {
+    const std::size_t bytes = sizeof(BlockLink) + link->size;
+    if (bytes <= LargestClass) {
+        WaitingBlocks& waiting = heap->waiting[ClassOf(bytes)];
+        if (waiting.count < MostWaiting) {
+            link->next = waiting.first;
+            waiting.first = link;
+            ++waiting.count;
+            return;
+        }
+    }
+    std::free(link);
+}
+
+} // namespace
+
+Heap GetProcessHeap() {
+    // Never destroyed: records on it are given back until the very end of the process.
+    static auto* const heap = new HeapObject;
+    return heap;
+}
+
+Heap HeapCreate(std::uint32_t, std::size_t, std::size_t) {
+    PLATFORM_ALLOCATION_FAULT(HeapCreate);
+    Heap heap = new (std::nothrow) HeapObject;
+    if (!heap) {
+        SetLastError(ErrorNotEnoughMemory);
+    }
+    return heap;
+}
+
+bool HeapDestroy(Heap heap) {
+    while (heap->blocks.next != &heap->blocks) {
+        BlockLink* link = heap->blocks.next;
+        heap->blocks.next = link->next;
+        std::free(link);
+    }
+    for (const WaitingBlocks& waiting : heap->waiting) {
+        for (BlockLink* link = waiting.first; link;) {
+            std::free(std::exchange(link, link->next));
+        }
+    }
+    delete heap;
+    PLATFORM_FAULT(HeapDestroy, false);
+    return true;
+}
+
+void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
+    PLATFORM_ALLOCATION_FAULT(HeapAlloc);
+    const std::lock_guard guard(heap->lock);
+    void* room = size < SIZE_MAX / 2 ? TakeRoom(heap, sizeof(BlockLink) + size) : nullptr;
+    if (!room) {
+        SetLastError(ErrorNotEnoughMemory);
+        return nullptr;
+    }
+    BlockLink& head = heap->blocks;
+    auto* link = new (room) BlockLink{&head, head.next, size};
+    head.next->previous = link;
+    head.next = link;
+    return link + 1;
+}
+
+bool HeapFree(Heap heap, std::uint32_t, void* block) noexcept {
+    if (!block) {
+        return true;
+    }
+    BlockLink* link = LinkOf(block);
+    {
+        const std::lock_guard guard(heap->lock);
+        link->previous->next = link->next;
+        link->next->previous = link->previous;
+        GiveRoom(heap, link);
+    }
+    PLATFORM_FAULT(HeapFree, false);
+    return true;
+}
+
+std::size_t HeapSize(Heap, std::uint32_t, const void* block) {
+    PLATFORM_FAULT(HeapSize, ~std::size_t{0});
+    return (static_cast<const BlockLink*>(block) - 1)->size;
+}
+
+bool HeapLock(Heap heap) {
+    PLATFORM_FAULT(HeapLock, false);
+    heap->lock.lock();
+    return true;
+}
+
+bool HeapUnlock(Heap heap) {
+    PLATFORM_FAULT(HeapUnlock, false);
+    heap->lock.unlock();
+    return true;
+}
+
+bool HeapWalk(Heap heap, HeapEntry& entry) {
+    PLATFORM_FAULT(HeapWalk, false);
+    BlockLink* next = (entry.data ? LinkOf(entry.data) : &heap->blocks)->next;
+    if (next == &heap->blocks) {
+        return Fail(ErrorNoMoreItems);
+    }
+    entry.data = next + 1;
+    entry.size = next->size;
+    entry.flags = HeapEntryBusy; // free blocks are not to be seen
+    return true;
+}
+
+bool SetHeapLowFragmentation(Heap) {
+    return true;
+}
+
+} // namespace Platform

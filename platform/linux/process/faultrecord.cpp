@@ -1,0 +1,96 @@
+#include "platform/linux/process/faultrecord.h"
+
+#include <ucontext.h>
+
+namespace Platform {
+
+namespace {
+
+constexpr std::uintptr_t AccessRead = 0;
+constexpr std::uintptr_t AccessWritten = 1;
+constexpr std::uintptr_t AccessExecuted = 8;
+constexpr std::uintptr_t NoAddress = ~std::uintptr_t{0};
+constexpr std::uintptr_t StatusEndOfFile = 0xC0000011; // STATUS_END_OF_FILE
+
+constexpr greg_t PageFaultTrap = 14;
+constexpr greg_t PageFaultWritten = 0x02; // bits of the trap's error code
+constexpr greg_t PageFaultExecuted = 0x10;
+
+std::uint32_t CodeOfArithmetic(int reason) {
+    switch (reason) {
+    case FPE_INTOVF:
+        return ExceptionIntegerOverflow;
+    case FPE_FLTDIV:
+        return ExceptionFloatDivideByZero;
+    case FPE_FLTOVF:
+        return ExceptionFloatOverflow;
+    case FPE_FLTUND:
+        return ExceptionFloatUnderflow;
+    case FPE_FLTRES:
+        return ExceptionFloatInexact;
+    case FPE_FLTINV:
+        return ExceptionFloatInvalid;
+    case FPE_FLTSUB:
+        return ExceptionArrayBounds;
+    default:
+        return ExceptionIntegerDivideByZero;
+    }
+}
+
+std::uintptr_t AccessOf(const mcontext_t& context) {
+    const greg_t error = context.gregs[REG_ERR];
+    return (error & PageFaultExecuted) != 0  ? AccessExecuted
+           : (error & PageFaultWritten) != 0 ? AccessWritten
+                                             : AccessRead;
+}
+
+// A stack that ends is touched at its pointer or just below it: by a call, or by the first use of a frame.
+bool IsAtStackPointer(std::uintptr_t address, const mcontext_t& context) {
+    constexpr std::uintptr_t below = 0x10000;
+    constexpr std::uintptr_t above = 0x1000;
+    const auto pointer = static_cast<std::uintptr_t>(context.gregs[REG_RSP]);
+    return address + below >= pointer && address < pointer + above;
+}
+
+void DescribeAccess(const siginfo_t& info, const mcontext_t& context, ExceptionRecord& record) {
+    record.NumberParameters = 2;
+    if (context.gregs[REG_TRAPNO] != PageFaultTrap) {
+        record.ExceptionInformation[0] = AccessRead;
+        record.ExceptionInformation[1] = NoAddress;
+        return;
+    }
+    record.ExceptionInformation[0] = AccessOf(context);
+    record.ExceptionInformation[1] = reinterpret_cast<std::uintptr_t>(info.si_addr);
+}
+
+} // namespace
+
+bool IsFault(const siginfo_t& info) {
+    return info.si_code > 0;
+}
+
+ExceptionRecord DescribeFault(int signal, const siginfo_t& info, const void* machine) {
+    const mcontext_t& context = static_cast<const ucontext_t*>(machine)->uc_mcontext;
+    ExceptionRecord record{};
+    record.ExceptionAddress = reinterpret_cast<void*>(context.gregs[REG_RIP]); // NOLINT(performance-no-int-to-ptr)
+    if (signal == SIGFPE) {
+        record.ExceptionCode = CodeOfArithmetic(info.si_code);
+    } else if (signal == SIGILL) {
+        record.ExceptionCode = ExceptionIllegalInstruction;
+    } else if (signal == SIGBUS && info.si_code == BUS_ADRALN) {
+        record.ExceptionCode = ExceptionDatatypeMisalignment;
+    } else {
+        DescribeAccess(info, context, record);
+        record.ExceptionCode = ExceptionAccessViolation;
+        if (signal == SIGBUS) {
+            record.ExceptionCode = ExceptionInPageError;
+            record.NumberParameters = 3;
+            record.ExceptionInformation[2] = StatusEndOfFile;
+        } else if (IsAtStackPointer(record.ExceptionInformation[1], context)) {
+            record.ExceptionCode = ExceptionStackOverflow;
+        }
+    }
+    return record;
+}
+
+} // namespace Platform
