@@ -16,6 +16,13 @@ namespace Tsx {
 ///   128           128     65408                         511
 class CBlockManager : public IMemoryManager {
 public:
+    /// What a page begins with; its blocks follow.
+    struct CPage {
+        CPage* next;
+        std::uint64_t reserved; // 0
+    };
+    static_assert(sizeof(CPage) == 16);
+
     explicit CBlockManager(std::int32_t blockSize);
     ~CBlockManager() override;
     CBlockManager(const CBlockManager&) = delete;
@@ -27,21 +34,22 @@ public:
 
     /// The same without the check, for owners that know the size.
     void* AllocBlock() {
+        void* block = TryAllocBlock();
+        return block ? block : AllocFromPage(NewPage());
+    }
+
+    /// AllocBlock in three steps, for owners whose lock is not to be held over a call of the system: null where a page
+    /// is missing, the page, and the block with it. NewPage needs no lock and raises CMemoryException; the block counts
+    /// as in use from the first step on, also when the page cannot be had.
+    void* TryAllocBlock() {
         InUseBytes += BlockSize;
-        void* block = nullptr;
-        if (FreeList) {
-            block = FreeList;
-            UnpoisonMemory(block, static_cast<std::size_t>(BlockSize));
-            FreeList = FreeList->next;
-            FreeBytes -= BlockSize;
-        } else if (UsedPages && PageUsed + BlockStep <= PageCapacity) {
-            block = FirstBlock(UsedPages) + PageUsed;
-            UnpoisonMemory(block, static_cast<std::size_t>(BlockSize));
-            PageUsed += BlockStep;
-        } else {
-            block = AllocFromNewPage();
-        }
-        return block;
+        return TakeBlock();
+    }
+    CPage* NewPage() const;
+    void* AllocFromPage(CPage* page) {
+        page->next = SparePages;
+        SparePages = page;
+        return TakeBlock();
     }
 
     void FreeBlock(void* block) {
@@ -63,18 +71,12 @@ public:
     void Reset();
 
     std::int32_t GetInUseBytes() const { return InUseBytes; }
+    std::int32_t GetBlockSize() const { return BlockSize; }
 
 protected:
     struct CFreeBlock {
         CFreeBlock* next;
     };
-    /// What a page begins with; its blocks follow.
-    struct CPage {
-        CPage* next;
-        std::uint64_t reserved; // 0
-    };
-    static_assert(sizeof(CPage) == 16);
-
     IMemoryManager* PageManager; // serves the pages; not owned
     CFreeBlock* FreeList = nullptr;
     CPage* UsedPages = nullptr; // the head is the current one
@@ -89,7 +91,24 @@ protected:
 
 private:
     static char* FirstBlock(CPage* page) { return reinterpret_cast<char*>(page + 1); }
-    void* AllocFromNewPage();
+
+    // Null where a page is missing.
+    void* TakeBlock() {
+        void* block = FreeList;
+        if (block) {
+            UnpoisonMemory(block, static_cast<std::size_t>(BlockSize));
+            FreeList = FreeList->next;
+            FreeBytes -= BlockSize;
+        } else if (UsedPages && PageUsed + BlockStep <= PageCapacity) {
+            block = FirstBlock(UsedPages) + PageUsed;
+            UnpoisonMemory(block, static_cast<std::size_t>(BlockSize));
+            PageUsed += BlockStep;
+        } else {
+            block = TakeFromSparePage();
+        }
+        return block;
+    }
+    void* TakeFromSparePage();
     void FreePages(CPage* pages);
 };
 

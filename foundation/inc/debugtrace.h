@@ -2,9 +2,14 @@
 #pragma once
 
 #include "foundation/inc/format.h"
+#include "foundation/inc/roomybuffer.h"
 #include <initializer_list>
 
 namespace Tsx {
+
+/// Formats a line into the buffer and returns it, terminated. A text of up to 511 characters takes no memory.
+const char16_t* FormatLine(CRoomyBuffer& buffer, const char16_t* format,
+                           std::initializer_list<CFormatArgument> arguments);
 
 void DebugTraceList(const char16_t* format, std::initializer_list<CFormatArgument> arguments);
 

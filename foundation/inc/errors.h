@@ -85,10 +85,17 @@ public:
     std::uint32_t code;
 };
 
-/// Memory is exhausted; the text is fixed. Lives in a pool and gives its slot back when it is deleted.
-class CMemoryException : public CException {
+/// The first base of CMemoryException, so that its end is the last part of that one's: the slot is another object's
+/// room as soon as it is given back.
+class CMemoryExceptionSlot {
+protected:
+    ~CMemoryExceptionSlot();
+};
+
+/// Memory is exhausted; the text is fixed. Lives in a pool and gives its slot back when it is destroyed; one that is
+/// not in the pool is an assertion, shown at once.
+class CMemoryException : private CMemoryExceptionSlot, public CException {
 public:
-    ~CMemoryException() override;
     CUnicodeString GetMessageText() const override;
 
     static void* operator new(std::size_t, void* slot) noexcept { return slot; }

@@ -22,12 +22,21 @@ public:
     void* Alloc(std::int32_t size) override;
     void Free(void* block) override;
 
+    /// Alloc and Free in two steps, for owners whose lock is not to be held over a call of the system: the block alone,
+    /// which needs no lock, and its count. FreeUncounted tells the bytes that go, 0 where the heap does not know.
+    void* AllocUncounted(std::int32_t size) const;
+    std::int32_t FreeUncounted(void* block) const noexcept;
+    void Count(std::int32_t blocks, std::int32_t bytes) {
+        BlockCount += blocks;
+        TotalBytes += bytes;
+    }
+
     /// Turns on the low-fragmentation mode where the system has it: the NT family from 5.1 on.
     void SetLowFragmentation();
     /// Tells of blocks that are still out, as the debug flags ask: each block to the debugger, the heap in a message
     /// box.
     void ReportLeaks();
-    /// Gives the heap back, unless blocks are out and it is not allowed to take them along.
+    /// Gives the heap back, unless blocks are out and it is not allowed to take them along. Nothing without a heap.
     void DestroyHeap();
 
     std::int32_t GetBlockCount() const { return BlockCount; }

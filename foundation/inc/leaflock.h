@@ -5,9 +5,10 @@
 
 namespace Tsx {
 
-/// Entered for so short a time that waiting by turning is cheaper than the system's help; a thread that still waits
-/// after some turns lets others run. Nothing that can fail, block or take another lock happens inside. Not to be
-/// entered again by its holder.
+/// Entered for so short a time that waiting by turning is cheaper than the system's help. Whoever waits longer lets
+/// others run, and sleeps in the end: the holder may be of a lower priority and need this processor. Nothing that can
+/// fail, block or take another lock happens inside. Not to be entered again by its holder. Takes no constructor, so
+/// that it serves before the first static object and after the last.
 class CLeafLock {
 public:
     void Enter() {

@@ -11,7 +11,7 @@ namespace Tsx {
 class IMemoryManager {
 public:
     virtual ~IMemoryManager() = default;
-    /// A block of `size` bytes, aligned to 16; never null: raises CMemoryException.
+    /// A block of `size` bytes, aligned to 16; raises CMemoryException rather than give null.
     virtual void* Alloc(std::int32_t size) = 0;
     /// Takes back a block of this manager; null is ignored.
     virtual void Free(void* block) = 0;
@@ -42,9 +42,10 @@ extern CVirtualMemoryManager VirtualMemoryManager;
 IMemoryManager* CurrentMemoryManager();
 
 /// Allocates through the current manager. The manager is noted in 16 bytes in front of the block, so that the release
-/// finds it from any thread and whatever manager is current then. Raises CMemoryException.
+/// finds it from any thread and whatever manager is current then. Raises CMemoryException, also for a manager that
+/// gives null.
 void* AllocateFromCurrentManager(std::int64_t size);
-/// Null is ignored.
+/// Null is ignored. What the manager raises is shown at once: destructors release.
 void FreeToOwnManager(void* block) noexcept;
 
 /// The C runtime's heap and the process heap, without a header. Both raise CMemoryException; null is ignored at

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "foundation/inc/blockmanager.h"
-#include "foundation/inc/criticalsection.h"
 #include "foundation/inc/heapmanager.h"
 #include "foundation/inc/leaflock.h"
 #include <cstddef>
@@ -29,34 +28,28 @@ public:
     /// A block of at least `size` bytes; `allocated` is the size to be kept and given back with it: it alone names the
     /// class. Raises CMemoryException.
     void* Alloc(std::int32_t size, std::int32_t& allocated) {
-        const CLeafLockGuard guard(Lock);
-        if (size <= SmallSize) {
-            allocated = SmallSize;
-            return Small.AllocBlock();
+        if (size > LargeSize) {
+            allocated = size;
+            return AllocHuge(size);
         }
-        if (size <= MediumSize) {
-            allocated = MediumSize;
-            return Medium.AllocBlock();
+        CBlockManager& pool = PoolOf(size);
+        allocated = pool.GetBlockSize();
+        void* block = nullptr;
+        {
+            const CLeafLockGuard guard(Lock);
+            block = pool.TryAllocBlock();
         }
-        if (size <= LargeSize) {
-            allocated = LargeSize;
-            return Large.AllocBlock();
-        }
-        allocated = size;
-        return Huge.Alloc(size);
+        return block ? block : AllocFromNewPage(pool);
     }
 
     void Free(void* block, std::int32_t allocated) noexcept {
-        const CLeafLockGuard guard(Lock);
-        if (allocated <= SmallSize) {
-            Small.FreeBlock(block);
-        } else if (allocated <= MediumSize) {
-            Medium.FreeBlock(block);
-        } else if (allocated <= LargeSize) {
-            Large.FreeBlock(block);
-        } else {
-            Huge.Free(block);
+        if (allocated > LargeSize) {
+            FreeHuge(block);
+            return;
         }
+        CBlockManager& pool = PoolOf(allocated);
+        const CLeafLockGuard guard(Lock);
+        pool.FreeBlock(block);
     }
 
 protected:
@@ -69,13 +62,21 @@ protected:
     CBlockManager Medium{MediumSize};
     CBlockManager Large{LargeSize};
     CHeapManager Huge;
+
+private:
+    CBlockManager& PoolOf(std::int32_t size) { return size <= SmallSize ? Small : size <= MediumSize ? Medium : Large; }
+    // The system is called before Lock is entered or after it is left: nothing that can fail happens inside.
+    void* AllocFromNewPage(CBlockManager& pool);
+    void* AllocHuge(std::int32_t size);
+    void FreeHuge(void* block) noexcept;
 };
 
 extern CStringBlockAllocator StringAllocator;
 
 class CMemoryException;
 
-/// Room for the memory exceptions that can exist at one time. Any thread; takes nothing from any heap.
+/// Room for the memory exceptions that can exist at one time. Any thread; takes nothing from any heap and no
+/// constructor: memory may end before the first static object stands.
 class CMemoryExceptionPool {
 public:
     static constexpr std::int32_t SlotCount = 64;
@@ -97,13 +98,13 @@ private:
         std::byte object[ObjectSize];
     };
 
-    CCriticalSection lock;
+    CLeafLock lock;
     alignas(sizeof(void*)) CSlot slots[SlotCount] = {};
 };
 
-extern CMemoryExceptionPool MemoryExceptionPool;
+extern constinit CMemoryExceptionPool MemoryExceptionPool;
 
-/// Gives the slot of a memory exception back; called by its destructor.
+/// Gives the slot of a memory exception back; called when that is destroyed.
 void ReleaseMemoryException(const CMemoryException* exception);
 
 } // namespace Tsx

@@ -16,7 +16,7 @@ namespace Tsx {
 /// One family's value for one thread.
 struct CThreadRecord {
     alignas(8) std::byte value[8];
-    Platform::Handle thread; // tells whether the thread has ended
+    Platform::Handle thread; // tells whether the thread has ended; null, and the record stays, where it cannot be had
 
     static void Destroy(CThreadRecord* record);
 };
@@ -80,7 +80,7 @@ protected:
         return record != &BeingMade ? record : nullptr;
     }
     /// The same, made at need: null only while it is being made further up. Raises CMemoryException, and CInternalError
-    /// with the system's code if the thread's handle cannot be had.
+    /// with the system's code if the thread's handle cannot be had; a thread that must not throw has its record then.
     CThreadRecord* MakeRecord();
 
     std::atomic<std::int32_t> Index{-1}; // -1 until the first use of any thread

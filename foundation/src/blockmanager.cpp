@@ -1,6 +1,7 @@
 #include "foundation/inc/blockmanager.h"
 
 #include "foundation/inc/assertion.h"
+#include "foundation/inc/failureguard.h"
 #include "platform/inc/memory.h"
 #include <algorithm>
 
@@ -36,7 +37,7 @@ CBlockManager::~CBlockManager() {
 }
 
 void* CBlockManager::Alloc(std::int32_t size) {
-    TSX_ASSERT(size <= BlockSize, ModuleName);
+    TSX_REQUIRE(size <= BlockSize, ModuleName, nullptr); // for which AllocateFromCurrentManager raises
     return AllocBlock();
 }
 
@@ -44,15 +45,19 @@ void CBlockManager::Free(void* block) {
     FreeBlock(block);
 }
 
-void* CBlockManager::AllocFromNewPage() {
+CBlockManager::CPage* CBlockManager::NewPage() const {
+    auto* page = static_cast<CPage*>(PageManager->Alloc(PageAllocSize));
+    page->reserved = 0;
+    PoisonMemory(page + 1, static_cast<std::size_t>(PageCapacity));
+    return page;
+}
+
+void* CBlockManager::TakeFromSparePage() {
     CPage* page = SparePages;
-    if (page) {
-        SparePages = page->next;
-    } else {
-        page = static_cast<CPage*>(PageManager->Alloc(PageAllocSize));
-        page->reserved = 0;
-        PoisonMemory(page + 1, static_cast<std::size_t>(PageCapacity));
+    if (!page) {
+        return nullptr;
     }
+    SparePages = page->next;
     page->next = UsedPages;
     UsedPages = page;
     PageUsed = BlockStep;
@@ -78,7 +83,7 @@ void CBlockManager::FreePages(CPage* pages) {
         CPage* page = pages;
         pages = page->next;
         UnpoisonMemory(page, static_cast<std::size_t>(PageAllocSize));
-        PageManager->Free(page);
+        GuardDestructor([&] { PageManager->Free(page); });
     }
 }
 

@@ -2,27 +2,29 @@
 
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/errors.h"
-#include "foundation/inc/roomybuffer.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/messagebox.h"
 
 namespace Tsx {
 
-void DebugTraceList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
-    if (HasDebugFlag(DebugSilenceTrace)) {
-        return;
-    }
-    CRoomyBuffer buffer;
+const char16_t* FormatLine(CRoomyBuffer& buffer, const char16_t* format,
+                           std::initializer_list<CFormatArgument> arguments) {
     const auto count = static_cast<std::int32_t>(arguments.size());
     for (std::int32_t room = CRoomyBuffer::BuiltInSize;; room *= 2) {
         buffer.SetSize(room);
         const std::int32_t length = FormatText(buffer.Data(), room - 1, format, arguments.begin(), count);
         if (length >= 0) {
             buffer.Data()[length] = u'\0';
-            break;
+            return buffer.Data();
         }
     }
-    Platform::OutputDebugString(buffer.Data());
+}
+
+void DebugTraceList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
+    if (!HasDebugFlag(DebugSilenceTrace)) {
+        CRoomyBuffer buffer;
+        Platform::OutputDebugString(FormatLine(buffer, format, arguments));
+    }
 }
 
 void WriteDebugOutput(const char16_t* text) {

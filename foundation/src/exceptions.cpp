@@ -1,7 +1,7 @@
 // The exception family: what each class keeps and how it puts itself into words.
 #include "foundation/inc/errors.h"
 
-#include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/src/internalerrortexts.h"
@@ -61,8 +61,9 @@ CUnicodeString CLastErrorException::GetMessageText() const {
     return GetLastErrorText(code);
 }
 
-CMemoryException::~CMemoryException() {
-    ReleaseMemoryException(this);
+CMemoryExceptionSlot::~CMemoryExceptionSlot() {
+    // An address alone: the exception, which begins here too, is no object any more.
+    GuardDestructor([this] { ReleaseMemoryException(reinterpret_cast<const CMemoryException*>(this)); });
 }
 
 CUnicodeString CMemoryException::GetMessageText() const {

@@ -6,7 +6,7 @@
 #include "foundation/inc/failureguard.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/debug.h"
-#include "platform/inc/messagebox.h"
+#include <utility>
 
 namespace Tsx {
 
@@ -23,14 +23,30 @@ bool SystemHasLowFragmentation() {
     return has;
 }
 
+/// Holds a heap over a scope; a failure is the caller's to tell.
+class CHeapLock {
+public:
+    explicit CHeapLock(Platform::Heap toHold) : heap(Platform::HeapLock(toHold) ? toHold : nullptr) {}
+    ~CHeapLock() {
+        if (heap) {
+            Platform::HeapUnlock(heap);
+        }
+    }
+    CHeapLock(const CHeapLock&) = delete;
+    CHeapLock& operator=(const CHeapLock&) = delete;
+
+    bool IsHeld() const { return heap != nullptr; }
+
+private:
+    Platform::Heap heap;
+};
+
 } // namespace
 
 CHeapManager::~CHeapManager() {
     if (Heap) {
-        GuardDestructor([this] {
-            CHeapManager::ReportLeaks();
-            CHeapManager::DestroyHeap();
-        });
+        GuardDestructor([this] { CHeapManager::ReportLeaks(); });
+        GuardDestructor([this] { CHeapManager::DestroyHeap(); });
     }
 }
 
@@ -45,36 +61,40 @@ void CHeapManager::CreateHeap(std::size_t initialSize, bool destroyIfNotEmpty) {
 }
 
 void* CHeapManager::Alloc(std::int32_t size) {
-    void* block = Platform::HeapAlloc(Heap, 0, static_cast<std::size_t>(size));
-    if (!block) {
-        GenerateMemoryException();
-    }
-    TotalBytes += size;
-    ++BlockCount;
+    void* block = AllocUncounted(size);
+    Count(1, size);
     return block;
 }
 
 void CHeapManager::Free(void* block) {
+    if (block) {
+        Count(-1, -FreeUncounted(block));
+    }
+}
+
+void* CHeapManager::AllocUncounted(std::int32_t size) const {
+    void* block = Platform::HeapAlloc(Heap, 0, static_cast<std::size_t>(size));
     if (!block) {
-        return;
+        GenerateMemoryException();
     }
+    return block;
+}
+
+std::int32_t CHeapManager::FreeUncounted(void* block) const noexcept {
     const std::size_t size = Platform::HeapSize(Heap, 0, block);
-    if (size != ~std::size_t{0}) {
-        TotalBytes -= static_cast<std::int32_t>(size);
-    }
     Platform::HeapFree(Heap, 0, block);
-    --BlockCount;
+    return size != ~std::size_t{0} ? static_cast<std::int32_t>(size) : 0;
 }
 
 void CHeapManager::SetLowFragmentation() {
-    TSX_ASSERT(Heap, ModuleName);
+    TSX_REQUIRE(Heap, ModuleName);
     if (SystemHasLowFragmentation()) {
         TSX_ASSERT(Platform::SetHeapLowFragmentation(Heap), ModuleName);
     }
 }
 
 void CHeapManager::ReportLeaks() {
-    TSX_ASSERT(Heap, ModuleName);
+    TSX_REQUIRE(Heap, ModuleName);
     if (BlockCount == 0) {
         return;
     }
@@ -83,34 +103,36 @@ void CHeapManager::ReportLeaks() {
         WalkLeaks();
     }
     if (HasDebugFlag(DebugShowHeapMemoryLeaks)) {
-        const CUnicodeString text = CUnicodeString::Format(
-            u"Internal error: memory leak.\n\nHeap 0x%p ( CHeapManager object at %s ) is not empty.",
-            static_cast<const void*>(Heap), CUnicodeString::DescribeAddress(this));
-        AskToBreak(text.Text());
+        CRoomyBuffer buffer;
+        AskToBreak(FormatLine(buffer,
+                              u"Internal error: memory leak.\n\nHeap 0x%p ( CHeapManager object at %s ) is not empty.",
+                              {static_cast<const void*>(Heap), CUnicodeString::DescribeAddress(this)}));
     }
 }
 
 void CHeapManager::WalkLeaks() const {
-    TSX_ASSERT_CALL(Platform::HeapLock(Heap), ModuleName);
+    const CHeapLock lock(Heap);
+    if (!lock.IsHeld()) {
+        FailAssertionWithLastError(ModuleName, __LINE__);
+        return;
+    }
+    CRoomyBuffer buffer; // and no string: its block could come from the very heap that is walked
     Platform::HeapEntry entry;
     while (Platform::HeapWalk(Heap, entry)) {
         if ((entry.flags & Platform::HeapEntryBusy) != 0) {
-            WriteDebugOutput(CUnicodeString::Format(u"Undeleted memory block in heap manager. Address: %p\n",
-                                                    static_cast<const void*>(entry.data))
-                                 .Text());
+            WriteDebugOutput(FormatLine(buffer, u"Undeleted memory block in heap manager. Address: %p\n",
+                                        {static_cast<const void*>(entry.data)}));
         }
     }
-    Platform::HeapUnlock(Heap);
 }
 
 void CHeapManager::DestroyHeap() {
-    if (BlockCount != 0 && !DestroyIfNotEmpty) {
+    if (!Heap || (BlockCount != 0 && !DestroyIfNotEmpty)) {
         return;
     }
-    TSX_ASSERT(Platform::HeapDestroy(Heap), ModuleName);
-    Heap = nullptr;
     BlockCount = 0;
     TotalBytes = 0;
+    TSX_ASSERT(Platform::HeapDestroy(std::exchange(Heap, nullptr)), ModuleName); // a failure is not to be tried again
 }
 
 } // namespace Tsx

@@ -5,15 +5,21 @@
 namespace Tsx {
 
 void CLeafLock::Wait() {
-    constexpr int turns = 100; // some hundred nanoseconds: longer than any holder needs that is running
-    do {
+    constexpr int turns = 100;    // some hundred nanoseconds: longer than any holder needs that is running
+    constexpr int handOvers = 50; // of the processor, to a holder that is not
+    for (int round = 0;; ++round) {
         for (int i = 0; i < turns && held.load(std::memory_order_relaxed); ++i) {
-            __builtin_ia32_pause();
+            Platform::YieldProcessor();
         }
-        if (held.load(std::memory_order_relaxed)) {
+        if (!held.load(std::memory_order_relaxed) && !held.exchange(true, std::memory_order_acquire)) {
+            return;
+        }
+        if (round < handOvers) {
             Platform::SwitchToThread();
+        } else {
+            Platform::Sleep(1);
         }
-    } while (held.exchange(true, std::memory_order_acquire));
+    }
 }
 
 } // namespace Tsx

@@ -63,6 +63,9 @@ void* AllocateFromCurrentManager(std::int64_t size) {
     }
     IMemoryManager* manager = CurrentMemoryManager();
     auto* header = static_cast<BlockHeader*>(manager->Alloc(static_cast<std::int32_t>(whole)));
+    if (!header) {
+        GenerateMemoryException();
+    }
     header->manager = manager;
     return header + 1;
 }
@@ -70,7 +73,7 @@ void* AllocateFromCurrentManager(std::int64_t size) {
 void FreeToOwnManager(void* block) noexcept {
     if (block) {
         BlockHeader* header = static_cast<BlockHeader*>(block) - 1;
-        header->manager->Free(header);
+        GuardDestructor([header] { header->manager->Free(header); });
     }
 }
 

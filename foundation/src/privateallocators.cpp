@@ -1,6 +1,7 @@
 #include "foundation/inc/privateallocators.h"
 
 #include "foundation/inc/errors.h"
+#include <utility>
 
 namespace Tsx {
 
@@ -31,9 +32,30 @@ CStringBlockAllocator::~CStringBlockAllocator() {
     Large.Reset();
 }
 
+void* CStringBlockAllocator::AllocFromNewPage(CBlockManager& pool) {
+    auto* page = pool.NewPage();
+    const CLeafLockGuard guard(Lock);
+    return pool.AllocFromPage(page);
+}
+
+void* CStringBlockAllocator::AllocHuge(std::int32_t size) {
+    void* block = Huge.AllocUncounted(size);
+    const CLeafLockGuard guard(Lock);
+    Huge.Count(1, size);
+    return block;
+}
+
+void CStringBlockAllocator::FreeHuge(void* block) noexcept {
+    if (block) {
+        const std::int32_t size = Huge.FreeUncounted(block);
+        const CLeafLockGuard guard(Lock);
+        Huge.Count(-1, -size);
+    }
+}
+
 void* CMemoryExceptionPool::TakeSlot() {
     static_assert(sizeof(CMemoryException) == ObjectSize && offsetof(CSlot, object) == 8);
-    const CCriticalSectionLock guard(lock);
+    const CLeafLockGuard guard(lock);
     for (CSlot& slot : slots) {
         if (!slot.InUse) {
             slot.InUse = true;
@@ -47,15 +69,17 @@ void CMemoryExceptionPool::ReleaseSlot(const CMemoryException* exception) {
     if (!exception) {
         return;
     }
-    const CCriticalSectionLock guard(lock);
-    for (CSlot& slot : slots) {
-        if (static_cast<const void*>(slot.object) == exception) {
-            TSX_ASSERT(slot.InUse, ModuleName);
-            slot.InUse = false;
-            return;
+    bool wasInUse = false;
+    {
+        const CLeafLockGuard guard(lock);
+        for (CSlot& slot : slots) {
+            if (static_cast<const void*>(slot.object) == exception) {
+                wasInUse = std::exchange(slot.InUse, false);
+                break;
+            }
         }
     }
-    FailAssertion(ModuleName, __LINE__);
+    TSX_ASSERT(wasInUse, ModuleName); // outside the lock: the report may need a slot itself
 }
 
 void ReleaseMemoryException(const CMemoryException* exception) {

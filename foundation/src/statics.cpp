@@ -121,7 +121,7 @@ TSX_OBJECT(CStringBlockAllocator, StringAllocator)
 TSX_OBJECT(CBlockManager, CharSetLeaves, CUnicodeCharSet::LeafBytes)
 
 // The pool of memory exceptions: from here on exhausted memory can be told, and any failure be put into words.
-TSX_OBJECT(CMemoryExceptionPool, MemoryExceptionPool)
+TSX_OBJECT(constinit CMemoryExceptionPool, MemoryExceptionPool)
 TSX_OBJECT(const CUnicodeString, NotEnoughMemoryString, NotEnoughMemoryText)
 TSX_OBJECT(const CUnicodeString, FoundationTitleString, FoundationTitle)
 TSX_OBJECT(static const CStringStage, StringStage)

@@ -18,7 +18,9 @@ constexpr const char16_t* ModuleName = u"src\\threadobject";
 constinit CThreadRecord CThreadObjectFamily::BeingMade{};
 
 void CThreadRecord::Destroy(CThreadRecord* record) {
-    Platform::CloseHandle(record->thread);
+    if (record->thread) {
+        Platform::CloseHandle(record->thread);
+    }
     FreeToProcessHeap(record);
 }
 
@@ -57,6 +59,9 @@ void CThreadObjectFamily::AssignIndex() {
 void CThreadObjectFamily::ClearDeadRecords() {
     const CCriticalSectionLock guard(Lock);
     for (std::int32_t i = Records.Size() - 1; i >= 0; --i) {
+        if (!Records[i]->thread) {
+            continue;
+        }
         std::uint32_t code = Platform::StillActive;
         TSX_ASSERT_CALL(Platform::GetExitCodeThread(Records[i]->thread, code), ModuleName);
         if (code != Platform::StillActive) {

@@ -8,10 +8,10 @@
 
 namespace Platform {
 
-/// Room for the system's section; entered again by the thread that holds it. 40 bytes is sizeof(CRITICAL_SECTION) on
-/// x86-64 and sizeof(pthread_mutex_t) in glibc; each platform's source checks its own.
+/// Room for the system's section; entered again by the thread that holds it. sizeof(CRITICAL_SECTION) is 40 on x86-64,
+/// sizeof(pthread_mutex_t) in glibc 40 there and 48 on arm64; each platform's source checks its own.
 struct CriticalSection {
-    alignas(8) std::byte room[40];
+    alignas(8) std::byte room[48];
 };
 
 void InitializeCriticalSection(CriticalSection& section);
@@ -34,10 +34,16 @@ Handle GetCurrentThread();
 /// A handle of its own to the thread, in this process, with the same access; closed by CloseHandle. The one source on
 /// Linux is the pseudo-handle of the calling thread.
 bool DuplicateHandle(Handle source, Handle& duplicate);
-/// The exit code of a thread, StillActive while it runs. On Linux a thread that has ended has the code 0.
+/// The exit code of a thread, StillActive while any code of it may still run, that of its thread-local objects'
+/// destructors included; the main thread's is active until the process is gone. On Linux a thread that has ended has
+/// the code 0.
 bool GetExitCodeThread(Handle thread, std::uint32_t& code);
 
 /// Lets another thread run.
 void SwitchToThread();
+/// Takes the calling thread off the processor for at least that time.
+void Sleep(std::uint32_t milliseconds);
+/// Tells the processor that this thread turns in a waiting loop.
+void YieldProcessor();
 
 } // namespace Platform

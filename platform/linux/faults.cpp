@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
-#include <string>
 #include <string_view>
 
 namespace Platform {
@@ -56,20 +55,32 @@ std::string_view TakeField(std::string_view& text) {
     return field;
 }
 
-// The plan that a test gives to a whole process.
-__attribute__((constructor)) void ArmFromEnvironment() {
+void SetPlan(std::string_view function, std::int32_t nth, std::uint32_t code, FaultMode mode) {
+    const std::lock_guard guard(PlanLock());
+    Plan plan{{}, nth, code, mode};
+    function.copy(plan.function.data(), plan.function.size() - 1);
+    CurrentPlan() = plan;
+    armed = true;
+}
+
+bool ReadEnvironment() {
     if (const char* most = std::getenv("TESSARIX_SHORT_TRANSFERS")) {
-        ArmShortTransfers(ReadNumber<std::uint32_t>(most));
+        mostBytes = ReadNumber<std::uint32_t>(most);
     }
-    const char* value = std::getenv("TESSARIX_FAULT");
-    if (!value) {
-        return;
+    if (const char* value = std::getenv("TESSARIX_FAULT")) {
+        std::string_view text = value;
+        const std::string_view function = TakeField(text);
+        const auto nth = ReadNumber<std::int32_t>(TakeField(text));
+        const auto code = ReadNumber<std::uint32_t>(TakeField(text));
+        SetPlan(function, nth, code, text == "on" ? FaultMode::FromThenOn : FaultMode::Once);
     }
-    std::string_view text = value;
-    const std::string function{TakeField(text)};
-    const auto nth = ReadNumber<std::int32_t>(TakeField(text));
-    const auto code = ReadNumber<std::uint32_t>(TakeField(text));
-    ArmFault(function.c_str(), nth, code, text == "on" ? FaultMode::FromThenOn : FaultMode::Once);
+    return true;
+}
+
+// The plan that a test gives to a whole process stands before the first call, whichever static object makes it.
+void TakeEnvironment() {
+    static const bool taken = ReadEnvironment();
+    static_cast<void>(taken);
 }
 
 // Tells a sweep where it ends: the calls and the first that failed, a line for each module that has this
@@ -90,20 +101,19 @@ bool FaultsAvailable() {
 }
 
 void ArmFault(const char* function, std::int32_t nth, std::uint32_t code, FaultMode mode) {
-    const std::lock_guard guard(PlanLock());
-    Plan plan{{}, nth, code, mode};
-    std::string_view(function).copy(plan.function.data(), plan.function.size() - 1);
-    CurrentPlan() = plan;
-    armed = true;
+    TakeEnvironment();
+    SetPlan(function, nth, code, mode);
 }
 
 void DisarmFaults() {
+    TakeEnvironment();
     const std::lock_guard guard(PlanLock());
     armed = false;
     mostBytes = 0;
 }
 
 void ArmShortTransfers(std::uint32_t most) {
+    TakeEnvironment();
     mostBytes = most;
 }
 
@@ -113,11 +123,13 @@ std::int32_t FaultCallsSeen() {
 }
 
 std::uint32_t TransferSize(std::uint32_t wanted) noexcept {
+    TakeEnvironment();
     const std::uint32_t most = mostBytes.load(std::memory_order_relaxed);
     return most == 0 ? wanted : std::min(wanted, most);
 }
 
 bool FaultDue(const char* function, CallKind kind) noexcept {
+    TakeEnvironment();
     if (!armed.load(std::memory_order_relaxed)) {
         return false;
     }

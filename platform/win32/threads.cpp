@@ -4,7 +4,7 @@
 
 namespace Platform {
 
-static_assert(sizeof(CriticalSection) == sizeof(CRITICAL_SECTION) &&
+static_assert(sizeof(CriticalSection) >= sizeof(CRITICAL_SECTION) &&
               alignof(CriticalSection) >= alignof(CRITICAL_SECTION));
 
 namespace {
@@ -65,6 +65,14 @@ bool GetExitCodeThread(Handle thread, std::uint32_t& code) {
 
 void SwitchToThread() {
     ::SwitchToThread();
+}
+
+void Sleep(std::uint32_t milliseconds) {
+    ::Sleep(milliseconds);
+}
+
+void YieldProcessor() {
+    __builtin_ia32_pause();
 }
 
 } // namespace Platform

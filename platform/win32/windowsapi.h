@@ -53,6 +53,7 @@
 #undef VerQueryValue
 #undef WriteConsole
 #undef Yield
+#undef YieldProcessor
 
 #include "platform/inc/types.h"
 

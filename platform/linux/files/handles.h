@@ -42,7 +42,7 @@ struct SearchObject : HandleObject {
     std::size_t next = 0;
 };
 
-/// A thread that may have ended: its exit code is shared with it and outlives it.
+/// A thread that may have ended: its exit code is shared with it.
 struct ThreadObject : HandleObject {
     std::shared_ptr<std::atomic<std::uint32_t>> exitCode;
 };

@@ -12,18 +12,14 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <sanitizer/asan_interface.h>
 #include <utility>
 
 namespace Platform {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(PLATFORM_FAULTS)
-// Test builds give every block back at once, so that the sanitizers see the misuse of a freed one.
-constexpr std::int32_t MostWaiting = 0;
-#else
 constexpr std::int32_t MostWaiting = 8; // of each class
-#endif
 
 // Sizes with their links, in classes of an eighth of a power of two: 64, 72, 80 ... 120, 128, 144 ... up to 8 KiB.
 constexpr std::size_t SmallestClass = 64;
@@ -77,12 +73,21 @@ void* TakeRoom(Heap heap, std::size_t bytes) {
     const std::size_t blockClass = ClassOf(bytes);
     WaitingBlocks& waiting = heap->waiting[blockClass];
     if (!waiting.first) {
-        return std::malloc(MostWaiting > 0 ? RoomOf(blockClass) : bytes);
+        return std::malloc(RoomOf(blockClass));
     }
     BlockLink* link = waiting.first;
+    ASAN_UNPOISON_MEMORY_REGION(link, RoomOf(blockClass));
     waiting.first = link->next;
     --waiting.count;
     return link;
+}
+
+// Takes the place of the C library's guard, which stands behind the room of the class. Empty but for AddressSanitizer.
+void HideRoomBehind(const BlockLink* link) {
+    const std::size_t bytes = sizeof(BlockLink) + link->size;
+    if (bytes <= LargestClass) {
+        ASAN_POISON_MEMORY_REGION(reinterpret_cast<const std::byte*>(link) + bytes, RoomOf(ClassOf(bytes)) - bytes);
+    }
 }
 
 void GiveRoom(Heap heap, BlockLink* link) {
@@ -93,6 +98,7 @@ void GiveRoom(Heap heap, BlockLink* link) {
             link->next = waiting.first;
             waiting.first = link;
             ++waiting.count;
+            ASAN_POISON_MEMORY_REGION(link + 1, link->size);
             return;
         }
     }
@@ -144,6 +150,7 @@ void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
     auto* link = new (room) BlockLink{&head, head.next, size};
     head.next->previous = link;
     head.next = link;
+    HideRoomBehind(link);
     return link + 1;
 }
 

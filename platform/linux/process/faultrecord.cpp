@@ -1,6 +1,6 @@
 #include "platform/linux/process/faultrecord.h"
 
-#include <ucontext.h>
+#include "platform/linux/machine.h"
 
 namespace Platform {
 
@@ -11,10 +11,6 @@ constexpr std::uintptr_t AccessWritten = 1;
 constexpr std::uintptr_t AccessExecuted = 8;
 constexpr std::uintptr_t NoAddress = ~std::uintptr_t{0};
 constexpr std::uintptr_t StatusEndOfFile = 0xC0000011; // STATUS_END_OF_FILE
-
-constexpr greg_t PageFaultTrap = 14;
-constexpr greg_t PageFaultWritten = 0x02; // bits of the trap's error code
-constexpr greg_t PageFaultExecuted = 0x10;
 
 std::uint32_t CodeOfArithmetic(int reason) {
     switch (reason) {
@@ -37,30 +33,22 @@ std::uint32_t CodeOfArithmetic(int reason) {
     }
 }
 
-std::uintptr_t AccessOf(const mcontext_t& context) {
-    const greg_t error = context.gregs[REG_ERR];
-    return (error & PageFaultExecuted) != 0  ? AccessExecuted
-           : (error & PageFaultWritten) != 0 ? AccessWritten
-                                             : AccessRead;
-}
-
 // A stack that ends is touched at its pointer or just below it: by a call, or by the first use of a frame.
 bool IsAtStackPointer(std::uintptr_t address, const mcontext_t& context) {
     constexpr std::uintptr_t below = 0x10000;
     constexpr std::uintptr_t above = 0x1000;
-    const auto pointer = static_cast<std::uintptr_t>(context.gregs[REG_RSP]);
+    const std::uintptr_t pointer = StackPointer(context);
     return address + below >= pointer && address < pointer + above;
 }
 
 void DescribeAccess(const siginfo_t& info, const mcontext_t& context, ExceptionRecord& record) {
+    const FaultAccess access = AccessOf(context);
     record.NumberParameters = 2;
-    if (context.gregs[REG_TRAPNO] != PageFaultTrap) {
-        record.ExceptionInformation[0] = AccessRead;
-        record.ExceptionInformation[1] = NoAddress;
-        return;
-    }
-    record.ExceptionInformation[0] = AccessOf(context);
-    record.ExceptionInformation[1] = reinterpret_cast<std::uintptr_t>(info.si_addr);
+    record.ExceptionInformation[0] = access == FaultAccess::Executed  ? AccessExecuted
+                                     : access == FaultAccess::Written ? AccessWritten
+                                                                      : AccessRead;
+    record.ExceptionInformation[1] =
+        access != FaultAccess::Unknown ? reinterpret_cast<std::uintptr_t>(info.si_addr) : NoAddress;
 }
 
 } // namespace
@@ -72,7 +60,7 @@ bool IsFault(const siginfo_t& info) {
 ExceptionRecord DescribeFault(int signal, const siginfo_t& info, const void* machine) {
     const mcontext_t& context = static_cast<const ucontext_t*>(machine)->uc_mcontext;
     ExceptionRecord record{};
-    record.ExceptionAddress = reinterpret_cast<void*>(context.gregs[REG_RIP]); // NOLINT(performance-no-int-to-ptr)
+    record.ExceptionAddress = reinterpret_cast<void*>(InstructionPointer(context)); // NOLINT(performance-no-int-to-ptr)
     if (signal == SIGFPE) {
         record.ExceptionCode = CodeOfArithmetic(info.si_code);
     } else if (signal == SIGILL) {

@@ -4,9 +4,14 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/files/handles.h"
+#include "platform/linux/machine.h"
+#include <cerrno>
+#include <climits>
+#include <ctime>
 #include <new>
 #include <pthread.h>
 #include <sched.h>
+#include <utility>
 
 namespace Platform {
 
@@ -19,11 +24,43 @@ pthread_mutex_t* Native(CriticalSection& section) {
     return reinterpret_cast<pthread_mutex_t*>(section.room);
 }
 
-/// Lives as long as its thread and tells the handles when that ends.
+/// What a thread shares with the handles to it. The value of a key, and no thread-local object: the destructors of
+/// those run in the order of their first use, and the main thread's before the static objects go.
 struct ThreadLife {
     std::shared_ptr<std::atomic<std::uint32_t>> exitCode = std::make_shared<std::atomic<std::uint32_t>>(StillActive);
-    ~ThreadLife() { exitCode->store(0); }
+    int roundsLeft = PTHREAD_DESTRUCTOR_ITERATIONS; // the system goes round the keys of a thread that many times
 };
+
+extern "C" void EndThreadLife(void* value);
+
+pthread_key_t LifeKey() {
+    static const pthread_key_t key = [] {
+        pthread_key_t made{};
+        return pthread_key_create(&made, &EndThreadLife) == 0 ? made : ~pthread_key_t{0};
+    }();
+    return key;
+}
+
+// In the last round alone, for other keys' destructors may ask for the thread's records as well.
+extern "C" void EndThreadLife(void* value) {
+    std::unique_ptr<ThreadLife> life(static_cast<ThreadLife*>(value));
+    if (--life->roundsLeft > 0 && pthread_setspecific(LifeKey(), value) == 0) {
+        static_cast<void>(life.release());
+        return;
+    }
+    life->exitCode->store(0);
+}
+
+// The calling thread's; null with the last error set.
+ThreadLife* OwnLife() {
+    auto* life = static_cast<ThreadLife*>(pthread_getspecific(LifeKey()));
+    if (life) {
+        return life;
+    }
+    auto fresh = std::make_unique<ThreadLife>();
+    const int result = pthread_setspecific(LifeKey(), fresh.get());
+    return result == 0 ? fresh.release() : (Fail(WindowsErrorCode(result)), nullptr);
+}
 
 } // namespace
 
@@ -83,12 +120,12 @@ bool DuplicateHandle(Handle source, Handle& duplicate) {
     if (source != GetCurrentThread()) {
         return Fail(ErrorInvalidHandle);
     }
-    auto* thread = new (std::nothrow) ThreadObject;
+    const ThreadLife* life = OwnLife();
+    auto* thread = life ? new (std::nothrow) ThreadObject : nullptr;
     if (!thread) {
-        return Fail(ErrorNotEnoughMemory);
+        return life ? Fail(ErrorNotEnoughMemory) : false;
     }
-    thread_local const ThreadLife life;
-    thread->exitCode = life.exitCode;
+    thread->exitCode = life->exitCode;
     duplicate = static_cast<HandleObject*>(thread);
     return true;
 }
@@ -102,6 +139,16 @@ bool GetExitCodeThread(Handle thread, std::uint32_t& code) {
 
 void SwitchToThread() {
     sched_yield();
+}
+
+void Sleep(std::uint32_t milliseconds) {
+    timespec rest{milliseconds / 1000, static_cast<long>(milliseconds % 1000) * 1000000};
+    while (nanosleep(&rest, &rest) != 0 && errno == EINTR) {
+    }
+}
+
+void YieldProcessor() {
+    PauseProcessor();
 }
 
 } // namespace Platform

@@ -1,8 +1,10 @@
 #include "foundation/inc/alloc.h"
 
+#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/poison.h"
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/roomybuffer.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <set>
 #include <vector>
@@ -117,6 +119,12 @@ TEST(MemoryExceptionPool, KnowsItsExceptions) {
     EXPECT_TRUE(
         Raised<CInternalError>([&] { ReleaseMemoryException(reinterpret_cast<CMemoryException*>(elsewhere)); }));
     ReleaseMemoryException(nullptr);
+    {
+        CRecordingHandler handler;
+        const CMessageHandlerScope scope(&handler);
+        { const CMemoryException local; }
+        EXPECT_EQ(handler.texts.size(), 1U) << "one outside the pool ends, and is told";
+    }
     const void* const slot = raised.get();
     raised.reset();
     raised = Raised<CMemoryException>([] { GenerateMemoryException(); });
@@ -128,11 +136,14 @@ TEST(CurrentManager, ABlockGoesBackToWhoServedIt) {
     public:
         int out = 0;
         void* Alloc(std::int32_t size) override {
+            if (size > 1000) {
+                return nullptr;
+            }
             ++out;
             return CRuntimeHeapManager::Alloc(size);
         }
         void Free(void* block) override {
-            --out;
+            TSX_ASSERT(--out >= 0, u"f");
             CRuntimeHeapManager::Free(block);
         }
     } counting;
@@ -150,6 +161,7 @@ TEST(CurrentManager, ABlockGoesBackToWhoServedIt) {
     EXPECT_EQ(counting.out, 0);
     FreeToOwnManager(switched);
     EXPECT_EQ(counting.out, 0) << "the runtime heap's block did not come here";
+    EXPECT_TRUE(Raised<CMemoryException>([] { AllocateFromCurrentManager(1000); })) << "a manager that gives null";
 }
 
 TEST(RoomyBuffer, LeavesAndReturnsToTheBuiltInRoom) {

@@ -1,5 +1,7 @@
 #include "foundation/inc/threadobject.h"
 
+#include "foundation/inc/messagehandlers.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
 #include <latch>
 #include <thread>
@@ -71,6 +73,52 @@ TEST(ThreadObject, ANewThreadClearsTheRecordsOfFinishedOnesOfItsFamily) {
     EXPECT_EQ(untouched.RecordCount(), 1) << "another family's first use";
     family.Get();
     EXPECT_EQ(family.RecordCount(), 1) << "only this thread is alive";
+}
+
+TEST(ThreadObject, AThreadLivesUntilItsLastDestructor) {
+    static CProbe<int> family;
+    struct CLate {
+        std::latch* ending = nullptr;
+        std::latch* cleared = nullptr;
+        int* value = nullptr;
+        ~CLate() {
+            ending->count_down();
+            cleared->wait();
+            EXPECT_EQ(family.Find(), value);
+            *value = 2;
+        }
+    };
+    std::latch ending(1);
+    std::latch cleared(1);
+    std::thread other([&] {
+        ending.wait();
+        family.Get();
+        EXPECT_EQ(family.RecordCount(), 2) << "that of the thread that is ending is still there";
+        cleared.count_down();
+    });
+    std::thread([&] {
+        thread_local CLate late; // made before the record, so that it goes after all that the record has made
+        late.ending = &ending;
+        late.cleared = &cleared;
+        late.value = family.Get();
+    }).join();
+    other.join();
+}
+
+TEST(ThreadObject, AThreadThatMustNotThrowHasARecordWithoutItsHandle) {
+    SKIP_WITHOUT_FAULTS();
+    static CProbe<int> family;
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    std::thread([] {
+        ThreadErrorMode.Get()->NoExceptions = true;
+        Platform::ArmFault("DuplicateHandle", 1, 6, Platform::FaultMode::Once);
+        EXPECT_NE(family.Get(), nullptr);
+        Platform::DisarmFaults();
+    }).join();
+    EXPECT_EQ(handler.texts.size(), 1U);
+    EXPECT_FALSE(Raised<CInternalError>([] { family.Get(); })) << "the next thread's first use";
+    EXPECT_EQ(family.RecordCount(), 2);
 }
 
 TEST(ThreadObject, ALaterFamilyGrowsTheArrayAndKeepsTheRest) {

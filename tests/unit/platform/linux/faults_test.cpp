@@ -4,14 +4,20 @@
 #include "foundation/inc/alloc.h"
 #include "foundation/inc/array.h"
 #include "foundation/inc/debugflags.h"
+#include "foundation/inc/leaflock.h"
 #include "foundation/inc/map.h"
+#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/pointerarray.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
+#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <string>
+#include <thread>
 
 using namespace Tsx;
 using Platform::FaultMode;
@@ -149,10 +155,51 @@ TEST_F(Faults, AHeapTellsOfItsLeaks) {
     EXPECT_NE(shown.find(") is not empty."), std::string::npos) << shown;
     Platform::ArmFault("HeapLock", 1, 6, FaultMode::Once);
     EXPECT_TRUE(Raised<CInternalError>([&] { manager.ReportLeaks(); }));
+    SetDebugFlag(DebugShowHeapMemoryLeaks, false);
+    Platform::ArmFault("allocation", 1, Platform::ErrorNotEnoughMemory, FaultMode::FromThenOn);
+    EXPECT_FALSE(Raised<CMemoryException>([&] { manager.ReportLeaks(); })) << "the walk takes no memory";
     Platform::DisarmFaults();
     SetDebugFlag(DebugWalkHeapForLeaks, false);
-    SetDebugFlag(DebugShowHeapMemoryLeaks, false);
     unsetenv("TESSARIX_DEBUG_OUTPUT");
     manager.DestroyHeap();
     EXPECT_FALSE(manager.HasHeap()) << "allowed to take the block along";
+}
+
+// Each failure of a release is told, and what comes behind it is released all the same.
+TEST_F(Faults, NothingLeavesADestructor) {
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope(&handler);
+    Platform::ArmFault("VirtualFree", 1, 8, FaultMode::FromThenOn);
+    {
+        CBlockManager blocks(1024);
+        for (int i = 0; i < 100; ++i) {
+            blocks.AllocBlock();
+        }
+        const CMemoryManagerScope manager(&VirtualMemoryManager);
+        FreeToOwnManager(AllocateFromCurrentManager(10));
+    }
+    EXPECT_EQ(handler.texts.size(), 3U) << "two pages and a block";
+    for (const char* function : {"HeapLock", "HeapDestroy"}) {
+        SetDebugFlag(DebugWalkHeapForLeaks, true);
+        CHeapManager manager;
+        manager.CreateHeap(0, true);
+        manager.Alloc(300);
+        Platform::ArmFault(function, 1, 6, FaultMode::FromThenOn);
+    }
+    SetDebugFlag(DebugWalkHeapForLeaks, false);
+    EXPECT_EQ(handler.texts.size(), 5U);
+}
+
+TEST_F(Faults, WhoeverWaitsForALeafLockSleepsInTheEnd) {
+    CLeafLock lock;
+    lock.Enter();
+    timespec used{};
+    std::thread waiter([&] {
+        const CLeafLockGuard guard(lock);
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    lock.Leave();
+    waiter.join();
+    EXPECT_TRUE(used.tv_sec == 0 && used.tv_nsec < 60'000'000) << used.tv_nsec;
 }
