@@ -1,6 +1,6 @@
 #include "platform/linux/process/faultrecord.h"
 
-#include "platform/linux/machine.h"
+#include "platform/linux/process/machine.h"
 
 namespace Platform {
 

@@ -4,7 +4,7 @@
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/files/handles.h"
-#include "platform/linux/machine.h"
+#include "platform/linux/process/machine.h"
 #include <cerrno>
 #include <climits>
 #include <ctime>

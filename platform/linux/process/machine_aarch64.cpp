@@ -1,4 +1,4 @@
-#include "platform/linux/machine.h"
+#include "platform/linux/process/machine.h"
 
 #include <asm/sigcontext.h>
 #include <cstddef>
