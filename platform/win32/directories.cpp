@@ -13,7 +13,7 @@ void Fill(FindData& data, const WIN32_FIND_DATAW& found) {
     data.creationTime = TimeCount(found.ftCreationTime);
     data.lastAccessTime = TimeCount(found.ftLastAccessTime);
     data.lastWriteTime = TimeCount(found.ftLastWriteTime);
-    data.size = FileSize(found.nFileSizeHigh, found.nFileSizeLow);
+    data.size = JoinWords(found.nFileSizeHigh, found.nFileSizeLow);
     static_assert(sizeof(data.name) == sizeof(found.cFileName));
     std::memcpy(data.name, found.cFileName, sizeof(data.name));
 }

@@ -20,7 +20,7 @@ bool GetFileAttributesEx(const char16_t* path, FileAttributeData& data) {
     data.creationTime = TimeCount(found.ftCreationTime);
     data.lastAccessTime = TimeCount(found.ftLastAccessTime);
     data.lastWriteTime = TimeCount(found.ftLastWriteTime);
-    data.size = FileSize(found.nFileSizeHigh, found.nFileSizeLow);
+    data.size = JoinWords(found.nFileSizeHigh, found.nFileSizeLow);
     return true;
 }
 

@@ -86,7 +86,7 @@ bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* 
     const std::int64_t* const values[] = {creation, lastAccess, lastWrite};
     FILETIME times[3] = {};
     for (int i = 0; i < 3; ++i) {
-        times[i] = values[i] ? FileTime(*values[i]) : FILETIME{};
+        times[i] = values[i] ? NativeTime(*values[i]) : FILETIME{};
     }
     return ::SetFileTime(file, creation ? &times[0] : nullptr, lastAccess ? &times[1] : nullptr,
                          lastWrite ? &times[2] : nullptr) != 0;

@@ -2,21 +2,22 @@
 #pragma once
 
 #include "platform/win32/windowsapi.h"
+#include <bit>
 #include <cstdint>
 
 namespace Platform {
 
-inline std::int64_t TimeCount(const FILETIME& time) {
-    return static_cast<std::int64_t>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+// The two words of a FILETIME lie in memory as the number that they stand for.
+inline std::int64_t TimeCount(FILETIME time) {
+    return std::bit_cast<std::int64_t>(time);
 }
 
-inline FILETIME FileTime(std::int64_t count) {
-    const auto bits = static_cast<std::uint64_t>(count);
-    return {static_cast<DWORD>(bits), static_cast<DWORD>(bits >> 32)};
+inline FILETIME NativeTime(std::int64_t count) {
+    return std::bit_cast<FILETIME>(count);
 }
 
 /// A size or a position from its two words.
-inline std::int64_t FileSize(DWORD high, DWORD low) {
+inline std::int64_t JoinWords(DWORD high, DWORD low) {
     return static_cast<std::int64_t>(std::uint64_t{high} << 32 | low);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/inc/time.h"
 
+#include "platform/win32/filetimes.h"
 #include "platform/win32/windowsapi.h"
 #include <bit>
 #include <cerrno>
@@ -10,19 +11,6 @@ namespace Platform {
 
 static_assert(RangeError == ERANGE);
 
-namespace {
-
-// The two words of a FILETIME lie in memory as the number that they stand for.
-FILETIME Halves(FileTime time) {
-    return std::bit_cast<FILETIME>(time);
-}
-
-FileTime Whole(FILETIME time) {
-    return std::bit_cast<FileTime>(time);
-}
-
-} // namespace
-
 void GetLocalTime(SystemTime& time) {
     SYSTEMTIME now;
     ::GetLocalTime(&now);
@@ -32,7 +20,7 @@ void GetLocalTime(SystemTime& time) {
 FileTime GetSystemTimeAsFileTime() {
     FILETIME now;
     ::GetSystemTimeAsFileTime(&now);
-    return Whole(now);
+    return TimeCount(now);
 }
 
 bool SystemTimeToFileTime(const SystemTime& time, FileTime& result) {
@@ -40,13 +28,13 @@ bool SystemTimeToFileTime(const SystemTime& time, FileTime& result) {
     FILETIME converted;
     const bool success = ::SystemTimeToFileTime(&fields, &converted) != 0;
     if (success) {
-        result = Whole(converted);
+        result = TimeCount(converted);
     }
     return success;
 }
 
 bool FileTimeToSystemTime(FileTime time, SystemTime& result) {
-    const FILETIME given = Halves(time);
+    const FILETIME given = NativeTime(time);
     SYSTEMTIME fields;
     const bool success = ::FileTimeToSystemTime(&given, &fields) != 0;
     if (success) {
@@ -56,21 +44,21 @@ bool FileTimeToSystemTime(FileTime time, SystemTime& result) {
 }
 
 bool LocalFileTimeToFileTime(FileTime time, FileTime& result) {
-    const FILETIME given = Halves(time);
+    const FILETIME given = NativeTime(time);
     FILETIME converted;
     const bool success = ::LocalFileTimeToFileTime(&given, &converted) != 0;
     if (success) {
-        result = Whole(converted);
+        result = TimeCount(converted);
     }
     return success;
 }
 
 bool FileTimeToLocalFileTime(FileTime time, FileTime& result) {
-    const FILETIME given = Halves(time);
+    const FILETIME given = NativeTime(time);
     FILETIME converted;
     const bool success = ::FileTimeToLocalFileTime(&given, &converted) != 0;
     if (success) {
-        result = Whole(converted);
+        result = TimeCount(converted);
     }
     return success;
 }
