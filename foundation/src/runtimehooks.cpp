@@ -1,6 +1,7 @@
 #include "foundation/src/runtimehooks.h"
 
 #include "foundation/inc/lastresort.h"
+#include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"
 #include <atomic>
 #include <exception>
@@ -20,6 +21,16 @@ CHook earlierPureCallHook = nullptr;
 
 void EndUnhandled() {
     EndWithLastResort(UnhandledErrorText);
+}
+
+CHook hookBeforeStatics = nullptr;
+
+void EndStaticStage() {
+    const CThreadErrorMode* mode = ThreadErrorMode.Find();
+    if (!mode || mode->NoExceptions) {
+        EndWithLastResort(NotEnoughMemoryText);
+    }
+    hookBeforeStatics();
 }
 
 // AS DESIGNED: the process ends right after it, without any text.
@@ -46,6 +57,10 @@ void Install(CHook (*set)(CHook), CHook hook, CHook& earlier) {
 }
 
 } // namespace
+
+void InstallStaticStageHook() {
+    hookBeforeStatics = std::set_terminate(&EndStaticStage);
+}
 
 void InstallRuntimeHooks() {
     Install(&std::set_terminate, &EndUnhandled, earlierTerminateHook);

@@ -19,6 +19,7 @@
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/src/classregistry.h"
+#include "foundation/src/runtimehooks.h"
 #include "platform/inc/modules.h"
 
 // 101 is the first priority that programs may use.
@@ -44,7 +45,10 @@ namespace {
 // guard of the program lifts this while it runs.
 class CStaticStage {
 public:
-    CStaticStage() { ThreadErrorMode.Get()->NoExceptions = true; }
+    CStaticStage() {
+        InstallStaticStageHook();
+        ThreadErrorMode.Get()->NoExceptions = true;
+    }
 };
 
 constinit EStringStage stringStage = EStringStage::Before;

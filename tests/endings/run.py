@@ -41,10 +41,6 @@ CASES = (
 LOGS = ((" ON ", True, [OUTER, DOUBLE]), ("banana", True, []), ("1", False, []))
 
 
-# Calls that fail before the first static object of the program stands, where nobody can catch the memory failure.
-EARLY_FAULTS = ("HeapCreate:1:8:once", "VirtualAlloc:1:8:once", "allocation:1:8:on")
-
-
 def text_of(output):
     return output.decode(errors="replace").replace("\r\n", "\n")
 
@@ -66,13 +62,6 @@ def problems_of(case, options):
         yield f"exit code {result.returncode}, expected {wanted}"
     if text_of(result.stdout) != output:
         yield f"shown {text_of(result.stdout)!r}, expected {output!r}"
-
-
-def problems_of_early_fault(fault, options):
-    result = subprocess.run([options.endings, "none"], env={**os.environ, "TESSARIX_FAULT": fault},
-                            stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
-    if result.returncode != -signal.SIGABRT or result.stdout:
-        yield f"exit code {result.returncode}, {result.stdout!r}, {result.stderr[-600:]!r}"
 
 
 def run_with_settings(program, word, root, settings, folder):
@@ -109,11 +98,8 @@ def main():
     parser.add_argument("--static", required=True, help="the program with the static object that fails")
     parser.add_argument("--endings", required=True)
     parser.add_argument("--wine", help="what runs a Windows program")
-    parser.add_argument("--faults", action="store_true", help="the build has the fault hook")
     options = parser.parse_args()
     results = [(case[0], list(problems_of(case, options))) for case in CASES]
-    if options.faults:
-        results += [(f"fault {fault}", list(problems_of_early_fault(fault, options))) for fault in EARLY_FAULTS]
     if not options.wine:
         results += [(f"log {row}", list(problems_of_log(*row, options))) for row in LOGS]
     for name, problems in results:
