@@ -99,8 +99,8 @@ class Native(Place):
         self.copy_program("recording", "corvane", options.client)
         self.copy_program("missing", "corvane")
         self.copy_program("no entry", "corvane", options.no_entry_client)
-        self.copy_program("lacking", "corvane", options.no_entry_client)
-        library = os.path.join(root, "lacking", os.path.basename(options.no_entry_client))
+        self.copy_program("lacking", "corvane", options.client)
+        library = os.path.join(root, "lacking", os.path.basename(options.client))
         with open(library, "r+b") as file:
             content = file.read().replace(b"libc.so.6", b"libX.so.6")
             file.seek(0)
