@@ -14,6 +14,15 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
+// The sanitizers have one of their own, which would not go with the releases below.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* block) noexcept {
     std::free(block);
 }
