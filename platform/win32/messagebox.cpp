@@ -2,6 +2,7 @@
 
 #include "platform/win32/systemlibrary.h"
 #include "platform/win32/windowsapi.h"
+#include <initializer_list>
 
 namespace Platform {
 
