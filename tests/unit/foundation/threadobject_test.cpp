@@ -76,6 +76,7 @@ TEST(ThreadObject, ANewThreadClearsTheRecordsOfFinishedOnesOfItsFamily) {
 }
 
 TEST(ThreadObject, AThreadLivesUntilItsLastDestructor) {
+    SKIP_WITHOUT_FAULTS(); // on Windows a thread that ends holds the loader's lock, and must not wait for another
     static CProbe<int> family;
     struct CLate {
         std::latch* ending = nullptr;
