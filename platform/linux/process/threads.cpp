@@ -28,7 +28,8 @@ pthread_mutex_t* Native(CriticalSection& section) {
 /// those run in the order of their first use, and the main thread's before the static objects go.
 struct ThreadLife {
     std::shared_ptr<std::atomic<std::uint32_t>> exitCode = std::make_shared<std::atomic<std::uint32_t>>(StillActive);
-    int roundsLeft = PTHREAD_DESTRUCTOR_ITERATIONS; // the system goes round the keys of a thread that many times
+    // The system goes round the keys of a thread that many times; in the last one ThreadSanitizer leaves the thread.
+    int roundsLeft = PTHREAD_DESTRUCTOR_ITERATIONS - 1;
 };
 
 extern "C" void EndThreadLife(void* value);
@@ -41,7 +42,7 @@ pthread_key_t LifeKey() {
     return key;
 }
 
-// In the last round alone, for other keys' destructors may ask for the thread's records as well.
+// As late as can be, for other keys' destructors may ask for the thread's records as well.
 extern "C" void EndThreadLife(void* value) {
     std::unique_ptr<ThreadLife> life(static_cast<ThreadLife*>(value));
     if (--life->roundsLeft > 0 && pthread_setspecific(LifeKey(), value) == 0) {
