@@ -1,38 +1,11 @@
-// The lock for a few instructions: string blocks, thread records.
+// The short lock under the foundation's names.
 #pragma once
 
-#include <atomic>
+#include "platform/inc/leaflock.h"
 
 namespace Tsx {
 
-/// Entered for so short a time that waiting by turning is cheaper than the system's help. Whoever waits longer lets
-/// others run, and sleeps in the end: the holder may be of a lower priority and need this processor. Nothing that can
-/// fail, block or take another lock happens inside. Not to be entered again by its holder. Takes no constructor, so
-/// that it serves before the first static object and after the last.
-class CLeafLock {
-public:
-    void Enter() {
-        if (held.exchange(true, std::memory_order_acquire)) {
-            Wait();
-        }
-    }
-    void Leave() { held.store(false, std::memory_order_release); }
-
-private:
-    std::atomic<bool> held{false};
-
-    void Wait();
-};
-
-class CLeafLockGuard {
-public:
-    explicit CLeafLockGuard(CLeafLock& toHold) : lock(toHold) { lock.Enter(); }
-    ~CLeafLockGuard() { lock.Leave(); }
-    CLeafLockGuard(const CLeafLockGuard&) = delete;
-    CLeafLockGuard& operator=(const CLeafLockGuard&) = delete;
-
-private:
-    CLeafLock& lock;
-};
+using CLeafLock = Platform::LeafLock;
+using CLeafLockGuard = Platform::LeafLockGuard;
 
 } // namespace Tsx

@@ -25,6 +25,7 @@ void* HeapAlloc(Heap heap, std::uint32_t flags, std::size_t size) noexcept;
 bool HeapFree(Heap heap, std::uint32_t flags, void* block) noexcept;
 /// The size asked for when the block was allocated; all bits set on failure.
 std::size_t HeapSize(Heap heap, std::uint32_t flags, const void* block);
+/// Keeps other threads from a heap; between the two calls the caller itself asks it for nothing but the walk.
 bool HeapLock(Heap heap);
 bool HeapUnlock(Heap heap);
 

@@ -4,13 +4,12 @@
 #include "platform/inc/memory.h"
 
 #include "platform/inc/lasterror.h"
+#include "platform/inc/leaflock.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
-#include "platform/linux/memory/heapmutex.h"
 #include <bit>
 #include <cstdint>
 #include <cstdlib>
-#include <mutex>
 #include <new>
 #include <sanitizer/asan_interface.h>
 #include <utility>
@@ -55,7 +54,7 @@ struct WaitingBlocks {
 } // namespace
 
 struct HeapObject {
-    HeapMutex lock;
+    LeafLock lock;                         // over the rest
     BlockLink blocks{&blocks, &blocks, 0}; // a ring
     WaitingBlocks waiting[ClassCount];
 };
@@ -66,20 +65,50 @@ BlockLink* LinkOf(void* block) {
     return static_cast<BlockLink*>(block) - 1;
 }
 
-void* TakeRoom(Heap heap, std::size_t bytes) {
+// The room of a block that waits, or null. Under the heap's lock, as the next two.
+void* TakeWaiting(Heap heap, std::size_t bytes) {
     if (bytes > LargestClass) {
-        return std::malloc(bytes);
+        return nullptr;
     }
     const std::size_t blockClass = ClassOf(bytes);
     WaitingBlocks& waiting = heap->waiting[blockClass];
-    if (!waiting.first) {
-        return std::malloc(RoomOf(blockClass));
-    }
     BlockLink* link = waiting.first;
-    ASAN_UNPOISON_MEMORY_REGION(link, RoomOf(blockClass));
-    waiting.first = link->next;
-    --waiting.count;
+    if (link) {
+        ASAN_UNPOISON_MEMORY_REGION(link, RoomOf(blockClass));
+        waiting.first = link->next;
+        --waiting.count;
+    }
     return link;
+}
+
+// False for a block that is not to wait.
+bool LetWait(Heap heap, BlockLink* link) {
+    const std::size_t bytes = sizeof(BlockLink) + link->size;
+    if (bytes > LargestClass) {
+        return false;
+    }
+    WaitingBlocks& waiting = heap->waiting[ClassOf(bytes)];
+    if (waiting.count == MostWaiting) {
+        return false;
+    }
+    link->next = waiting.first;
+    waiting.first = link;
+    ++waiting.count;
+    ASAN_POISON_MEMORY_REGION(link + 1, link->size);
+    return true;
+}
+
+BlockLink* EnterBlock(Heap heap, void* room, std::size_t size) {
+    BlockLink& head = heap->blocks;
+    auto* link = new (room) BlockLink{&head, head.next, size};
+    head.next->previous = link;
+    head.next = link;
+    return link;
+}
+
+// As many bytes as the class has, so that the block can serve all of it later.
+void* NewRoom(std::size_t bytes) {
+    return std::malloc(bytes <= LargestClass ? RoomOf(ClassOf(bytes)) : bytes);
 }
 
 // Takes the place of the C library's guard, which stands behind the room of the class. Empty but for AddressSanitizer.
@@ -88,21 +117,6 @@ void HideRoomBehind(const BlockLink* link) {
     if (bytes <= LargestClass) {
         ASAN_POISON_MEMORY_REGION(reinterpret_cast<const std::byte*>(link) + bytes, RoomOf(ClassOf(bytes)) - bytes);
     }
-}
-
-void GiveRoom(Heap heap, BlockLink* link) {
-    const std::size_t bytes = sizeof(BlockLink) + link->size;
-    if (bytes <= LargestClass) {
-        WaitingBlocks& waiting = heap->waiting[ClassOf(bytes)];
-        if (waiting.count < MostWaiting) {
-            link->next = waiting.first;
-            waiting.first = link;
-            ++waiting.count;
-            ASAN_POISON_MEMORY_REGION(link + 1, link->size);
-            return;
-        }
-    }
-    std::free(link);
 }
 
 } // namespace
@@ -140,16 +154,27 @@ bool HeapDestroy(Heap heap) {
 
 void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
     PLATFORM_ALLOCATION_FAULT(HeapAlloc);
-    const std::lock_guard guard(heap->lock);
-    void* room = size < SIZE_MAX / 2 ? TakeRoom(heap, sizeof(BlockLink) + size) : nullptr;
-    if (!room) {
+    if (size >= SIZE_MAX / 2) {
         SetLastError(ErrorNotEnoughMemory);
         return nullptr;
     }
-    BlockLink& head = heap->blocks;
-    auto* link = new (room) BlockLink{&head, head.next, size};
-    head.next->previous = link;
-    head.next = link;
+    const std::size_t bytes = sizeof(BlockLink) + size;
+    BlockLink* link = nullptr;
+    {
+        const LeafLockGuard guard(heap->lock);
+        if (void* room = TakeWaiting(heap, bytes)) {
+            link = EnterBlock(heap, room, size);
+        }
+    }
+    if (!link) {
+        void* room = NewRoom(bytes);
+        if (!room) {
+            SetLastError(ErrorNotEnoughMemory);
+            return nullptr;
+        }
+        const LeafLockGuard guard(heap->lock);
+        link = EnterBlock(heap, room, size);
+    }
     HideRoomBehind(link);
     return link + 1;
 }
@@ -159,11 +184,15 @@ bool HeapFree(Heap heap, std::uint32_t, void* block) noexcept {
         return true;
     }
     BlockLink* link = LinkOf(block);
+    bool waits = false;
     {
-        const std::lock_guard guard(heap->lock);
+        const LeafLockGuard guard(heap->lock);
         link->previous->next = link->next;
         link->next->previous = link->previous;
-        GiveRoom(heap, link);
+        waits = LetWait(heap, link);
+    }
+    if (!waits) {
+        std::free(link);
     }
     PLATFORM_FAULT(HeapFree, false);
     return true;
@@ -176,13 +205,13 @@ std::size_t HeapSize(Heap, std::uint32_t, const void* block) {
 
 bool HeapLock(Heap heap) {
     PLATFORM_FAULT(HeapLock, false);
-    heap->lock.lock();
+    heap->lock.Enter();
     return true;
 }
 
 bool HeapUnlock(Heap heap) {
     PLATFORM_FAULT(HeapUnlock, false);
-    heap->lock.unlock();
+    heap->lock.Leave();
     return true;
 }
 

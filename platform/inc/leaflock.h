@@ -1,0 +1,38 @@
+// The lock for a few instructions: string blocks, memory exceptions, the heaps of Linux.
+#pragma once
+
+#include <atomic>
+
+namespace Platform {
+
+/// Entered for so short a time that waiting by turning is cheaper than the system's help. Whoever waits longer lets
+/// others run, and sleeps in the end: the holder may be of a lower priority and need this processor. Nothing that can
+/// fail, block or take another lock happens inside. Not to be entered again by its holder. Takes no constructor, so
+/// that it serves before the first static object and after the last.
+class LeafLock {
+public:
+    void Enter() {
+        if (held.exchange(true, std::memory_order_acquire)) {
+            Wait();
+        }
+    }
+    void Leave() { held.store(false, std::memory_order_release); }
+
+private:
+    std::atomic<bool> held{false};
+
+    void Wait();
+};
+
+class LeafLockGuard {
+public:
+    explicit LeafLockGuard(LeafLock& toHold) : lock(toHold) { lock.Enter(); }
+    ~LeafLockGuard() { lock.Leave(); }
+    LeafLockGuard(const LeafLockGuard&) = delete;
+    LeafLockGuard& operator=(const LeafLockGuard&) = delete;
+
+private:
+    LeafLock& lock;
+};
+
+} // namespace Platform
