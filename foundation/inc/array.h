@@ -139,7 +139,7 @@ private:
     /// end of static destruction.
     [[gnu::cold, gnu::noinline]] static T& FailIndex() {
         FailAssertion(ModuleName, __LINE__);
-        alignas(T) static std::byte place[sizeof(T)];
+        alignas(T) static std::byte place[sizeof(T)]; // NOLINT(bugprone-sizeof-expression): elements may be pointers
         if constexpr (std::is_default_constructible_v<T>) {
             static T* spare = nullptr;
             if (spare) {

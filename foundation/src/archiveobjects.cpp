@@ -46,7 +46,7 @@ CUnicodeString CArchive::ReadClassName(std::int32_t marker) {
 void CArchive::WriteObject(IObject* object) {
     const CUnicodeString name = object ? GetNameOfClass(*object) : CUnicodeString();
     WriteClassName(name);
-    if (name.IsEmpty()) {
+    if (!object || name.IsEmpty()) {
         return; // no object, or one whose class has no name, which has been shown
     }
     TSX_REQUIRE(Direction == AD_Store, ModuleName);

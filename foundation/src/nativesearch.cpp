@@ -108,7 +108,13 @@ void SetTimes(const CUnicodeString& path, const std::int64_t* creation, const st
 
 bool ExistsQuietly(const CUnicodeString& path) {
     const CErrorModeScope scope;
-    return CSearch(path).Runs();
+    if (CSearch(path).Runs()) {
+        return true;
+    }
+    if (Platform::GetLastError() == Platform::ErrorNotEnoughMemory) {
+        GenerateMemoryException(); // no answer: the file may well be there
+    }
+    return false;
 }
 
 void CNativeFileSystem::FindFiles(const CUnicodeString& directory, CArray<CFileStatus>& results,
