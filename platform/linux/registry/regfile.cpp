@@ -71,8 +71,9 @@ public:
                 old.push_back(std::move(statement));
             }
         }
-        for (auto statement = old.rbegin(); statement != old.rend(); ++statement) {
-            ReplaceData(*statement, statement->value);
+        std::reverse(old.begin(), old.end()); // a change moves what stands behind it
+        for (const RegistryStatement& statement : old) {
+            ReplaceData(statement, statement.value);
         }
     }
 

@@ -104,11 +104,11 @@ std::uint32_t ReadStore(const Layer& layer, std::string& bytes) {
 
 // Opens the files of a root that are there, the one that lies under all others first.
 std::uint32_t OpenLayers(RegistryRoot root, std::vector<Layer>& layers) {
-    const std::vector<std::string> folders = RegistryFolders(root);
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+    std::vector<std::string> folders = RegistryFolders(root);
+    std::reverse(folders.begin(), folders.end());
+    for (const std::string& folder : folders) {
         Layer layer;
-        const std::uint32_t result =
-            folder->empty() ? ErrorFileNotFound : OpenStore(RegistryFile(*folder, root), layer);
+        const std::uint32_t result = folder.empty() ? ErrorFileNotFound : OpenStore(RegistryFile(folder, root), layer);
         if (result == ErrorSuccess) {
             layers.push_back(std::move(layer));
         } else if (result != ErrorFileNotFound) {
