@@ -4,8 +4,8 @@
 
 namespace Platform {
 
-static_assert(sizeof(CriticalSection) >= sizeof(CRITICAL_SECTION) &&
-              alignof(CriticalSection) >= alignof(CRITICAL_SECTION));
+static_assert(sizeof(CriticalSection) >= sizeof(CRITICAL_SECTION));
+static_assert(alignof(CriticalSection) >= alignof(CRITICAL_SECTION)); // NOLINT(misc-redundant-expression): of two types
 
 namespace {
 
