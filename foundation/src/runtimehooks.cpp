@@ -1,10 +1,10 @@
 #include "foundation/src/runtimehooks.h"
 
-#include "foundation/inc/lastresort.h"
-#include "foundation/inc/threadobject.h"
+#include "foundation/inc/errors.h"
 #include "platform/inc/process.h"
 #include <atomic>
 #include <exception>
+#include <new>
 
 namespace Tsx {
 
@@ -23,14 +23,21 @@ void EndUnhandled() {
     EndWithLastResort(UnhandledErrorText);
 }
 
-CHook hookBeforeStatics = nullptr;
+CHook runtimeHook = nullptr;
 
-void EndStaticStage() {
-    const CThreadErrorMode* mode = ThreadErrorMode.Find();
-    if (!mode || mode->NoExceptions) {
-        EndWithLastResort(NotEnoughMemoryText);
+void EndOutside() {
+    if (!std::current_exception()) {
+        runtimeHook();
     }
-    hookBeforeStatics();
+    try {
+        throw;
+    } catch (const CMemoryException*) {
+        EndWithLastResort(NotEnoughMemoryText);
+    } catch (const std::bad_alloc&) {
+        EndWithLastResort(NotEnoughMemoryText);
+    } catch (...) {
+        runtimeHook();
+    }
 }
 
 // AS DESIGNED: the process ends right after it, without any text.
@@ -58,8 +65,8 @@ void Install(CHook (*set)(CHook), CHook hook, CHook& earlier) {
 
 } // namespace
 
-void InstallStaticStageHook() {
-    hookBeforeStatics = std::set_terminate(&EndStaticStage);
+void InstallOuterHook() {
+    runtimeHook = std::set_terminate(&EndOutside);
 }
 
 void InstallRuntimeHooks() {

@@ -3,9 +3,9 @@
 
 namespace Tsx {
 
-/// For the time before main, where nobody catches: exhausted memory, the one failure that is raised there, ends the
-/// process with its notice. What stood before serves wherever failures may be thrown.
-void InstallStaticStageHook();
+/// For the time before the start of the foundation and after its stop, static construction above all: exhausted memory
+/// that nobody catches ends the process with its notice. Any other failure is left to what stood before.
+void InstallOuterHook();
 
 /// Installs ours: a failure that nobody catches ends the process with a notice (unless FatalNoMessageBox), a call of a
 /// pure virtual function ends it silently.

@@ -46,7 +46,7 @@ namespace {
 class CStaticStage {
 public:
     CStaticStage() {
-        InstallStaticStageHook();
+        InstallOuterHook();
         ThreadErrorMode.Get()->NoExceptions = true;
     }
 };

@@ -80,7 +80,8 @@ class Outcome:
     output: str
     errors: str
     delivered: tuple
-    failed: str  # the function that failed, "none" without a failure
+    failed: str  # the function that failed; empty without a failure
+    calls: int  # that count for the plan, in the module that made most
 
 
 class Bench:
@@ -104,8 +105,9 @@ class Bench:
         process = subprocess.run([program, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL, timeout=LIMIT,
                                  check=False, **(streams or {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}))
         text = lambda data: (data or b"").decode(errors="replace").replace("\r\n", "\n").replace(folder, "")
+        calls = self.calls(folder)
         outcome = Outcome(process.returncode, text(process.stdout), text(process.stderr), self.delivered(folder),
-                          "".join(name for _, name in self.calls(folder) if name != "none"))
+                          "".join(name for _, name in calls if name != "none"), max((int(n) for n, _ in calls), default=0))
         shutil.rmtree(folder)
         return outcome
 
@@ -161,17 +163,6 @@ class Bench:
             lines += [f"{part.get_filename()}: {part.get_payload(decode=True)}" for part in message.walk()]
         return tuple(lines)
 
-    def count_calls(self, scenario, function):
-        """How many calls an undisturbed run makes in each of its modules: the largest number counts."""
-        folder = os.path.join(self.root, "count")
-        program, environment = self.prepare(scenario, folder)
-        words = [self.options.languages if word == "LANGUAGES" else word for word in scenario.words]
-        subprocess.run([program, *words], cwd=folder, env=environment | {"TESSARIX_FAULT": f"{function}:{NEVER}:5:once"},
-                       stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
-        count = max(int(number) for number, _ in self.calls(folder))
-        shutil.rmtree(folder)
-        return count
-
 
 def end_of(scenario, outcome, usual):
     """The name of the end, or None for one that must not be."""
@@ -197,7 +188,7 @@ def sweep(bench, scenario, every):
     plans = [SHORT]
     recorded = usual.delivered and scenario.client != "own"  # by a client that asks for memory too
     for start, (function, code) in enumerate(PLANS[:-1] if recorded else PLANS):
-        count = bench.count_calls(scenario, function)
+        count = bench.run(scenario, f"{function}:{NEVER}:{code}:once").calls
         problems += [] if count > 10 else [f"only {count} calls of {function}"]
         for mode in ("once", "on"):
             plans += [f"{function}:{nth}:{code}:{mode}" for nth in range(1 + start % every, count + 1, every)]

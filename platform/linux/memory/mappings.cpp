@@ -10,7 +10,6 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/files/handles.h"
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -115,12 +114,9 @@ RangeReference TakeRange(std::uint64_t bytes) {
 
 /// Whether a range takes no memory any more.
 bool PunchHole(std::uint64_t start, std::uint64_t bytes) {
-    int result = 0;
-    do {
-        result = fallocate(ThePageFile().descriptor.Get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE,
-                           static_cast<off_t>(start), static_cast<off_t>(bytes));
-    } while (result != 0 && errno == EINTR);
-    return result == 0;
+    constexpr int mode = FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE;
+    const int file = ThePageFile().descriptor.Get();
+    return Retry([&] { return fallocate(file, mode, static_cast<off_t>(start), static_cast<off_t>(bytes)); }) == 0;
 }
 
 /// Makes one of a free range and the one behind it, if they touch.
