@@ -1,45 +1,42 @@
-// What a message carries, a file or bytes: looked at when the message is made, read when it is written. A file is open
-// only while it is read, for a message may carry more files than a process may have open.
+// A file that a message carries: looked at when the draft is made, read when it is written. It is open only while it is
+// read, for a message may carry more files than a process may have open.
 #pragma once
 
-#include "mailsystem/Owners.h"
-#include <memory>
+#include "platform/linux/descriptor.h"
 #include <span>
 #include <string>
 
 namespace MailSystem {
 
+/// What follows the last slash of a native path.
+std::string LastComponent(const std::string& path);
+
 struct Attachment {
-    std::string path;                         // native; of no meaning with bytes
-    std::string name;                         // as the reader sees it; when empty, the last component of the path
-    std::shared_ptr<const std::string> bytes; // null for a file
+    std::string path; // native
+    std::string name; // as the reader sees it; when empty, the last component of the path
 
     /// The name that the reader sees: without folders, in one line of valid UTF-8.
     std::string ShownName() const;
 };
 
-/// Gives an attachment that is a pipe or a device the bytes of it: read to the end, and once in the life of the
-/// process, however many messages carry it. Anything else stays as it is. Raises MailFailure, also for an endless
-/// one (Platform::LargestWithoutLength).
-void ReadWhatHasNoLength(Attachment& attachment);
-
 /// An attachment that is being read.
 class AttachmentReader {
 public:
-    AttachmentReader(const Attachment& source, Descriptor openFile) : attachment(source), file(std::move(openFile)) {}
+    AttachmentReader(std::string filePath, Platform::Descriptor openFile)
+        : path(std::move(filePath)), file(std::move(openFile)) {}
 
     /// Fills `buffer` unless the content ends before; the number of bytes. Raises MailFailure.
     std::size_t Read(std::span<unsigned char> buffer);
+    int Get() const { return file.Get(); }
 
 private:
-    const Attachment& attachment;
-    Descriptor file;
-    std::size_t position = 0; // in the bytes
+    std::string path;
+    Platform::Descriptor file;
 };
 
 class AttachmentFile {
 public:
-    /// Raises MailFailure for what is missing, cannot be read or is neither bytes nor a regular file.
+    /// Raises MailFailure for what is missing, cannot be read or is no regular file.
     explicit AttachmentFile(Attachment source);
 
     std::string Name() const { return attachment.ShownName(); }
@@ -48,7 +45,7 @@ public:
     /// be in base64, is "application/octet-stream".
     const std::string& MediaType() const { return mediaType; }
 
-    /// The content from its start; lives no longer than this object. Raises MailFailure, as the constructor does.
+    /// The content from its start. Raises MailFailure, as the constructor does.
     AttachmentReader Open() const;
 
 private:

@@ -2,14 +2,14 @@
 #pragma once
 
 #include "mailsystem/Draft.h"
-#include <functional>
 
 namespace MailSystem {
 
 enum class EShow { InClient, Nowhere };
 
-/// Saves what `make` gives and says on standard error where, or why not; `make` may raise. The published code of the
-/// Simple side. What becomes of the client doesn't count: the draft is there.
-std::uint32_t Deliver(const std::function<Draft()>& make, EShow show);
+/// Saves the draft, says on standard error where, and opens it in the user's mail client. Raises MailFailure and
+/// std::bad_alloc, and has left nothing then. Once the draft is there nothing is raised, whatever becomes of the
+/// client.
+void Deliver(const Draft& draft, EShow show);
 
 } // namespace MailSystem

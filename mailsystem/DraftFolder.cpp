@@ -1,21 +1,25 @@
 #include "mailsystem/DraftFolder.h"
 
 #include "mailsystem/MailFailure.h"
-#include "mapi/SimpleMapi.h"
+#include "platform/linux/files/folders.h"
+#include "platform/linux/files/transfer.h"
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <filesystem>
+#include <glib.h>
 #include <sys/stat.h>
 
 namespace MailSystem {
 
 namespace {
 
-constexpr mode_t FolderMode = 0700;
-constexpr mode_t FileMode = 0600;
+constexpr std::chrono::days KeptCopies{30};
 
 std::string DataFolder() {
     const char* named = std::getenv("XDG_DATA_HOME");
@@ -24,23 +28,9 @@ std::string DataFolder() {
     }
     const char* home = g_get_home_dir();
     if (!home || *home != '/') {
-        throw MailFailure(Mapi::ErrorFailure, "there is no home folder to keep drafts in");
+        throw OtherFailure("there is no home folder to keep drafts in");
     }
     return std::string(home) + "/.local/share";
-}
-
-void MakeFolder(const std::string& path) {
-    if (mkdir(path.c_str(), FolderMode) == 0 || errno == EEXIST) {
-        return;
-    }
-    const std::size_t separator = path.find_last_of('/');
-    if (errno != ENOENT || separator == 0 || separator == std::string::npos) {
-        throw StorageFailure("cannot make the folder", path, errno);
-    }
-    MakeFolder(path.substr(0, separator));
-    if (mkdir(path.c_str(), FolderMode) != 0 && errno != EEXIST) {
-        throw StorageFailure("cannot make the folder", path, errno);
-    }
 }
 
 // Different at each call in this process.
@@ -52,6 +42,29 @@ std::string NewName() {
     std::array<char, 32> time{};
     std::strftime(time.data(), time.size(), "%Y%m%d-%H%M%S", &local);
     return std::string(time.data()) + "-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+}
+
+// Whether `name` is one of NewName's between these two: the user may keep other things in the folder.
+bool IsOwnName(std::string_view name, std::string_view prefix, std::string_view extension) {
+    if (!name.starts_with(prefix) || !name.ends_with(extension)) {
+        return false;
+    }
+    name.remove_prefix(prefix.size());
+    name.remove_suffix(extension.size());
+    return name.find_first_not_of("0123456789-") == std::string_view::npos &&
+           std::count(name.begin(), name.end(), '-') == 3;
+}
+
+bool IsCopy(const std::filesystem::directory_entry& entry) {
+    const std::string name = entry.path().filename();
+    switch (entry.symlink_status().type()) {
+    case std::filesystem::file_type::directory:
+        return IsOwnName(name, "", ".files") || IsOwnName(name, ".", ".spool");
+    case std::filesystem::file_type::regular:
+        return IsOwnName(name, "", ".copy.eml") || IsOwnName(name, ".", ".part");
+    default:
+        return false;
+    }
 }
 
 // Fails with EEXIST when there is such a file.
@@ -70,16 +83,22 @@ bool RenameToNew(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-// A name lasts through a power failure only when its folder is on the disk too. Not every file system can do that, and
-// the draft is there without it.
+// A name lasts through a power failure only when its folder is on the disk too. Where that fails the draft is there
+// without it.
 void FlushFolder(const std::string& folder) {
-    const Descriptor listing(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (listing.IsOpen()) {
-        static_cast<void>(fsync(listing.Get()));
+    const Platform::Descriptor listing(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (listing) {
+        static_cast<void>(Platform::FlushFolder(listing.Get()));
     }
 }
 
 } // namespace
+
+void MakeFolder(const std::string& path) {
+    if (!Platform::MakeFolders(path)) {
+        throw StorageFailure("cannot make the folder", path, errno);
+    }
+}
 
 std::string DraftFolder() {
     std::string folder = DataFolder() + "/corvane/drafts";
@@ -87,13 +106,35 @@ std::string DraftFolder() {
     return folder;
 }
 
-DraftFile::DraftFile(const std::string& draftFolder) : folder(draftFolder), file(-1) {
+std::string MakeHiddenFolder(const std::string& draftFolder) {
+    for (;;) {
+        std::string path = draftFolder + "/." + NewName() + ".spool";
+        if (mkdir(path.c_str(), FolderMode) == 0) {
+            return path;
+        }
+        if (errno != EEXIST) {
+            throw StorageFailure("cannot make a folder in", draftFolder, errno);
+        }
+    }
+}
+
+void RemoveOldCopies(const std::string& folder) {
+    const auto limit = std::filesystem::file_time_type::clock::now() - KeptCopies;
+    for (const std::filesystem::directory_entry& entry : std::filesystem::directory_iterator(folder)) {
+        if (IsCopy(entry) && entry.last_write_time() < limit) {
+            std::error_code stays;
+            std::filesystem::remove_all(entry.path(), stays);
+        }
+    }
+}
+
+DraftFile::DraftFile(const std::string& draftFolder) : folder(draftFolder) {
     do {
         name = NewName();
         temporaryPath = folder + "/." + name + ".part";
-        file = Descriptor(open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
-    } while (!file.IsOpen() && errno == EEXIST);
-    if (!file.IsOpen()) {
+        file = Platform::Descriptor(open(temporaryPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, FileMode));
+    } while (!file && errno == EEXIST);
+    if (!file) {
         throw StorageFailure("cannot make a file in", folder, errno);
     }
 }
@@ -105,18 +146,13 @@ DraftFile::~DraftFile() {
 }
 
 void DraftFile::Write(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(file.Get(), bytes.data(), bytes.size());
-        if (count >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            throw StorageFailure("cannot write to", folder, errno);
-        }
+    if (Platform::WriteWhole(file.Get(), bytes.data(), bytes.size()) < bytes.size()) {
+        throw StorageFailure("cannot write to", folder, errno);
     }
 }
 
 std::string DraftFile::Keep() {
-    if (fsync(file.Get()) != 0 || !file.Close()) {
+    if (!Platform::Flush(file.Get()) || !file.Close()) {
         throw StorageFailure("cannot write to", folder, errno);
     }
     std::string path = folder + "/" + name + ".eml";

@@ -1,17 +1,32 @@
 // Where drafts are kept, and how a file gets there: whole or not at all, and never over another.
 #pragma once
 
-#include "mailsystem/Owners.h"
+#include "platform/linux/descriptor.h"
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 
 namespace MailSystem {
+
+constexpr mode_t FolderMode = 0700; // what a message says is for the user alone
+constexpr mode_t FileMode = 0600;
 
 /// The folder of the drafts, which is made, for the user alone, when it is missing. Raises MailFailure.
 ///
 ///   XDG_DATA_HOME absolute           $XDG_DATA_HOME/corvane/drafts
 ///   unset, empty or relative         ~/.local/share/corvane/drafts
 std::string DraftFolder();
+
+/// Makes a folder with those on the way to it, for the user alone; one that is there is fine. Raises MailFailure.
+void MakeFolder(const std::string& path);
+
+/// A new hidden folder among the drafts: for what is gone before the draft is seen. Raises MailFailure.
+std::string MakeHiddenFolder(const std::string& draftFolder);
+
+/// Removes from a folder what is older than thirty days: copies that clients were handed (ClientFiles), and what a
+/// killed process has left. Drafts stay, and so does what cannot be removed. Raises std::filesystem::filesystem_error
+/// when the folder cannot be read.
+void RemoveOldCopies(const std::string& folder);
 
 /// A draft that is being written, under a hidden name until it is kept; gone with the object otherwise.
 class DraftFile {
@@ -33,7 +48,7 @@ private:
     std::string folder;
     std::string name; // of the draft, unless another has it by then
     std::string temporaryPath;
-    Descriptor file;
+    Platform::Descriptor file;
     bool kept = false;
 };
 

@@ -13,7 +13,6 @@ namespace MailSystem {
 constexpr std::int32_t ResultNoSupport = static_cast<std::int32_t>(0x80040102);        // MAPI_E_NO_SUPPORT
 constexpr std::int32_t ResultInvalidEntryId = static_cast<std::int32_t>(0x80040107);   // MAPI_E_INVALID_ENTRYID
 constexpr std::int32_t ResultInvalidObject = static_cast<std::int32_t>(0x80040108);    // MAPI_E_INVALID_OBJECT
-constexpr std::int32_t ResultNotEnoughDisk = static_cast<std::int32_t>(0x8004010D);    // MAPI_E_NOT_ENOUGH_DISK
 constexpr std::int32_t ResultNotFound = static_cast<std::int32_t>(0x8004010F);         // MAPI_E_NOT_FOUND
 constexpr std::int32_t ResultInvalidParameter = static_cast<std::int32_t>(0x80070057); // MAPI_E_INVALID_PARAMETER
 
@@ -77,15 +76,16 @@ private:
     T* object = nullptr;
 };
 
+/// Keeps the failure's text for the thread, where COM's callers ask for it (GetErrorInfo); the failure's result.
+std::int32_t FailureResult(const std::exception& failure);
+
 /// The result of `work`, which gives one itself; no exception leaves.
 template <class TWork>
 std::int32_t Guarded(TWork work) {
     try {
         return work();
-    } catch (const std::bad_alloc&) {
-        return Mapi::ResultOutOfMemory;
-    } catch (const std::exception&) {
-        return Mapi::ResultFail;
+    } catch (const std::exception& failure) {
+        return FailureResult(failure);
     }
 }
 

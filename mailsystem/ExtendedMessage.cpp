@@ -14,17 +14,19 @@ constexpr std::uint32_t FlagUnsent = 0x8;  // MSGFLAG_UNSENT
 constexpr std::uint32_t AccessOwn = 0x7;   // MAPI_ACCESS_MODIFY, MAPI_ACCESS_READ and MAPI_ACCESS_DELETE
 constexpr std::uint32_t AllRecipients = 0; // the flags of ModifyRecipients for a list that replaces the one before
 
-// The place of the bracket that the text's last one closes; npos when that is no bracket, or closes nothing.
+// The place of the last bracket that opens outside all others, if the text ends as it closes and every bracket has its
+// other half; npos otherwise.
 std::size_t OpeningBracket(std::string_view text) {
     std::size_t depth = 0;
-    for (std::size_t i = text.ends_with(']') ? text.size() : 0; i-- > 0;) {
-        if (text[i] == ']') {
-            ++depth;
-        } else if (text[i] == '[' && --depth == 0) {
-            return i;
+    std::size_t open = std::string_view::npos;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '[' && depth++ == 0) {
+            open = i;
+        } else if (text[i] == ']' && depth-- == 0) {
+            return std::string_view::npos;
         }
     }
-    return std::string_view::npos;
+    return depth == 0 && text.ends_with(']') ? open : std::string_view::npos;
 }
 
 } // namespace
@@ -38,14 +40,21 @@ Mailbox MailboxOf(std::string_view displayName) {
     return {std::string(displayName.substr(0, open)), WithoutKind(std::string(address))};
 }
 
-std::int32_t AttachObject::SaveChanges(std::uint32_t) {
-    saved = true;
+std::int32_t AttachObject::Set(const SPropValue& property) {
+    if (property.ulPropTag != TagAttachmentData) {
+        return WithProperties::Set(property);
+    }
+    const SBinary& data = property.Value.bin;
+    path = spool->Keep({reinterpret_cast<const char*>(data.lpb), data.cb});
     return Platform::SOk;
 }
 
-Attachment AttachObject::Content() const {
-    std::shared_ptr<const std::string> bytes = properties.Bytes(TagAttachmentData);
-    return {"", properties.Text(TagAttachmentFileName), bytes ? bytes : std::make_shared<const std::string>()};
+std::int32_t AttachObject::SaveChanges(std::uint32_t) {
+    return Guarded([this] {
+        path = path.empty() ? spool->Keep({}) : path;
+        saved = true;
+        return Platform::SOk;
+    });
 }
 
 MessageObject::MessageObject() {
@@ -58,7 +67,7 @@ MessageObject::MessageObject() {
 std::int32_t MessageObject::CreateAttach(const Guid*, std::uint32_t, std::uint32_t* number, IAttach** attachment) {
     *attachment = nullptr;
     return Guarded([&] {
-        auto made = Reference<AttachObject>::Adopt(new AttachObject);
+        auto made = Reference<AttachObject>::Adopt(new AttachObject(spool));
         attachments.emplace_back(made.Get());
         *number = static_cast<std::uint32_t>(attachments.size() - 1);
         made->AddRef();

@@ -2,29 +2,10 @@
 
 #include "mailsystem/Delivery.h"
 #include "mailsystem/ExtendedStore.h"
-#include "mapi/SimpleMapi.h"
 
 using namespace Mapi;
 
 namespace MailSystem {
-
-namespace {
-
-// The failures of a delivery in the codes of this side.
-std::int32_t ResultFor(std::uint32_t code) {
-    switch (code) {
-    case SuccessSuccess:
-        return Platform::SOk;
-    case ErrorDiskFull:
-        return ResultNotEnoughDisk;
-    case ErrorInsufficientMemory:
-        return ResultOutOfMemory;
-    default:
-        return ResultFail;
-    }
-}
-
-} // namespace
 
 std::int32_t AddressBook::ResolveName(WindowParameter, std::uint32_t, TextPointer, ADRLIST* list) {
     return list ? Platform::SOk : ResultInvalidParameter;
@@ -62,7 +43,10 @@ std::int32_t Session::ShowForm(WindowParameter, IMsgStore*, IMAPIFolder*, const 
     if (shown.empty()) {
         return ResultInvalidParameter;
     }
-    return ResultFor(Deliver([&shown] { return shown.mapped()->Content(); }, EShow::InClient));
+    return Guarded([&shown] {
+        Deliver(shown.mapped()->Content(), EShow::InClient);
+        return Platform::SOk;
+    });
 }
 
 } // namespace MailSystem

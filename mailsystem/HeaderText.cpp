@@ -8,6 +8,8 @@ namespace MailSystem {
 
 namespace {
 
+constexpr const char* Specials = "()<>[]:;@\\,.\""; // of RFC 5322
+
 bool BreaksLine(char16_t c) {
     return c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029;
 }
@@ -56,6 +58,14 @@ bool IsDotAtom(std::string_view text) {
            text.back() != '.' && text.find("..") == std::string_view::npos;
 }
 
+// A name, or a literal such as [192.0.2.1] and [IPv6:2001:db8::1].
+bool IsDomain(std::string_view text) {
+    const bool literal = text.size() > 2 && text.front() == '[' && text.back() == ']';
+    return literal ? std::all_of(text.begin() + 1, text.end() - 1,
+                                 [](char c) { return g_ascii_isalnum(c) || c == '.' || c == ':' || c == '-'; })
+                   : IsDotAtom(text);
+}
+
 std::string Quoted(std::string_view text) {
     std::string quoted = "\"";
     for (const char c : text) {
@@ -82,19 +92,24 @@ std::string FieldText(std::string_view text) {
     return line.find("=?") != std::string::npos ? EncodedWords(line) : line;
 }
 
+std::string PhraseSyntax(std::string_view text) {
+    const std::string phrase = OneLine(text);
+    return phrase.find_first_of(Specials) == std::string::npos ? phrase : Quoted(phrase);
+}
+
 std::string AddressSyntax(std::string_view text) {
-    std::string address = Trimmed(OneLine(text));
-    if (address.empty()) {
-        return address;
-    }
-    std::size_t at = address.find_last_of('@');
-    // A domain may be a literal in brackets, with colons in it.
-    if (at != std::string::npos && address.find_first_of("()<>,;\\\" ", at) != std::string::npos) {
-        at = std::string::npos;
+    const std::string address = Trimmed(OneLine(text));
+    const std::size_t at = address.find_last_of('@');
+    if (address.empty() || at == std::string::npos) {
+        const std::string plain = Unquoted(address);
+        return plain.empty() || IsDotAtom(plain) ? plain : Quoted(plain);
     }
     const std::string local = Unquoted(std::string_view(address).substr(0, at));
-    const std::string domain = at == std::string::npos ? "" : address.substr(at);
-    return (IsDotAtom(local) ? local : Quoted(local)) + domain;
+    const std::string domain = address.substr(at + 1);
+    if (local.empty() || !IsDomain(domain)) {
+        return Quoted(address);
+    }
+    return (IsDotAtom(local) ? local : Quoted(local)) + "@" + domain;
 }
 
 } // namespace MailSystem

@@ -19,12 +19,21 @@ std::string OneLine(std::string_view text);
 ///   =?utf-8?q?x?=           encoded here, for GMime and the reader would take it for encoded already
 std::string FieldText(std::string_view text);
 
-/// One address in the syntax of header fields, so that whatever it holds stays one address. Empty for no text.
+/// A display name in the syntax of header fields before they are encoded: in quotes only where it needs them, for some
+/// mail clients take quotes around other letters than ASCII for part of the name.
+///
+///   Jürgen O'Neil           Jürgen O'Neil
+///   Lee, Ann "Q"            "Lee, Ann \"Q\""
+std::string PhraseSyntax(std::string_view text);
+
+/// One address in the syntax of header fields, so that whatever it holds stays one address. Empty for no text. What is
+/// no address is kept whole, as a quoted word without a domain: a mail client shows that, and doesn't send to it.
 ///
 ///   ann@example.org         ann@example.org
 ///   a lee@example.org       "a lee"@example.org
 ///   a@b, <c@d               "a@b, <c"@d
 ///   Ann Lee                 "Ann Lee": left to the mail client's address book
+///   a@b:c, ann@, ""@x       "a@b:c", "ann@", "\"\"@x"
 std::string AddressSyntax(std::string_view text);
 
 } // namespace MailSystem

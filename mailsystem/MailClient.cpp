@@ -1,115 +1,183 @@
 #include "mailsystem/MailClient.h"
 
-#include "mailsystem/MailClientArguments.h"
+#include "mailsystem/ClientFamilies.h"
+#include "mailsystem/DesktopEntry.h"
 #include "mailsystem/MailFailure.h"
-#include <array>
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <stdexcept>
 
 namespace MailSystem {
 
 namespace {
 
-struct KnownClient {
-    const char* mark; // in the name of the client's desktop entry, in lower case
-    const char* program;
-    CommandWords (*makeWords)(const Draft&, const AttachedFiles&);
-};
+constexpr std::chrono::seconds AnswerTime{5};
+constexpr const char* MailtoType = "x-scheme-handler/mailto";
+constexpr const char* MessageType = "message/rfc822";
+constexpr std::string_view SnapEntry = "thunderbird_thunderbird.desktop";
 
-constexpr KnownClient KnownClients[] = {
-    {"thunderbird", "thunderbird", &ThunderbirdWords},
-    {"claws", "claws-mail", &ClawsWords},
-    {"evolution", "evolution", &EvolutionWords},
-};
+std::string WantedClient() {
+    const char* const wanted = std::getenv("CORVANE_MAIL_CLIENT");
+    return wanted ? wanted : "";
+}
 
-const KnownClient* FindClient(const std::string& desktopEntry) {
-    const GlibText lower(g_ascii_strdown(desktopEntry.c_str(), -1));
-    for (const KnownClient& client : KnownClients) {
-        if (std::string_view(lower.get()).find(client.mark) != std::string_view::npos &&
-            IsProgramThere(client.program)) {
-            return &client;
-        }
+// As one word of a shell's line. Nothing here takes memory: there may be none left.
+void PrintQuoted(const std::string& path) {
+    std::fputc('\'', stderr);
+    for (const char c : path) {
+        c == '\'' ? std::fputs("'\\''", stderr) : std::fputc(c, stderr);
     }
-    return nullptr;
+    std::fputc('\'', stderr);
 }
 
-std::string HandlerOf(const char* type) {
-    return OutputOf({"xdg-mime", "query", "default", type});
+void SayHowToOpen(const char* command, const std::string& draftPath) {
+    std::fprintf(stderr, "To open the draft: %s ", command);
+    PrintQuoted(draftPath);
+    std::fputc('\n', stderr);
 }
 
-void MakeFolder(const std::string& path) {
-    if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw StorageFailure("cannot make the folder", path, errno);
-    }
+void SayNotStarted(const char* reason, const std::string& draftPath) {
+    std::fprintf(stderr, "Mail client not started: %s\n", reason);
+    SayHowToOpen("thunderbird", draftPath);
+    SayHowToOpen("mutt -H", draftPath);
+    std::fputs("To set a mail client: xdg-mime default ENTRY.desktop x-scheme-handler/mailto\n", stderr);
 }
 
-void Copy(const Attachment& attachment, const std::string& path) {
-    const AttachmentFile source(attachment);
-    AttachmentReader reader = source.Open();
-    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    std::array<unsigned char, 65536> bytes{};
-    while (const std::size_t count = file.IsOpen() ? reader.Read(bytes) : 0) {
-        for (std::size_t start = 0; start < count;) {
-            const ssize_t written = write(file.Get(), &bytes[start], count - start);
-            if (written < 0 && errno != EINTR) {
-                throw StorageFailure("cannot write to", path, errno);
+DesktopEntry InstalledOf(const ClientFamily& family) {
+    for (const char* type : {MailtoType, MessageType}) {
+        for (const std::string& id : DesktopEntry::IdsFor(type)) {
+            std::optional<DesktopEntry> entry = &FamilyOf(id) == &family ? DesktopEntry::Find(id) : std::nullopt;
+            if (entry) {
+                return std::move(*entry);
             }
-            start += written > 0 ? static_cast<std::size_t>(written) : 0;
         }
     }
-    if (!file.IsOpen() || !file.Close()) {
-        throw StorageFailure("cannot write to", path, errno);
+    throw std::runtime_error(std::string("no entry of ") + family.name + " is installed");
+}
+
+DesktopEntry Named(const std::string& id) {
+    std::optional<DesktopEntry> entry = DesktopEntry::Find(id);
+    entry = entry ? std::move(entry) : DesktopEntry::Find(id + ".desktop");
+    return entry ? std::move(*entry) : throw std::runtime_error("there is no " + id);
+}
+
+DesktopEntry Default() {
+    std::optional<DesktopEntry> entry = DesktopEntry::DefaultFor(MailtoType);
+    return entry ? std::move(*entry) : throw std::runtime_error("none is set for mailto: addresses");
+}
+
+void Start(const CommandWords& command) {
+    if (std::any_of(command.begin(), command.end(), [](const auto& word) { return word.size() > LongestWord; })) {
+        throw std::runtime_error("the message is too long for its command line");
     }
+    StartDetached(command);
 }
 
-std::string FileName(const Attachment& attachment) {
-    const std::string name = attachment.ShownName();
-    return name.empty() || name == "." || name == ".." ? "attachment" : name;
+// A client in a snap sees no hidden folder of the user, and has one of its own.
+std::string SnapFolder() {
+    return std::string(g_get_home_dir()) + "/snap/thunderbird/common/corvane";
 }
 
-// A file under the name that the reader is to see serves as it is; anything else is put down beside the draft, each in
-// a folder of its own, so that two of one name stay apart.
-AttachedFiles FilesOf(const Draft& draft, const std::string& draftPath) {
-    const std::string folder = draftPath.substr(0, draftPath.find_last_of('.')) + ".files";
-    AttachedFiles files;
-    for (const Attachment& attachment : draft.attachments) {
-        if (!attachment.bytes && attachment.path.starts_with('/') &&
-            attachment.path.ends_with("/" + attachment.ShownName())) {
-            files.push_back(attachment.path);
-            continue;
+void OpenDraft(const DesktopEntry& client, const std::string& draftPath) {
+    std::string path = draftPath;
+    if (client.Id() == SnapEntry) {
+        path = SnapFolder() + "/" + LastComponent(draftPath.substr(0, draftPath.find_last_of('.'))) + ".copy.eml";
+        MakeFolder(SnapFolder());
+        LinkOrCopy(draftPath, path);
+    }
+    Start(client.Command({{}, path}));
+}
+
+void OpenWords(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
+               const std::string& draftPath) {
+    ClientFiles files(draftPath);
+    for (const Attachment& attachment : family.takesAttachments ? draft.attachments : std::vector<Attachment>()) {
+        files.Add(attachment);
+    }
+    Start(client.Command({family.words(draft, files), ""}));
+    files.Keep();
+}
+
+// A client that nothing is known of is handed what every one should take. The desktop knows better than the entry how,
+// unless the user has named the entry.
+void OpenInUnknown(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
+                   const std::string& draftPath) {
+    if (!draft.attachments.empty()) {
+        const std::optional<DesktopEntry> reader = DesktopEntry::DefaultFor(MessageType);
+        if (reader && OpensDrafts(FamilyOf(reader->Id()))) {
+            OpenDraft(*reader, draftPath);
+            return;
         }
-        const std::string own = folder + "/" + std::to_string(files.size() + 1);
-        MakeFolder(folder);
-        MakeFolder(own);
-        files.push_back(own + "/" + FileName(attachment));
-        Copy(attachment, files.back());
+        std::fputs("The mail client gets the message without attachments: they are in the draft\n", stderr);
     }
-    return files;
+    if (!WantedClient().empty()) {
+        OpenWords(client, family, draft, draftPath);
+        return;
+    }
+    ClientFiles none(draftPath);
+    CommandWords command = family.words(draft, none);
+    command.insert(command.begin(), "xdg-open");
+    Start(command);
 }
 
-bool OpenInKnownClient(const KnownClient& client, const Draft& draft, const std::string& draftPath) {
+void Open(const Draft& draft, const std::string& draftPath) {
+    const std::string wanted = WantedClient();
+    const ClientFamily* named = wanted.empty() ? nullptr : FamilyNamed(wanted);
+    if (named && named->openDraft && named->byHand) {
+        SayHowToOpen(named->openDraft, draftPath);
+        return;
+    }
+    const DesktopEntry client = named ? InstalledOf(*named) : wanted.empty() ? Default() : Named(wanted);
+    const ClientFamily& family = FamilyOf(client.Id());
+    if (family.byHand) {
+        family.openDraft ? SayHowToOpen(family.openDraft, draftPath)
+                         : SayNotStarted("it cannot be started with a message", draftPath);
+    } else if (OpensDrafts(family)) {
+        OpenDraft(client, draftPath);
+    } else if (family.takesAttachments) {
+        OpenWords(client, family, draft, draftPath);
+    } else {
+        OpenInUnknown(client, family, draft, draftPath);
+    }
+}
+
+void RemoveAllOldCopies(const std::string& draftPath) {
+    for (const std::string& folder : {draftPath.substr(0, draftPath.find_last_of('/')), SnapFolder()}) {
+        try {
+            RemoveOldCopies(folder);
+        } catch (const std::exception&) {
+            // the folder is missing, or not to be read: there is nothing to do
+        }
+    }
+}
+
+void OpenOrSayWhyNot(const Draft& draft, const std::string& draftPath) {
     try {
-        const CommandWords words = client.makeWords(draft, FilesOf(draft, draftPath));
-        return !words.empty() && StartDetached(words);
-    } catch (const MailFailure&) {
-        return false; // the draft itself has all of it
+        Open(draft, draftPath);
+    } catch (const std::exception& failure) {
+        SayNotStarted(ReasonOf(failure), draftPath);
     }
+    RemoveAllOldCopies(draftPath);
 }
 
 } // namespace
 
-void OpenInMailClient(const Draft& draft, const std::string& draftPath) {
-    const char* wanted = std::getenv("CORVANE_MAIL_CLIENT");
+// In a process apart: the desktop's folders and programs may hang, and GLib ends a process whose memory is exhausted.
+void OpenInMailClient(const Draft& draft, const std::string& draftPath) noexcept {
+    const char* const wanted = std::getenv("CORVANE_MAIL_CLIENT");
     if (wanted && std::string_view(wanted) == "draft") {
         return;
     }
-    const KnownClient* client = FindClient(HandlerOf("x-scheme-handler/mailto"));
-    if (client && OpenInKnownClient(*client, draft, draftPath)) {
-        return;
-    }
-    if (!HandlerOf("message/rfc822").empty()) {
-        static_cast<void>(StartDetached({"xdg-open", draftPath}));
+    switch (DoApart([&] { OpenOrSayWhyNot(draft, draftPath); }, AnswerTime)) {
+    case EWorkEnd::Done:
+        break;
+    case EWorkEnd::Broken:
+        SayNotStarted("the memory is exhausted", draftPath);
+        break;
+    case EWorkEnd::TimedOut:
+        SayNotStarted("the desktop does not answer", draftPath);
+        break;
     }
 }
 

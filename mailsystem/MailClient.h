@@ -5,10 +5,16 @@
 
 namespace MailSystem {
 
-/// Opens the draft, which is at `draftPath`, in the user's mail client, and doesn't wait for it. A client that takes a
-/// message on its command line gets it there, its attachments as files beside the draft that stay too. Any other gets
-/// the draft itself, if the desktop knows someone for it. Nothing happens when there is no one, nor with the variable
-/// CORVANE_MAIL_CLIENT at "draft".
-void OpenInMailClient(const Draft& draft, const std::string& draftPath);
+/// Opens the draft, which is at `draftPath`, in the user's mail client, and doesn't wait for that. What
+/// CORVANE_MAIL_CLIENT says decides:
+///
+///   unset, empty          the default that the desktop has for mailto: addresses
+///   draft                 nothing is opened
+///   a family's name       an installed client of that family (ClientFamilies)
+///   a desktop entry's id  that one
+///
+/// Says on standard error why nothing could be opened, and what to do then. A desktop that doesn't answer costs five
+/// seconds. The attachments' files must be there until this returns.
+void OpenInMailClient(const Draft& draft, const std::string& draftPath) noexcept;
 
 } // namespace MailSystem

@@ -1,18 +1,16 @@
 #include "mailsystem/ProgramStart.h"
 
 #include "mailsystem/Owners.h"
-#include <array>
-#include <chrono>
+#include "platform/linux/descriptor.h"
 #include <csignal>
+#include <fcntl.h>
 #include <poll.h>
+#include <stdexcept>
 #include <sys/wait.h>
 
 namespace MailSystem {
 
 namespace {
-
-constexpr std::chrono::seconds AnswerTime{5};
-constexpr std::size_t LongestAnswer = 4096;
 
 // In the new process, before the program: only what is safe after a fork.
 void BecomeIndependent(void*) {
@@ -23,59 +21,80 @@ void BecomeIndependent(void*) {
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-// GLib forks twice unless the child is asked for, closes what is open and tells when the program cannot be run.
-bool Spawn(const CommandWords& words, unsigned flags, GPid* child, int* output) {
+std::vector<char*> ArgumentsOf(const CommandWords& words) {
     std::vector<char*> arguments;
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str())); // GLib doesn't write to them
     }
     arguments.push_back(nullptr);
-    const auto all = static_cast<GSpawnFlags>(flags | G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL);
-    return g_spawn_async_with_pipes(nullptr, arguments.data(), nullptr, all, &BecomeIndependent, nullptr, child,
-                                    nullptr, output, nullptr, nullptr) != FALSE;
+    return arguments;
 }
 
-std::string ReadAnswer(const Descriptor& output) {
-    const auto end = std::chrono::steady_clock::now() + AnswerTime;
-    std::string answer;
-    std::array<char, 512> piece{};
-    while (answer.size() < LongestAnswer) {
+// Whether the other end wrote a byte before it was closed.
+EWorkEnd WaitForByte(int pipeEnd, std::chrono::milliseconds most) {
+    const auto end = std::chrono::steady_clock::now() + most;
+    pollfd wanted{pipeEnd, POLLIN, 0};
+    int ready = -1;
+    do {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()).count();
-        pollfd wanted{output.Get(), POLLIN, 0};
-        const int ready = left > 0 ? poll(&wanted, 1, static_cast<int>(left)) : 0;
-        const ssize_t count = ready > 0 ? read(output.Get(), piece.data(), piece.size()) : ready;
-        if (count > 0) {
-            answer.append(piece.data(), static_cast<std::size_t>(count));
-        } else if (count == 0 || errno != EINTR) {
-            break;
-        }
+        ready = left > 0 ? poll(&wanted, 1, static_cast<int>(left)) : 0;
+    } while (ready < 0 && errno == EINTR);
+    char byte = 0;
+    if (ready == 0) {
+        return EWorkEnd::TimedOut;
     }
-    return answer;
+    return Platform::Retry([&] { return read(pipeEnd, &byte, 1); }) == 1 ? EWorkEnd::Done : EWorkEnd::Broken;
 }
 
 } // namespace
 
-bool IsProgramThere(const char* name) {
-    return GlibText(g_find_program_in_path(name)) != nullptr;
-}
-
-bool StartDetached(const CommandWords& words) {
-    return Spawn(words, G_SPAWN_STDOUT_TO_DEV_NULL, nullptr, nullptr);
+void StartDetached(const CommandWords& words) {
+    constexpr auto flags =
+        static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
+    // GLib forks twice, as nobody asks for the child, closes what is open and tells when the program cannot be run.
+    GError* error = nullptr;
+    if (!g_spawn_async(nullptr, ArgumentsOf(words).data(), nullptr, flags, &BecomeIndependent, nullptr, nullptr,
+                       &error)) {
+        const std::unique_ptr<GError, Releaser<&g_error_free>> owner(error);
+        throw std::runtime_error(error->message);
+    }
 }
 
 std::string OutputOf(const CommandWords& words) {
-    GPid child = 0;
-    int pipeEnd = -1;
-    if (!Spawn(words, G_SPAWN_DO_NOT_REAP_CHILD, &child, &pipeEnd)) {
+    constexpr auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL);
+    char* output = nullptr;
+    if (!g_spawn_sync(nullptr, ArgumentsOf(words).data(), nullptr, flags, nullptr, nullptr, &output, nullptr, nullptr,
+                      nullptr)) {
         return {};
     }
-    const Descriptor output(pipeEnd);
-    std::string answer = ReadAnswer(output);
-    kill(-child, SIGKILL); // with all that it started; of no effect when it has ended by itself
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    return g_strstrip(GlibText(output).get());
+}
+
+EWorkEnd DoApart(const std::function<void()>& work, std::chrono::milliseconds most) noexcept {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        return EWorkEnd::Broken;
     }
-    const std::size_t first = answer.find_first_not_of(" \t\r\n");
-    return first == std::string::npos ? "" : answer.substr(first, answer.find_last_not_of(" \t\r\n") - first + 1);
+    const Platform::Descriptor readEnd(ends[0]);
+    Platform::Descriptor writeEnd(ends[1]);
+    const pid_t child = fork();
+    if (child == 0) {
+        static_cast<void>(setpgid(0, 0)); // for what it starts and waits for
+        work();
+        static_cast<void>(!write(writeEnd.Get(), "", 1));
+        _exit(0); // the parent's clean-up and unwritten output are not this one's
+    }
+    writeEnd.Close();
+    if (child < 0) {
+        return EWorkEnd::Broken;
+    }
+    const EWorkEnd end = WaitForByte(readEnd.Get(), most);
+    if (end == EWorkEnd::TimedOut) {
+        kill(-child, SIGKILL);
+        kill(child, SIGKILL); // if it has not come to have a group of its own
+    }
+    static_cast<void>(Platform::Retry([child] { return waitpid(child, nullptr, 0); }));
+    return end;
 }
 
 } // namespace MailSystem

@@ -52,17 +52,12 @@ void PropertyBag::SetText(std::uint32_t tag, std::u16string text) {
 }
 
 void PropertyBag::SetBytes(std::uint32_t tag, std::string bytes) {
-    values[tag].bytes = std::make_shared<const std::string>(std::move(bytes));
+    values[tag].bytes = std::move(bytes);
 }
 
 std::string PropertyBag::Text(std::uint32_t tag) const {
     const Value* value = Find(tag);
     return value ? Platform::Utf8Text(value->text) : std::string();
-}
-
-std::shared_ptr<const std::string> PropertyBag::Bytes(std::uint32_t tag) const {
-    const Value* value = Find(tag);
-    return value ? value->bytes : nullptr;
 }
 
 std::int32_t PropertyBag::Get(const SPropTagArray& tags, SPropValue** result) const {
@@ -99,7 +94,7 @@ std::size_t PropertyBag::Size(std::uint32_t tag, const Value& value) {
     case TypeText:
         return (value.text.size() + 1) * sizeof(char16_t);
     case TypeBytes:
-        return Even(value.bytes->size());
+        return Even(value.bytes.size());
     default:
         return 0;
     }
@@ -112,8 +107,8 @@ void PropertyBag::Fill(SPropValue& property, const Value& value, char*& place) {
         property.Value.lpszW = static_cast<char16_t*>(std::memcpy(place, value.text.c_str(), size));
         break;
     case TypeBytes:
-        property.Value.bin = {static_cast<std::uint32_t>(value.bytes->size()), reinterpret_cast<std::uint8_t*>(place)};
-        value.bytes->copy(place, value.bytes->size());
+        property.Value.bin = {static_cast<std::uint32_t>(value.bytes.size()), reinterpret_cast<std::uint8_t*>(place)};
+        value.bytes.copy(place, value.bytes.size());
         break;
     case TypeBoolean:
         property.Value.b = value.number != 0;

@@ -3,7 +3,6 @@
 
 #include "mailsystem/ExtendedBase.h"
 #include <map>
-#include <memory>
 #include <string>
 
 namespace MailSystem {
@@ -18,8 +17,6 @@ public:
 
     /// The text in UTF-8; empty if there is none.
     std::string Text(std::uint32_t tag) const;
-    /// Null if there are none.
-    std::shared_ptr<const std::string> Bytes(std::uint32_t tag) const;
 
     /// The tags' values in one block of AllocateBuffer, in the order of the tags; an error in place of each that is
     /// missing, and a warning as the result then.
@@ -29,7 +26,7 @@ private:
     struct Value {
         std::uint32_t number = 0;
         std::u16string text;
-        std::shared_ptr<const std::string> bytes;
+        std::string bytes;
     };
     std::map<std::uint32_t, Value> values;
 
@@ -58,7 +55,7 @@ public:
         return Guarded([&] {
             std::int32_t result = Platform::SOk;
             for (std::uint32_t i = 0; i < count && result >= 0; ++i) {
-                result = properties.Set(values[i]);
+                result = Set(values[i]);
             }
             return result;
         });
@@ -66,6 +63,9 @@ public:
 
 protected:
     PropertyBag properties;
+
+    /// For an object that keeps a property elsewhere.
+    virtual std::int32_t Set(const Mapi::SPropValue& property) { return properties.Set(property); }
 };
 
 } // namespace MailSystem

@@ -1,11 +1,13 @@
 // MAPISendMail for this system: the message becomes a draft that the user finds among the others. Nothing is sent.
 
+#include "mailsystem/AttachmentSpool.h"
 #include "mailsystem/Delivery.h"
 #include "mailsystem/MailFailure.h"
 #include "mapi/SimpleMapi.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/text/nativetext.h"
 #include <cerrno>
+#include <cstdio>
 #include <span>
 #include <string_view>
 
@@ -34,7 +36,7 @@ std::string WithoutFolders(const std::string& name) {
     return name.substr(name.find_last_of("\\/") + 1); // npos + 1 is 0: the whole name
 }
 
-Draft DraftOf(const MapiMessage& message) {
+Draft DraftOf(const MapiMessage& message, AttachmentSpool& spool) {
     Draft draft;
     draft.subject = Text(message.lpszSubject);
     draft.body = Text(message.lpszNoteText);
@@ -45,11 +47,15 @@ Draft DraftOf(const MapiMessage& message) {
         draft.ListFor(record.ulRecipClass).push_back(MailboxOf(record));
     }
     for (const MapiFileDesc& record : std::span(message.lpFiles, message.lpFiles ? message.nFileCount : 0)) {
-        draft.attachments.push_back(
-            {NativePath(Text(record.lpszPathName)), WithoutFolders(Text(record.lpszFileName)), nullptr});
-        ReadWhatHasNoLength(draft.attachments.back());
+        const std::string path = NativePath(Text(record.lpszPathName));
+        const std::string name = WithoutFolders(Text(record.lpszFileName));
+        draft.attachments.push_back({spool.KeepIfWithoutLength(path), name.empty() ? LastComponent(path) : name});
     }
     return draft;
+}
+
+const MapiMessage& Required(const MapiMessage* message) {
+    return message ? *message : throw OtherFailure("there is no message");
 }
 
 } // namespace
@@ -61,9 +67,12 @@ Draft DraftOf(const MapiMessage& message) {
 extern "C" PLATFORM_EXPORT std::uint32_t MAPISendMail(std::uintptr_t, std::uintptr_t, MapiMessage* message,
                                                       std::uint32_t flags, std::uint32_t) {
     using namespace MailSystem;
-    return Deliver(
-        [message] {
-            return message ? DraftOf(*message) : throw MailFailure(Mapi::ErrorFailure, "there is no message");
-        },
-        (flags & Mapi::FlagDialog) != 0 ? EShow::InClient : EShow::Nowhere);
+    try {
+        AttachmentSpool spool;
+        Deliver(DraftOf(Required(message), spool), (flags & Mapi::FlagDialog) != 0 ? EShow::InClient : EShow::Nowhere);
+        return Mapi::SuccessSuccess;
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "Draft not saved: %s\n", ReasonOf(failure));
+        return CodeOf(failure).simple;
+    }
 }

@@ -2,6 +2,7 @@
 
 #include "platform/inc/memory.h"
 #include "platform/linux/faulthook.h"
+#include "platform/linux/modules/loadedmodules.h"
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -28,6 +29,12 @@ struct ThreadErrorInfo {
 
 thread_local ThreadErrorInfo threadErrorInfo;
 
+// There is no COM library that all modules share. One that has failures of its own exports the function itself.
+std::int32_t GetErrorInfoOfLibrary(IErrorInfo*& info) {
+    const auto ask = reinterpret_cast<std::int32_t (*)(std::uint32_t, IErrorInfo**)>(FindExport("GetErrorInfo"));
+    return ask ? ask(0, &info) : SFalse;
+}
+
 } // namespace
 
 std::int32_t GetErrorInfo(std::uint32_t reserved, IErrorInfo*& info) {
@@ -35,7 +42,7 @@ std::int32_t GetErrorInfo(std::uint32_t reserved, IErrorInfo*& info) {
     info = nullptr;
     PLATFORM_FAULT(GetErrorInfo, EUnexpected);
     info = std::exchange(threadErrorInfo.info, nullptr);
-    return info ? SOk : SFalse;
+    return info ? SOk : GetErrorInfoOfLibrary(info);
 }
 
 std::int32_t SetErrorInfo(std::uint32_t reserved, IErrorInfo* info) {

@@ -9,4 +9,7 @@ namespace Platform {
 /// asked about. Null is the program itself.
 bool IsLoaded(Module module);
 
+/// The function of that name that some loaded module exports, whoever loaded it; null if none does.
+void* FindExport(const char* name);
+
 } // namespace Platform

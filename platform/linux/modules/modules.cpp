@@ -128,22 +128,46 @@ Module FindLoaded(const char16_t* name) {
 
 } // namespace
 
-bool IsLoaded(Module module) {
-    struct Search {
-        const void* wanted;
+namespace {
+
+// Hands the loader's modules to `visit`, the program first, until it returns true; whether it did.
+template <class TVisit>
+bool AnyModule(TVisit visit) {
+    struct Walk {
+        TVisit& visit;
         bool found;
-    } search{module, module == nullptr};
+    } walk{visit, false};
     // The loader counts its modules under its lock; only the first call is needed, and its list stands still meanwhile.
     dl_iterate_phdr(
         [](dl_phdr_info*, std::size_t, void* data) {
-            auto& wanted = *static_cast<Search*>(data);
-            for (const link_map* map = _r_debug.r_map; map && !wanted.found; map = map->l_next) {
-                wanted.found = map == wanted.wanted;
+            auto& going = *static_cast<Walk*>(data);
+            for (const link_map* map = _r_debug.r_map; map && !going.found; map = map->l_next) {
+                going.found = going.visit(map);
             }
             return 1;
         },
-        &search);
-    return search.found;
+        &walk);
+    return walk.found;
+}
+
+} // namespace
+
+bool IsLoaded(Module module) {
+    return !module || AnyModule([module](const link_map* map) { return map == static_cast<const void*>(module); });
+}
+
+void* FindExport(const char* name) {
+    void* function = nullptr;
+    // By its file: an entry of the loader's list is not a handle for every module (the kernel's own is none).
+    AnyModule([&](const link_map* map) {
+        void* const module = *map->l_name == '/' ? dlopen(map->l_name, RTLD_NOW | RTLD_NOLOAD) : nullptr;
+        if (module) {
+            function = dlsym(module, name);
+            dlclose(module); // whoever loaded it still holds it
+        }
+        return function != nullptr;
+    });
+    return function;
 }
 
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {

@@ -1,0 +1,51 @@
+#include "mailsystem/ClientFamilies.h"
+
+namespace MailSystem {
+
+namespace {
+
+// The first mark that an id has decides. Each client's words were tried with the client itself (./dev clients).
+constexpr ClientFamily Families[] = {
+    {"thunderbird", {"thunderbird", "betterbird"}, nullptr, true, false, "thunderbird"},
+    {"evolution", {"evolution"}, &MailtoWithAttachments, true, false, nullptr},
+    {"geary", {"geary"}, &MailtoWithAttachments, true, false, nullptr},
+    {"kmail", {"kmail"}, &ComposerOptions, true, false, nullptr},
+    {"claws", {"claws"}, &ComposeWithFiles, true, false, nullptr},
+    {"sylpheed", {"sylpheed"}, &ComposeWithFiles, true, false, nullptr},
+    {"neomutt", {"neomutt"}, nullptr, true, true, "neomutt -H"},
+    {"mutt", {"mutt"}, nullptr, true, true, "mutt -H"},
+    {"balsa", {"balsa"}, nullptr, false, true, nullptr}, // crashes when it is started with a message
+    {"", {""}, &MailtoWords, false, false, nullptr},
+};
+
+bool HasMark(const ClientFamily& family, std::string_view id) {
+    for (const char* mark : family.marks) {
+        if (mark && id.find(mark) != std::string_view::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+const ClientFamily& FamilyOf(const std::string& entryId) {
+    const GlibText id(g_ascii_strdown(entryId.c_str(), -1));
+    for (const ClientFamily& family : Families) {
+        if (HasMark(family, id.get())) {
+            return family;
+        }
+    }
+    return *std::rbegin(Families);
+}
+
+const ClientFamily* FamilyNamed(std::string_view name) {
+    for (const ClientFamily& family : Families) {
+        if (name == family.name) {
+            return &family;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace MailSystem
