@@ -26,15 +26,25 @@ ObjectPointer<GMimeMessage> NewMessage() {
     return ObjectPointer<GMimeMessage>(g_mime_message_new(TRUE));
 }
 
+// An address has no place where its line may be broken. What is longer than a line is shown as a name, which may be
+// encoded and folded, with an address that no mail client sends to.
+ObjectPointer<InternetAddress> MakeAddress(const std::string& name, const std::string& address) {
+    constexpr std::size_t mostBytes = 900; // of the 998 that a line may have
+    if (address.size() > mostBytes) {
+        const std::string whole = name.empty() ? address : name + " <" + address + ">";
+        return ObjectPointer<InternetAddress>(internet_address_mailbox_new(whole.c_str(), "\"too long\""));
+    }
+    return ObjectPointer<InternetAddress>(
+        internet_address_mailbox_new(name.empty() ? nullptr : name.c_str(), address.c_str()));
+}
+
 void AddMailbox(GMimeMessage* message, GMimeAddressType type, const Mailbox& mailbox) {
     const bool nameOnly = AddressSyntax(mailbox.address).empty();
     const std::string address = AddressSyntax(nameOnly ? mailbox.name : mailbox.address);
     if (address.empty()) {
         return;
     }
-    const std::string name = nameOnly ? "" : FieldText(mailbox.name);
-    const ObjectPointer<InternetAddress> entry(
-        internet_address_mailbox_new(name.empty() ? nullptr : name.c_str(), address.c_str()));
+    const ObjectPointer<InternetAddress> entry = MakeAddress(nameOnly ? "" : FieldText(mailbox.name), address);
     internet_address_set_charset(entry.get(), Charset);
     internet_address_list_add(g_mime_message_get_addresses(message, type), entry.get());
 }
