@@ -20,8 +20,9 @@ std::string GuessType(const std::string& name, std::span<const unsigned char> he
     const GlibText type(g_content_type_guess(name.c_str(), head.empty() ? nullptr : head.data(), head.size(), nullptr));
     const GlibText mime(type ? g_content_type_get_mime_type(type.get()) : nullptr);
     const std::string_view found = mime ? mime.get() : UnknownType;
-    const bool composite = found.starts_with("message/") || found.starts_with("multipart/");
-    return std::string(composite || found.find('/') == std::string_view::npos ? UnknownType : found);
+    const bool changeable =
+        found.starts_with("message/") || found.starts_with("multipart/") || found.starts_with("text/");
+    return std::string(changeable || found.find('/') == std::string_view::npos ? UnknownType : found);
 }
 
 // A file's own name tells what it is, whatever name the reader sees. One without an extension, as a file of ours has

@@ -41,8 +41,9 @@ public:
 
     std::string Name() const { return attachment.ShownName(); }
 
-    /// The media type, from the name and the first bytes. What it knows no better, and every type whose content may not
-    /// be in base64, is "application/octet-stream".
+    /// The media type, from the name and the first bytes. "application/octet-stream" for what is not known better, for
+    /// types whose content may not be in base64, and for every text: a client that sends a draft on may write a text
+    /// anew, in another charset or with other line ends (mutt 2.2 does both), and never other bytes.
     const std::string& MediaType() const { return mediaType; }
 
     /// The content from its start. Raises MailFailure, as the constructor does.

@@ -39,21 +39,24 @@ std::optional<DesktopEntry> DesktopEntry::Find(const std::string& id) {
     return DesktopEntry(std::move(info), id);
 }
 
-std::optional<DesktopEntry> DesktopEntry::DefaultFor(const char* mediaType) {
+std::string DesktopEntry::DefaultFor(const char* mediaType) {
     if (GlibText(g_find_program_in_path("xdg-mime"))) {
-        const std::string id = OutputOf({"xdg-mime", "query", "default", mediaType});
-        return id.empty() ? std::nullopt : Find(id);
+        return OutputOf({"xdg-mime", "query", "default", mediaType});
     }
-    const ObjectPointer<GAppInfo> info(g_app_info_get_default_for_type(mediaType, FALSE));
-    return info ? Find(g_app_info_get_id(info.get())) : std::nullopt;
+    const ObjectPointer<GAppInfo> entry(g_app_info_get_default_for_type(mediaType, FALSE));
+    return entry ? g_app_info_get_id(entry.get()) : "";
 }
 
 std::vector<std::string> DesktopEntry::IdsFor(const char* mediaType) {
+    // By the entries themselves: the index of media types is missing where nobody has made it.
     std::vector<std::string> ids;
-    GList* const all = g_app_info_get_all_for_type(mediaType);
+    GList* const all = g_app_info_get_all();
     for (const GList* place = all; place; place = place->next) {
-        const char* const id = g_app_info_get_id(static_cast<GAppInfo*>(place->data));
-        ids.emplace_back(id ? id : "");
+        auto* const entry = static_cast<GAppInfo*>(place->data);
+        const char** const types = g_app_info_get_supported_types(entry);
+        if (types && g_strv_contains(types, mediaType)) {
+            ids.emplace_back(g_app_info_get_id(entry));
+        }
     }
     g_list_free_full(all, &g_object_unref);
     return ids;

@@ -19,9 +19,10 @@ public:
     /// The entry of that id, such as "thunderbird.desktop". None when there is no such entry, or its program is not
     /// installed.
     static std::optional<DesktopEntry> Find(const std::string& id);
-    /// The entry that `xdg-mime` names for a media type; without that program, the one that GIO does.
-    static std::optional<DesktopEntry> DefaultFor(const char* mediaType);
-    /// The ids of all that declare the media type, the preferred ones first.
+    /// The id of the entry that `xdg-mime` names for a media type, or GIO where there is no such program; empty for
+    /// none.
+    static std::string DefaultFor(const char* mediaType);
+    /// The ids of all entries that declare the media type, in no order.
     static std::vector<std::string> IdsFor(const char* mediaType);
 
     const std::string& Id() const { return id; }

@@ -44,27 +44,26 @@ void SayNotStarted(const char* reason, const std::string& draftPath) {
     std::fputs("To set a mail client: xdg-mime default ENTRY.desktop x-scheme-handler/mailto\n", stderr);
 }
 
+DesktopEntry Required(const std::string& id) {
+    std::optional<DesktopEntry> entry = DesktopEntry::Find(id);
+    return entry ? std::move(*entry)
+                 : throw std::runtime_error(id + " cannot be used: it or its program is missing, or damaged");
+}
+
 DesktopEntry InstalledOf(const ClientFamily& family) {
     for (const char* type : {MailtoType, MessageType}) {
         for (const std::string& id : DesktopEntry::IdsFor(type)) {
-            std::optional<DesktopEntry> entry = &FamilyOf(id) == &family ? DesktopEntry::Find(id) : std::nullopt;
-            if (entry) {
-                return std::move(*entry);
+            if (&FamilyOf(id) == &family) {
+                return Required(id);
             }
         }
     }
     throw std::runtime_error(std::string("no entry of ") + family.name + " is installed");
 }
 
-DesktopEntry Named(const std::string& id) {
-    std::optional<DesktopEntry> entry = DesktopEntry::Find(id);
-    entry = entry ? std::move(entry) : DesktopEntry::Find(id + ".desktop");
-    return entry ? std::move(*entry) : throw std::runtime_error("there is no " + id);
-}
-
 DesktopEntry Default() {
-    std::optional<DesktopEntry> entry = DesktopEntry::DefaultFor(MailtoType);
-    return entry ? std::move(*entry) : throw std::runtime_error("none is set for mailto: addresses");
+    const std::string id = DesktopEntry::DefaultFor(MailtoType);
+    return !id.empty() ? Required(id) : throw std::runtime_error("none is set for mailto: addresses");
 }
 
 void Start(const CommandWords& command) {
@@ -104,9 +103,9 @@ void OpenWords(const DesktopEntry& client, const ClientFamily& family, const Dra
 void OpenInUnknown(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
                    const std::string& draftPath) {
     if (!draft.attachments.empty()) {
-        const std::optional<DesktopEntry> reader = DesktopEntry::DefaultFor(MessageType);
-        if (reader && OpensDrafts(FamilyOf(reader->Id()))) {
-            OpenDraft(*reader, draftPath);
+        const std::string reader = DesktopEntry::DefaultFor(MessageType);
+        if (OpensDrafts(FamilyOf(reader))) {
+            OpenDraft(Required(reader), draftPath);
             return;
         }
         std::fputs("The mail client gets the message without attachments: they are in the draft\n", stderr);
@@ -128,7 +127,7 @@ void Open(const Draft& draft, const std::string& draftPath) {
         SayHowToOpen(named->openDraft, draftPath);
         return;
     }
-    const DesktopEntry client = named ? InstalledOf(*named) : wanted.empty() ? Default() : Named(wanted);
+    const DesktopEntry client = named ? InstalledOf(*named) : wanted.empty() ? Default() : Required(wanted);
     const ClientFamily& family = FamilyOf(client.Id());
     if (family.byHand) {
         family.openDraft ? SayHowToOpen(family.openDraft, draftPath)
