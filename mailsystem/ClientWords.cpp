@@ -1,6 +1,7 @@
 #include "mailsystem/ClientWords.h"
 
 #include "mailsystem/HeaderText.h"
+#include <cstring>
 #include <utility>
 
 namespace MailSystem {
@@ -89,9 +90,9 @@ CommandWords ComposerOptions(const Draft& draft, ClientFiles& files) {
     add("--cc=", AddressList(draft.cc));
     add("--bcc=", AddressList(draft.bcc));
     add("--subject=", OneLine(draft.subject));
-    const std::string body = "--body=" + ValidText(draft.body);
-    add(body.size() > LongestWord ? "--msg=" : "",
-        body.size() > LongestWord ? files.AddText("body", draft.body) : body);
+    const std::string body = ValidText(draft.body);
+    const bool fits = std::strlen("--body=") + body.size() <= LongestWord;
+    add(fits ? "--body=" : "--msg=", fits ? body : files.AddText("body", body));
     for (const std::string& path : files.Attachments()) {
         add("--attach=", path);
     }

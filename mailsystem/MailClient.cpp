@@ -172,7 +172,7 @@ void OpenInMailClient(const Draft& draft, const std::string& draftPath) noexcept
     case EWorkEnd::Done:
         break;
     case EWorkEnd::Broken:
-        SayNotStarted("the memory is exhausted", draftPath);
+        SayNotStarted("there is no memory or no process left for it", draftPath);
         break;
     case EWorkEnd::TimedOut:
         SayNotStarted("the desktop does not answer", draftPath);
