@@ -9,10 +9,16 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
-find_program(CCACHE_PROGRAM ccache)
-if(CCACHE_PROGRAM)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(CCACHE_PROGRAM ccache)
+    if(CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+    endif()
 endif()
+
+# Position-independent executables, where the linker knows them.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
 
 add_library(corvane_settings INTERFACE)
 target_include_directories(corvane_settings INTERFACE ${PROJECT_SOURCE_DIR})
@@ -33,13 +39,42 @@ endif()
 if(WIN32)
     # dllexport is all that the executable's four functions and its marker need on Windows.
     target_compile_definitions(corvane_settings INTERFACE "PLATFORM_EXPORT=__attribute__((dllexport))")
-    target_link_options(corvane_settings INTERFACE
-        -static -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
+    target_link_options(corvane_settings INTERFACE -static)
     target_link_libraries(corvane_settings INTERFACE pthread)
 else()
     target_compile_definitions(corvane_settings INTERFACE
         "PLATFORM_EXPORT=__attribute__((visibility(\"default\")))")
-    target_link_options(corvane_settings INTERFACE -Wl,-z,relro,-z,now)
+endif()
+
+# Two builds of one commit are the same bytes, wherever they are made.
+target_compile_options(corvane_settings INTERFACE
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+
+include(CheckCXXCompilerFlag)
+# protection(FLAG): with a flag that not every processor or compiler knows.
+function(protection flag)
+    string(MAKE_C_IDENTIFIER "HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    if(${known})
+        target_compile_options(corvane_settings INTERFACE ${flag})
+    endif()
+endfunction()
+
+if(CORVANE_HARDENING AND WIN32)
+    # This clang makes no Control Flow Guard tables for mingw, and its stack protector needs a library of the run-time.
+    target_link_options(corvane_settings INTERFACE
+        -Wl,--dynamicbase,--high-entropy-va,--nxcompat,--no-insert-timestamp)
+elseif(CORVANE_HARDENING)
+    target_link_options(corvane_settings INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
+    if(NOT CORVANE_SANITIZERS)
+        protection(-fstack-protector-strong)
+        protection(-fstack-clash-protection)
+        protection(-fcf-protection)
+        # It checks calls whose sizes the optimiser knows.
+        target_compile_options(corvane_settings INTERFACE
+            $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
+            $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+    endif()
 endif()
 
 # The product's code tells the fuzzer which branches an input took.

@@ -47,7 +47,5 @@ function(resource_library target name folder rows)
     # the same names for clashes.
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions> -fno-sanitize=all)
     target_link_options(${target} PRIVATE -fno-sanitize=all)
-    if(CMAKE_BUILD_TYPE STREQUAL "Release")
-        target_link_options(${target} PRIVATE -s -static-libgcc -static-libstdc++)
-    endif()
+    shipped_binary(${target}) # as a translator would ship it
 endfunction()

@@ -7,6 +7,7 @@ set(triple x86_64-w64-mingw32)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_CXX_COMPILER_TARGET ${triple})
 set(CMAKE_RC_COMPILER ${triple}-windres)
+set(CMAKE_OBJCOPY ${triple}-objcopy CACHE FILEPATH "")
 set(CMAKE_AR ${triple}-ar CACHE FILEPATH "")
 set(CMAKE_RANLIB ${triple}-ranlib CACHE FILEPATH "")
 

@@ -1,0 +1,57 @@
+#!/usr/bin/env python3
+"""usage: hardening.py OBJDUMP READELF FILE...
+
+Whether the protections that the build asks for are in the files that it made.
+"""
+
+import re
+import subprocess
+import sys
+
+# IMAGE_DLLCHARACTERISTICS_...: HIGH_ENTROPY_VA, DYNAMIC_BASE, NX_COMPAT
+WANTED_ON_WINDOWS = 0x20 | 0x40 | 0x100
+
+
+def output(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+
+
+def windows_faults(objdump, file):
+    header = output(objdump, "-p", file)
+    found = int(re.search(r"DllCharacteristics\s+([0-9a-f]+)", header).group(1), 16)
+    if found & WANTED_ON_WINDOWS != WANTED_ON_WINDOWS:
+        yield f"DllCharacteristics {found:#x} lack some of {WANTED_ON_WINDOWS:#x}"
+    if not re.search(r"Time/Date\s+Thu Jan +1 00:00:00 1970", header) and "reproducible" not in header:
+        yield "a time stamp: " + re.search(r"Time/Date.*", header).group(0)
+
+
+def linux_faults(objdump, readelf, file):
+    headers, dynamic = output(readelf, "-hlW", file), output(readelf, "-dW", file)
+    symbols, code = output(readelf, "--dyn-syms", "-W", file), output(objdump, "-d", "--no-show-raw-insn", file)
+    flags = re.findall(r"\(FLAGS(?:_1)?\)\s+(?:Flags: )?(.*)", dynamic)
+    wanted = ["NOW"] + (["PIE"] if ".so" not in file else [])
+    for fault, absent in [
+        ("not position-independent", not re.search(r"Type:\s+DYN", headers)),
+        ("no " + " or ".join(wanted), not all(any(flag in line for line in flags) for flag in wanted)),
+        ("no read-only relocations", "GNU_RELRO" not in headers),
+        ("executable stack", not re.search(r"GNU_STACK.* RW +0x", headers)),
+        ("a segment to be written and run", re.search(r"LOAD.* RWE ", headers)),
+        ("no stack protector", "__stack_chk_fail" not in symbols),
+        ("no checked calls", not re.search(r"__\w+_chk(@| |$)", symbols)),
+        ("no marks for indirect branches", "Machine:                           Advanced Micro Devices X86-64" in headers
+         and code.count("endbr64") < 100),
+    ]:
+        if absent:
+            yield fault
+
+
+def main():
+    objdump, readelf, *files = sys.argv[1:]
+    faults = [f"{file}: {fault}" for file in files for fault in
+              (windows_faults(objdump, file) if file.endswith(".exe") else linux_faults(objdump, readelf, file))]
+    print("\n".join(faults))
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
