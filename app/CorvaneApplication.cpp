@@ -61,7 +61,7 @@ void CCorvaneApplication::AddAttachment(const CUnicodeString& value) {
     CNamedAddress attachment;
     SplitAddress(value, attachment.Name, attachment.Address);
     if (FileSystem::GetFileSystem(attachment.Address).DirectoryExists(attachment.Address)) {
-        // A search finds no folder by a closing separator: it would be left out as if it were missing.
+        // No search finds a folder under a path with a closing separator: the folder would pass for a missing file.
         FileSystem::RemoveTrailingSlash(attachment.Address);
     }
     if (attachment.Name.IsEmpty()) {
@@ -90,8 +90,8 @@ void CCorvaneApplication::RunExtendedRoute() {
 }
 
 void CCorvaneApplication::RunSimpleRoute() {
-    // AS DESIGNED: each attachment that exists adds the whole list, missing ones included, and not just itself. With n
-    // attachments of which k exist the mail client gets k times all n; with one attachment that is what one expects.
+    // AS DESIGNED: each attachment that exists adds the whole list, missing ones included, and not only itself: with n
+    // attachments of which k exist, the MAPI library gets k times all n.
     CArray<CNamedAddress> list;
     for (const CNamedAddress& attachment : Attachments) {
         if (FileExists(attachment.Address)) {

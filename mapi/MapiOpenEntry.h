@@ -1,4 +1,4 @@
-// Opening an object by its identifier.
+// Opening an object of the MAPI library by its identifier, for MapiSession.cpp and MapiStore.cpp.
 #pragma once
 
 #include "mapi/FaultCleanup.h"
@@ -6,8 +6,8 @@
 
 namespace Mapi {
 
-/// Opens for changes, through a store or a session. AS DESIGNED: what kind of object the client says that it opened is
-/// not looked at; the identifier came from a place that has only one kind.
+/// Opens for changes, through a store or a session. AS DESIGNED: the type that the call reports is not checked; the
+/// identifier comes from a place that has objects of one type only.
 template <class T, class TOpener>
 void OpenEntry(TOpener* opener, std::uint32_t size, ENTRYID* entryId, CInterface<T>& opened) {
     std::uint32_t type = 0;

@@ -1,4 +1,4 @@
-// The language that Outlook was installed with. The registry says in one place where in another it is told.
+// The language that Outlook was installed with. One registry value names the subkey and the value that hold it.
 #include "mapi/ProviderSearch.h"
 
 #include <optional>
@@ -7,7 +7,7 @@ namespace Mapi {
 
 namespace {
 
-/// One place that says where the language is told, and the order of the two keys in which that is looked for.
+/// One value that names the place, and the order in which the two keys are searched for that place.
 struct Attempt {
     const char16_t* value;
     std::uint32_t root;
@@ -32,7 +32,7 @@ std::optional<std::uint32_t> ReadNumber(const CSearchKey& key, const char16_t* n
     return number;
 }
 
-// AS DESIGNED: both keys are the user's, whichever root names the place in them.
+// AS DESIGNED: both keys are under HKEY_CURRENT_USER, also for a client entry under HKEY_LOCAL_MACHINE.
 std::optional<std::uint32_t> TryAttempt(const Attempt& attempt, const CSearchKey& policy, const CSearchKey& software) {
     const CSearchKey client(attempt.root, u"Software\\Clients\\Mail\\Microsoft Outlook");
     if (!client) {

@@ -39,8 +39,8 @@ void CSimpleMapiMessage::AddOriginator(const CUnicodeString& originator) {
     message.lpOriginator = originators.Data();
 }
 
-// AS DESIGNED: a bare address gives no recipient, though it could well stand as its own name; the user then fills in
-// the To line. The other route of delivery uses the address.
+// AS DESIGNED: a recipient without a name is left out, although its address alone would do; the user then fills in the
+// To line. The Extended route takes the address.
 void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnicodeString& name) {
     if (name.IsEmpty()) {
         return;
@@ -50,7 +50,7 @@ void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnic
     record.lpszAddress = AddNarrow(address);
     record.lpszName = AddNarrow(name);
     message.lpRecips = recipients.Data();
-    message.nRecipCount = 1;
+    message.nRecipCount = static_cast<std::uint32_t>(recipients.Size());
 }
 
 void CSimpleMapiMessage::AddFiles(const CArray<CNamedAddress>& attachments) {

@@ -2,7 +2,7 @@
 // that goes astray is written down, and fails.
 #pragma once
 
-#include "mapi/MapiUnusedSlots.h"
+#include "mailsystem/MapiUnusedSlots.h"
 #include "tests/mailclient/extended/ledger.h"
 
 namespace Unused {
