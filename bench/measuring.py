@@ -1,4 +1,4 @@
-"""What the measuring scripts share: the mail clients of the end-to-end suites, and one timed run."""
+"""What the measuring scripts share: the MAPI libraries of the end-to-end suites, and one timed run."""
 
 import argparse
 import os

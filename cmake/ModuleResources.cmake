@@ -7,9 +7,10 @@ function(module_resources target rows version script)
     target_link_libraries(${target} PRIVATE corvane_settings)
     if(WIN32)
         target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/${script})
-        target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+        # The manifest is in the build folder.
+        target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
         # The resource compiler tells nobody what it has read.
-        foreach(file ${rows} ${version} app/res/version.h app/res/module.rc app/res/corvane.manifest)
+        foreach(file ${rows} ${version} app/res/version.h app/res/module.rc app/res/corvane.manifest.in)
             set_property(SOURCE ${PROJECT_SOURCE_DIR}/${script} APPEND PROPERTY OBJECT_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
         endforeach()
     else()
@@ -17,6 +18,16 @@ function(module_resources target rows version script)
     endif()
     module_resources_define(${target} RESOURCE_MESSAGES ${rows})
     module_resources_define(${target} RESOURCE_VERSION ${version})
+    project_version_define(${target})
+endfunction()
+
+# The four numbers of project(VERSION), which stands nowhere else.
+function(project_version_define target)
+    target_compile_definitions(${target} PRIVATE
+        RESOURCE_FILE_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+        RESOURCE_FILE_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+        RESOURCE_FILE_VERSION_PATCH=${PROJECT_VERSION_PATCH}
+        RESOURCE_FILE_VERSION_BUILD=${PROJECT_VERSION_TWEAK})
 endfunction()
 
 # A macro that stands for a quoted text. The resource compiler's preprocessor is started by a shell of its own, which takes one pair of

@@ -1,4 +1,4 @@
-"""The table of cases: what a user types, and what the program prints, hands to the mail client and ends with.
+"""The table of cases: what a user types, and what the program prints, hands to the MAPI library and ends with.
 
 Words are given as they are to arrive in the program, whatever quotes the system needs for that. Where the systems
 differ, the reason stands beside the row.
@@ -22,7 +22,7 @@ class Case:
     output: object = ""  # text or pattern
     files: dict = dataclasses.field(default_factory=dict)  # name (folders included) -> content
     line: str = None  # the Windows command line behind the program, in place of the words
-    answer: str = None  # what the client is told to answer
+    answer: str = None  # what the MAPI library is told to answer
     given: bytes = b""  # to the native program, through a pipe that is its standard input
     settings: dict = dataclasses.field(default_factory=dict)  # environment variables
     mail: str = "recording"
@@ -181,7 +181,7 @@ def deliveries(place):
         yield Case(f"the first of two deliveries answers {answer}", two, [Mail("A", "a", result=code), Mail("B", "b")],
                    answer=f"{answer},success")
     yield Case("every delivery fails", two, [Mail("A", "a", result=2), Mail("B", "b", result=2)], answer="2")
-    yield Case("the client crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], limit=90, code=CRASHED,
+    yield Case("the MAPI library crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], limit=90, code=CRASHED,
                # Wine's debugger reports on standard output.
                answer="success,crash", output=re.compile("(?s).*") if place.windows else "")
     # Each system's own text for the code, which brings its own line end.

@@ -63,7 +63,7 @@ SCENARIOS = (
     Scenario("Simple route", (ANN, "-r:Bo <bo@example.org>", "-a:one.txt", "-a:none.txt")),
     Scenario("Extended route", (ANN, "-s:Hello", "-a:one.txt", "-a:two.txt"), "extended"),
     Scenario("a draft", (ANN, "-s:Hello", "-a:one.txt"), "own"),
-    Scenario("a crash in the client", (ANN,), "extended", script="IMAPISession::ShowForm=read"),
+    Scenario("a crash in the library", (ANN,), "extended", script="IMAPISession::ShowForm=read"),
     Scenario("the log", (ANN,), settings=(("HKEY_LOCAL_MACHINE", "WriteMessageLog"),)),
     Scenario("lists of messages", (ANN,), settings=(("HKEY_CURRENT_USER", "SaveAllMessages"),
                                                     ("HKEY_CURRENT_USER", "SaveUndefinedMessages"))),
@@ -100,7 +100,7 @@ class Bench:
         elif fault:
             environment["TESSARIX_FAULT"] = fault
             if scenario.client == "extended" and fault.endswith(":on"):
-                environment["ASAN_OPTIONS"] = "detect_leaks=0"  # the client's memory: its own entry would give it back
+                environment["ASAN_OPTIONS"] = "detect_leaks=0"  # the library's memory: its own entry would give it back
         words = [self.options.languages if word == "LANGUAGES" else word for word in scenario.words]
         process = subprocess.run([program, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL, timeout=LIMIT,
                                  check=False, **(streams or {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}))
@@ -151,7 +151,7 @@ class Bench:
             return [line.split() for line in file]
 
     def delivered(self, folder):
-        """What the client was handed: the lines that it noted, and the drafts in words."""
+        """What the library was handed: the lines that it noted, and the drafts in words."""
         lines = []
         if os.path.exists(os.path.join(folder, "transcript")):
             with open(os.path.join(folder, "transcript"), encoding="utf-8") as file:

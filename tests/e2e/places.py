@@ -1,6 +1,6 @@
 """The two systems on which the program is run: natively, and as a Windows program under Wine.
 
-A place keeps copies of the program, each in a folder where it finds another mail system:
+A place keeps copies of the program, each in a folder where it finds another MAPI library:
 
     recording    the recording client
     missing      no MAPI library at all

@@ -1,4 +1,4 @@
-// The Simple side of the recording mail client: the one entry of a MAPI library that the program asks for. It writes
+// The Simple side of the recording MAPI library: the one entry that the Simple route asks for. It writes
 // down all that it is handed, shows nothing and answers as it is told.
 #include "mapi/SimpleMapi.h"
 #include "platform/inc/faults.h"

@@ -1,5 +1,5 @@
-// The text file in which the recording mail client tells what it was handed: UTF-8, one value a line, in the order of
-// the calls. It knows nothing of the messages themselves, so that every interface of the client can record through it.
+// The text file in which a recording MAPI library notes what it was handed: UTF-8, one value a line, in the order of
+// the calls. It knows nothing of messages, so that both sides can record through it.
 #pragma once
 
 #include <cstddef>

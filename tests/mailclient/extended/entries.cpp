@@ -1,4 +1,4 @@
-// The exported functions of the Extended side of the recording mail client.
+// The exported functions of the Extended side of the recording MAPI library.
 #include "platform/inc/faults.h"
 #include "platform/inc/ole.h"
 #include "tests/mailclient/extended/objects.h"

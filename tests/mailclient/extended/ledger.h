@@ -1,4 +1,4 @@
-// The books of the Extended side: each call as one line of the transcript, and all that the client has given out and
+// The books of the Extended side: each call as one line of the transcript, and all that the library has given out and
 // not got back.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The objects of the Extended side: just enough of a mail client for one delivery, each call written down. Folders,
+// The objects of the Extended side: just enough of a MAPI library for one delivery, each call written down. Folders,
 // stores and messages have no content; what is put into them is in the transcript.
 #pragma once
 

@@ -1,4 +1,4 @@
-// What the Extended side of the recording mail client does at a call, as environment variables tell. Without any it is
+// What the Extended side of the recording MAPI library does at a call, as environment variables tell. Without any it is
 // a client that does all that it is asked.
 #pragma once
 

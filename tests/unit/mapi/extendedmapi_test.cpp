@@ -1,4 +1,4 @@
-// The Extended route against the recording mail client, in one process with it.
+// The Extended route against the recording MAPI library, in one process with it.
 #include "mapi/ExtendedMapi.h"
 
 #include "platform/inc/faults.h"
@@ -13,7 +13,7 @@ using namespace Mapi;
 
 namespace {
 
-/// The client, under a name that the search takes from among what the process has loaded; stays to the end.
+/// The recording library, under a name that the search finds among the loaded ones; it stays loaded to the end.
 class CClient {
 public:
     CClient() : module(Platform::LoadLibraryEx(CLIENT_LIBRARY, 0)) {}
@@ -103,7 +103,7 @@ TEST(ExtendedMapi, TheContextIsFilledOnceAndEmptiedByTheSend) {
     EXPECT_EQ(Client().ThingsOut(), 0U);
 }
 
-// Whatever of ours fails on the way (memory, a file, a text): the client gets back all that it gave.
+// Whatever of ours fails on the way (memory, a file, a text): the library gets back all that it gave.
 TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
     SKIP_WITHOUT_FAULTS();
     ASSERT_TRUE(Client().IsLoaded());

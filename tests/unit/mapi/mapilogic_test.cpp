@@ -1,4 +1,4 @@
-// What the Extended route decides without the mail system: which store, which names, what is read from records.
+// What the Extended route decides without a MAPI library: which store, which names, what is read from records.
 #include "mapi/AttachmentContent.h"
 #include "mapi/FaultCleanup.h"
 #include "mapi/MapiAddressList.h"
