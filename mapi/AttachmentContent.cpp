@@ -11,8 +11,8 @@ CFileBytes ReadWholeFile(CBaseFile& file) {
     constexpr std::int32_t leastBuffer = 8; // bytes, also for an empty file
     const std::int32_t size = file.GetLength32();
     CFileBytes bytes;
-    bytes.block.reset(static_cast<std::uint8_t*>(AllocateFromCurrentManager(std::max(size, leastBuffer))));
-    if (file.Read(bytes.block.get(), size) != size) {
+    bytes.buffer.reset(static_cast<std::uint8_t*>(AllocateFromCurrentManager(std::max(size, leastBuffer))));
+    if (file.Read(bytes.buffer.get(), size) != size) {
         GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
     }
     bytes.length = static_cast<std::uint32_t>(size);

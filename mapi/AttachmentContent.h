@@ -15,10 +15,10 @@ struct CFileBytes {
     };
 
     std::uint32_t length = 0;
-    std::unique_ptr<std::uint8_t, CBlockDeleter> block;
+    std::unique_ptr<std::uint8_t, CBlockDeleter> buffer;
 
     /// Null and 0 for an empty file.
-    SBinary Data() const { return {length, length > 0 ? block.get() : nullptr}; }
+    SBinary Data() const { return {length, length > 0 ? buffer.get() : nullptr}; }
 };
 
 /// Reads a file in one call. The length is asked for once: bytes that the file gains after that stay out, and a file

@@ -136,7 +136,7 @@ TEST(Resources, ALibraryServesItsOwn) {
     Platform::FixedFileInfo fixed{};
     ASSERT_TRUE(version.GetFixedInfo(fixed));
     EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
-    EXPECT_EQ(fixed.dwFileVersionMS, 0x00050000U);
+    EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
     EXPECT_TRUE(Platform::FreeLibrary(library));
 }
 
