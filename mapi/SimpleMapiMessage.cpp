@@ -16,7 +16,7 @@ CSimpleMapiMessage::CSimpleMapiMessage(const CUnicodeString& subject, const CArr
     message.lpszSubject = AddNarrowUnlessEmpty(subject);
     message.lpszNoteText = AddNarrowUnlessEmpty(body);
     AddOriginator(originator);
-    AddRecipient(address, name);
+    AddRecipient(address, name, Mapi::RecipientClassTo);
     AddFiles(attachments);
 }
 
@@ -41,12 +41,13 @@ void CSimpleMapiMessage::AddOriginator(const CUnicodeString& originator) {
 
 // AS DESIGNED: a recipient without a name is left out, although its address alone would do; the user then fills in the
 // To line. The Extended route takes the address.
-void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnicodeString& name) {
+void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnicodeString& name,
+                                      std::uint32_t recipientClass) {
     if (name.IsEmpty()) {
         return;
     }
     MapiRecipDesc& record = recipients.Append({});
-    record.ulRecipClass = Mapi::RecipientClassTo;
+    record.ulRecipClass = recipientClass;
     record.lpszAddress = AddNarrow(address);
     record.lpszName = AddNarrow(name);
     message.lpRecips = recipients.Data();

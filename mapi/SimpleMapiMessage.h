@@ -35,6 +35,7 @@ private:
     char* AddNarrow(const Tsx::CUnicodeString& text);
     char* AddNarrowUnlessEmpty(const Tsx::CUnicodeString& text);
     void AddOriginator(const Tsx::CUnicodeString& originator);
-    void AddRecipient(const Tsx::CUnicodeString& address, const Tsx::CUnicodeString& name);
+    void AddRecipient(const Tsx::CUnicodeString& address, const Tsx::CUnicodeString& name,
+                      std::uint32_t recipientClass);
     void AddFiles(const Tsx::CArray<CNamedAddress>& attachments);
 };
