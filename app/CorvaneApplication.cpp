@@ -16,6 +16,12 @@ bool FileExists(const CUnicodeString& path) {
     return FileSystem::GetFileSystem(path).CheckFile(path, FA_Exists);
 }
 
+CNamedAddress ParseAddress(const CUnicodeString& text) {
+    CNamedAddress parsed;
+    CCorvaneApplication::SplitAddress(text, parsed.Name, parsed.Address);
+    return parsed;
+}
+
 } // namespace
 
 void CCorvaneApplication::SplitAddress(const CUnicodeString& text, CUnicodeString& name, CUnicodeString& address) {
@@ -47,9 +53,7 @@ void CCorvaneApplication::ProcessArgument(const CConsoleArgument& argument) {
     } else if (IsOptionName(argument.Name, u"body", u"b")) {
         Body = argument.Value;
     } else if (IsOptionName(argument.Name, u"recipient", u"r")) {
-        CNamedAddress recipient;
-        SplitAddress(argument.Value, recipient.Name, recipient.Address);
-        Recipients.Append(recipient);
+        Recipients.Append(ParseAddress(argument.Value));
     } else if (IsOptionName(argument.Name, u"attachment", u"a")) {
         AddAttachment(argument.Value);
     } else {
@@ -58,8 +62,7 @@ void CCorvaneApplication::ProcessArgument(const CConsoleArgument& argument) {
 }
 
 void CCorvaneApplication::AddAttachment(const CUnicodeString& value) {
-    CNamedAddress attachment;
-    SplitAddress(value, attachment.Name, attachment.Address);
+    CNamedAddress attachment = ParseAddress(value);
     if (FileSystem::GetFileSystem(attachment.Address).DirectoryExists(attachment.Address)) {
         // No search finds a folder under a path with a closing separator: the folder would pass for a missing file.
         FileSystem::RemoveTrailingSlash(attachment.Address);
