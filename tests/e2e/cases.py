@@ -189,11 +189,11 @@ def deliveries(place):
     yield fails("no MAPI library", two, failure(missing), mail="missing")
     yield fails("no MAPI library and no logo", ["-nologo", *two], printed(missing), mail="missing")
     if not place.windows:
-        with open(place.options.client, "rb") as library:
-            client = library.read()
+        with open(place.options.library, "rb") as library:
+            content = library.read()
         # Neither the folder one stands in nor those of a search path are anybody's to be served from.
         yield fails("MAPI libraries lie about", two, failure(missing), mail="missing",
-                    files={"mapi32.so": client, "MAPI32.dll": client}, settings={"PATH": ".", "LD_LIBRARY_PATH": "."})
+                    files={"mapi32.so": content, "MAPI32.dll": content}, settings={"PATH": ".", "LD_LIBRARY_PATH": "."})
         reason = "libX.so.6: cannot open shared object file: No such file or directory\r\n"
         yield fails("the MAPI library lacks a library", two, failure(missing + reason), mail="lacking")
     # Windows gives the name back as the program asks for it, the Linux layer as the file has it.

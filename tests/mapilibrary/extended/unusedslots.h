@@ -3,7 +3,7 @@
 #pragma once
 
 #include "mailsystem/MapiUnusedSlots.h"
-#include "tests/mailclient/extended/ledger.h"
+#include "tests/mapilibrary/extended/ledger.h"
 
 namespace Unused {
 

@@ -2,8 +2,8 @@
 // down all that it is handed, shows nothing and answers as it is told.
 #include "mapi/SimpleMapi.h"
 #include "platform/inc/faults.h"
-#include "tests/mailclient/answer.h"
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/answer.h"
+#include "tests/mapilibrary/transcript.h"
 #include <string>
 #include <type_traits>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "mapi/MapiRecords.h"
-#include "tests/mailclient/extended/script.h"
+#include "tests/mapilibrary/extended/script.h"
 #include <cstddef>
 #include <string>
 #include <string_view>

@@ -1,6 +1,6 @@
-#include "tests/mailclient/extended/ledger.h"
+#include "tests/mapilibrary/extended/ledger.h"
 
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/transcript.h"
 #include <cstdio>
 #include <cstdlib>
 #include <map>

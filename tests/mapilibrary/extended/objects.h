@@ -3,7 +3,7 @@
 #pragma once
 
 #include "mapi/MapiInterfaces.h"
-#include "tests/mailclient/extended/ledger.h"
+#include "tests/mapilibrary/extended/ledger.h"
 
 /// The caller's only reference.
 Mapi::IMAPISession* NewSession();
