@@ -57,7 +57,7 @@ std::u16string_view WithoutSeparator(std::u16string_view relativePath) {
     return relativePath.substr(relativePath.starts_with(u'\\') ? 1 : 0);
 }
 
-// AS DESIGNED: the limit is on the sum of the two lengths, separators at the joint not counted.
+// AS DESIGNED: the limit is on the sum of both lengths as given, although joining may add or drop a separator.
 bool FitTogether(std::u16string_view folder, std::u16string_view relativePath) {
     return folder.size() + relativePath.size() <= Platform::MaxPath;
 }

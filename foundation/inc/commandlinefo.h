@@ -29,7 +29,7 @@ public:
     /// The tokens in order, those of response files in the place of the files.
     CArray<CUnicodeString> Tokens;
     /// Each option's name with its value, as ClassifyTokens last built it. Equal names are in the order of their
-    /// tokens; tokens that are no options are under the empty name. This program does not read it.
+    /// tokens; tokens that are no options are under the empty name. Nothing in this program reads it.
     CMap<CUnicodeString, CUnicodeString, CNoCaseStringKeyTraits> Options{31};
 
     /// Appends the tokens of a text. After a failure the list has those that stand in front of it.

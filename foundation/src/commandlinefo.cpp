@@ -78,7 +78,7 @@ COption OptionOf(const CUnicodeString& token) {
 void SplitCommandLine(CArray<CUnicodeString>& target, const CUnicodeString& line) {
     CCommandLineParser parser;
     parser.Tokenize(line);
-    // No ClassifyTokens: whoever reads Options calls it, and nobody does here.
+    parser.ClassifyTokens(); // AS DESIGNED: nobody reads what it builds
     const std::int32_t count = parser.Tokens.Size();
     target.Reserve(target.Size() + count);
     for (std::int32_t i = 0; i < count; ++i) {
