@@ -1,11 +1,21 @@
 # Modules that carry messages: the program, and the libraries of other languages.
 
+# The four numbers of project(VERSION), which stands nowhere else.
+function(project_version_define target)
+    target_compile_definitions(${target} PRIVATE
+        RESOURCE_FILE_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+        RESOURCE_FILE_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+        RESOURCE_FILE_VERSION_PATCH=${PROJECT_VERSION_PATCH}
+        RESOURCE_FILE_VERSION_BUILD=${PROJECT_VERSION_TWEAK})
+endfunction()
+
 # module_resources(TARGET ROWS VERSION SCRIPT): compiles into the target the table of messages in the file ROWS, as
 # strings and as the four exports, and the version record whose values VERSION has. SCRIPT is the resource script on
 # Windows. Files by path from the root.
 function(module_resources target rows version script)
     target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/app/res/messagetable.cpp)
     target_link_libraries(${target} PRIVATE corvane_settings)
+    project_version_define(${target})
     if(WIN32)
         target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/${script})
         # The manifest is in the build folder.
@@ -20,16 +30,6 @@ function(module_resources target rows version script)
     endif()
     module_resources_define(${target} RESOURCE_MESSAGES ${rows})
     module_resources_define(${target} RESOURCE_VERSION ${version})
-    project_version_define(${target})
-endfunction()
-
-# The four numbers of project(VERSION), which stands nowhere else.
-function(project_version_define target)
-    target_compile_definitions(${target} PRIVATE
-        RESOURCE_FILE_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
-        RESOURCE_FILE_VERSION_MINOR=${PROJECT_VERSION_MINOR}
-        RESOURCE_FILE_VERSION_PATCH=${PROJECT_VERSION_PATCH}
-        RESOURCE_FILE_VERSION_BUILD=${PROJECT_VERSION_TWEAK})
 endfunction()
 
 # A macro that stands for a quoted text. The resource compiler's preprocessor is started by a shell of its own, which

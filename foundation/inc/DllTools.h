@@ -33,7 +33,7 @@ protected:
     std::int32_t Ownership = 0; // 1: Free unloads the module; 0: it only forgets it
 
     /// The last check before an entry is called: a null one is an internal error, and `message` is raised where that
-    /// did not throw. The report names the same line from version to version, so that reports can be compared.
+    /// did not throw.
     template <class TEntry>
     static void RequireEntry(TEntry* entry, const CMessageName& message) {
         if (!entry) {

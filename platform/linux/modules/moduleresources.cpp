@@ -38,12 +38,12 @@ constexpr Platform::VersionString VersionStrings[] = {
     {u"ProductVersion", u"" RESOURCE_PRODUCT_VERSION},
 };
 
-constexpr std::uint32_t Pair(std::uint32_t high, std::uint32_t low) {
+constexpr std::uint32_t Version(std::uint32_t high, std::uint32_t low) {
     return high << 16 | low;
 }
 
-constexpr std::uint32_t VersionMS = Pair(RESOURCE_FILE_VERSION_MAJOR, RESOURCE_FILE_VERSION_MINOR);
-constexpr std::uint32_t VersionLS = Pair(RESOURCE_FILE_VERSION_PATCH, RESOURCE_FILE_VERSION_BUILD);
+constexpr std::uint32_t VersionMS = Version(RESOURCE_FILE_VERSION_MAJOR, RESOURCE_FILE_VERSION_MINOR);
+constexpr std::uint32_t VersionLS = Version(RESOURCE_FILE_VERSION_PATCH, RESOURCE_FILE_VERSION_BUILD);
 
 constexpr Platform::FixedFileInfo Fixed{
     .dwSignature = 0xFEEF04BD,
@@ -61,7 +61,7 @@ constexpr Platform::FixedFileInfo Fixed{
     .dwFileDateLS = 0,
 };
 
-constexpr std::uint32_t Translation = Pair(0x0409, 1200); // English (United States), UTF-16
+constexpr std::uint32_t Translation = Version(0x0409, 1200); // English (United States), UTF-16
 
 alignas(4) __attribute__((section(TESSARIX_VERSION_SECTION), used)) constexpr auto VersionRecord =
     Platform::VersionBlockBuilder<1024>().Build(Fixed, Translation, u"040904b0", VersionStrings);
