@@ -9,19 +9,15 @@ namespace Mapi {
 /// Opens for changes, through a store or a session. AS DESIGNED: the type that the call reports is not checked; the
 /// identifier comes from a place that has objects of one type only.
 template <class T, class TOpener>
-void OpenEntry(TOpener* opener, std::uint32_t size, ENTRYID* entryId, CInterface<T>& opened) {
+void OpenEntry(TOpener* opener, SBinary entryId, CInterface<T>& opened) {
     std::uint32_t type = 0;
     opened.Receive([&](T** out) {
         IUnknown* object = nullptr;
-        const std::int32_t result = opener->OpenEntry(size, entryId, nullptr, FlagModify, &type, &object);
+        const std::int32_t result =
+            opener->OpenEntry(entryId.cb, reinterpret_cast<ENTRYID*>(entryId.lpb), nullptr, FlagModify, &type, &object);
         *out = static_cast<T*>(object);
         return result;
     });
-}
-
-template <class T, class TOpener>
-void OpenEntry(TOpener* opener, SBinary entryId, CInterface<T>& opened) {
-    OpenEntry(opener, entryId.cb, reinterpret_cast<ENTRYID*>(entryId.lpb), opened);
 }
 
 } // namespace Mapi
