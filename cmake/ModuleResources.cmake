@@ -1,14 +1,5 @@
 # Modules that carry messages: the program, and the libraries of other languages.
 
-# The four numbers of project(VERSION), which stands nowhere else.
-function(project_version_define target)
-    target_compile_definitions(${target} PRIVATE
-        RESOURCE_FILE_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
-        RESOURCE_FILE_VERSION_MINOR=${PROJECT_VERSION_MINOR}
-        RESOURCE_FILE_VERSION_PATCH=${PROJECT_VERSION_PATCH}
-        RESOURCE_FILE_VERSION_BUILD=${PROJECT_VERSION_TWEAK})
-endfunction()
-
 # module_resources(TARGET ROWS VERSION SCRIPT): compiles into the target the table of messages in the file ROWS, as
 # strings and as the four exports, and the version record whose values VERSION has. SCRIPT is the resource script on
 # Windows. Files by path from the root.
@@ -22,8 +13,8 @@ function(module_resources target rows version script)
         target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR})
         # The resource compiler tells nobody what it has read.
         foreach(file ${rows} ${version} app/res/version.h app/res/module.rc app/res/corvane.manifest.in)
-            set_property(SOURCE ${PROJECT_SOURCE_DIR}/${script} APPEND PROPERTY
-                OBJECT_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
+            set_property(SOURCE ${PROJECT_SOURCE_DIR}/${script} APPEND
+                PROPERTY OBJECT_DEPENDS ${PROJECT_SOURCE_DIR}/${file})
         endforeach()
     else()
         target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/platform/linux/modules/moduleresources.cpp)
@@ -40,8 +31,8 @@ function(module_resources_define target name value)
         "$<$<COMPILE_LANGUAGE:RC>:${name}=\\\"${value}\\\">")
 endfunction()
 
-# resource_library(TARGET NAME FOLDER ROWS [VERSION]): the library NAME.dll with a table of messages. It has that name
-# on either system, for libraries of languages are found by listing a folder.
+# resource_library(TARGET NAME FOLDER ROWS [VERSION]): the library NAME.dll with a table of messages. It has that name on
+# either system, for libraries of languages are found by listing a folder.
 function(resource_library target name folder rows)
     set(version languages/libraryversion.h ${ARGN})
     list(GET version -1 version)
@@ -63,4 +54,13 @@ function(resource_library target name folder rows)
     if(CMAKE_BUILD_TYPE STREQUAL "Release")
         target_link_options(${target} PRIVATE -s -static-libgcc -static-libstdc++)
     endif()
+endfunction()
+
+# The four numbers of project(VERSION), which stands nowhere else.
+function(project_version_define target)
+    target_compile_definitions(${target} PRIVATE
+        RESOURCE_FILE_VERSION_MAJOR=${PROJECT_VERSION_MAJOR}
+        RESOURCE_FILE_VERSION_MINOR=${PROJECT_VERSION_MINOR}
+        RESOURCE_FILE_VERSION_PATCH=${PROJECT_VERSION_PATCH}
+        RESOURCE_FILE_VERSION_BUILD=${PROJECT_VERSION_TWEAK})
 endfunction()
