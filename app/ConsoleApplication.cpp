@@ -147,16 +147,14 @@ void CConsoleApplication::OnException(CException* exception) {
     const std::unique_ptr<CException> owner(exception);
     ExitCode = -1;
     if (dynamic_cast<CUserException*>(exception)) {
-        return; // what had to be said is said
+        return; // the user knows already
     }
     PrintLogoOnce();
     ConsolePrintf(OutputFormat, exception->GetMessageText());
 }
 
-std::int32_t CConsoleApplication::ShowMessageBox(Platform::Window owner, const char16_t* text, const char16_t* title,
+std::int32_t CConsoleApplication::ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*,
                                                  std::uint32_t style) {
-    static_cast<void>(owner);
-    static_cast<void>(title);
     ConsolePrintf(u"%s", text);
     return GetDefaultButton(style);
 }

@@ -1,6 +1,6 @@
-// The skeleton of a console program: it starts and stops the foundation around the run, parses the command line, knows
-// the common options, prints logo, help and errors, and holds the exit code. It is the message handler of the run, so
-// that texts go to the console.
+// The base of console programs (CCorvaneApplication): it starts and stops the foundation around the run, parses the
+// command line, knows the common options, prints logo, help and errors, and holds the exit code. It is the message
+// handler of the run, so that texts go to the console.
 #pragma once
 
 #include "foundation/inc/array.h"
@@ -32,17 +32,18 @@ public:
     ~CConsoleApplication() override = default;
 
     /// Runs the whole program and returns the exit code: 0 after a normal run, -1 after help or an error. Raises what
-    /// the reporting of an error or the foundation's stop raises.
+    /// OnException, Finalize, GetRegistryPath or the foundation's stop raises.
     std::int32_t Execute();
 
-    /// Whether an option name means an option, in any case: the whole word, or with a short form every beginning of the
-    /// word from the short form on. The short form must be a beginning of the full name.
+    /// Whether a name means an option, without regard to case. With an empty short form the name must be the full name;
+    /// otherwise it may be any beginning of the full name that is not shorter than the short form, which must itself be
+    /// a beginning of the full name.
     static bool IsOptionName(const Tsx::CUnicodeString& name, const char16_t* fullName, const char16_t* shortName);
 
 protected:
-    Tsx::CArray<CConsoleArgument> Arguments; // one a token, the program's path first
+    Tsx::CArray<CConsoleArgument> Arguments; // one for each token, the program's path first
     std::int32_t ExitCode = 0;
-    bool ShowLogo = true; // still to be printed
+    bool ShowLogo = true; // the logo is still to be printed
 
     /// Prints the text and answers with the style's default button.
     std::int32_t ShowMessageBox(Platform::Window owner, const char16_t* text, const char16_t* title,

@@ -16,21 +16,20 @@ namespace {
 constexpr const char16_t* ModuleName = u"..\\Src\\ConsoleTools";
 constexpr std::int32_t LargestWrite = 4096; // bytes in one call
 
-// What has been decided for the present output handle. Under `lock`.
-struct OutputState {
-    CCriticalSection lock;
+// What has been decided for the present output handle. Under Lock.
+struct COutputState {
+    CCriticalSection Lock;
     Platform::Handle OutputHandle = Platform::InvalidHandle();
     std::uint32_t OutputType = 0; // without the remote bit
     bool ByteMode = false;
 };
 
-// Made at the first call.
-OutputState& State() {
-    static OutputState state;
+COutputState& State() {
+    static COutputState state;
     return state;
 }
 
-void DecideMode(OutputState& state, Platform::Handle handle) {
+void DecideMode(COutputState& state, Platform::Handle handle) {
     state.ByteMode = false;
     state.OutputHandle = handle;
     if (!handle || handle == Platform::InvalidHandle()) {
@@ -53,7 +52,7 @@ void DecideMode(OutputState& state, Platform::Handle handle) {
     }
 }
 
-bool WriteToConsole(const OutputState& state, const CUnicodeString& text) {
+bool WriteToConsole(const COutputState& state, const CUnicodeString& text) {
     std::uint32_t written = 0;
     const auto length = static_cast<std::uint32_t>(text.Length());
     return Platform::WriteConsole(state.OutputHandle, text.Text(), length, written) && written == length;
@@ -62,8 +61,8 @@ bool WriteToConsole(const OutputState& state, const CUnicodeString& text) {
 } // namespace
 
 void ConsoleWrite(const CUnicodeString& text) {
-    OutputState& state = State();
-    const CCriticalSectionLock guard(state.lock);
+    COutputState& state = State();
+    const CCriticalSectionLock guard(state.Lock);
     const Platform::Handle handle = Platform::GetStdHandle(Platform::StdOutputHandle);
     if (handle != state.OutputHandle) {
         DecideMode(state, handle);
@@ -76,7 +75,7 @@ void ConsoleWrite(const CUnicodeString& text) {
         WriteBytes(handle, text.Text(), text.Length() * static_cast<std::int32_t>(sizeof(char16_t)));
         return;
     }
-    // Pipes, files with content, and character devices that are no console, such as the null device.
+    // A pipe, a file with content, or a character device that is no console, such as the null device.
     const CString bytes = text.ToNarrow(Platform::GetConsoleOutputCP());
     WriteBytes(handle, bytes.Text(), bytes.Length());
     state.ByteMode = true;

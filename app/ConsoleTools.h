@@ -1,5 +1,5 @@
-// Text on the standard output: wide on a console, UTF-16 with a mark in a new file, bytes in the console's code page
-// elsewhere.
+// Text on the standard output, for CConsoleApplication: wide on a console, UTF-16 with a mark in a new file, bytes in
+// the console's code page elsewhere.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -7,8 +7,9 @@
 
 namespace Console {
 
-/// Writes a text as it stands. The form is decided once for each output handle, asked for again at every call; one call
-/// is whole before the next begins. Raises CLastErrorException, or CMemoryException for error 8.
+/// Writes a text without changes. The form of the output is decided once for each handle, and the handle is asked for
+/// at every call. For any thread; the texts of two calls do not mix. Raises CLastErrorException, or CMemoryException
+/// for error 8.
 void ConsoleWrite(const Tsx::CUnicodeString& text);
 
 /// Writes raw bytes, 4096 at a time at most. Raises as ConsoleWrite does.

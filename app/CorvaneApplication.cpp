@@ -16,6 +16,12 @@ bool FileExists(const CUnicodeString& path) {
     return FileSystem::GetFileSystem(path).CheckFile(path, FA_Exists);
 }
 
+CNamedAddress ParseAddress(const CUnicodeString& text) {
+    CNamedAddress parsed;
+    CCorvaneApplication::SplitAddress(text, parsed.Name, parsed.Address);
+    return parsed;
+}
+
 } // namespace
 
 void CCorvaneApplication::SplitAddress(const CUnicodeString& text, CUnicodeString& name, CUnicodeString& address) {
@@ -47,9 +53,7 @@ void CCorvaneApplication::ProcessArgument(const CConsoleArgument& argument) {
     } else if (IsOptionName(argument.Name, u"body", u"b")) {
         Body = argument.Value;
     } else if (IsOptionName(argument.Name, u"recipient", u"r")) {
-        CNamedAddress recipient;
-        SplitAddress(argument.Value, recipient.Name, recipient.Address);
-        Recipients.Append(recipient);
+        Recipients.Append(ParseAddress(argument.Value));
     } else if (IsOptionName(argument.Name, u"attachment", u"a")) {
         AddAttachment(argument.Value);
     } else {
@@ -58,10 +62,9 @@ void CCorvaneApplication::ProcessArgument(const CConsoleArgument& argument) {
 }
 
 void CCorvaneApplication::AddAttachment(const CUnicodeString& value) {
-    CNamedAddress attachment;
-    SplitAddress(value, attachment.Name, attachment.Address);
+    CNamedAddress attachment = ParseAddress(value);
     if (FileSystem::GetFileSystem(attachment.Address).DirectoryExists(attachment.Address)) {
-        // A search finds no folder by a closing separator: it would be left out as if it were missing.
+        // No search finds a folder under a path with a closing separator: the folder would pass for a missing file.
         FileSystem::RemoveTrailingSlash(attachment.Address);
     }
     if (attachment.Name.IsEmpty()) {
@@ -90,8 +93,8 @@ void CCorvaneApplication::RunExtendedRoute() {
 }
 
 void CCorvaneApplication::RunSimpleRoute() {
-    // AS DESIGNED: each attachment that exists adds the whole list, missing ones included, and not just itself. With n
-    // attachments of which k exist the mail client gets k times all n; with one attachment that is what one expects.
+    // AS DESIGNED: each attachment that exists adds the whole list, missing ones included, and not only itself: with n
+    // attachments of which k exist, the MAPI library gets k times all n.
     CArray<CNamedAddress> list;
     for (const CNamedAddress& attachment : Attachments) {
         if (FileExists(attachment.Address)) {

@@ -1,4 +1,5 @@
-// The mail command: its options become one e-mail, handed to the installed mail client.
+// The mail command, which app/main.cpp runs: its options become one e-mail, which a MAPI library takes to the user's
+// mail client.
 #pragma once
 
 #include "app/ConsoleApplication.h"
@@ -28,9 +29,9 @@ protected:
 
     /// Adds the check that there is a recipient.
     void ProcessArguments() override;
-    /// The options subject, body, recipient and attachment; any other goes to the framework.
+    /// The options subject, body, recipient and attachment; any other goes to the base class.
     void ProcessArgument(const Console::CConsoleArgument& argument) override;
-    /// Hands the message over. No result of the mail system changes the exit code.
+    /// Delivers the message on one of the two routes. No result of the MAPI library changes the exit code.
     void Run() override;
     Tsx::CUnicodeString GetHelpText() override;
 

@@ -1,7 +1,8 @@
-// The guard around the program: what it raises becomes an exit code, and a program whose static construction failed
-// does not start.
+// ProgramMain, which the system's entry (platform/*/entry.cpp) calls: the guard around the program. What the program
+// raises becomes an exit code, and a program whose static construction failed does not start.
 #include "app/CorvaneApplication.h"
 #include "foundation/inc/failureguard.h"
+#include "foundation/inc/scopeexit.h"
 #include "foundation/inc/threadobject.h"
 #include "platform/inc/process.h"
 
@@ -10,18 +11,6 @@ using namespace Tsx;
 namespace {
 
 constexpr std::int32_t FailureExitCode = -1;
-
-/// Failures may be thrown while this lives: there is somebody to catch them.
-class CExceptionsAllowed {
-public:
-    explicit CExceptionsAllowed(CThreadErrorMode& threadMode) : mode(threadMode) { mode.NoExceptions = false; }
-    ~CExceptionsAllowed() { mode.NoExceptions = true; }
-    CExceptionsAllowed(const CExceptionsAllowed&) = delete;
-    CExceptionsAllowed& operator=(const CExceptionsAllowed&) = delete;
-
-private:
-    CThreadErrorMode& mode;
-};
 
 std::int32_t ProgramBody() {
     CCorvaneApplication application;
@@ -35,7 +24,8 @@ std::int32_t ProgramMain() {
     if (mode.ErrorReported) {
         return FailureExitCode;
     }
-    const CExceptionsAllowed scope(mode);
+    mode.NoExceptions = false; // from here on, what is thrown is caught
+    const CScopeExit forbid([&mode] { mode.NoExceptions = true; });
     std::int32_t exitCode = FailureExitCode;
     ShowFailure([&exitCode] { exitCode = ProgramBody(); });
     return exitCode;

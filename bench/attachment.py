@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """What a run with one large attachment takes: at most the file's size and a fixed room of memory at its peak, and time
-in proportion to the size. The mail client drops what it is handed, so that all of it is the program's own. Ends with 1
+in proportion to the size. The MAPI library drops what it is handed, so that all of it is the program's own. Ends with 1
 if a limit is missed."""
 
 import os

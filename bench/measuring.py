@@ -1,4 +1,4 @@
-"""What the measuring scripts share: the mail clients of the end-to-end suites, and one timed run."""
+"""What the measuring scripts share: the MAPI libraries of the end-to-end suites, and one timed run."""
 
 import argparse
 import os
@@ -23,14 +23,14 @@ def arguments(description):
 
 
 def place(build, root, extended):
-    """A place of the end-to-end suites, with one of the recording clients in it."""
+    """A place of the end-to-end suites, with one of the recording libraries in it."""
     windows = os.path.exists(os.path.join(build, "bin", "corvane.exe"))
-    ending, clients = ".dll" if windows else ".so", os.path.join(build, "tests", "mailclient")
+    ending, libraries = ".dll" if windows else ".so", os.path.join(build, "tests", "mapilibrary")
     options = types.SimpleNamespace(
         program=os.path.join(build, "bin", "corvane.exe" if windows else "corvane"), extended=extended,
-        client=os.path.join(clients, ("recordingclient" if windows else "mapi32") + ending),
-        extended_client=os.path.join(clients, "extendedclient" + ending),
-        no_entry_client=os.path.join(clients, "noentry", "mapi32" + ending), wine=os.path.abspath(WINE_RUN))
+        library=os.path.join(libraries, ("recordinglibrary" if windows else "mapi32") + ending),
+        extended_library=os.path.join(libraries, "extendedlibrary" + ending),
+        no_entry_library=os.path.join(libraries, "noentry", "mapi32" + ending), wine=os.path.abspath(WINE_RUN))
     return (Wine if windows else Native)(options, root)
 
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""How long a whole run takes beside one of a program that does nothing: the start, the probe for a mail system, and the
-handing over of a message to a client that returns at once. Runs of both alternate, so that whatever else the machine
+"""How long a whole run takes beside one of a program that does nothing: the start, the probe for a MAPI library, and the
+handing over of a message to a MAPI library that returns at once. Runs of both alternate, so that whatever else the machine
 does meets both; the figure is the ratio of the medians. Ends with 1 if one is above its limit."""
 
 import os
@@ -16,13 +16,13 @@ LIMITS = {"native": 2.0, "Wine": 1.25}
 
 
 def check_delivery(place, command, environment, root):
-    """What is measured must be what is meant: the client tells that it was handed the message."""
+    """What is measured must be what is meant: the MAPI library tells that it was handed the message."""
     transcript = os.path.join(root, "transcript")
     open(transcript, "w", encoding="utf-8").close()
-    subprocess.run(command, env={**environment, "CORVANE_TRANSCRIPT": place.client_path(transcript)}, check=True)
+    subprocess.run(command, env={**environment, "CORVANE_TRANSCRIPT": place.library_path(transcript)}, check=True)
     with open(transcript, encoding="utf-8") as stream:
         if "Hello" not in stream.read():
-            raise RuntimeError("the mail client was not handed the message")
+            raise RuntimeError("the MAPI library was not handed the message")
 
 
 def wine_environment(place):

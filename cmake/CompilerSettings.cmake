@@ -1,4 +1,5 @@
-# Language level, warnings, sanitizers and the few switches that differ by system. Everything of ours is compiled with these.
+# Language level, warnings, sanitizers and the few switches that differ by system. Everything of ours is compiled with
+# these.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)

@@ -1,4 +1,5 @@
-# Cross build for Windows x86-64 with Debian's clang and lld over the headers and run-time of g++-mingw-w64-x86-64-posix.
+# Cross build for Windows x86-64 with Debian's clang and lld over the headers and run-time of
+# g++-mingw-w64-x86-64-posix.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

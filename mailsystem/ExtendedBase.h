@@ -1,7 +1,7 @@
 // What the objects of the Extended side have in common: the count of references, and failures as results.
 #pragma once
 
-#include "mapi/MapiUnusedSlots.h"
+#include "mailsystem/MapiUnusedSlots.h"
 #include <atomic>
 #include <cstdlib>
 #include <exception>

@@ -7,24 +7,21 @@ using namespace Tsx;
 
 namespace Mapi {
 
-namespace {
-
-constexpr std::int32_t LeastBuffer = 8; // bytes, also for an empty file
-
-} // namespace
+CFileBytes ReadWholeFile(CBaseFile& file) {
+    constexpr std::int32_t leastBuffer = 8; // bytes, also for an empty file
+    const std::int32_t size = file.GetLength32();
+    CFileBytes bytes;
+    bytes.buffer.reset(static_cast<std::uint8_t*>(AllocateFromCurrentManager(std::max(size, leastBuffer))));
+    if (file.Read(bytes.buffer.get(), size) != size) {
+        GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
+    }
+    bytes.length = static_cast<std::uint32_t>(size);
+    return bytes;
+}
 
 CAttachmentContent::CAttachmentContent(const CUnicodeString& path) {
     file.Open(path, OM_Read | OM_ShareDenyWrite);
-    ReadWhole(file);
-}
-
-void CAttachmentContent::ReadWhole(CBaseFile& source) {
-    const std::int32_t size = source.GetLength32();
-    buffer.reset(static_cast<std::uint8_t*>(AllocateFromCurrentManager(std::max(size, LeastBuffer))));
-    if (source.Read(buffer.get(), size) != size) {
-        GenerateFileCauseException(CauseEndOfFile, source.GetFileName());
-    }
-    length = static_cast<std::uint32_t>(size);
+    bytes = ReadWholeFile(file);
 }
 
 void* CAttachmentContent::operator new(std::size_t size) {

@@ -3,7 +3,6 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/sehexception.h"
 #include "mapi/MapiBuffers.h"
-#include "mapi/SimpleMapi.h"
 #include <memory>
 
 using namespace Tsx;
@@ -15,31 +14,26 @@ constexpr std::int32_t Delivered = 0;
 constexpr std::int32_t Cancelled = 1;
 constexpr std::int32_t Failed = 2;
 
-enum class EEnding { ShowForm, Submit };
+/// How a delivery ends. AS DESIGNED: nothing here asks for DE_Submit; the user always sees the message first.
+enum TDeliveryEnding { DE_ShowForm, DE_Submit };
 
-/// One delivery, seen from outside the guard: what it owns survives a fault.
-class CDelivery {
-public:
-    CDelivery(CMapiContext& deliveryContext, const CUnicodeString& messageSubject, const CUnicodeString& messageBody,
-              const CArray<CNamedAddress>& messageRecipients, const CArray<CUnicodeString>& paths)
-        : context(deliveryContext), subject(messageSubject), body(messageBody), recipients(messageRecipients),
-          attachmentPaths(paths) {}
-
-    void Run(EEnding ending) {
-        const CFaultCleanup cleanup;
-        GuardForeignCode([&] { RunGuarded(ending); });
-    }
-
-private:
+/// One delivery. It stands outside the guarded call, so that a fault in there leaves what it owns to its destructor.
+struct CDelivery {
     CMapiContext& context;
     const CUnicodeString& subject;
     const CUnicodeString& body;
     const CArray<CNamedAddress>& recipients;
     const CArray<CUnicodeString>& attachmentPaths;
-    CHolder<CMapiMessage> message;
-    CHolder<CMapiAddressList> addressList;
+    CHolder<CMapiMessage> message{};
+    CHolder<CMapiAddressList> addressList{};
 
-    void RunGuarded(EEnding ending) {
+    void Run(TDeliveryEnding ending) {
+        const CFaultCleanup cleanup;
+        GuardForeignCode([&] { RunGuarded(ending); });
+    }
+
+private:
+    void RunGuarded(TDeliveryEnding ending) {
         context.Open();
         message = context.Outbox->CreateMessage();
         AddRecipients();
@@ -48,7 +42,7 @@ private:
         for (const CUnicodeString& path : attachmentPaths) {
             message->AddAttachment(path);
         }
-        if (ending == EEnding::ShowForm) {
+        if (ending == DE_ShowForm) {
             message->ShowForm(*context.Session, *context.Store, *context.Outbox);
         } else {
             message->Submit();
@@ -62,7 +56,7 @@ private:
     void AddRecipients() {
         addressList = CHolder<CMapiAddressList>(new CMapiAddressList);
         for (const CNamedAddress& recipient : recipients) {
-            addressList->Add(recipient.Name, recipient.Address, RecipientClassTo);
+            addressList->Add(recipient.Name, recipient.Address, RecipientTypeTo);
         }
         context.AddressBook->ResolveName(*addressList);
         message->ModifyRecipients(*addressList);
@@ -93,10 +87,6 @@ void CMapiContext::Empty() {
 }
 
 bool IsExtendedMapiAvailable() {
-    // The answer without a library is known before OLE, which takes longer to start than the rest of a run.
-    if (!IsMapiInitializeThere()) {
-        return false;
-    }
     try {
         const CMapi library;
         CInterface<IMAPISession> session;
@@ -113,7 +103,7 @@ std::int32_t SendThroughExtendedMapi(CMapiContext& context, const CUnicodeString
                                      const CArray<CNamedAddress>& recipients,
                                      const CArray<CUnicodeString>& attachmentPaths) {
     try {
-        CDelivery(context, subject, body, recipients, attachmentPaths).Run(EEnding::ShowForm);
+        CDelivery{context, subject, body, recipients, attachmentPaths}.Run(DE_ShowForm);
         return Delivered;
     } catch (CCOMException* exception) {
         const std::unique_ptr<CCOMException> owner(exception);

@@ -1,5 +1,6 @@
-// A hardware fault in the mail client's code leaves the guarded call without running a single destructor. What the
-// frames that it leaves had in their hands is therefore also noted outside the guard, and released from there.
+// Owners of what the MAPI library gives, for the wrappers of mapi/. A hardware fault in the MAPI library's code leaves
+// the guarded call without running destructors, so each owner also notes what it holds outside the guard, in
+// CFaultCleanup, which releases it after a fault.
 #pragma once
 
 #include "mapi/MapiResult.h"
@@ -9,8 +10,8 @@
 
 namespace Mapi {
 
-/// Stands in the frame around a guarded call. While it lives, everything that a CHeld of this thread holds is noted
-/// here; its end releases what is left, the last one first. Nothing is left unless a fault came between.
+/// For the frame around a guarded call. While it lives, everything that a CHeld of this thread holds is noted here. Its
+/// end releases what is still noted, the last one first; without a fault that is nothing.
 class CFaultCleanup {
 public:
     using ReleaseFunction = void (*)(void* object);
@@ -24,7 +25,7 @@ public:
     static CFaultCleanup* Current();
 
     void Note(void* object, ReleaseFunction release);
-    /// Takes the last note of the object away; it need not be there.
+    /// Removes the last note of the object, if there is one.
     void Forget(const void* object);
 
 private:
@@ -33,14 +34,15 @@ private:
         ReleaseFunction release;
     };
 
-    // No step of a delivery holds more at a time than a table, its rows, and an object opened from one of them.
+    // No step of a delivery holds more at a time than a table, its rows and an object opened from one of them; the
+    // rest is spare.
     static constexpr std::size_t Room = 16;
     std::array<CNote, Room> notes{};
     std::size_t count = 0;
     CFaultCleanup* outer;
 };
 
-/// Owns one thing that the mail system gave, or nothing. TOwner::Release(T*) gives it back.
+/// Owns one thing that has to be released, or nothing. TOwner::Release(T*) releases it.
 template <class T, class TOwner>
 class CHeld {
 public:
@@ -58,7 +60,7 @@ public:
         }
     }
 
-    /// Makes a call that hands out a pointer, takes what it gave and checks its result. `call` takes a T**.
+    /// Makes a call that gives a pointer, takes ownership of that and checks the result. `call` takes a T**.
     template <class TCall>
     void Receive(TCall call) {
         T* received = nullptr;
@@ -67,7 +69,7 @@ public:
         CheckResult(result);
     }
 
-    /// Gives the thing out of hand, unreleased.
+    /// Gives up the ownership without a release.
     T* Detach() {
         if (CFaultCleanup* cleanup = object ? CFaultCleanup::Current() : nullptr) {
             cleanup->Forget(object);
@@ -107,7 +109,7 @@ struct CObjectOwner {
     }
 };
 
-/// An object of ours.
+/// An object made with new.
 template <class T>
 using CHeldObject = CHeld<T, CObjectOwner>;
 

@@ -1,7 +1,6 @@
 #include "mapi/MapiAddressList.h"
 
 #include "mapi/MapiBuffers.h"
-#include "mapi/SimpleMapi.h"
 #include <cstddef>
 #include <cstring>
 
@@ -14,8 +13,11 @@ namespace {
 constexpr std::int32_t FirstCapacity = 8;
 constexpr std::uint32_t PropertiesOfEntry = 2; // its name and its type
 
-static_assert(AddressListSize(0) == offsetof(ADRLIST, aEntries));
-static_assert(AddressListSize(1) == sizeof(ADRLIST));
+/// The bytes of a list with room for that many entries.
+constexpr std::uint32_t AddressListSize(std::int32_t capacity) {
+    return static_cast<std::uint32_t>(offsetof(ADRLIST, aEntries) +
+                                      static_cast<std::size_t>(capacity) * sizeof(ADRENTRY));
+}
 
 } // namespace
 
@@ -32,20 +34,16 @@ CMapiAddressList::~CMapiAddressList() {
     FreePadrlist(addressList);
 }
 
-void CMapiAddressList::Add(const CUnicodeString& name, const CUnicodeString& address, std::uint32_t type) {
-    static_cast<void>(type);
+void CMapiAddressList::Add(const CUnicodeString& name, const CUnicodeString& address, std::uint32_t /*type*/) {
     CUnicodeString& displayName = displayNames.Append(RecipientDisplayName(name, address));
     if (addressList->cEntries == static_cast<std::uint32_t>(capacity)) {
         Grow();
     }
-    // An entry counts once it is whole: a list that is left half-way must be fit to be freed.
+    // The entry is counted last: FreePadrlist takes every entry that is counted for a whole one.
     auto* properties = AllocateMapiBuffer<SPropValue>(PropertiesOfEntry * sizeof(SPropValue));
-    properties[0].ulPropTag = TagDisplayName;
-    properties[0].dwAlignPad = 0;
-    properties[0].Value.lpszW = displayName.GetBuffer(displayName.Length());
-    properties[1].ulPropTag = TagRecipientType;
-    properties[1].dwAlignPad = 0;
-    properties[1].Value.l = static_cast<std::int32_t>(RecipientClassTo);
+    properties[0] = {
+        .ulPropTag = TagDisplayName, .dwAlignPad = 0, .Value = {.lpszW = displayName.GetBuffer(displayName.Length())}};
+    properties[1] = {.ulPropTag = TagRecipientType, .dwAlignPad = 0, .Value = {.ul = RecipientTypeTo}};
     addressList->aEntries[addressList->cEntries++] = {0, PropertiesOfEntry, properties};
 }
 

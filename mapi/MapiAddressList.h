@@ -1,4 +1,5 @@
-// The recipients of a message, in the form in which the address book resolves them.
+// The recipients of one message of the Extended route, in the form in which the address book resolves them.
+// ExtendedMapi.cpp fills the list; CMapiAddressBook and CMapiMessage pass it on.
 #pragma once
 
 #include "foundation/inc/array.h"
@@ -15,22 +16,17 @@ namespace Mapi {
 ///   Ann, (none)              Ann
 Tsx::CUnicodeString RecipientDisplayName(const Tsx::CUnicodeString& name, const Tsx::CUnicodeString& address);
 
-/// The bytes of a list with room for that many entries.
-constexpr std::uint32_t AddressListSize(std::int32_t capacity) {
-    return static_cast<std::uint32_t>(capacity) * 16 + 8;
-}
-
-/// All of it but the texts is the mail system's memory, so that the address book can put entries of its own in the
+/// All of it but the texts is memory of the MAPI library, so that the address book can put entries of its own in the
 /// place of ours. Raises what CheckResult raises when memory is refused.
 class CMapiAddressList : public virtual Tsx::IObject {
 public:
     CMapiAddressList();
     ~CMapiAddressList() override;
 
-    /// Appends a recipient. AS DESIGNED: `type` is not read, and every recipient is one of the To line.
+    /// Appends a recipient. AS DESIGNED: `type` is not read; every recipient is one of the To line (RecipientTypeTo).
     void Add(const Tsx::CUnicodeString& name, const Tsx::CUnicodeString& address, std::uint32_t type);
 
-    /// The list stays this object's.
+    /// This object keeps the ownership.
     ADRLIST* List() const { return addressList; }
 
 private:

@@ -1,4 +1,4 @@
-// Memory that the mail system gave out and wants back through its own functions.
+// Owners of memory that the MAPI library allocates and frees, for the wrappers of mapi/.
 #pragma once
 
 #include "mapi/FaultCleanup.h"
@@ -10,7 +10,7 @@ struct CBufferOwner {
     static void Release(void* buffer) { MAPIFreeBuffer(buffer); }
 };
 
-/// A block of MAPIAllocateBuffer, with all that was linked to it.
+/// A block of MAPIAllocateBuffer, with the blocks that the MAPI library linked to it.
 template <class T>
 using CMapiBuffer = CHeld<T, CBufferOwner>;
 

@@ -14,7 +14,7 @@ struct CBoundEntry {
     TFunction* entry = nullptr;
     std::uint32_t generation = 0;
 
-    /// The current entry; null if it is not to be called.
+    /// The entry in the present library; null if there is none to call.
     TFunction* Get() {
         if (generation != providerGeneration || !providerModule) {
             const Platform::Module module = LocateMapiModule();
@@ -56,10 +56,6 @@ MAPI_ENTRY(HrSetOneProp);
 #undef MAPI_ENTRY
 
 } // namespace
-
-bool IsMapiInitializeThere() {
-    return MAPIInitializeEntry.Get() != nullptr;
-}
 
 std::int32_t MAPIInitialize(void* parameters) {
     return MAPIInitializeEntry.Call(ResultFail, parameters);

@@ -1,16 +1,14 @@
-// The functions of Extended MAPI, each under its published name. They are not linked: each looks its entry up in the
-// located library when it is first called, and again when the library has been set anew.
+// The functions of Extended MAPI, each under its published name, for the probe and the wrappers of mapi/. They are not
+// linked: each looks its entry up in the located library (MapiProvider.h) when it is first called, and again when the
+// library has been set anew.
 //
-// Without a library, or without the entry in it, nothing is called: what returns a result gives E_FAIL, MAPIFreeBuffer
-// gives 0, and the others do nothing. For one thread at a time.
+// Without a library, or without the entry in it, nothing is called: functions that return an HRESULT give E_FAIL,
+// MAPIFreeBuffer gives 0, and the others do nothing. For one thread at a time.
 #pragma once
 
 #include "mapi/MapiInterfaces.h"
 
 namespace Mapi {
-
-/// Whether there is a library with MAPIInitialize in it.
-bool IsMapiInitializeThere();
 
 std::int32_t MAPIInitialize(void* parameters);
 void MAPIUninitialize();

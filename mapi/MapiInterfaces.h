@@ -1,5 +1,6 @@
 // The published interfaces of Extended MAPI, slot for slot in the order of the system's <mapidefs.h> and <mapix.h>; a
-// test of the Windows build compares the slots. They belong to the mail client: nothing here is implemented by us.
+// test of the Windows build compares the slots. mapi/ calls them; the MAPI library implements them (on Linux that of
+// mailsystem/, in the tests a recording one).
 #pragma once
 
 #include "mapi/MapiRecords.h"
@@ -16,9 +17,9 @@ class IProfSect;
 using Platform::Guid;
 using Platform::IUnknown;
 
-/// A window, as MAPI is handed one: as wide as a pointer, though the parameter was of 32 bits once.
+/// A window. As wide as a pointer, although some of the system's headers declare 32 bits.
 using WindowParameter = std::uintptr_t;
-/// What PrepareForm gives and ShowForm takes: as wide as a pointer, whatever a header says.
+/// What PrepareForm gives and ShowForm takes. As wide as a pointer, although <mapix.h> declares 32 bits.
 using MessageToken = std::uintptr_t;
 /// A text that is wide if FlagUnicode is among the call's flags, and narrow otherwise.
 using TextPointer = void*;

@@ -1,29 +1,12 @@
 #include "mapi/MapiMailSender.h"
 
 #include "foundation/inc/failureguard.h"
+#include "foundation/inc/scopeexit.h"
 #include "mapi/SimpleMapiMessage.h"
 
 using namespace Tsx;
 
 CMessageName ERR_TOOLS_INVALID_MAPI_DLL(u"ERR_TOOLS_INVALID_MAPI_DLL");
-
-namespace {
-
-/// Unloads the library when a delivery ends, however it ends.
-class CUnloadScope {
-public:
-    explicit CUnloadScope(CMapiMailSender& toUnload) : sender(toUnload) {}
-    ~CUnloadScope() {
-        GuardDestructor([this] { sender.Free(); });
-    }
-    CUnloadScope(const CUnloadScope&) = delete;
-    CUnloadScope& operator=(const CUnloadScope&) = delete;
-
-private:
-    CMapiMailSender& sender;
-};
-
-} // namespace
 
 CMapiMailSender::~CMapiMailSender() {
     GuardDestructor([this] { CMapiMailSender::Free(); });
@@ -34,19 +17,17 @@ void CMapiMailSender::Free() {
     uiParameter = 0;
 }
 
-std::uint32_t CMapiMailSender::Send(std::uintptr_t parentHandle, const CUnicodeString& subject,
+std::uint32_t CMapiMailSender::Send(std::uintptr_t /*parentHandle*/, const CUnicodeString& subject,
                                     const CArray<CNamedAddress>& attachments, const CUnicodeString& body,
                                     const CUnicodeString& address, const CUnicodeString& name,
-                                    const CUnicodeString& originator, std::uint32_t flags) {
-    static_cast<void>(parentHandle);
-    static_cast<void>(flags);
+                                    const CUnicodeString& originator, std::uint32_t /*flags*/) {
     CSimpleMapiMessage message(subject, attachments, body, address, name, originator);
     return Deliver(message.Record());
 }
 
 std::uint32_t CMapiMailSender::Deliver(MapiMessage& message) {
     uiParameter = 0;
-    const CUnloadScope scope(*this);
+    const CScopeExit unload([this] { GuardDestructor([this] { Free(); }); });
     if (!IsLoaded()) {
         Load(u"MAPI32.dll");
         deliveryEntry = reinterpret_cast<Mapi::SendMailEntry*>(GetProcedure("MAPISendMail"));

@@ -16,7 +16,7 @@ namespace {
 /// The properties that the form is shown by.
 struct CFormTags {
     std::uint32_t count = 5;
-    // AS DESIGNED: the identifier is asked for and not passed on.
+    // AS DESIGNED: the identifier is asked for, although ShowForm does not take it.
     std::uint32_t tags[5] = {TagMessageFlags, TagMessageClass, TagAccess, TagEntryId, TagMessageStatus};
 };
 

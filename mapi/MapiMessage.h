@@ -1,4 +1,4 @@
-// A message that is being composed in the mail client.
+// A message that is being composed: the wrapper that the delivery of ExtendedMapi.cpp works on.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -11,7 +11,7 @@ class CMapiFolder;
 class CMapiMessageStore;
 class CMapiSession;
 
-/// Every operation raises what CheckResult raises for a call of the mail system that fails.
+/// Every operation raises what CheckResult raises for a call of the MAPI library that fails.
 class CMapiMessage : public CMapiWrapper<IMessage> {
 public:
     using CMapiWrapper::CMapiWrapper;
@@ -21,10 +21,10 @@ public:
     void ModifyRecipients(const CMapiAddressList& recipients);
     /// Puts the whole file in, under its name without the folder. Raises what CAttachmentContent raises.
     void AddAttachment(const Tsx::CUnicodeString& path);
-    /// Opens the message in the client's form and comes back when the user has done with it; the cancel is a failure
-    /// of its own. A client that gives no properties at all is an internal error.
+    /// Opens the message in the mail client's form and returns when the form is closed. The user's cancel raises
+    /// CCOMException with MAPI_E_USER_CANCEL. A message without any properties is an internal error.
     void ShowForm(const CMapiSession& session, const CMapiMessageStore& store, const CMapiFolder& folder);
-    /// Sends the message as it is.
+    /// Sends the message without a form.
     void Submit();
 };
 

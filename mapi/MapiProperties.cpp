@@ -42,8 +42,9 @@ SBinary CPropertyReader::EntryId(std::uint32_t tag) const {
     const SPropValue* property = Find(tag);
     if (!property) {
         CheckResult(ResultUnexpected);
+        return {}; // on a thread that must not throw
     }
-    return property ? property->Value.bin : SBinary{};
+    return property->Value.bin;
 }
 
 std::int32_t ChooseStoreRow(const SRowSet& rows) {
@@ -69,7 +70,7 @@ void SetBoolean(IMAPIProp* object, std::uint32_t tag, bool value) {
 }
 
 void SetText(IMAPIProp* object, std::uint32_t tag, const CUnicodeString& value) {
-    // The record is one for both directions; a property that is set is not written to.
+    // The record serves reading too, hence the cast: HrSetOneProp does not write to the text.
     SPropValue property{.ulPropTag = tag, .dwAlignPad = 0, .Value = {.lpszW = const_cast<char16_t*>(value.Text())}};
     SetProperty(object, property);
 }

@@ -1,5 +1,6 @@
-// Reading what a mail client gives in records, and setting properties one at a time. Clients leave properties out, give
-// an error in their place, or give nothing at all: none of that reaches a caller as a value.
+// Properties, for the wrappers of mapi/: reading those in records of the MAPI library, and setting one at a time. MAPI
+// libraries leave properties out, give an error in their place, or give no array at all: a caller then gets the value
+// that its reading function names.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -7,7 +8,7 @@
 
 namespace Mapi {
 
-/// The properties of an object or a row. The array is the mail system's, and may be null.
+/// The properties of an object or a row. The array stays the MAPI library's, and may be null.
 class CPropertyReader {
 public:
     CPropertyReader(const SPropValue* propertyArray, std::uint32_t propertyCount)
@@ -18,7 +19,7 @@ public:
     const SPropValue* Find(std::uint32_t tag) const;
     /// 0 if there is none.
     std::uint32_t Number(std::uint32_t tag) const;
-    /// Empty if there is none; stays the mail system's.
+    /// Empty if there is none. The text stays the MAPI library's.
     const char16_t* Text(std::uint32_t tag) const;
     /// An identifier of any length. CCOMException with E_UNEXPECTED if there is none.
     SBinary EntryId(std::uint32_t tag) const;

@@ -11,7 +11,7 @@ constinit bool outlookOnly = false;
 
 namespace {
 
-// One that the process has already, whoever loaded it, is used without any search.
+// A library that the process has loaded already is used without a search.
 Platform::Module FindProvider() {
     Platform::Module found = nullptr;
     if (Platform::GetModuleHandleEx(0, u"olmapi32.dll", found) ||

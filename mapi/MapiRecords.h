@@ -1,5 +1,6 @@
-// The published records, property tags, flags and codes of Extended MAPI, as this tool uses them. Field for field those
-// of the system's <mapidefs.h>; a test of the Windows build compares sizes, offsets and values.
+// The published records, property tags, flags and codes of Extended MAPI, for all of mapi/ and for the MAPI libraries
+// in mailsystem/ and the tests. Field for field those of the system's <mapidefs.h>; a test of the Windows build
+// compares sizes, offsets and values.
 #pragma once
 
 #include "platform/inc/errorinfo.h"
@@ -7,7 +8,7 @@
 
 namespace Mapi {
 
-// Records that only unused slots speak of.
+// Records that only the declarations of unused slots name.
 struct ADRPARM;
 struct MAPIERROR;
 struct MAPINAMEID;
@@ -19,7 +20,7 @@ struct SSortOrderSet;
 
 // Arrays at the end of a record are as long as its count says, whatever their declaration.
 
-/// An identifier of the mail system's own; its length stands beside the pointer.
+/// An identifier whose bytes only the MAPI library understands; its length stands beside the pointer.
 struct ENTRYID {
     std::uint8_t abFlags[4];
     std::uint8_t ab[1];
@@ -123,6 +124,7 @@ constexpr std::uint32_t StatusPrimaryIdentity = 0x4; // STATUS_PRIMARY_IDENTITY
 constexpr std::uint32_t StatusPrimaryStore = 0x1000; // STATUS_PRIMARY_STORE
 constexpr std::int32_t ResourceTypeSpooler = 37;     // MAPI_SPOOLER
 constexpr std::int32_t AttachByValue = 1;            // ATTACH_BY_VALUE
+constexpr std::uint32_t RecipientTypeTo = 1;         // MAPI_TO
 
 // Results; a negative one is a failure.
 constexpr std::int32_t ResultUnexpected = static_cast<std::int32_t>(0x8000FFFF);  // E_UNEXPECTED

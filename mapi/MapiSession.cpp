@@ -11,12 +11,11 @@ namespace Mapi {
 
 namespace {
 
-/// The pairing of OleInitialize, as something that can be held.
-struct COle {
-    static void Release(COle*) { Platform::OleUninitialize(); }
+/// Ends OLE, which a library object has started, at the end of a scope; a fault that leaves the scope ends it too.
+struct COleOwner {
+    static void Release(CMapi*) { Platform::OleUninitialize(); }
 };
-
-COle StartedOle;
+using COleScope = CHeld<CMapi, COleOwner>;
 
 struct CTwoColumns {
     std::uint32_t count = 2;
@@ -47,7 +46,7 @@ CHolder<CMapiMessageStore> CMapiSession::OpenDefaultMessageStore() {
     const std::int32_t chosen = rows.Get() ? ChooseStoreRow(*rows.Get()) : -1;
     if (chosen < 0) {
         CheckResult(ResultUnexpected);
-        return {}; // where that must not throw
+        return {}; // on a thread that must not throw
     }
     const SBinary entryId = CPropertyReader(rows->aRow[chosen]).EntryId(TagEntryId);
     store.Receive([&](IMsgStore** out) {
@@ -65,8 +64,8 @@ CHolder<CMapiAddressBook> CMapiSession::OpenAddressBook() {
     return CHolder<CMapiAddressBook>(new CMapiAddressBook(book.Get()));
 }
 
-// AS DESIGNED: the spooler has its row in the status table, and a row of a store will hardly have its type. The stores
-// are asked all the same: a store provider that wants this finds itself asked.
+// AS DESIGNED: a spooler has its row in the status table, and the rows of the table of stores normally have other
+// types. It is the table of stores that is searched; a store whose row has the spooler's type is flushed.
 void CMapiSession::FlushOutgoingQueues() {
     IMAPISession* session = Interface();
     CInterface<IMAPITable> table;
@@ -81,13 +80,13 @@ void CMapiSession::FlushOutgoingQueues() {
 
 CMapi::CMapi() {
     CheckResult(Platform::OleInitialize(nullptr));
-    CHeld<COle, COle> ole(&StartedOle);
+    COleScope ole(this);
     CheckResult(MAPIInitialize(nullptr));
-    ole.Detach();
+    ole.Detach(); // both stay started
 }
 
 CMapi::~CMapi() {
-    const CHeld<COle, COle> ole(&StartedOle); // ended last, also if a fault comes first
+    const COleScope ole(this);
     MAPIUninitialize();
 }
 

@@ -1,4 +1,4 @@
-// The start and end of the mail system, and a user's session with it.
+// The start and end of MAPI, and a user's session: wrappers for CMapiContext and the probe of ExtendedMapi.cpp.
 #pragma once
 
 #include "foundation/inc/object.h"
@@ -8,7 +8,7 @@
 
 namespace Mapi {
 
-/// Every operation raises what CheckResult raises for a call of the mail system that fails.
+/// Every operation raises what CheckResult raises for a call of the MAPI library that fails.
 class CMapiSession : public CMapiWrapper<IMAPISession> {
 public:
     using CMapiWrapper::CMapiWrapper;
@@ -16,11 +16,11 @@ public:
     /// See ChooseStoreRow. E_UNEXPECTED if there is no store, or none that will do.
     Tsx::CHolder<CMapiMessageStore> OpenDefaultMessageStore();
     Tsx::CHolder<CMapiAddressBook> OpenAddressBook();
-    /// Has the spooler send what waits to be sent.
+    /// Asks spoolers to send what waits to be sent.
     void FlushOutgoingQueues();
 };
 
-/// OLE and MAPI are started while this lives. It goes after everything that the mail system gave.
+/// OLE and MAPI are started while this lives. It must outlive everything that the MAPI library gave.
 class CMapi : public virtual Tsx::IObject {
 public:
     CMapi();

@@ -22,7 +22,7 @@ CHolder<CMapiFolder> CMapiMessageStore::OpenReceiveFolder() {
     std::uint32_t size = 0;
     CMapiBuffer<ENTRYID> entryId;
     entryId.Receive([&](ENTRYID** out) { return store->GetReceiveFolder(nullptr, FlagUnicode, &size, out, nullptr); });
-    OpenEntry(store, size, entryId.Get(), folder);
+    OpenEntry(store, {size, reinterpret_cast<std::uint8_t*>(entryId.Get())}, folder);
     entryId.Clear();
     return CHolder<CMapiFolder>(new CMapiFolder(folder.Get()));
 }

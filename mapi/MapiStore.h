@@ -1,4 +1,4 @@
-// The store that a message is delivered from, its folders, and the address book.
+// The store that a message is delivered from, its folders, and the address book: wrappers for CMapiContext.
 #pragma once
 
 #include "foundation/inc/object.h"
@@ -7,7 +7,7 @@
 
 namespace Mapi {
 
-/// Every operation raises what CheckResult raises for a call of the mail system that fails.
+/// Every operation raises what CheckResult raises for a call of the MAPI library that fails.
 class CMapiFolder : public CMapiWrapper<IMAPIFolder> {
 public:
     using CMapiWrapper::CMapiWrapper;

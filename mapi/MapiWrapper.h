@@ -1,5 +1,5 @@
-// What the wrappers of the mail system's interfaces have in common: two levels of counting. The wrapper is counted by
-// its holders, and holds one reference to its interface.
+// The base of the wrappers in MapiSession.h, MapiStore.h and MapiMessage.h. Two levels of counting: the wrapper is
+// counted by its holders, and holds one reference to its interface.
 #pragma once
 
 #include "foundation/inc/object.h"
@@ -7,8 +7,8 @@
 
 namespace Mapi {
 
-/// For the main thread. The interface may be null, as when a client reports success and gives nothing; the first use
-/// then raises CCOMException with E_POINTER.
+/// For the main thread. The interface may be null, as when a MAPI library reports success and gives nothing; the first
+/// use then raises CCOMException with E_POINTER.
 template <class T>
 class CMapiWrapper : public virtual Tsx::IObject {
 public:
@@ -24,7 +24,7 @@ public:
         }
     }
 
-    /// Never null; stays this object's.
+    /// Never null. The reference stays this object's.
     T* Interface() const { return Required(wrapped); }
 
 private:

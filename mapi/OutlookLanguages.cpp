@@ -1,4 +1,4 @@
-// The language that Outlook was installed with. The registry says in one place where in another it is told.
+// The language that Outlook was installed with. One registry value names the subkey and the value that hold it.
 #include "mapi/ProviderSearch.h"
 
 #include <optional>
@@ -7,15 +7,15 @@ namespace Mapi {
 
 namespace {
 
-/// One place that says where the language is told, and the order of the two keys in which that is looked for.
-struct Attempt {
+/// One value that names the place, and the order in which the two keys are searched for that place.
+struct CAttempt {
     const char16_t* value;
     std::uint32_t root;
     bool policyFirst;
 };
 
 // AS DESIGNED: the order of the keys differs between the roots, and the last attempt repeats the one before it.
-constexpr Attempt Attempts[] = {
+constexpr CAttempt Attempts[] = {
     {u"MSIApplicationLCID", Platform::HkeyCurrentUser, true},   {u"MSIOfficeLCID", Platform::HkeyCurrentUser, true},
     {u"MSIApplicationLCID", Platform::HkeyLocalMachine, false}, {u"MSIOfficeLCID", Platform::HkeyLocalMachine, false},
     {u"MSIOfficeLCID", Platform::HkeyLocalMachine, false},
@@ -32,8 +32,8 @@ std::optional<std::uint32_t> ReadNumber(const CSearchKey& key, const char16_t* n
     return number;
 }
 
-// AS DESIGNED: both keys are the user's, whichever root names the place in them.
-std::optional<std::uint32_t> TryAttempt(const Attempt& attempt, const CSearchKey& policy, const CSearchKey& software) {
+// AS DESIGNED: both keys are under HKEY_CURRENT_USER, also for a client entry under HKEY_LOCAL_MACHINE.
+std::optional<std::uint32_t> TryAttempt(const CAttempt& attempt, const CSearchKey& policy, const CSearchKey& software) {
     const CSearchKey client(attempt.root, u"Software\\Clients\\Mail\\Microsoft Outlook");
     if (!client) {
         return std::nullopt;
@@ -58,7 +58,7 @@ std::uint32_t ReadOutlookLcid() {
     if (!policy && !software) {
         return 0;
     }
-    for (const Attempt& attempt : Attempts) {
+    for (const CAttempt& attempt : Attempts) {
         if (const std::optional<std::uint32_t> language = TryAttempt(attempt, policy, software)) {
             return *language;
         }

@@ -1,4 +1,4 @@
-// Outlook's own library, "MSMAPI32.DLL", which exists once for each language.
+// Outlook's own MAPI library, "MSMAPI32.DLL", of which there is one for each language.
 #include "mapi/ProviderSearch.h"
 
 #include "platform/inc/installer.h"
@@ -18,7 +18,7 @@ constexpr LanguageSource* LanguageSources[] = {
     [] { return Platform::LcidEnglishUnitedStates; },
 };
 
-// Tries one language after the other until one gives a library. AS DESIGNED: the sources are asked anew in every round.
+// Tries one language after the other until one gives a library. AS DESIGNED: each call reads the four languages anew.
 template <class TAttempt>
 Platform::Module ForEachLanguage(TAttempt attempt) {
     for (LanguageSource* const source : LanguageSources) {
@@ -57,7 +57,7 @@ std::u16string_view WithoutSeparator(std::u16string_view relativePath) {
     return relativePath.substr(relativePath.starts_with(u'\\') ? 1 : 0);
 }
 
-// AS DESIGNED: what counts is the sum of the lengths as they stand, whatever the separators between the two are.
+// AS DESIGNED: the limit is on the sum of both lengths as given, although joining may add or drop a separator.
 bool FitTogether(std::u16string_view folder, std::u16string_view relativePath) {
     return folder.size() + relativePath.size() <= Platform::MaxPath;
 }
@@ -70,13 +70,13 @@ Platform::Module LoadJoined(std::u16string_view folder, std::u16string_view rela
     return Platform::LoadLibraryEx(path.Text(), 0);
 }
 
-// AS DESIGNED: where the folder of common files is a file, the library is looked for beside it.
+// AS DESIGNED: if the folder of common files is a file, the library is looked for beside that file.
 Platform::Module LoadBeside(const char16_t* file, std::u16string_view relativePath) {
     CPathText path;
     char16_t* filePart = nullptr;
     const std::uint32_t length = Platform::GetFullPathName(file, Platform::MaxPath, path.Buffer(), &filePart);
     if (length == 0) {
-        return nullptr; // the last error tells
+        return nullptr; // with the last error of the call
     }
     if (length > Platform::MaxPath) {
         return Fail(Platform::ErrorInsufficientBuffer);
@@ -97,7 +97,7 @@ Platform::Module LoadBeside(const char16_t* file, std::u16string_view relativePa
 Platform::Module LoadUnder(const char16_t* folder, std::u16string_view relativePath) {
     const std::uint32_t attributes = Platform::GetFileAttributes(folder);
     if (attributes == Platform::InvalidFileAttributes) {
-        return nullptr; // the last error tells
+        return nullptr; // with the last error of the call
     }
     if ((attributes & Platform::FileAttributeDirectory) == 0) {
         return LoadBeside(folder, relativePath);
@@ -174,7 +174,7 @@ Platform::Module LoadQualifiedComponent(const char16_t* componentId, const char1
     CPathText path;
     const std::uint32_t length = Platform::GetFullPathName(provided.Text(), Platform::MaxPath, path.Buffer(), nullptr);
     if (length == 0) {
-        return nullptr; // the last error tells
+        return nullptr; // with the last error of the call
     }
     if (length > Platform::MaxPath) {
         return Fail(Platform::ErrorFilenameExcedRange);

@@ -16,7 +16,7 @@ bool IsFile(const char16_t* path) {
     return attributes != Platform::InvalidFileAttributes && (attributes & Platform::FileAttributeDirectory) == 0;
 }
 
-// The folder in the path of the program, with its closing separator, in lower case.
+// The folder part of the program's path, with its closing separator, in lower case.
 std::u16string_view CutToFolder(char16_t* path) {
     std::u16string_view text = path;
     std::transform(text.begin(), text.end(), path, Platform::towlower);
@@ -33,37 +33,38 @@ Platform::Module LoadFromFolder(std::u16string_view folder) {
     if (!LoadMsMapi(module)) {
         return nullptr;
     }
-    // AS DESIGNED: asking the installer may have brought the library here; the other one then stays loaded beside it.
+    // AS DESIGNED: LoadMsMapi may have made the installer put the library here. It is then loaded too, and the one that
+    // LoadMsMapi gave stays loaded.
     return fits && IsFile(path.Text()) ? Platform::LoadLibraryEx(path.Text(), 0) : module;
 }
 
 /// How the search goes on after Outlook's own entry.
-enum class EAfterOutlook { TrySystem, Stop };
+enum TAfterOutlook { AO_TrySystem, AO_Stop };
 
-EAfterOutlook LoadOutlook(Platform::Module& module) {
+TAfterOutlook LoadOutlook(Platform::Module& module) {
     const CSearchKey key(Platform::HkeyLocalMachine,
                          u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\OUTLOOK.EXE");
     if (!key) {
-        return EAfterOutlook::TrySystem;
+        return AO_TrySystem;
     }
     CSearchText program(key, nullptr);
-    // AS DESIGNED: a value that cannot be read, or is no plain text, ends the whole search. The read's result is not
-    // looked at; the type tells.
+    // AS DESIGNED: a value that cannot be read or is not of type REG_SZ ends the whole search. The result of the read
+    // is not checked: after a failed one the type is 0.
     if (program.type != Platform::RegSz) {
-        return EAfterOutlook::Stop;
+        return AO_Stop;
     }
     CPathText folder;
     if (!folder.Assign(CutToFolder(program.text))) {
-        return EAfterOutlook::TrySystem;
+        return AO_TrySystem;
     }
-    // AS DESIGNED: the mode before is not put back.
+    // AS DESIGNED: the former mode is not restored.
     Platform::SetErrorMode(0);
     if (!Platform::SetDllDirectory(folder.Text())) {
-        return EAfterOutlook::Stop;
+        return AO_Stop;
     }
     module = LoadFromFolder(folder.View());
     Platform::SetDllDirectory(nullptr);
-    return module ? EAfterOutlook::Stop : EAfterOutlook::TrySystem;
+    return module ? AO_Stop : AO_TrySystem;
 }
 
 // FGetComponentPath of the system's library: the path of a component, and whether there is one.
@@ -96,7 +97,7 @@ Platform::Module LoadNamedLibrary(const CSearchKey& key, const char16_t* name) {
 
 Platform::Module LoadMapiProvider() {
     Platform::Module module = outlookOnly ? nullptr : LoadDefaultMailClient();
-    if (module || LoadOutlook(module) == EAfterOutlook::Stop) {
+    if (module || LoadOutlook(module) == AO_Stop) {
         return module;
     }
     return outlookOnly ? nullptr : LoadSystemMapi();
@@ -108,7 +109,7 @@ Platform::Module LoadDefaultMailClient() {
     if (name.type != Platform::RegSz || std::u16string_view(name.text) == u"Microsoft Outlook") {
         return nullptr;
     }
-    // AS DESIGNED: nobody looks whether the key was opened; one that was not answers no read.
+    // AS DESIGNED: the result of the opening is not checked; every read from a key that was not opened fails.
     const CSearchKey client(clients.Handle(), name.text);
     const Platform::Module module = LoadClientByComponent(client);
     return module ? module : LoadClientByPath(client);

@@ -1,6 +1,6 @@
-// The steps of the search for a library that implements Extended MAPI. Each gives a loaded library, which the caller
-// frees or keeps, or null; none raises. The order of the attempts and their oddities are those of the mail clients'
-// maker, whose keys, values and file names stand here.
+// The steps of the search for a library that implements Extended MAPI; MapiProvider.cpp starts it. Each step gives a
+// loaded library, which the caller frees or keeps, or null; none raises. The keys, values and file names are those
+// under which mail clients register on Windows.
 #pragma once
 
 #include "mapi/SearchTools.h"
@@ -19,13 +19,13 @@ Platform::Module LoadClientByComponent(const CSearchKey& key);
 /// By the path in a client's key.
 Platform::Module LoadClientByPath(const CSearchKey& key);
 
-/// Outlook's own library: by language in the folder of common files, then by component from the installer. False if
-/// there is none.
+/// Outlook's own MAPI library: by language in the folder of common files, then by component from the installer. False
+/// if there is none.
 bool LoadMsMapi(Platform::Module& module);
 /// A library in the folder of common files. The last error tells why there is none.
 Platform::Module LoadUnderCommonFiles(const char16_t* relativePath);
-/// A component from the installer; one that the process has already is taken from where it is. The last error tells why
-/// there is none.
+/// A component from the installer. If the process has a library of that file name already, that one is loaded. The last
+/// error tells why there is none.
 Platform::Module LoadQualifiedComponent(const char16_t* componentId, const char16_t* qualifier);
 
 /// "mapi32.dll" in the system's folder.

@@ -1,5 +1,5 @@
-// What the steps of the provider search share: keys, values and texts of fixed size, for the search takes no memory and
-// raises nothing.
+// Registry keys, values and texts of fixed size for the steps of the search in ProviderSearch.h, which allocates
+// nothing and raises nothing.
 #pragma once
 
 #include "foundation/inc/format.h"
@@ -50,7 +50,7 @@ public:
     }
 
 private:
-    char16_t text[Size + 1] = {}; // one more, so that what the system left open is terminated too
+    char16_t text[Size + 1] = {}; // one more: a text that the system did not terminate is terminated too
 };
 
 using CPathText = CFixedText<Platform::MaxPath>;
@@ -110,7 +110,7 @@ struct CSearchValue {
     char16_t text[Bytes / sizeof(char16_t) + 2] = {};
 };
 
-/// Most values of the search: paths and names.
+/// The size of most values of the search, which are paths and names.
 using CSearchText = CSearchValue<520>;
 
 } // namespace Mapi

@@ -1,5 +1,6 @@
-// The published records, constants and entry of Simple MAPI, as this tool uses them. Field for field those of the
-// system's <mapi.h>; a test of the Windows build compares sizes and offsets.
+// The published records, constants and entry of Simple MAPI, for the Simple route (MapiMailSender, SimpleMapiMessage)
+// and for the MAPI libraries in mailsystem/ and the tests. Field for field those of the system's <mapi.h>; a test of
+// the Windows build compares sizes and offsets.
 #pragma once
 
 #include <cstdint>

@@ -16,7 +16,7 @@ CSimpleMapiMessage::CSimpleMapiMessage(const CUnicodeString& subject, const CArr
     message.lpszSubject = AddNarrowUnlessEmpty(subject);
     message.lpszNoteText = AddNarrowUnlessEmpty(body);
     AddOriginator(originator);
-    AddRecipient(address, name);
+    AddRecipient(address, name, Mapi::RecipientClassTo);
     AddFiles(attachments);
 }
 
@@ -39,18 +39,19 @@ void CSimpleMapiMessage::AddOriginator(const CUnicodeString& originator) {
     message.lpOriginator = originators.Data();
 }
 
-// AS DESIGNED: a bare address gives no recipient, though it could well stand as its own name; the user then fills in
-// the To line. The other route of delivery uses the address.
-void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnicodeString& name) {
+// AS DESIGNED: a recipient without a name is left out, although its address alone would do; the user then fills in the
+// To line. The Extended route takes the address.
+void CSimpleMapiMessage::AddRecipient(const CUnicodeString& address, const CUnicodeString& name,
+                                      std::uint32_t recipientClass) {
     if (name.IsEmpty()) {
         return;
     }
     MapiRecipDesc& record = recipients.Append({});
-    record.ulRecipClass = Mapi::RecipientClassTo;
+    record.ulRecipClass = recipientClass;
     record.lpszAddress = AddNarrow(address);
     record.lpszName = AddNarrow(name);
     message.lpRecips = recipients.Data();
-    message.nRecipCount = 1;
+    message.nRecipCount = static_cast<std::uint32_t>(recipients.Size());
 }
 
 void CSimpleMapiMessage::AddFiles(const CArray<CNamedAddress>& attachments) {

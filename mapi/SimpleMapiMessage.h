@@ -1,13 +1,13 @@
 // The data of one Simple MAPI message: the published records and every narrow string and array that they point into.
+// CMapiMailSender::Send makes one for each call.
 #pragma once
 
 #include "foundation/inc/array.h"
 #include "foundation/inc/namedaddress.h"
 #include "mapi/SimpleMapi.h"
 
-/// Filled once, before anything is loaded or called, so that the records can be looked at by themselves. Texts are in
-/// the system's ANSI code page; one that cannot be converted comes out empty. The records stay valid as long as the
-/// object.
+/// Filled by its constructor, without a MAPI library, so that a test can look at the records alone. Texts are in the
+/// system's ANSI code page; one that cannot be converted comes out empty. The records are valid as long as the object.
 class CSimpleMapiMessage {
 public:
     /// Raises CInternalError for an attachment without a name or a path, CMemoryException.
@@ -21,7 +21,7 @@ public:
     CSimpleMapiMessage(const CSimpleMapiMessage&) = delete;
     CSimpleMapiMessage& operator=(const CSimpleMapiMessage&) = delete;
 
-    /// MAPISendMail takes its message as one that it might change.
+    /// Not const, because MAPISendMail takes a pointer to a record that it may change.
     MapiMessage& Record() { return message; }
 
 private:
@@ -35,6 +35,7 @@ private:
     char* AddNarrow(const Tsx::CUnicodeString& text);
     char* AddNarrowUnlessEmpty(const Tsx::CUnicodeString& text);
     void AddOriginator(const Tsx::CUnicodeString& originator);
-    void AddRecipient(const Tsx::CUnicodeString& address, const Tsx::CUnicodeString& name);
+    void AddRecipient(const Tsx::CUnicodeString& address, const Tsx::CUnicodeString& name,
+                      std::uint32_t recipientClass);
     void AddFiles(const Tsx::CArray<CNamedAddress>& attachments);
 };

@@ -1,4 +1,5 @@
-// The splitter of the command line. It has quoting rules of its own and expands response files.
+// The splitter of the command line, for console programs (app/ConsoleApplication.cpp). It has quoting rules of its own
+// and expands response files.
 #pragma once
 
 #include "foundation/inc/array.h"
@@ -19,18 +20,19 @@ void SplitCommandLine(CArray<CUnicodeString>& target, const CUnicodeString& line
 /// Splits texts and sorts the tokens by the options that they set.
 class CCommandLineParser {
 public:
-    /// A file inside more others than this, or one more in all, is a CFileException of the cause 4 with the file's full
-    /// name, so that a file that names itself ends in an error and not in exhausted memory.
+    /// How deep response files may stand in one another, and how many a command line may have in all. The file that
+    /// goes beyond a limit raises CFileException with CauseTooManyOpenFiles and its full name, so that a file that
+    /// names itself ends in an error instead of exhausted memory.
     static constexpr std::int32_t MostNestedResponseFiles = 64;
     static constexpr std::int32_t MostResponseFiles = 4096;
 
     /// The tokens in order, those of response files in the place of the files.
     CArray<CUnicodeString> Tokens;
-    /// Each option's name with its value, both in the order of the tokens where names are equal; tokens that set none
-    /// are under the empty name.
+    /// Each option's name with its value, as ClassifyTokens last built it. Equal names are in the order of their
+    /// tokens; tokens that are no options are under the empty name. Nothing in this program reads it.
     CMap<CUnicodeString, CUnicodeString, CNoCaseStringKeyTraits> Options{31};
 
-    /// Appends the tokens of a text. After a failure those in front of it are there.
+    /// Appends the tokens of a text. After a failure the list has those that stand in front of it.
     void Tokenize(const CUnicodeString& text);
     /// Rebuilds Options:
     ///

@@ -2,10 +2,10 @@
 
 #include "foundation/inc/errors.h"
 #include "foundation/inc/filesystem.h"
+#include "foundation/inc/scopeexit.h"
 #include "foundation/inc/textstream.h"
 #include "platform/inc/text.h"
 #include <algorithm>
-#include <string_view>
 
 namespace Tsx {
 
@@ -14,7 +14,7 @@ namespace {
 constexpr const char16_t* ModuleName = u"src\\commandlinefo";
 constexpr char16_t Quote = u'"';
 
-// The run-time decides. It says the same of ASCII in every locale, so that it need not be asked for that.
+// What the run-time answers. For ASCII that is the same in every locale, so that the call can be left out.
 bool IsWhiteSpace(char16_t c) {
     return c < 0x80 ? c == u' ' || (c >= u'\t' && c <= u'\r') : Platform::iswspace(c);
 }
@@ -56,19 +56,21 @@ private:
     }
 };
 
-/// What a token says of an option. The name is a part of the token, or empty; the value is the rest from an index on.
-struct COptionParts {
-    std::u16string_view name;
-    std::int32_t value;
+/// The option that a token sets; the name is empty for a token that sets none.
+struct COption {
+    CUnicodeString name;
+    CUnicodeString value;
 };
 
-COptionParts PartsOf(const CUnicodeString& token) {
-    const std::u16string_view text = token.View();
-    if (text.size() < 2 || (text[0] != u'/' && text[0] != u'-')) {
-        return {{}, 0};
+COption OptionOf(const CUnicodeString& token) {
+    if (token.Length() < 2 || (token[0] != u'/' && token[0] != u'-')) {
+        return {{}, token};
     }
-    const std::size_t colon = std::min(text.find(u':', 1), text.size());
-    return {text.substr(1, colon - 1), static_cast<std::int32_t>(std::min(colon + 1, text.size()))};
+    const std::int32_t separator = token.Find(u':', 1);
+    if (separator < 0) {
+        return {token.Mid(1), {}};
+    }
+    return {token.Mid(1, separator - 1), token.Mid(separator + 1)};
 }
 
 } // namespace
@@ -76,7 +78,7 @@ COptionParts PartsOf(const CUnicodeString& token) {
 void SplitCommandLine(CArray<CUnicodeString>& target, const CUnicodeString& line) {
     CCommandLineParser parser;
     parser.Tokenize(line);
-    parser.ClassifyTokens();
+    parser.ClassifyTokens(); // AS DESIGNED: nobody reads what it builds
     const std::int32_t count = parser.Tokens.Size();
     target.Reserve(target.Size() + count);
     for (std::int32_t i = 0; i < count; ++i) {
@@ -103,52 +105,22 @@ void CCommandLineParser::AddToken(CUnicodeString&& token) {
 }
 
 void CCommandLineParser::AddResponseFile(const CUnicodeString& path) {
-    struct CNesting {
-        explicit CNesting(std::int32_t& toCount) : depth(toCount) { ++depth; }
-        ~CNesting() { --depth; }
-        CNesting(const CNesting&) = delete;
-        CNesting& operator=(const CNesting&) = delete;
-        std::int32_t& depth;
-    };
     if (openResponseFiles > MostNestedResponseFiles || responseFiles == MostResponseFiles) {
         CUnicodeString fullName = path;
         FileSystem::GetFullName(fullName);
         GenerateFileCauseException(CauseTooManyOpenFiles, fullName);
     }
     ++responseFiles;
-    const CNesting nesting(openResponseFiles);
+    ++openResponseFiles;
+    const CScopeExit close([this] { --openResponseFiles; });
     Tokenize(ReadTextFile(path));
 }
 
 void CCommandLineParser::ClassifyTokens() {
     Options.DeleteAll();
-    // Names that take turns would make each addition walk a chain of all their values. Of many tokens those of one name
-    // are added one after the other, which also lets them share the name's text.
-    constexpr std::int32_t fewTokens = 1000;
-    const bool many = Tokens.Size() > fewTokens;
-    CArray<std::uint64_t> order;
-    order.Reserve(Tokens.Size());
-    std::u16string_view hashed;
-    std::uint64_t hash = 0;
-    for (std::int32_t i = 0; i < Tokens.Size(); ++i) {
-        const std::u16string_view name = PartsOf(Tokens[i]).name;
-        if (many && name != hashed) {
-            hashed = name;
-            hash = HashTextNoCase(name);
-        }
-        order.Append(hash << 32 | static_cast<std::uint32_t>(i));
-    }
-    if (!std::is_sorted(order.begin(), order.end())) {
-        std::sort(order.begin(), order.end());
-    }
-    CUnicodeString name;
-    for (const std::uint64_t entry : order) {
-        const CUnicodeString& token = Tokens[static_cast<std::int32_t>(entry & 0xFFFFFFFF)];
-        const COptionParts parts = PartsOf(token);
-        if (name.View() != parts.name) {
-            name = CUnicodeString(parts.name.data(), static_cast<std::int32_t>(parts.name.size()));
-        }
-        Options.Add(name, token.Mid(parts.value));
+    for (const CUnicodeString& token : Tokens) {
+        COption option = OptionOf(token);
+        Options.Add(option.name, std::move(option.value));
     }
 }
 

@@ -1,4 +1,4 @@
-"""The table of cases: what a user types, and what the program prints, hands to the mail client and ends with.
+"""The table of cases: what a user types, and what the program prints, hands to the MAPI library and ends with.
 
 Words are given as they are to arrive in the program, whatever quotes the system needs for that. Where the systems
 differ, the reason stands beside the row.
@@ -22,7 +22,7 @@ class Case:
     output: object = ""  # text or pattern
     files: dict = dataclasses.field(default_factory=dict)  # name (folders included) -> content
     line: str = None  # the Windows command line behind the program, in place of the words
-    answer: str = None  # what the client is told to answer
+    answer: str = None  # what the MAPI library is told to answer
     given: bytes = b""  # to the native program, through a pipe that is its standard input
     settings: dict = dataclasses.field(default_factory=dict)  # environment variables
     mail: str = "recording"
@@ -181,7 +181,7 @@ def deliveries(place):
         yield Case(f"the first of two deliveries answers {answer}", two, [Mail("A", "a", result=code), Mail("B", "b")],
                    answer=f"{answer},success")
     yield Case("every delivery fails", two, [Mail("A", "a", result=2), Mail("B", "b", result=2)], answer="2")
-    yield Case("the client crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], limit=90, code=CRASHED,
+    yield Case("the MAPI library crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], limit=90, code=CRASHED,
                # Wine's debugger reports on standard output.
                answer="success,crash", output=re.compile("(?s).*") if place.windows else "")
     # Each system's own text for the code, which brings its own line end.
@@ -189,11 +189,11 @@ def deliveries(place):
     yield fails("no MAPI library", two, failure(missing), mail="missing")
     yield fails("no MAPI library and no logo", ["-nologo", *two], printed(missing), mail="missing")
     if not place.windows:
-        with open(place.options.client, "rb") as library:
-            client = library.read()
+        with open(place.options.library, "rb") as library:
+            content = library.read()
         # Neither the folder one stands in nor those of a search path are anybody's to be served from.
         yield fails("MAPI libraries lie about", two, failure(missing), mail="missing",
-                    files={"mapi32.so": client, "MAPI32.dll": client}, settings={"PATH": ".", "LD_LIBRARY_PATH": "."})
+                    files={"mapi32.so": content, "MAPI32.dll": content}, settings={"PATH": ".", "LD_LIBRARY_PATH": "."})
         reason = "libX.so.6: cannot open shared object file: No such file or directory\r\n"
         yield fails("the MAPI library lacks a library", two, failure(missing + reason), mail="lacking")
     # Windows gives the name back as the program asks for it, the Linux layer as the file has it.

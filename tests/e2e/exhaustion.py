@@ -48,10 +48,10 @@ TESSARIX = "Software\\Ostrel\\Tessarix"
 class Scenario:
     name: str
     words: tuple
-    client: str = "simple"  # simple, extended, own: what takes the mail
+    library: str = "simple"  # simple, extended, own: what takes the mail
     probe: bool = False  # the words are the probe's, not the program's
     settings: tuple = ()  # pairs of root key and value name, all "on"
-    script: str = ""  # of the Extended client
+    script: str = ""  # of the Extended library
     answers: tuple = ()  # further calls whose failure is an answer
 
 
@@ -63,7 +63,7 @@ SCENARIOS = (
     Scenario("Simple route", (ANN, "-r:Bo <bo@example.org>", "-a:one.txt", "-a:none.txt")),
     Scenario("Extended route", (ANN, "-s:Hello", "-a:one.txt", "-a:two.txt"), "extended"),
     Scenario("a draft", (ANN, "-s:Hello", "-a:one.txt"), "own"),
-    Scenario("a crash in the client", (ANN,), "extended", script="IMAPISession::ShowForm=read"),
+    Scenario("a crash in the library", (ANN,), "extended", script="IMAPISession::ShowForm=read"),
     Scenario("the log", (ANN,), settings=(("HKEY_LOCAL_MACHINE", "WriteMessageLog"),)),
     Scenario("lists of messages", (ANN,), settings=(("HKEY_CURRENT_USER", "SaveAllMessages"),
                                                     ("HKEY_CURRENT_USER", "SaveUndefinedMessages"))),
@@ -99,8 +99,8 @@ class Bench:
             environment["TESSARIX_SHORT_TRANSFERS"] = "1"
         elif fault:
             environment["TESSARIX_FAULT"] = fault
-            if scenario.client == "extended" and fault.endswith(":on"):
-                environment["ASAN_OPTIONS"] = "detect_leaks=0"  # the client's memory: its own entry would give it back
+            if scenario.library == "extended" and fault.endswith(":on"):
+                environment["ASAN_OPTIONS"] = "detect_leaks=0"  # the library's memory: its own entry would give it back
         words = [self.options.languages if word == "LANGUAGES" else word for word in scenario.words]
         process = subprocess.run([program, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL, timeout=LIMIT,
                                  check=False, **(streams or {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}))
@@ -123,13 +123,13 @@ class Bench:
         rows = {"HKEY_CURRENT_USER": [], "HKEY_LOCAL_MACHINE": []}
         for root, value in scenario.settings:
             rows[root] += [f"[{root}\\{TESSARIX}]", f'"{value}"="on"']
-        if scenario.client == "extended":
-            key, path = CLIENTS, "Z:" + self.options.extended_client.replace("/", "\\").replace("\\", "\\\\")
+        if scenario.library == "extended":
+            key, path = CLIENTS, "Z:" + self.options.extended_library.replace("/", "\\").replace("\\", "\\\\")
             rows["HKEY_LOCAL_MACHINE"] += [f"[{key}]", '@="Test"', f"[{key}\\Test]", f'"DllPathEx"="{path}"']
-        elif scenario.client == "own":
+        elif scenario.library == "own":
             os.link(self.options.mail_library, os.path.join(folder, "lib/corvane/mapi32.so"))
         else:
-            os.link(self.options.client, os.path.join(folder, "bin/mapi32.so"))
+            os.link(self.options.library, os.path.join(folder, "bin/mapi32.so"))
         for root, lines in rows.items():
             with open(os.path.join(folder, "registry", root + ".reg"), "w", encoding="utf-8") as file:
                 file.write(settings_text(*lines))
@@ -151,7 +151,7 @@ class Bench:
             return [line.split() for line in file]
 
     def delivered(self, folder):
-        """What the client was handed: the lines that it noted, and the drafts in words."""
+        """What the library was handed: the lines that it noted, and the drafts in words."""
         lines = []
         if os.path.exists(os.path.join(folder, "transcript")):
             with open(os.path.join(folder, "transcript"), encoding="utf-8") as file:
@@ -186,7 +186,7 @@ def sweep(bench, scenario, every):
     usual = bench.run(scenario)
     problems = [] if usual.code in (0, 255) and "Sanitizer" not in usual.errors else [f"without failure: {usual}"]
     plans = [SHORT]
-    recorded = usual.delivered and scenario.client != "own"  # by a client that asks for memory too
+    recorded = usual.delivered and scenario.library != "own"  # by a library that asks for memory too
     for start, (function, code) in enumerate(PLANS[:-1] if recorded else PLANS):
         count = bench.run(scenario, f"{function}:{NEVER}:{code}:once").calls
         problems += [] if count > 10 else [f"only {count} calls of {function}"]
@@ -245,7 +245,7 @@ def run_without_output(bench, scenario, kind, errors):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    for name in ("program", "client", "extended-client", "life-probe", "mail-library", "languages"):
+    for name in ("program", "library", "extended-library", "life-probe", "mail-library", "languages"):
         parser.add_argument(f"--{name}", required=True)
     parser.add_argument("--every", type=int, default=1, help="the step from one failing call to the next")
     parser.add_argument("--only", default="", help="a part of the scenarios' names")

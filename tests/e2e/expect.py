@@ -1,9 +1,12 @@
-"""What the program is expected to print and to hand to the mail client, in the words of the cases."""
+"""What the program is expected to print and to hand to the MAPI library, in the words of the cases."""
 
 import dataclasses
+import pathlib
 import re
 
-LOGO = "Corvane\nCorvane mail command\n5.0\nCopyright (c) Ostrel"
+PROJECT = (pathlib.Path(__file__).parents[2] / "CMakeLists.txt").read_text()
+VERSION = re.search(r"project\(corvane VERSION (\d+\.\d+)", PROJECT).group(1)
+LOGO = f"Corvane\nCorvane mail command\n{VERSION}\nCopyright (c) Ostrel"
 
 HELP = """%s [-?] [-nologo] [-s:text] [-b:text] [-a:path ...] -r:address ...
     -?, -help           Display help messages
@@ -33,14 +36,14 @@ def internal_error(module):
 
 @dataclasses.dataclass(frozen=True)
 class Mail:
-    """One delivery to the recording client. A file is a path, or a pair of path and shown name."""
+    """One delivery to the recording library. A file is a path, or a pair of path and shown name."""
 
     name: str = None
     address: str = None
     subject: str = None
     body: str = None
     files: tuple = ()
-    result: int = 0  # None: the client crashed and said no more
+    result: int = 0  # None: the library crashed and said no more
 
     def transcript(self):
         recipients = [] if self.name is None else [recipient_lines(0, self.name, self.address)]

@@ -1,4 +1,4 @@
-"""The Extended route: what the program asks of a mail client, call by call, and what becomes of a run in which the client
+"""The Extended route: what the program asks of a MAPI library, call by call, and what becomes of a run in which that
 refuses, crashes or gives nothing. The probe's calls stand at the head of every transcript."""
 
 import dataclasses
@@ -244,7 +244,7 @@ def sweep(place):
 
 
 def oddities(place):
-    """A client that reports success and gives nothing, or something else; a file that is gone when its turn comes."""
+    """A library that reports success and gives nothing, or something else; a file that is gone when its turn comes."""
     good = delivery(place, ["Ann[a]", "[b]"], "Hello", "Text", [("x.txt", b"x")])
     balanced = re.compile("(?s).*\nend:\n")  # all that was given out came back
 

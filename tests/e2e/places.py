@@ -1,8 +1,8 @@
 """The two systems on which the program is run: natively, and as a Windows program under Wine.
 
-A place keeps copies of the program, each in a folder where it finds another mail system:
+A place keeps copies of the program, each in a folder where it finds another MAPI library:
 
-    recording    the recording client
+    recording    the recording library
     missing      no MAPI library at all
     no entry     a MAPI library that cannot send
     lacking      a MAPI library that lacks one itself; natively alone
@@ -96,11 +96,11 @@ class Native(Place):
     def __init__(self, options, root):
         super().__init__(options, root)
         self.environment["TESSARIX_REGISTRY"] = os.path.join(root, "registry")
-        self.copy_program("recording", "corvane", options.client)
+        self.copy_program("recording", "corvane", options.library)
         self.copy_program("missing", "corvane")
-        self.copy_program("no entry", "corvane", options.no_entry_client)
-        self.copy_program("lacking", "corvane", options.client)
-        library = os.path.join(root, "lacking", os.path.basename(options.client))
+        self.copy_program("no entry", "corvane", options.no_entry_library)
+        self.copy_program("lacking", "corvane", options.library)
+        library = os.path.join(root, "lacking", os.path.basename(options.library))
         with open(library, "r+b") as file:
             content = file.read().replace(b"libc.so.6", b"libX.so.6")
             file.seek(0)
@@ -111,13 +111,13 @@ class Native(Place):
             folder = self.environment["TESSARIX_REGISTRY"]
             os.mkdir(folder)
             with open(os.path.join(folder, "HKEY_LOCAL_MACHINE.reg"), "w", encoding="utf-8") as stream:
-                stream.write(self.registered_client(DllPathEx=self.options.extended_client))
+                stream.write(self.registered_client(DllPathEx=self.options.extended_library))
         return self
 
     def __exit__(self, *_):
         pass
 
-    def client_path(self, native):
+    def library_path(self, native):
         return native
 
     def exit_code(self, code):
@@ -142,13 +142,13 @@ class Wine(Place):
         super().__init__(options, root)
         self.copy_program("recording", "corvane.exe")
         self.copy_program("missing", "corvane.exe")
-        self.copy_program("no entry", "corvane.exe", options.no_entry_client)
+        self.copy_program("no entry", "corvane.exe", options.no_entry_library)
         self.line_file = os.path.join(root, "line")
         self.code_file = os.path.join(root, "code")
 
     def __enter__(self):
-        extended = {"DllPathEx": self.options.extended_client} if self.options.extended else {}
-        self.registry(self.registered_client(DLLPath=self.options.client, **extended))
+        extended = {"DllPathEx": self.options.extended_library} if self.options.extended else {}
+        self.registry(self.registered_client(DLLPath=self.options.library, **extended))
         return self
 
     def __exit__(self, *_):
@@ -164,11 +164,11 @@ class Wine(Place):
         if result.code != 0:
             raise RuntimeError(f"the mail client cannot be registered: {result}")
 
-    def client_path(self, native):
+    def library_path(self, native):
         return windows_path(native)
 
     def transcript(self, case):
-        """The search for Extended MAPI finds the Simple client too, and keeps what it has loaded: that library comes and
+        """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
         goes once in a run, however many deliveries it has."""
         text = super().transcript(case)
         delivers = case.sends or case.mail != "recording"

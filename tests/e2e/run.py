@@ -56,7 +56,7 @@ def check(place, case, folder):
     transcript_file = folder + ".transcript"
     with open(transcript_file, "wb"):
         os.chmod(transcript_file, 0o666)
-    environment = {"CORVANE_TRANSCRIPT": place.client_path(transcript_file), **case.settings}
+    environment = {"CORVANE_TRANSCRIPT": place.library_path(transcript_file), **case.settings}
     if case.answer:
         environment["CORVANE_MAPI_ANSWER"] = case.answer
     result = place.run(case, folder, environment)
@@ -110,12 +110,12 @@ def run_all(options, root):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--program", required=True)
-    parser.add_argument("--client", required=True, help="the recording MAPI library")
-    parser.add_argument("--extended-client", required=True, help="the recording library of Extended MAPI")
+    parser.add_argument("--library", required=True, help="the recording MAPI library")
+    parser.add_argument("--extended-library", required=True, help="the recording library of Extended MAPI")
     parser.add_argument("--extended", action="store_true", help="run the cases of the Extended route alone")
     parser.add_argument("--life", action="store_true", help="look at the start and the stop of the foundation alone")
     parser.add_argument("--life-probe", required=True, help="what starts and stops it")
-    parser.add_argument("--no-entry-client", required=True, help="a MAPI library that cannot send")
+    parser.add_argument("--no-entry-library", required=True, help="a MAPI library that cannot send")
     parser.add_argument("--probe", required=True, help="what looks at the program's message table")
     parser.add_argument("--faults", action="store_true", help="the program has the fault hook")
     parser.add_argument("--sanitized", action="store_true", help="the program shows a sanitizer's symbols too")

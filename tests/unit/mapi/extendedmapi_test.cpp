@@ -1,4 +1,4 @@
-// The Extended route against the recording mail client, in one process with it.
+// The Extended route against the recording MAPI library, in one process with it.
 #include "mapi/ExtendedMapi.h"
 
 #include "platform/inc/faults.h"
@@ -13,10 +13,10 @@ using namespace Mapi;
 
 namespace {
 
-/// The client, under a name that the search takes from among what the process has loaded; stays to the end.
-class CClient {
+/// The recording library, under a name that the search finds among the loaded ones; it stays loaded to the end.
+class CRecordingLibrary {
 public:
-    CClient() : module(Platform::LoadLibraryEx(CLIENT_LIBRARY, 0)) {}
+    CRecordingLibrary() : module(Platform::LoadLibraryEx(RECORDING_LIBRARY, 0)) {}
     bool IsLoaded() const { return module != nullptr; }
     std::uint32_t ThingsOut() const {
         return reinterpret_cast<std::uint32_t (*)()>(Platform::GetProcAddress(module, "CorvaneThingsOut"))();
@@ -26,9 +26,9 @@ private:
     Platform::Module module;
 };
 
-const CClient& Client() {
-    static const CClient client;
-    return client;
+const CRecordingLibrary& RecordingLibrary() {
+    static const CRecordingLibrary library;
+    return library;
 }
 
 /// The text of what the action raised; empty for nothing.
@@ -89,24 +89,24 @@ TEST(ExtendedMapi, AWrapperOfNothingFailsAtItsFirstUse) {
 }
 
 TEST(ExtendedMapi, TheContextIsFilledOnceAndEmptiedByTheSend) {
-    ASSERT_TRUE(Client().IsLoaded());
+    ASSERT_TRUE(RecordingLibrary().IsLoaded());
     EXPECT_TRUE(IsExtendedMapiAvailable());
-    EXPECT_EQ(Client().ThingsOut(), 0U);
+    EXPECT_EQ(RecordingLibrary().ThingsOut(), 0U);
     CMapiContext context;
     context.Open();
     const CMapiSession* session = context.Session.Get();
     context.Open();
     EXPECT_EQ(context.Session.Get(), session);
-    EXPECT_EQ(Client().ThingsOut(), 5U) << "session, store, two folders, address book";
+    EXPECT_EQ(RecordingLibrary().ThingsOut(), 5U) << "session, store, two folders, address book";
     EXPECT_EQ(CMail().Send(context), 0);
     EXPECT_TRUE(context.Library.IsEmpty() && context.Session.IsEmpty() && context.AddressBook.IsEmpty());
-    EXPECT_EQ(Client().ThingsOut(), 0U);
+    EXPECT_EQ(RecordingLibrary().ThingsOut(), 0U);
 }
 
-// Whatever of ours fails on the way (memory, a file, a text): the client gets back all that it gave.
+// Whatever of ours fails on the way (memory, a file, a text): the library gets back all that it gave.
 TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
     SKIP_WITHOUT_FAULTS();
-    ASSERT_TRUE(Client().IsLoaded());
+    ASSERT_TRUE(RecordingLibrary().IsLoaded());
     const CMail mail;
     CMapiContext first; // binds the entries: what gives back must be known before anything is given out
     ASSERT_EQ(mail.Send(first), 0);
@@ -122,7 +122,7 @@ TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
             }
             reached = Platform::FaultCallsSeen() >= nth;
             Platform::DisarmFaults();
-            ASSERT_EQ(Client().ThingsOut(), 0U) << function << ' ' << nth << ": " << Readable(text.View());
+            ASSERT_EQ(RecordingLibrary().ThingsOut(), 0U) << function << ' ' << nth << ": " << Readable(text.View());
             ASSERT_TRUE(reached || (text.IsEmpty() && result == 0)) << "the run that nothing disturbs";
         }
         EXPECT_GT(nth, 15) << function;

@@ -1,4 +1,4 @@
-// What the Extended route decides without the mail system: which store, which names, what is read from records.
+// What the Extended route decides without a MAPI library: which store, which names, what is read from records.
 #include "mapi/AttachmentContent.h"
 #include "mapi/FaultCleanup.h"
 #include "mapi/MapiAddressList.h"
@@ -170,8 +170,8 @@ TEST(MapiLogic, AnAttachmentThatChangesWhileItIsRead) {
         file.told = row.told;
         std::string taken;
         const auto read = [&] {
-            const CAttachmentContent content(file);
-            taken.assign(reinterpret_cast<const char*>(content.Data().lpb), content.Data().cb);
+            const CFileBytes bytes = ReadWholeFile(file);
+            taken.assign(reinterpret_cast<const char*>(bytes.Data().lpb), bytes.Data().cb);
         };
         if (row.failure == tooLong) {
             const auto raised = Raised<CInternalError>(read);

@@ -1,5 +1,5 @@
-// A folder with copies of the noting provider, a registry of its own, and what was noted: the search for a provider as
-// it is seen from outside.
+// A folder with copies of the noting library, a registry of its own, and what was noted: the search for a MAPI library
+// as it is seen from outside.
 #pragma once
 
 #include "mapi/MapiProvider.h"

@@ -81,14 +81,17 @@ TEST(Resources, VersionRecord) {
     version.Load(FileSystem::GetProgramPath());
     EXPECT_EQ(version.GetString(u"InternalName"), u"Corvane");
     EXPECT_EQ(version.GetString(u"FileDescription"), u"Corvane mail command");
-    EXPECT_EQ(version.GetString(u"ProductVersion"), u"5.0");
+    const auto major = std::uint32_t{RESOURCE_FILE_VERSION_MAJOR};
+    const auto minor = std::uint32_t{RESOURCE_FILE_VERSION_MINOR};
+    EXPECT_EQ(version.GetString(u"ProductVersion"), CUnicodeString::Format(u"%u.%u", major, minor));
     EXPECT_EQ(version.GetString(u"LegalCopyright"), u"Copyright (c) Ostrel");
     EXPECT_EQ(version.GetString(u"MessageHandler"), u"") << "a string that the record lacks";
     Platform::FixedFileInfo fixed{};
     ASSERT_TRUE(version.GetFixedInfo(fixed));
     EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDU);
-    EXPECT_EQ(fixed.dwFileVersionMS, 0x00050000U);
-    EXPECT_EQ(fixed.dwFileVersionLS, 111U);
+    EXPECT_EQ(fixed.dwFileVersionMS, major << 16 | minor);
+    EXPECT_EQ(fixed.dwFileVersionLS,
+              std::uint32_t{RESOURCE_FILE_VERSION_PATCH} << 16 | std::uint32_t{RESOURCE_FILE_VERSION_BUILD});
     CVersionInfo none;
     none.Load(u"no such file");
     EXPECT_EQ(none.GetString(u"InternalName"), u"");
@@ -133,7 +136,7 @@ TEST(Resources, ALibraryServesItsOwn) {
     Platform::FixedFileInfo fixed{};
     ASSERT_TRUE(version.GetFixedInfo(fixed));
     EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
-    EXPECT_EQ(fixed.dwFileVersionMS, 0x00050000U);
+    EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
     EXPECT_TRUE(Platform::FreeLibrary(library));
 }
 

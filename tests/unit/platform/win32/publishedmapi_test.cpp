@@ -139,6 +139,7 @@ TEST(PublishedMapi, Constants) {
     SAME_CONSTANT(StatusPrimaryStore, STATUS_PRIMARY_STORE);
     SAME_CONSTANT(ResourceTypeSpooler, MAPI_SPOOLER);
     SAME_CONSTANT(AttachByValue, ATTACH_BY_VALUE);
+    SAME_CONSTANT(RecipientTypeTo, MAPI_TO);
     SAME_CONSTANT(ResultUnexpected, E_UNEXPECTED);
     SAME_CONSTANT(ResultPointer, E_POINTER);
     SAME_CONSTANT(ResultFail, E_FAIL);

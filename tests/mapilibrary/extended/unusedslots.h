@@ -2,8 +2,8 @@
 // that goes astray is written down, and fails.
 #pragma once
 
-#include "mapi/MapiUnusedSlots.h"
-#include "tests/mailclient/extended/ledger.h"
+#include "mailsystem/MapiUnusedSlots.h"
+#include "tests/mapilibrary/extended/ledger.h"
 
 namespace Unused {
 

@@ -1,4 +1,4 @@
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/transcript.h"
 
 #include "platform/inc/text.h"
 #include <cstdio>

@@ -1,9 +1,9 @@
-// The Simple side of the recording mail client: the one entry of a MAPI library that the program asks for. It writes
+// The Simple side of the recording MAPI library: the one entry that the Simple route asks for. It writes
 // down all that it is handed, shows nothing and answers as it is told.
 #include "mapi/SimpleMapi.h"
 #include "platform/inc/faults.h"
-#include "tests/mailclient/answer.h"
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/answer.h"
+#include "tests/mapilibrary/transcript.h"
 #include <string>
 #include <type_traits>
 

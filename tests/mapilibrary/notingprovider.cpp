@@ -1,4 +1,4 @@
-// A library that the search for a provider may find: under whatever name it is copied to, it notes in the file that
+// A MAPI library that the search may find: under whatever name it is copied to, it notes in the file that
 // PROVIDER_NOTES names when it is loaded and unloaded, and what its entries are handed.
 #include "mapi/MapiInterfaces.h"
 #include "platform/inc/memory.h"

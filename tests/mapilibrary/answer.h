@@ -1,10 +1,10 @@
-// What the recording mail client answers, as the environment variable CORVANE_MAPI_ANSWER tells.
+// What the recording MAPI library answers, as the environment variable CORVANE_MAPI_ANSWER tells.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 
-/// The answer to the `call`th delivery, from 1; nothing if the client is to crash. Ends the process with a line on
+/// The answer to the `call`th delivery, from 1; nothing if the library is to crash. Ends the process with a line on
 /// standard error for a word that means nothing.
 ///
 ///   unset, "success"          0 to each call

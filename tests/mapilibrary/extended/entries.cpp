@@ -1,8 +1,8 @@
-// The exported functions of the Extended side of the recording mail client.
+// The exported functions of the Extended side of the recording MAPI library.
 #include "platform/inc/faults.h"
 #include "platform/inc/ole.h"
-#include "tests/mailclient/extended/objects.h"
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/extended/objects.h"
+#include "tests/mapilibrary/transcript.h"
 
 using namespace Mapi;
 

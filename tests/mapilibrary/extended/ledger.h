@@ -1,9 +1,9 @@
-// The books of the Extended side: each call as one line of the transcript, and all that the client has given out and
+// The books of the Extended side: each call as one line of the transcript, and all that the library has given out and
 // not got back.
 #pragma once
 
 #include "mapi/MapiRecords.h"
-#include "tests/mailclient/extended/script.h"
+#include "tests/mapilibrary/extended/script.h"
 #include <cstddef>
 #include <string>
 #include <string_view>

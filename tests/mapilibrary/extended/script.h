@@ -1,5 +1,5 @@
-// What the Extended side of the recording mail client does at a call, as environment variables tell. Without any it is
-// a client that does all that it is asked.
+// What the Extended side of the recording MAPI library does at a call, as environment variables tell. Without any it is
+// a library that does all that it is asked.
 #pragma once
 
 #include <cstdint>

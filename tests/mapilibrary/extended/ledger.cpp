@@ -1,6 +1,6 @@
-#include "tests/mailclient/extended/ledger.h"
+#include "tests/mapilibrary/extended/ledger.h"
 
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/transcript.h"
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -26,7 +26,7 @@ void WriteText(std::string_view text, bool ends) {
 }
 
 [[noreturn]] void Protest(const char* complaint, const void* thing) {
-    std::fprintf(stderr, "the mail client was handed what is %s: %p\n", complaint, thing);
+    std::fprintf(stderr, "the MAPI library was handed what is %s: %p\n", complaint, thing);
     std::abort();
 }
 

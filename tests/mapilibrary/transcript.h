@@ -1,5 +1,5 @@
-// The text file in which the recording mail client tells what it was handed: UTF-8, one value a line, in the order of
-// the calls. It knows nothing of the messages themselves, so that every interface of the client can record through it.
+// The text file in which a recording MAPI library notes what it was handed: UTF-8, one value a line, in the order of
+// the calls. It knows nothing of messages, so that both sides can record through it.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ std::string Quoted(const char16_t* text);
 std::string Hex(const void* bytes, std::size_t size);
 
 /// Collects lines and appends them to the file that the environment variable CORVANE_TRANSCRIPT names; without the
-/// variable all of it is dropped. Nothing is open between two calls, since a client may die in any of them. For one
+/// variable all of it is dropped. Nothing is open between two calls, since the process may end in any of them. For one
 /// thread.
 ///
 ///   Line("attach")                          attach

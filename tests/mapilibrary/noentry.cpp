@@ -1,4 +1,4 @@
-// A library under the mail system's name that lacks the entry for sending.
+// A library under the MAPI library's name that lacks the entry for sending.
 #include <cstdint>
 
 extern "C" PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* buffer);

@@ -1,5 +1,6 @@
-// The slots of the published interfaces with one answer for all of them. A mail client's classes derive from these and
-// fill the slots that they have a use for. TAnswer::Call(name) is handed the slot's name and gives the result.
+// The slots of the published interfaces with one answer for all of them. The classes of a MAPI library derive from
+// these and fill the slots that they have a use for: those of this folder, and those of the recording library of the
+// tests. TAnswer::Call(name) is handed the slot's name and gives the result.
 #pragma once
 
 #include "mapi/MapiInterfaces.h"

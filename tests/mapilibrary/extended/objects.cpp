@@ -1,7 +1,7 @@
-#include "tests/mailclient/extended/objects.h"
+#include "tests/mapilibrary/extended/objects.h"
 
-#include "tests/mailclient/extended/unusedslots.h"
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/extended/unusedslots.h"
+#include "tests/mapilibrary/transcript.h"
 #include <cstring>
 
 using namespace Mapi;

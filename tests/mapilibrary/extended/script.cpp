@@ -1,6 +1,6 @@
-#include "tests/mailclient/extended/script.h"
+#include "tests/mapilibrary/extended/script.h"
 
-#include "tests/mailclient/transcript.h"
+#include "tests/mapilibrary/transcript.h"
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "tests/mailclient/answer.h"
+#include "tests/mapilibrary/answer.h"
 
 #include "mapi/SimpleMapi.h"
 #include <charconv>
