@@ -116,7 +116,7 @@ public:
         arena.Swap(Arena);
         ItemCount = 0;
         HashSize = 0;
-        Tail = {};
+        Tails.FreeBuffer();
         for (CSlotIterator<TNode> node = FirstNode<TNode>(slots); node != EndOfNodes<TNode>(slots);) {
             (node++)->~TNode();
         }
@@ -134,7 +134,7 @@ protected:
     std::int32_t HashSize = 0; // buckets; 0 until the first insertion
     std::int32_t InitialHashSize;
     TArena Arena;
-    CChainTail Tail;
+    typename TSlots::CTails Tails;
     CHashDivisor Divisor; // of HashSize
 
     template <class TIterated>
@@ -203,13 +203,15 @@ private:
         TNode& node = NodeAt(position);
         Slots[position] = 0;
         --ItemCount;
-        Tail = {}; // there is a hole, which the next search must find
+        if (!Tails.IsEmpty()) {
+            Tails[Divisor.Remainder(TTraits::Hash(node.Key))] = 0; // the next search must find the hole
+        }
         node.~TNode();
         Arena.GiveBack(&node);
     }
 
     std::int32_t FindFreeSlot(std::uint32_t hash) {
-        return TSlots::template FindFreeSlot<TPlace>(Divisor.Remainder(hash), HashSize, Tail);
+        return TSlots::template FindFreeSlot<TPlace>(Divisor.Remainder(hash), HashSize, Tails);
     }
 
     /// A free slot for a node, after as much growth as it takes.
@@ -245,12 +247,12 @@ private:
     [[gnu::noinline]] void Rehash(std::int32_t size) {
         for (size = GetPrimeAbove(std::int64_t{size} - 1);; size = GetPrimeAbove(size)) {
             TSlots fresh;
-            CChainTail tail;
+            typename TSlots::CTails tails;
             fresh.SetEmptySlots(size);
-            if (PlaceNodes(fresh, size, tail)) {
+            if (PlaceNodes(fresh, size, tails)) {
                 TSlots::Swap(fresh);
                 SetHashSize(size);
-                Tail = tail;
+                Tails.Swap(tails);
                 return;
             }
         }
@@ -260,7 +262,7 @@ private:
     ///
     /// The nodes, their keys' texts and the new buckets lie all over the memory: they are asked for a batch at a time,
     /// so that one wait serves many.
-    bool PlaceNodes(TSlots& fresh, std::int32_t size, CChainTail& tail) const {
+    bool PlaceNodes(TSlots& fresh, std::int32_t size, typename TSlots::CTails& tails) const {
         const CHashDivisor divisor(size);
         constexpr std::int32_t batchSize = 32;
         std::uint64_t words[batchSize];
@@ -282,7 +284,7 @@ private:
                 __builtin_prefetch(fresh.Slots + buckets[i]);
             }
             for (std::int32_t i = 0; i < filled; ++i) {
-                const std::int32_t slot = fresh.template FindFreeSlot<TPlace>(buckets[i], size, tail);
+                const std::int32_t slot = fresh.template FindFreeSlot<TPlace>(buckets[i], size, tails);
                 if (slot == NoPosition) {
                     return false;
                 }

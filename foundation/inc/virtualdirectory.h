@@ -45,6 +45,13 @@ public:
     CDirectoryMap Directories; // by last component; owned by the list of children
 
 private:
+    struct CFilePlace {
+        CVirtualDirectory* directory;      // null where there is none
+        CUnicodeString name;               // the key in it
+        CVirtualFileData** file = nullptr; // the key's value; null where there is no such file
+    };
+
+    CFilePlace FindPlace(const CUnicodeString& path);
     CVirtualDirectory* GetSubDirectory(const CUnicodeString& name);
     void DeleteEntries();
 };

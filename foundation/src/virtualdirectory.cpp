@@ -3,6 +3,7 @@
 #include "foundation/inc/debugtrace.h"
 #include "foundation/inc/errors.h"
 #include "foundation/inc/makeobject.h"
+#include "foundation/inc/scopeexit.h"
 #include "platform/inc/fileattributes.h"
 #include <optional>
 #include <span>
@@ -76,53 +77,51 @@ CVirtualDirectory* CVirtualDirectory::CreateDirectoryPath(const CUnicodeString& 
     return directory;
 }
 
+CVirtualDirectory::CFilePlace CVirtualDirectory::FindPlace(const CUnicodeString& path) {
+    CFilePlace place{FindDirectory(FileSystem::GetPath(path)), FileSystem::GetNameAndExt(path)};
+    place.file = place.directory ? place.directory->Files.Find(place.name) : nullptr;
+    return place;
+}
+
 CVirtualFileData* CVirtualDirectory::FindFileData(const CUnicodeString& path) {
-    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
-    CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
-    return file ? *file : nullptr;
+    const CFilePlace place = FindPlace(path);
+    return place.file ? *place.file : nullptr;
 }
 
 CVirtualFileData* CVirtualDirectory::CreateFileData(const CUnicodeString& path, std::uint32_t attributes,
                                                     Platform::Handle mapping, std::int64_t reserve) {
-    if (CVirtualFileData* present = FindFileData(path)) {
-        return present;
-    }
-    CVirtualDirectory* directory = CreateDirectoryPath(FileSystem::GetPath(path));
-    if (!directory) {
-        GenerateUserException(); // the failure has been shown
-    }
-    const CUnicodeString name = FileSystem::GetNameAndExt(path);
-    // The place is there before the file is, which takes over a mapping.
-    directory->Files.Add(name, nullptr);
-    try {
-        return directory->Files.Get(name) = NewFileData(path, attributes, mapping, reserve).release();
-    } catch (...) {
-        directory->Files.Delete(name);
-        throw;
-    }
+    CVirtualFileData* present = FindFileData(path);
+    return present ? present : ReplaceFileData(path, attributes, mapping, reserve);
 }
 
 CVirtualFileData* CVirtualDirectory::ReplaceFileData(const CUnicodeString& path, std::uint32_t attributes,
                                                      Platform::Handle mapping, std::int64_t reserve) {
-    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
-    CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
-    if (!file) {
-        return CreateFileData(path, attributes, mapping, reserve);
+    CFilePlace place = FindPlace(path);
+    if (!place.directory && !(place.directory = CreateDirectoryPath(FileSystem::GetPath(path)))) {
+        GenerateUserException(); // the failure has been shown
     }
+    CFileMap& files = place.directory->Files;
+    if (!place.file) {
+        files.Add(place.name, nullptr); // before there is a file, which takes over a mapping
+        place.file = files.Find(place.name);
+    }
+    const CScopeExit dropUnused([&] {
+        if (!*place.file) {
+            files.Delete(place.name);
+        }
+    });
     auto fresh = NewFileData(path, attributes, mapping, reserve);
-    const std::unique_ptr<CVirtualFileData> old(std::exchange(*file, fresh.get()));
+    const std::unique_ptr<CVirtualFileData> old(std::exchange(*place.file, fresh.get()));
     return fresh.release();
 }
 
 bool CVirtualDirectory::DeleteFileData(const CUnicodeString& path) {
-    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
-    const CUnicodeString name = FileSystem::GetNameAndExt(path);
-    CVirtualFileData** file = directory ? directory->Files.Find(name) : nullptr;
-    if (!file) {
+    const CFilePlace place = FindPlace(path);
+    if (!place.file) {
         return false;
     }
-    const std::unique_ptr<CVirtualFileData> owner(*file);
-    directory->Files.Delete(name);
+    const std::unique_ptr<CVirtualFileData> owner(*place.file);
+    place.directory->Files.Delete(place.name);
     return true;
 }
 

@@ -8,7 +8,6 @@
 #include "platform/linux/files/paths.h"
 #include "platform/linux/text/nativetext.h"
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/magic.h>
@@ -164,12 +163,6 @@ std::uint32_t GetDriveType(const char16_t* root) {
     }
     const bool drive = Locate(path, location) && location.isRoot;
     return drive ? TypeOfVolume(location.folder.Get()) : DriveNoRootDir;
-}
-
-std::uint32_t SetErrorMode(std::uint32_t mode) {
-    // No call of this system stops at a box; the word is kept, as Windows keeps it.
-    static std::atomic<std::uint32_t> current{0};
-    return current.exchange(mode);
 }
 
 } // namespace Platform
