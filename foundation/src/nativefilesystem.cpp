@@ -39,7 +39,7 @@ CUnicodeString GetParentToMake(const CUnicodeString& path) {
     if (EndsInSeparator(text)) {
         text = text.Left(text.Length() - 1);
     }
-    const std::int32_t last = std::max(text.FindLast(u'\\'), text.FindLast(u'/'));
+    const std::int32_t last = FindLastSeparator(text);
     const bool server = last == 1 && text[0] == text[1];
     const bool drive = last == 2 && text[1] == u':';
     return last <= 0 || server || drive ? CUnicodeString() : text.Left(last);

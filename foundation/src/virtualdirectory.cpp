@@ -33,8 +33,8 @@ std::optional<TComponents> SplitBelow(const CUnicodeString& directory, const CUn
     return TComponents(parts.begin() + own.Size(), parts.end());
 }
 
-/// The line about something that its maker should have deleted.
-/// AS DESIGNED: "sustem" is how those who look for the line know it.
+/// Reports a leak: an object that its maker has not deleted.
+/// AS DESIGNED: "sustem"; whoever searches traces for this line searches for that spelling.
 void TraceLeftover(const CUnicodeString& name) {
     DebugTrace(u"Undeleted object in virtual file sustem: %s\n", name);
 }
@@ -102,7 +102,7 @@ CVirtualFileData* CVirtualDirectory::ReplaceFileData(const CUnicodeString& path,
     }
     CFileMap& files = place.directory->Files;
     if (!place.file) {
-        files.Add(place.name, nullptr); // before there is a file, which takes over a mapping
+        files.Add(place.name, nullptr); // before the file is made: it takes over `mapping`, and may not be dropped then
         place.file = files.Find(place.name);
     }
     const CScopeExit dropUnused([&] {
@@ -153,10 +153,10 @@ CVirtualDirectory* CVirtualDirectory::GetSubDirectory(const CUnicodeString& name
     return *found;
 }
 
-/// By the objects themselves: a directory's attributes may say by now that it is none.
+/// By tables and lists rather than by attributes, in which SetStatus may have cleared the directory bit.
 void CVirtualDirectory::DeleteEntries() {
     for (auto file = Files.begin(); file != Files.end();) {
-        const CUnicodeString name = file->Key; // the table's own goes with its node
+        const CUnicodeString name = file->Key; // a copy, for the table's own is deleted with its node
         TraceLeftover(file->Value->Name);
         const std::unique_ptr<CVirtualFileData> owner((file++)->Value);
         Files.Delete(name);

@@ -214,7 +214,7 @@ CVirtualFile::CPiece CVirtualFile::GetPiece(std::int64_t position, std::int64_t 
     return {view->At(position), count};
 }
 
-/// The same for what must be done whole: half a copy is not to be taken for one.
+/// The same for copies, which must be complete: raises where a check failed.
 CVirtualFile::CPiece CVirtualFile::RequirePiece(std::int64_t position, std::int64_t most) {
     const CPiece piece = GetPiece(position, most);
     if (piece.count == 0) {

@@ -72,9 +72,9 @@ std::uint32_t TypeOfVolume(int descriptor) {
 
 } // namespace
 
-bool CreateDirectory(const char16_t* path, void* security) {
+// Permissions come from the process's mask alone.
+bool CreateDirectory(const char16_t* path, void*) {
     PLATFORM_FAULT(CreateDirectory, false);
-    static_cast<void>(security); // the process's mask is the one default of permissions here
     Location location;
     if (!Locate(path, location)) {
         if (location.tooLong) {
