@@ -3,6 +3,7 @@
 #include "mapi/MapiProvider.h"
 #include "platform/inc/directories.h"
 #include "platform/inc/modules.h"
+#include "platform/inc/process.h"
 #include "platform/inc/text.h"
 
 namespace Mapi {

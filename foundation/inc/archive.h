@@ -35,7 +35,7 @@ public:
 
     /// Attaches at once.
     CArchive(CBaseFile* file, TArchiveDirection direction, std::int32_t bufferSize = StandardBufferSize);
-    /// Closes. AS DESIGNED: a failure of that goes unnoticed; who cares calls Close.
+    /// Closes. AS DESIGNED: a failure of that goes unnoticed; Close raises it.
     virtual ~CArchive();
     CArchive(const CArchive&) = delete;
     CArchive& operator=(const CArchive&) = delete;
@@ -55,7 +55,6 @@ public:
     void Close();
     bool IsAttached() const { return File != nullptr; }
     std::int64_t GetPosition() const;
-    const CUnicodeString& GetFileName() const { return Name; }
 
     void Read(void* buffer, std::int32_t count) {
         if (__builtin_expect(count > 0 && Direction == AD_Load && count <= BufferAvailable, 1)) {
@@ -118,7 +117,7 @@ private:
     std::int32_t BufferAvailable = 0;                                   // bytes behind BufferPos; none in plain storing
     CMap<CUnicodeString, std::int32_t, CStringKeyTraits> StoredClasses; // each name with its 2i
     CArray<CUnicodeString> LoadedClasses;
-    /// AS DESIGNED: reset with the other two, and nothing is ever entered.
+    /// AS DESIGNED: always empty, and reset with the other two.
     CHashTable<const void*> SpareTable;
 
     void TakeBuffered(void* buffer, std::int32_t count) {

@@ -15,9 +15,9 @@
 namespace Tsx {
 
 /// An array that owns its elements: built and destroyed in place, the last one destroyed first, in a buffer from the
-/// current memory manager. An index outside the array is an assertion; on a thread that must not throw nothing is added
-/// or removed then, and an element is one of no array. What fails, an allocation or an element's own operation, leaves
-/// the array as it was.
+/// current memory manager. An index outside the array is an assertion; on a thread that must not throw nothing is then
+/// added or removed, and operator[] gives a spare element. What fails, an allocation or an element's own operation,
+/// leaves the array as it was.
 ///
 /// Growing to n elements sets the capacity to the old capacity plus the largest of half the old capacity, 8, and what
 /// is missing:
@@ -134,9 +134,8 @@ private:
 
     bool Has(std::int32_t index) const { return static_cast<std::uint32_t>(index) < static_cast<std::uint32_t>(count); }
 
-    /// Comes back on a thread that must not throw: with an element that all arrays of this kind share, made anew each
-    /// time, so that nobody meets what another one has left there. It is never destroyed, for failures occur up to the
-    /// end of static destruction.
+    /// Returns on a thread that must not throw, with a spare element that is made anew each time, so that it keeps
+    /// nothing of an earlier failure. It is never destroyed, for failures occur up to the end of static destruction.
     [[gnu::cold, gnu::noinline]] static T& FailIndex() {
         FailAssertion(ModuleName, __LINE__);
         alignas(T) static std::byte place[sizeof(T)]; // NOLINT(bugprone-sizeof-expression): elements may be pointers

@@ -1,4 +1,4 @@
-// Blocks of one size, cut from pages and kept for reuse.
+// Blocks of one size, cut from pages and kept for reuse: those of short strings and of character sets.
 #pragma once
 
 #include "foundation/inc/memorymanager.h"
@@ -6,8 +6,8 @@
 
 namespace Tsx {
 
-/// No lock of its own: the owner guards it. Pages stay until the manager goes; blocks that are out then are lost
-/// without a word.
+/// No lock of its own: the owner guards it. Pages stay until the manager goes; blocks that are still out then
+/// are lost, and nothing reports them.
 ///
 ///   block size    step    bytes for blocks in a page    blocks a page
 ///   8 or less     16      65520                         4095

@@ -1,4 +1,4 @@
-// The set of small numbers, one bit each.
+// A set of small numbers, one bit each.
 #pragma once
 
 #include "foundation/inc/allocationpolicy.h"

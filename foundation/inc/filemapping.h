@@ -21,8 +21,8 @@ extern const std::int64_t& ViewSize;
 extern const std::int64_t& MappingUnit;
 
 /// One mapping object with its views, or closed. No lock: one thread at a time. A call of the system that fails raises
-/// CMemoryException for code 8 and CLastErrorException for any other; wrong calls are internal errors. The fields are
-/// for looking at.
+/// CMemoryException for code 8 and CLastErrorException for any other; wrong calls are internal errors. Callers only
+/// read the fields.
 class CMapping {
 public:
     CMapping() = default;

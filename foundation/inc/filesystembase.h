@@ -101,8 +101,10 @@ public:
     /// `path` included, the link alone goes. What was deleted before a failure stays deleted.
     void DeleteTree(const CUnicodeString& path, bool clearReadOnly);
 
-    /// Raises the reason why a file could not be written: its directory is missing, or it cannot be opened.
-    void CheckWritable(const CUnicodeString& path);
+protected:
+    /// After a failed copy: raises the reason why its target cannot be written, its directory being missing or the file
+    /// not to be opened.
+    static void CheckWritable(CFileSystemBase& system, const CUnicodeString& path);
 };
 
 } // namespace Tsx

@@ -1,4 +1,4 @@
-// The growing buffer of the containers of plain elements (words, pointers).
+// The growing buffer of bit sets and of the slots of hash tables.
 #pragma once
 
 #include "foundation/inc/growth.h"

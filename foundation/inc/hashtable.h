@@ -1,4 +1,4 @@
-// The set of keys.
+// The set of keys: open handles of files in memory, temporary files.
 #pragma once
 
 #include "foundation/inc/keytraits.h"

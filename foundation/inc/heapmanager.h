@@ -1,4 +1,4 @@
-// A private heap that counts what it gave out and tells what never came back.
+// A private heap that counts its blocks and reports leaks: that of long strings.
 #pragma once
 
 #include "foundation/inc/memorymanager.h"

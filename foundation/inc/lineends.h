@@ -1,4 +1,4 @@
-// Line ends of text that leaves the program.
+// Line ends of text for the console.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

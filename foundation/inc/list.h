@@ -1,5 +1,5 @@
-// Lists whose links lie in the members themselves. A member takes itself off its list when it is destroyed, and a list
-// destroys its members when it is.
+// Lists whose links lie in the members themselves: views of files in memory, and by tree.h their directories. A member
+// takes itself off its list when it is destroyed, and a list destroys its members when it is.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The map from keys to values.
+// The map from keys to values: options of a command line, languages, classes of archives, files in memory.
 #pragma once
 
 #include "foundation/inc/keytraits.h"

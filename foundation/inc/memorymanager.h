@@ -32,7 +32,7 @@ public:
     void Free(void* block) override;
 
 private:
-    CCriticalSection lock; // part of the object, and entered by neither operation
+    CCriticalSection lock; // AS DESIGNED: taken by neither operation, for the system locks its pages itself
 };
 
 extern CRuntimeHeapManager RuntimeHeapManager;

@@ -1,5 +1,5 @@
-// The allocators that the foundation keeps for itself: string blocks, and the exceptions that must exist when memory
-// does not.
+// The allocators that the foundation keeps for itself: string blocks, and the memory exceptions, which are raised when
+// no memory is left to make them in.
 #pragma once
 
 #include "foundation/inc/blockmanager.h"

@@ -1,4 +1,4 @@
-// A key of the registry that knows its own name, so that a failure can tell it.
+// A key of the registry that knows its own name, which failures tell. For the settings and the event log's source.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -41,7 +41,7 @@ public:
     /// the key, or with that of the value when the registry refuses it.
     void SetStringValue(const char16_t* name, const char16_t* text, std::int32_t size);
 
-    // Written by the operations above alone.
+    // Callers only read these.
     Platform::RegistryKey Handle = nullptr; // null when closed, or when an open failed
     std::int32_t Mode = RK_Closed;
     std::int32_t Reserved = 0;

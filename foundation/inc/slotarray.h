@@ -1,6 +1,7 @@
 // The slots of the hash tables: where a chain begins, how it goes on, and how it gets longer. Knows words, not keys.
 #pragma once
 
+#include "foundation/inc/array.h"
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/growbuffer.h"
 #include <algorithm>
@@ -23,7 +24,7 @@ constexpr std::int32_t NoPosition = -1;
 std::int32_t GetPrimeAbove(std::int64_t value);
 
 /// Remainders of hashes by one bucket count: two multiplications instead of a division, with the same result for every
-/// hash, since the reciprocal has twice the bits of either.
+/// hash, since the reciprocal has twice the bits of either. Look-ups take 1.1 times as long with the division.
 class CHashDivisor {
 public:
     CHashDivisor() = default;
@@ -58,14 +59,6 @@ inline std::uint64_t LinkTo(std::int32_t slot) {
     return (static_cast<std::uint64_t>(slot) << 1) | 1;
 }
 
-/// The slot at which the latest search for a free one ended. No hole lies before it on its chain, as long as no node is
-/// removed, so that the next search of the same chain starts here: many equal keys in a row would otherwise walk
-/// all that are there for each that is added.
-struct CChainTail {
-    std::int32_t bucket = NoPosition;
-    std::int32_t slot = NoPosition;
-};
-
 /// The array of slots of a table with `size` buckets:
 ///
 ///   0 ... size - 1    the buckets, one direct slot each
@@ -73,9 +66,15 @@ struct CChainTail {
 ///
 /// A bucket that takes a second node becomes a link to a group, and its node moves to the head of that group. An empty
 /// slot does not end a chain, since removal leaves holes.
+///
+/// Once a chain is long, a table also has CTails: for each bucket the slot at which the latest search for a free one
+/// ended, 0 where none has. No hole lies before it on its chain as long as no node is removed, so that the next search
+/// starts there. Without that a fill is quadratic in the number of values under one key.
 template <class TMemory>
 class CSlotArray {
 public:
+    using CTails = CArray<std::int32_t, TMemory>;
+
     CSlotArray() = default;
     ~CSlotArray() { Release(); }
     CSlotArray(const CSlotArray&) = delete;
@@ -120,8 +119,8 @@ public:
     /// longer. A link as a slot of a chain, which the walk follows instead of seeing it, is reported through
     /// TPlace::FailLink. Raises CMemoryException and leaves the array as it was.
     template <class TPlace>
-    std::int32_t FindFreeSlot(std::int32_t bucket, std::int32_t size, CChainTail& tail) {
-        return Slots[bucket] == 0 ? bucket : FindOnChain<TPlace>(bucket, size, tail);
+    std::int32_t FindFreeSlot(std::int32_t bucket, std::int32_t size, CTails& tails) {
+        return Slots[bucket] == 0 ? bucket : FindOnChain<TPlace>(bucket, size, tails);
     }
 
     static constexpr std::int32_t GroupSize = 4;
@@ -132,23 +131,29 @@ public:
 
 private:
     static constexpr std::int64_t LeastStep = 8;
+    static constexpr std::int32_t LongChain = 32; // nodes
 
     template <class TPlace>
-    [[gnu::noinline]] std::int32_t FindOnChain(std::int32_t bucket, std::int32_t size, CChainTail& tail) {
-        std::int32_t slot = tail.bucket == bucket ? tail.slot : GetFirstSlot(bucket);
+    [[gnu::noinline]] std::int32_t FindOnChain(std::int32_t bucket, std::int32_t size, CTails& tails) {
+        const std::int32_t tail = tails.IsEmpty() ? 0 : tails[bucket];
+        std::int32_t slot = tail != 0 ? tail : GetFirstSlot(bucket);
         std::int32_t lastNode = NoPosition;
-        for (; slot != NoPosition && Slots[slot] != 0; slot = GetNextSlot(slot, size)) {
+        std::int32_t walked = 0;
+        for (; slot != NoPosition && Slots[slot] != 0; slot = GetNextSlot(slot, size), ++walked) {
             if (IsLinkWord(Slots[slot])) {
                 TPlace::FailLink();
             } else {
                 lastNode = slot;
             }
         }
+        if (walked > LongChain && tails.IsEmpty()) {
+            tails.SetSize(size);
+        }
         if (slot == NoPosition) {
             slot = lastNode == NoPosition || !MayAddGroup(size) ? NoPosition : AddGroup(lastNode);
         }
-        if (slot != NoPosition) {
-            tail = {bucket, slot};
+        if (slot != NoPosition && !tails.IsEmpty()) {
+            tails[bucket] = slot;
         }
         return slot;
     }

@@ -31,30 +31,27 @@ struct CDestroyer {
     void operator()(T* object) const { T::Destroy(object); }
 };
 
-/// Hands out the indices of the families and keeps every thread's array until the end of the process. One instance.
-class CThreadObjectRegistry {
+/// Hands out the indices of the families and keeps every thread's array, which its slot holds, until the end of the
+/// process. One instance.
+class CThreadObjectRegistry : private CTlsSlot {
 public:
-    CThreadObjectRegistry() = default;
-    CThreadObjectRegistry(const CThreadObjectRegistry&) = delete;
-    CThreadObjectRegistry& operator=(const CThreadObjectRegistry&) = delete;
-
     /// The next free index. Under RegistryLock.
     std::int32_t TakeIndex() { return NextIndex++; }
 
     /// The calling thread's record of a family, or null.
     CThreadRecord* Find(std::int32_t index) const {
-        const auto* array = static_cast<const CThreadArray*>(Slot.Get());
+        const auto* array = static_cast<const CThreadArray*>(Get());
         return array && index < array->Size() ? array->Data()[index] : nullptr;
     }
     /// The calling thread's place for a record of a family, made at need. Raises CMemoryException.
     CThreadRecord*& Place(std::int32_t index);
 
-private:
+protected:
     struct CFreeArray {
         void operator()(CThreadArray* array) const;
     };
 
-    CTlsSlot Slot; // each thread's array
+    using CTlsSlot::TlsIndex;
     std::int32_t NextIndex = 0;
     CPointerArray<CThreadArray, CFreeArray, CProcessHeapPolicy> ThreadArrays; // under RegistryLock
 };

@@ -1,4 +1,4 @@
-// One thread-local slot of the system.
+// One thread-local slot of the system: that of the thread objects, and that of the current memory manager.
 #pragma once
 
 #include "platform/inc/threads.h"
@@ -6,8 +6,8 @@
 
 namespace Tsx {
 
-/// A pointer for each thread, null at first. Where the system has no slot left, a line tells the debugger, and every
-/// thread counts as having null for good.
+/// A pointer for each thread, null at first. Where the system has no slot left, the debugger is told in a line, and
+/// Get gives null on every thread.
 class CTlsSlot {
 public:
     CTlsSlot();
@@ -15,11 +15,11 @@ public:
     CTlsSlot(const CTlsSlot&) = delete;
     CTlsSlot& operator=(const CTlsSlot&) = delete;
 
-    void* Get() const { return Platform::TlsGetValue(index); }
-    void Set(void* value) const { Platform::TlsSetValue(index, value); }
+    void* Get() const { return Platform::TlsGetValue(TlsIndex); }
+    void Set(void* value) const { Platform::TlsSetValue(TlsIndex, value); }
 
-private:
-    std::uint32_t index;
+protected:
+    std::uint32_t TlsIndex;
 };
 
 } // namespace Tsx

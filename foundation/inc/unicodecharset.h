@@ -1,4 +1,4 @@
-// Sets of wide characters.
+// Sets of wide characters: what strings are trimmed of, digits, what names cannot hold.
 #pragma once
 
 #include <cstdint>
@@ -31,8 +31,8 @@ private:
 
     Leaf* leaves[64] = {};
 
+    CUnicodeCharSet() = default;
     void Add(char16_t c);
-    void FreeLeaves();
 };
 
 /// 9 to 13, 32, 0x85, 0xA0, 0x1680, 0x2000 to 0x200A, 0x2028, 0x2029, 0x202F, 0x3000.

@@ -26,7 +26,7 @@ public:
     /// `mapping`, which it takes over unless this raises, read-only and `reserve` bytes long, or empty if that is null.
     CVirtualFileData* CreateFileData(const CUnicodeString& path, std::uint32_t attributes, Platform::Handle mapping,
                                      std::int64_t reserve);
-    /// The same, but a file of that name makes room for a new one.
+    /// The same, but a file of that name is replaced.
     CVirtualFileData* ReplaceFileData(const CUnicodeString& path, std::uint32_t attributes, Platform::Handle mapping,
                                       std::int64_t reserve);
     /// False if there is no such file.
@@ -45,6 +45,13 @@ public:
     CDirectoryMap Directories; // by last component; owned by the list of children
 
 private:
+    struct CFilePlace {
+        CVirtualDirectory* directory;      // null where there is none
+        CUnicodeString name;               // the key in it
+        CVirtualFileData** file = nullptr; // the key's value; null where there is no such file
+    };
+
+    CFilePlace FindPlace(const CUnicodeString& path);
     CVirtualDirectory* GetSubDirectory(const CUnicodeString& name);
     void DeleteEntries();
 };

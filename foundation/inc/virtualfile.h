@@ -34,7 +34,7 @@ public:
 /// What CVirtualFileSystem::OpenFile gives out; see CBaseFile. Views lie on the ViewSize grid of the file. A failed
 /// mapping raises CMemoryException or CLastErrorException; what was there before stays readable. Serves one thread at a
 /// time, beside which other threads may use other handles on the same file: of bytes that one writes while another
-/// reads or writes them, either may arrive. The fields are for looking at.
+/// reads or writes them, either may arrive. Callers only read the fields.
 class CVirtualFile : public CBaseFile, public CAllocatedOn<RuntimeHeap> {
 public:
     /// Closed, until Open.

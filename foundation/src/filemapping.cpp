@@ -91,7 +91,7 @@ void* CMapping::MapView(std::uint32_t access, std::int64_t offset, std::int32_t 
     }
     void* pointer = static_cast<char*>(base.get()) + before;
     Views.Add(pointer, base.get());
-    static_cast<void>(base.release()); // the table's now
+    static_cast<void>(base.release()); // owned by Views from here on
     return pointer;
 }
 

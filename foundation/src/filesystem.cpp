@@ -125,15 +125,16 @@ CUnicodeString FileSystem::GetRealPath(const CUnicodeString& path) {
 }
 
 void FileSystem::GetFileNames(const CUnicodeString& dir, CArray<CUnicodeString>& names, const CUnicodeString& pattern) {
-    names.RemoveAll();
+    CArray<CUnicodeString> before; // in which the arguments may stand
+    names.Swap(before);
     CArray<CFileStatus> files;
     GetFileSystem(dir).FindFilesEx(dir, files, pattern, FF_Files, nullptr);
     // A heap stays within the array for any names; there are some (`a!`, `a\`, `a`) that have no order.
-    const auto before = [](const CFileStatus& a, const CFileStatus& b) {
+    const auto less = [](const CFileStatus& a, const CFileStatus& b) {
         return Compare(a.FullName, b.FullName) < 0;
     };
-    std::make_heap(files.begin(), files.end(), before);
-    std::sort_heap(files.begin(), files.end(), before);
+    std::make_heap(files.begin(), files.end(), less);
+    std::sort_heap(files.begin(), files.end(), less);
     for (std::int32_t i = files.Size() - 1; i > 0; --i) {
         if (Compare(files[i].FullName, files[i - 1].FullName) == 0) {
             files.RemoveAt(i);

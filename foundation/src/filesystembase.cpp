@@ -84,15 +84,15 @@ void CFileSystemBase::DeleteTree(const CUnicodeString& path, bool clearReadOnly)
     RemoveDirectory(path);
 }
 
-void CFileSystemBase::CheckWritable(const CUnicodeString& path) {
-    if (!CheckFile(path, FA_Exists)) {
+void CFileSystemBase::CheckWritable(CFileSystemBase& system, const CUnicodeString& path) {
+    if (!system.CheckFile(path, FA_Exists)) {
         CUnicodeString full = path;
         FileSystem::GetFullName(full);
         const CUnicodeString directory = FileSystem::GetPath(full);
-        if (!DirectoryExists(directory)) {
+        if (!system.DirectoryExists(directory)) {
             GenerateFileCauseException(CauseBadPath, directory);
         }
-    } else if (!CheckFile(path, OM_Write | OM_ShareExclusive)) {
+    } else if (!system.CheckFile(path, OM_Write | OM_ShareExclusive)) {
         GenerateFileCauseException(CauseAccessDenied, path);
     }
 }

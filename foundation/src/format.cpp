@@ -78,7 +78,7 @@ private:
         if (*format == u'*') {
             ++format;
             const CFormatArgument* argument = Next();
-            const bool fits = argument && argument->Kind == CFormatArgument::EKind::Signed;
+            const bool fits = argument && argument->Kind == CFormatArgument::FK_Signed;
             return fits ? static_cast<std::int32_t>(std::clamp(static_cast<std::int64_t>(argument->Bits), -most, most))
                         : 0;
         }
@@ -138,7 +138,7 @@ private:
             return false;
         }
         const bool isNumber =
-            argument->Kind == CFormatArgument::EKind::Signed || argument->Kind == CFormatArgument::EKind::Unsigned;
+            argument->Kind == CFormatArgument::FK_Signed || argument->Kind == CFormatArgument::FK_Unsigned;
         switch (directive.conversion) {
         case u'd':
         case u'i':
@@ -154,7 +154,7 @@ private:
         case u'c':
             return isNumber && PutCharacter(directive, *argument);
         case u's':
-            return argument->Kind == CFormatArgument::EKind::Text && PutString(directive, *argument);
+            return argument->Kind == CFormatArgument::FK_Text && PutString(directive, *argument);
         case u'p':
             return !isNumber && PutPointer(directive, *argument);
         default:
@@ -198,7 +198,7 @@ private:
 
     bool PutSigned(const Directive& directive, const CFormatArgument& argument) {
         const auto value = static_cast<std::int64_t>(argument.Bits);
-        const bool negative = argument.Kind == CFormatArgument::EKind::Signed && value < 0;
+        const bool negative = argument.Kind == CFormatArgument::FK_Signed && value < 0;
         const char16_t* sign = negative ? u"-" : directive.plus ? u"+" : directive.blank ? u" " : u"";
         return PutDigits(directive, negative ? 0 - argument.Bits : argument.Bits, 10, sign);
     }

@@ -4,6 +4,7 @@
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/debugtrace.h"
 #include "foundation/inc/failureguard.h"
+#include "foundation/inc/scopeexit.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/debug.h"
 #include <utility>
@@ -22,24 +23,6 @@ bool SystemHasLowFragmentation() {
     }();
     return has;
 }
-
-/// Holds a heap over a scope; a failure is the caller's to tell.
-class CHeapLock {
-public:
-    explicit CHeapLock(Platform::Heap toHold) : heap(Platform::HeapLock(toHold) ? toHold : nullptr) {}
-    ~CHeapLock() {
-        if (heap) {
-            Platform::HeapUnlock(heap);
-        }
-    }
-    CHeapLock(const CHeapLock&) = delete;
-    CHeapLock& operator=(const CHeapLock&) = delete;
-
-    bool IsHeld() const { return heap != nullptr; }
-
-private:
-    Platform::Heap heap;
-};
 
 } // namespace
 
@@ -111,11 +94,11 @@ void CHeapManager::ReportLeaks() {
 }
 
 void CHeapManager::WalkLeaks() const {
-    const CHeapLock lock(Heap);
-    if (!lock.IsHeld()) {
+    if (!Platform::HeapLock(Heap)) {
         FailAssertionWithLastError(ModuleName, __LINE__);
         return;
     }
+    const CScopeExit unlock([this] { Platform::HeapUnlock(Heap); });
     CRoomyBuffer buffer; // and no string: its block could come from the very heap that is walked
     Platform::HeapEntry entry;
     while (Platform::HeapWalk(Heap, entry)) {

@@ -2,6 +2,7 @@
 
 #include "foundation/inc/errors.h"
 #include "foundation/inc/file.h"
+#include "foundation/inc/makeobject.h"
 #include "foundation/inc/nativefile.h"
 #include "foundation/src/nativesearch.h"
 #include "foundation/src/separators.h"
@@ -38,7 +39,7 @@ CUnicodeString GetParentToMake(const CUnicodeString& path) {
     if (EndsInSeparator(text)) {
         text = text.Left(text.Length() - 1);
     }
-    const std::int32_t last = std::max(text.FindLast(u'\\'), text.FindLast(u'/'));
+    const std::int32_t last = FindLastSeparator(text);
     const bool server = last == 1 && text[0] == text[1];
     const bool drive = last == 2 && text[1] == u':';
     return last <= 0 || server || drive ? CUnicodeString() : text.Left(last);
@@ -69,10 +70,7 @@ CNativeFileSystem::~CNativeFileSystem() {
 CBaseFile* CNativeFileSystem::OpenFile(const CUnicodeString& path, std::uint32_t access, std::uint32_t share,
                                        void* security, std::uint32_t disposition, std::uint32_t attributes,
                                        Platform::Handle templateFile, std::int64_t, CFile*) {
-    std::unique_ptr<CNativeFile> file(new CNativeFile);
-    if (!file) {
-        GenerateMemoryException();
-    }
+    auto file = MakeObject<CNativeFile>();
     file->Open(path, access, share, security, disposition, attributes, templateFile);
     return file.release();
 }
@@ -144,7 +142,7 @@ void CNativeFileSystem::CopyFile(const CUnicodeString& target, const CUnicodeStr
     }
     // The system's reason may mean either file. Find the one to name, or take a target away that stands in the way.
     Check(CheckFile(source, OM_Read | OM_ShareDenyWrite), source);
-    CheckWritable(target);
+    CheckWritable(*this, target);
     if (CheckFile(target, FA_Exists)) {
         DeleteFile(target);
     }

@@ -21,10 +21,6 @@ std::int32_t FindSeparator(const CUnicodeString& text, std::int32_t from) {
     return static_cast<std::int32_t>(text.View().find_first_of(u"\\/", static_cast<std::size_t>(from)));
 }
 
-std::int32_t FindLastSeparator(const CUnicodeString& text) {
-    return static_cast<std::int32_t>(text.View().find_last_of(u"\\/"));
-}
-
 bool BeginsLikeUnc(const CUnicodeString& text) {
     return text.Length() >= 2 && IsSeparator(text[0]) && text[1] == text[0];
 }

@@ -11,10 +11,7 @@ constexpr const char16_t* ModuleName = u"src\\privateallocators";
 constexpr std::size_t HugeInitialSize = 0x20000;
 
 /// The foundation's debug report, which goes nowhere in this build.
-void DebugReport(const char16_t* format, std::int32_t value) {
-    static_cast<void>(format);
-    static_cast<void>(value);
-}
+void DebugReport(const char16_t*, std::int32_t) {}
 
 } // namespace
 

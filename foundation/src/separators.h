@@ -1,4 +1,4 @@
-// What separates the components of a path.
+// What separates the components of a path: for the path operations and the native file system.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -7,6 +7,10 @@ namespace Tsx {
 
 inline bool IsSeparator(char16_t c) {
     return c == u'\\' || c == u'/';
+}
+
+inline std::int32_t FindLastSeparator(const CUnicodeString& text) {
+    return static_cast<std::int32_t>(text.View().find_last_of(u"\\/"));
 }
 
 inline bool EndsInSeparator(const CUnicodeString& text) {

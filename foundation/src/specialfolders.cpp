@@ -1,10 +1,11 @@
 // The folders that the system keeps for the user, and the application's own below them.
 #include "foundation/inc/errors.h"
 #include "foundation/inc/nativefilesystem.h"
+#include "foundation/inc/scopeexit.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/filenames.h"
 #include "platform/inc/shell.h"
-#include <memory>
+#include <iterator>
 
 namespace Tsx {
 
@@ -59,10 +60,6 @@ constexpr std::uint8_t CsidlOfFolder[] = {
     36, // CSIDL_WINDOWS
 };
 
-struct CItemIdListRelease {
-    void operator()(Platform::ItemIdList* list) const { Platform::CoTaskMemFree(list); }
-};
-
 /// Under SpecialFoldersLock.
 void BuildTable() {
     try {
@@ -70,9 +67,19 @@ void BuildTable() {
             SpecialFolders.Add(folder, CsidlOfFolder[folder]);
         }
     } catch (...) {
-        SpecialFolders.DeleteAll(); // half a table would pass for a whole one
+        SpecialFolders.DeleteAll(); // a table that is not empty is taken for complete
         throw;
     }
+}
+
+/// -1 for a number that is no folder's.
+std::int32_t CsidlOf(TSpecialFolder folder) {
+    const CCriticalSectionLock guard(SpecialFoldersLock);
+    if (SpecialFolders.IsEmpty()) {
+        BuildTable();
+    }
+    const std::int32_t* csidl = SpecialFolders.Find(folder);
+    return csidl ? *csidl : -1;
 }
 
 /// Empty for a folder that is none of the file system.
@@ -82,7 +89,7 @@ CUnicodeString GetPathOfItem(std::int32_t csidl) {
     if (result < 0) {
         GenerateCOMException(result);
     }
-    const std::unique_ptr<Platform::ItemIdList, CItemIdListRelease> owner(item);
+    const CScopeExit release([item] { Platform::CoTaskMemFree(item); });
     char16_t path[Platform::MaxPath + 1] = {};
     return Platform::SHGetPathFromIDList(item, path) ? path : u"";
 }
@@ -90,18 +97,12 @@ CUnicodeString GetPathOfItem(std::int32_t csidl) {
 } // namespace
 
 CUnicodeString CNativeFileSystem::GetSpecialFolder(TSpecialFolder folder) {
-    {
-        const CCriticalSectionLock guard(SpecialFoldersLock);
-        if (SpecialFolders.IsEmpty()) {
-            BuildTable();
-        }
-    }
-    const std::int32_t* csidl = SpecialFolders.Find(folder);
-    TSX_REQUIRE(csidl, ModuleName, {});
+    const std::int32_t csidl = CsidlOf(folder);
+    TSX_REQUIRE(csidl >= 0, ModuleName, {});
     // A folder that isn't there yet has no path for the first question (1, not a failure), but for the second.
     char16_t path[Platform::MaxPath + 1] = {};
-    const bool told = Platform::SHGetFolderPath(nullptr, *csidl, nullptr, 0, path) == 0;
-    return FileSystem::AddTrailingSlash(told ? CUnicodeString(path) : GetPathOfItem(*csidl));
+    const bool told = Platform::SHGetFolderPath(nullptr, csidl, nullptr, 0, path) == 0;
+    return FileSystem::AddTrailingSlash(told ? CUnicodeString(path) : GetPathOfItem(csidl));
 }
 
 void CNativeFileSystem::ClearSpecialFolders() {

@@ -11,11 +11,11 @@ namespace Tsx {
 
 namespace {
 
-/// Deletes each object of a set; one that stays tells why it could not go.
+/// Deletes each object of a set. One that cannot be deleted stays in the set and is traced.
 template <class TDelete>
 void Sweep(CPathSet& paths, const char16_t* warning, TDelete deleteObject) {
     for (auto entry = paths.begin(); entry != paths.end();) {
-        const CUnicodeString path = (entry++)->Key; // the set's own goes with the entry
+        const CUnicodeString path = (entry++)->Key; // a copy, for the set's own is deleted with the entry
         try {
             deleteObject(FileSystem::GetFileSystem(path), path);
             paths.Delete(path);

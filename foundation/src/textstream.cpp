@@ -5,9 +5,9 @@
 #include "foundation/inc/file.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/openmode.h"
+#include "foundation/inc/scopeexit.h"
 #include "platform/inc/text.h"
 #include <limits>
-#include <memory>
 
 namespace Tsx {
 
@@ -66,19 +66,16 @@ CUnicodeString ReadUtf16(CBaseFile& file, std::int32_t length, bool swapped) {
     return text;
 }
 
-struct CBlockDeleter {
-    void operator()(char* block) const { FreeToOwnManager(block); }
-};
-
 // The next `count` bytes, which are the rest of the file.
 CUnicodeString ReadNarrow(CBaseFile& file, std::int32_t count, std::uint32_t codePage) {
     if (count <= 0) {
         return {};
     }
-    const std::unique_ptr<char, CBlockDeleter> bytes(static_cast<char*>(AllocateFromCurrentManager(count)));
-    ReadExactly(file, bytes.get(), count);
-    BlankNuls(bytes.get(), count);
-    return CUnicodeString::FromNarrow(bytes.get(), count, codePage);
+    auto* const bytes = static_cast<char*>(AllocateFromCurrentManager(count));
+    const CScopeExit release([bytes] { FreeToOwnManager(bytes); });
+    ReadExactly(file, bytes, count);
+    BlankNuls(bytes, count);
+    return CUnicodeString::FromNarrow(bytes, count, codePage);
 }
 
 } // namespace

@@ -2,9 +2,11 @@
 
 #include "foundation/inc/errors.h"
 #include "foundation/inc/messagehandlers.h"
+#include "foundation/inc/scopeexit.h"
 #include "platform/inc/files.h"
 #include "platform/inc/process.h"
 #include "platform/inc/threads.h"
+#include <memory>
 #include <new>
 
 namespace Tsx {
@@ -30,17 +32,14 @@ void CThreadObjectRegistry::CFreeArray::operator()(CThreadArray* array) const {
 }
 
 CThreadRecord*& CThreadObjectRegistry::Place(std::int32_t index) {
-    auto* array = static_cast<CThreadArray*>(Slot.Get());
+    auto* array = static_cast<CThreadArray*>(Get());
     if (!array) {
-        array = new (AllocateFromProcessHeap(sizeof(CThreadArray))) CThreadArray;
-        try {
-            const CCriticalSectionLock guard(RegistryLock);
-            ThreadArrays.Append(array);
-        } catch (...) {
-            CFreeArray()(array);
-            throw;
-        }
-        Slot.Set(array);
+        std::unique_ptr<CThreadArray, CFreeArray> fresh(new (AllocateFromProcessHeap(sizeof(CThreadArray)))
+                                                            CThreadArray);
+        const CCriticalSectionLock guard(RegistryLock);
+        ThreadArrays.Append(fresh.get());
+        array = fresh.release();
+        Set(array);
     }
     if (index >= array->Size()) {
         array->SetSize(index + 1);
@@ -79,22 +78,16 @@ CThreadRecord* CThreadObjectFamily::MakeRecord() {
         return nullptr; // being made further up
     }
     place = &BeingMade;
-    CThreadRecord* record = nullptr;
-    try {
-        ClearDeadRecords();
-        record = new (AllocateFromProcessHeap(sizeof(CThreadRecord))) CThreadRecord{};
-        TSX_ASSERT_CALL(Platform::DuplicateHandle(Platform::GetCurrentThread(), record->thread), ModuleName);
-        const CCriticalSectionLock guard(Lock);
-        Records.Append(record);
-    } catch (...) {
-        if (record) {
-            CThreadRecord::Destroy(record);
-        }
-        ThreadObjectRegistry.Place(Index) = nullptr;
-        throw;
-    }
-    // Another family's record may have moved the array meanwhile.
-    return ThreadObjectRegistry.Place(Index) = record;
+    CThreadRecord* made = nullptr;
+    // By its index, for another family's record may have moved the array meanwhile.
+    const CScopeExit settle([&] { ThreadObjectRegistry.Place(Index) = made; });
+    ClearDeadRecords();
+    std::unique_ptr<CThreadRecord, CDestroyer<CThreadRecord>> record(
+        new (AllocateFromProcessHeap(sizeof(CThreadRecord))) CThreadRecord{});
+    TSX_ASSERT_CALL(Platform::DuplicateHandle(Platform::GetCurrentThread(), record->thread), ModuleName);
+    const CCriticalSectionLock guard(Lock);
+    Records.Append(record.get());
+    return made = record.release();
 }
 
 namespace {

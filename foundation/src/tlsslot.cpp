@@ -4,15 +4,15 @@
 
 namespace Tsx {
 
-CTlsSlot::CTlsSlot() : index(Platform::TlsAlloc()) {
-    if (index == Platform::TlsOutOfIndexes) {
+CTlsSlot::CTlsSlot() : TlsIndex(Platform::TlsAlloc()) {
+    if (TlsIndex == Platform::TlsOutOfIndexes) {
         DebugTrace(u"Not enough TLS indices\n");
     }
 }
 
 CTlsSlot::~CTlsSlot() {
-    if (index != Platform::TlsOutOfIndexes) {
-        Platform::TlsFree(index);
+    if (TlsIndex != Platform::TlsOutOfIndexes) {
+        Platform::TlsFree(TlsIndex);
     }
 }
 

@@ -5,20 +5,18 @@
 
 namespace Tsx {
 
-CUnicodeCharSet::CUnicodeCharSet(std::u16string_view members) {
+CUnicodeCharSet::CUnicodeCharSet(std::u16string_view members) : CUnicodeCharSet() { // whose leaves the destructor frees
     static_assert(sizeof(Leaf) == LeafBytes);
-    try {
-        for (const char16_t c : members) {
-            Add(c);
-        }
-    } catch (...) {
-        FreeLeaves();
-        throw;
+    for (const char16_t c : members) {
+        Add(c);
     }
 }
 
 CUnicodeCharSet::~CUnicodeCharSet() {
-    FreeLeaves();
+    const CCriticalSectionLock guard(CharSetLeafLock);
+    for (Leaf* leaf : leaves) {
+        CharSetLeaves.FreeBlock(leaf);
+    }
 }
 
 void CUnicodeCharSet::Add(char16_t c) {
@@ -29,14 +27,6 @@ void CUnicodeCharSet::Add(char16_t c) {
         std::memset(leaf, 0, sizeof(*leaf));
     }
     leaf->words[(c & (LeafSize - 1)) / 32] |= 1U << (c & 31);
-}
-
-void CUnicodeCharSet::FreeLeaves() {
-    const CCriticalSectionLock guard(CharSetLeafLock);
-    for (Leaf*& leaf : leaves) {
-        CharSetLeaves.FreeBlock(leaf);
-        leaf = nullptr;
-    }
 }
 
 } // namespace Tsx

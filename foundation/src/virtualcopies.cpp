@@ -6,6 +6,8 @@
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/virtualfilesystem.h"
 #include "platform/inc/fileattributes.h"
+#include "platform/inc/lasterror.h"
+#include <cstddef>
 
 namespace Tsx {
 
@@ -15,6 +17,24 @@ constexpr const char16_t* ModuleName = u"src\\virtualcopies";
 
 constexpr std::uint32_t SourceMode = OM_Read | OM_ShareDenyWrite;
 constexpr std::uint32_t TargetMode = OM_Write | OM_ShareExclusive | OM_Create;
+
+/// The file that a copy is made in. A native file says nothing of a write that a full disk took a part of: only the
+/// position tells. What is left is offered once more, and then refused.
+class CTargetFile : public CFile {
+public:
+    void Write(const void* buffer, std::int32_t count) override {
+        const auto* bytes = static_cast<const std::byte*>(buffer);
+        const std::int64_t end = GetPosition() + count;
+        for (std::int64_t left = count; left > 0;) {
+            CFile::Write(bytes + count - left, static_cast<std::int32_t>(left));
+            const std::int64_t rest = end - GetPosition();
+            if (rest < 0 || rest >= left) {
+                GenerateFileException(Platform::ErrorDiskFull, GetFileName());
+            }
+            left = rest;
+        }
+    }
+};
 
 /// A CFile whose path lies under the root once it has been made absolute.
 CVirtualFile& VirtualFileOf(const CFile& file) {
@@ -29,7 +49,7 @@ CVirtualFile& VirtualFileOf(const CFile& file) {
 /// Opens the target anew, fills it, and closes it; deletes it if it could be opened but not filled or not closed.
 template <class TFill>
 void FillTarget(const CUnicodeString& path, std::int64_t reserve, TFill fill) {
-    CFile target;
+    CTargetFile target;
     target.Open(path, TargetMode, Platform::FileAttributeNormal, reserve);
     try {
         fill(target);
@@ -82,7 +102,7 @@ void CVirtualFileSystem::CopyOut(const CUnicodeString& target, const CUnicodeStr
     }
     // The failure may not tell what is wrong with the target. Find that, or take away a target that stands in the way.
     CFileSystemBase& system = FileSystem::GetFileSystem(target);
-    system.CheckWritable(target);
+    CheckWritable(system, target);
     if (system.CheckFile(target, FA_Exists)) {
         system.DeleteFile(target);
     }

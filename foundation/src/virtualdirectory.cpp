@@ -3,6 +3,7 @@
 #include "foundation/inc/debugtrace.h"
 #include "foundation/inc/errors.h"
 #include "foundation/inc/makeobject.h"
+#include "foundation/inc/scopeexit.h"
 #include "platform/inc/fileattributes.h"
 #include <optional>
 #include <span>
@@ -32,8 +33,8 @@ std::optional<TComponents> SplitBelow(const CUnicodeString& directory, const CUn
     return TComponents(parts.begin() + own.Size(), parts.end());
 }
 
-/// The line about something that its maker should have deleted.
-/// AS DESIGNED: "sustem" is how those who look for the line know it.
+/// Reports a leak: an object that its maker has not deleted.
+/// AS DESIGNED: "sustem"; whoever searches traces for this line searches for that spelling.
 void TraceLeftover(const CUnicodeString& name) {
     DebugTrace(u"Undeleted object in virtual file sustem: %s\n", name);
 }
@@ -76,53 +77,51 @@ CVirtualDirectory* CVirtualDirectory::CreateDirectoryPath(const CUnicodeString& 
     return directory;
 }
 
+CVirtualDirectory::CFilePlace CVirtualDirectory::FindPlace(const CUnicodeString& path) {
+    CFilePlace place{FindDirectory(FileSystem::GetPath(path)), FileSystem::GetNameAndExt(path)};
+    place.file = place.directory ? place.directory->Files.Find(place.name) : nullptr;
+    return place;
+}
+
 CVirtualFileData* CVirtualDirectory::FindFileData(const CUnicodeString& path) {
-    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
-    CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
-    return file ? *file : nullptr;
+    const CFilePlace place = FindPlace(path);
+    return place.file ? *place.file : nullptr;
 }
 
 CVirtualFileData* CVirtualDirectory::CreateFileData(const CUnicodeString& path, std::uint32_t attributes,
                                                     Platform::Handle mapping, std::int64_t reserve) {
-    if (CVirtualFileData* present = FindFileData(path)) {
-        return present;
-    }
-    CVirtualDirectory* directory = CreateDirectoryPath(FileSystem::GetPath(path));
-    if (!directory) {
-        GenerateUserException(); // the failure has been shown
-    }
-    const CUnicodeString name = FileSystem::GetNameAndExt(path);
-    // The place is there before the file is, which takes over a mapping.
-    directory->Files.Add(name, nullptr);
-    try {
-        return directory->Files.Get(name) = NewFileData(path, attributes, mapping, reserve).release();
-    } catch (...) {
-        directory->Files.Delete(name);
-        throw;
-    }
+    CVirtualFileData* present = FindFileData(path);
+    return present ? present : ReplaceFileData(path, attributes, mapping, reserve);
 }
 
 CVirtualFileData* CVirtualDirectory::ReplaceFileData(const CUnicodeString& path, std::uint32_t attributes,
                                                      Platform::Handle mapping, std::int64_t reserve) {
-    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
-    CVirtualFileData** file = directory ? directory->Files.Find(FileSystem::GetNameAndExt(path)) : nullptr;
-    if (!file) {
-        return CreateFileData(path, attributes, mapping, reserve);
+    CFilePlace place = FindPlace(path);
+    if (!place.directory && !(place.directory = CreateDirectoryPath(FileSystem::GetPath(path)))) {
+        GenerateUserException(); // the failure has been shown
     }
+    CFileMap& files = place.directory->Files;
+    if (!place.file) {
+        files.Add(place.name, nullptr); // before the file is made: it takes over `mapping`, and may not be dropped then
+        place.file = files.Find(place.name);
+    }
+    const CScopeExit dropUnused([&] {
+        if (!*place.file) {
+            files.Delete(place.name);
+        }
+    });
     auto fresh = NewFileData(path, attributes, mapping, reserve);
-    const std::unique_ptr<CVirtualFileData> old(std::exchange(*file, fresh.get()));
+    const std::unique_ptr<CVirtualFileData> old(std::exchange(*place.file, fresh.get()));
     return fresh.release();
 }
 
 bool CVirtualDirectory::DeleteFileData(const CUnicodeString& path) {
-    CVirtualDirectory* directory = FindDirectory(FileSystem::GetPath(path));
-    const CUnicodeString name = FileSystem::GetNameAndExt(path);
-    CVirtualFileData** file = directory ? directory->Files.Find(name) : nullptr;
-    if (!file) {
+    const CFilePlace place = FindPlace(path);
+    if (!place.file) {
         return false;
     }
-    const std::unique_ptr<CVirtualFileData> owner(*file);
-    directory->Files.Delete(name);
+    const std::unique_ptr<CVirtualFileData> owner(*place.file);
+    place.directory->Files.Delete(place.name);
     return true;
 }
 
@@ -154,10 +153,10 @@ CVirtualDirectory* CVirtualDirectory::GetSubDirectory(const CUnicodeString& name
     return *found;
 }
 
-/// By the objects themselves: a directory's attributes may say by now that it is none.
+/// By tables and lists rather than by attributes, in which SetStatus may have cleared the directory bit.
 void CVirtualDirectory::DeleteEntries() {
     for (auto file = Files.begin(); file != Files.end();) {
-        const CUnicodeString name = file->Key; // the table's own goes with its node
+        const CUnicodeString name = file->Key; // a copy, for the table's own is deleted with its node
         TraceLeftover(file->Value->Name);
         const std::unique_ptr<CVirtualFileData> owner((file++)->Value);
         Files.Delete(name);

@@ -160,13 +160,7 @@ void CVirtualFile::SaveTo(CBaseFile& file) {
     for (std::int64_t offset = 0; offset < Length;) {
         const auto [bytes, count] = RequirePiece(offset, Length - offset);
         file.Write(bytes, static_cast<std::int32_t>(count));
-        // A full disk may take a part and say nothing: only the position tells. What is left is offered once more, and
-        // then refused.
-        const std::int64_t reached = file.GetPosition();
-        if (reached <= offset || reached > offset + count) {
-            GenerateFileException(Platform::ErrorDiskFull, file.GetFileName());
-        }
-        offset = reached;
+        offset += count;
     }
 }
 
@@ -220,7 +214,7 @@ CVirtualFile::CPiece CVirtualFile::GetPiece(std::int64_t position, std::int64_t 
     return {view->At(position), count};
 }
 
-/// The same for what must be done whole: half a copy is not to be taken for one.
+/// The same for copies, which must be complete: raises where a check failed.
 CVirtualFile::CPiece CVirtualFile::RequirePiece(std::int64_t position, std::int64_t most) {
     const CPiece piece = GetPiece(position, most);
     if (piece.count == 0) {

@@ -80,7 +80,7 @@ CVirtualFileData::CVirtualFileData(const CUnicodeString& name, std::uint32_t att
     CMemoryMapping* attached = memory.get();
     auto stretch = MakeObject<CVirtualMapping>(std::move(memory), 0, size);
     Mappings.Append(stretch.get());
-    stretch.release(); // NOLINT(bugprone-unused-return-value): the array's now
+    stretch.release(); // NOLINT(bugprone-unused-return-value): owned by Mappings from here on
     attached->Attach(mapping);
 }
 

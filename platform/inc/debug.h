@@ -1,4 +1,4 @@
-// What serves the people who debug the system.
+// Debugging, and the system's version. Used by the debug trace, the stop modes and the heap manager.
 #pragma once
 
 #include <cstdint>

@@ -15,9 +15,6 @@ constexpr std::uint32_t DriveRemote = 4;    // DRIVE_REMOTE
 constexpr std::uint32_t DriveCdRom = 5;     // DRIVE_CDROM
 constexpr std::uint32_t DriveRamDisk = 6;   // DRIVE_RAMDISK
 
-constexpr std::uint32_t SemFailCriticalErrors = 0x0001; // SEM_FAILCRITICALERRORS
-constexpr std::uint32_t SemNoOpenFileErrorBox = 0x8000; // SEM_NOOPENFILEERRORBOX
-
 /// What a search tells of one entry. `name` is terminated.
 struct FindData : FileAttributeData {
     char16_t name[260] = {};
@@ -47,8 +44,5 @@ bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::
 /// One of the Drive values for a root such as "C:\"; null is that of the current folder. DriveNoRootDir for what is no
 /// root of a drive that is there.
 std::uint32_t GetDriveType(const char16_t* root);
-
-/// Sets the process's error mode (a sum of the Sem bits) and returns the one before.
-std::uint32_t SetErrorMode(std::uint32_t mode);
 
 } // namespace Platform

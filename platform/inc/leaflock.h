@@ -5,10 +5,9 @@
 
 namespace Platform {
 
-/// Entered for so short a time that waiting by turning is cheaper than the system's help. Whoever waits longer lets
-/// others run, and sleeps in the end: the holder may be of a lower priority and need this processor. Nothing that can
-/// fail, block or take another lock happens inside. Not to be entered again by its holder. Takes no constructor, so
-/// that it serves before the first static object and after the last.
+/// A waiter spins first, then yields the processor, and at last sleeps, for the holder may have a lower priority and
+/// need this processor. Nothing that can fail, block or take another lock happens inside. Not to be entered again by
+/// its holder. Needs no constructor, so that it serves before the first static object and after the last.
 class LeafLock {
 public:
     void Enter() {

@@ -1,4 +1,4 @@
-// The process: how it starts, its command line, its end.
+// The process: how it starts, its command line, which boxes the system may show in it, its end.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,12 @@ const char16_t* GetCommandLine();
 
 /// The number by which the system knows this process.
 std::uint32_t GetCurrentProcessId();
+
+constexpr std::uint32_t SemFailCriticalErrors = 0x0001; // SEM_FAILCRITICALERRORS
+constexpr std::uint32_t SemNoOpenFileErrorBox = 0x8000; // SEM_NOOPENFILEERRORBOX
+
+/// Sets the process's error mode (a sum of the Sem bits) and returns the one before.
+std::uint32_t SetErrorMode(std::uint32_t mode);
 
 /// Ends the process at once and abnormally.
 [[noreturn]] void Abort();

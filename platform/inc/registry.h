@@ -32,7 +32,8 @@ inline RegistryKey RootKey(std::uint32_t number) {
 inline std::uint32_t RootNumber(RegistryKey key) {
     const auto value = reinterpret_cast<std::uintptr_t>(key);
     const auto number = static_cast<std::uint32_t>(value);
-    return value == number || key == RootKey(number) ? number & (0U - (number >> 31)) : 0;
+    const bool isRoot = number >= HkeyClassesRoot && (value == number || key == RootKey(number));
+    return isRoot ? number : 0;
 }
 
 constexpr std::uint32_t RegNone = 0;     // REG_NONE

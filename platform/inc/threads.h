@@ -43,7 +43,7 @@ bool GetExitCodeThread(Handle thread, std::uint32_t& code);
 void SwitchToThread();
 /// Takes the calling thread off the processor for at least that time.
 void Sleep(std::uint32_t milliseconds);
-/// Tells the processor that this thread turns in a waiting loop.
+/// Tells the processor that this thread spins in a waiting loop.
 void YieldProcessor();
 
 } // namespace Platform

@@ -1,5 +1,6 @@
-// The hook of fault injection: the first line of every function of this layer that can fail. Only a function that gives
-// something back does so first and fails then, so that what is lost in a sweep is lost by its caller.
+// The hook of fault injection: PLATFORM_FAULT is the first line of every function of this layer that can fail. A
+// function that releases something (CloseHandle, FindClose) has it behind the release: an injected failure then leaks
+// nothing by itself, and a leak that a sweep finds is a caller's.
 #pragma once
 
 #include "platform/inc/faults.h"
@@ -8,7 +9,7 @@
 
 namespace Platform {
 
-/// StandardNew is asked for by its name alone: test programs take memory so too.
+/// The plan "*" leaves StandardNew out, for test programs use `new` themselves: only the plan "new" names it.
 enum class CallKind { Call, Allocation, StandardNew };
 
 /// Counts one call of `function`. True when the plan says that it fails; the last error then is the plan's code.

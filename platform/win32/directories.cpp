@@ -77,8 +77,4 @@ std::uint32_t GetDriveType(const char16_t* root) {
     return ::GetDriveTypeW(Wide(root));
 }
 
-std::uint32_t SetErrorMode(std::uint32_t mode) {
-    return ::SetErrorMode(mode);
-}
-
 } // namespace Platform

@@ -13,6 +13,10 @@ std::uint32_t GetCurrentProcessId() {
     return ::GetCurrentProcessId();
 }
 
+std::uint32_t SetErrorMode(std::uint32_t mode) {
+    return ::SetErrorMode(mode);
+}
+
 void Abort() {
     std::abort();
 }

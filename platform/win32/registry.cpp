@@ -57,7 +57,7 @@ std::uint32_t RegQueryValueEx(RegistryKey key, const char16_t* name, std::uint32
 
 std::uint32_t RegQueryValueExA(RegistryKey key, const char* name, std::uint32_t* type, void* data,
                                std::uint32_t* size) {
-    auto* const query = RegistryProcedure<decltype(::RegQueryValueExA)>("RegQueryValueExA");
+    static auto* const query = RegistryProcedure<decltype(::RegQueryValueExA)>("RegQueryValueExA");
     const LSTATUS result = query ? query(Native(key), name, nullptr, reinterpret_cast<DWORD*>(type),
                                          static_cast<BYTE*>(data), reinterpret_cast<DWORD*>(size))
                                  : ERROR_PROC_NOT_FOUND;

@@ -31,9 +31,8 @@ bool GetFileVersionInfo(const char16_t* path, std::uint32_t size, void* block) {
     return read && read(Wide(path), 0, size, block);
 }
 
-bool VerQueryValue(const void* block, std::uint32_t size, const char16_t* subBlock, const void*& value,
+bool VerQueryValue(const void* block, std::uint32_t, const char16_t* subBlock, const void*& value,
                    std::uint32_t& length) {
-    static_cast<void>(size);
     auto* query = SystemProcedure<decltype(::VerQueryValueW)>(VersionLibrary, "VerQueryValueW");
     void* found = nullptr;
     UINT count = 0;

@@ -8,7 +8,6 @@
 #include "platform/linux/files/paths.h"
 #include "platform/linux/text/nativetext.h"
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/magic.h>
@@ -73,9 +72,9 @@ std::uint32_t TypeOfVolume(int descriptor) {
 
 } // namespace
 
-bool CreateDirectory(const char16_t* path, void* security) {
+// Permissions come from the process's mask alone.
+bool CreateDirectory(const char16_t* path, void*) {
     PLATFORM_FAULT(CreateDirectory, false);
-    static_cast<void>(security); // the process's mask is the one default of permissions here
     Location location;
     if (!Locate(path, location)) {
         if (location.tooLong) {
@@ -164,12 +163,6 @@ std::uint32_t GetDriveType(const char16_t* root) {
     }
     const bool drive = Locate(path, location) && location.isRoot;
     return drive ? TypeOfVolume(location.folder.Get()) : DriveNoRootDir;
-}
-
-std::uint32_t SetErrorMode(std::uint32_t mode) {
-    // No call of this system stops at a box; the word is kept, as Windows keeps it.
-    static std::atomic<std::uint32_t> current{0};
-    return current.exchange(mode);
 }
 
 } // namespace Platform

@@ -109,10 +109,10 @@ bool IsPossibleTime(const std::int64_t* time) {
 
 } // namespace
 
-Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, void* security,
-                  std::uint32_t disposition, std::uint32_t attributes, Handle templateFile) {
+// Permissions come from the process's mask alone.
+Handle CreateFile(const char16_t* path, std::uint32_t access, std::uint32_t share, void*, std::uint32_t disposition,
+                  std::uint32_t attributes, Handle templateFile) {
     PLATFORM_FAULT(CreateFile, InvalidHandle());
-    static_cast<void>(security); // the process's mask is the one default of permissions here
     // A template would give the extended attributes of Windows, of which a file has none here.
     if (templateFile && !FileOf(templateFile)) {
         return InvalidHandle();

@@ -196,12 +196,9 @@ std::u16string PathOf(const Row& row) {
 } // namespace
 
 // Windows sees to it that these folders are there; here a path says where one would be.
-std::int32_t SHGetFolderPath(Window owner, std::int32_t folder, Handle token, std::uint32_t flags, char16_t* path) {
+std::int32_t SHGetFolderPath(Window, std::int32_t folder, Handle, std::uint32_t, char16_t* path) {
     *path = u'\0';
     PLATFORM_FAULT(SHGetFolderPath, LastResult());
-    static_cast<void>(owner);
-    static_cast<void>(token);
-    static_cast<void>(flags);
     const Row* row = FindRow(folder);
     if (!row) {
         return ResultInvalidArgument;
@@ -217,10 +214,9 @@ std::int32_t SHGetFolderPath(Window owner, std::int32_t folder, Handle token, st
     return 0;
 }
 
-std::int32_t SHGetSpecialFolderLocation(Window owner, std::int32_t folder, ItemIdList*& list) {
+std::int32_t SHGetSpecialFolderLocation(Window, std::int32_t folder, ItemIdList*& list) {
     list = nullptr;
     PLATFORM_FAULT(SHGetSpecialFolderLocation, LastResult());
-    static_cast<void>(owner);
     const Row* row = FindRow(folder);
     if (!row) {
         return ResultInvalidArgument;

@@ -37,16 +37,14 @@ std::int32_t GetErrorInfoOfLibrary(IErrorInfo*& info) {
 
 } // namespace
 
-std::int32_t GetErrorInfo(std::uint32_t reserved, IErrorInfo*& info) {
-    static_cast<void>(reserved);
+std::int32_t GetErrorInfo(std::uint32_t, IErrorInfo*& info) {
     info = nullptr;
     PLATFORM_FAULT(GetErrorInfo, EUnexpected);
     info = std::exchange(threadErrorInfo.info, nullptr);
     return info ? SOk : GetErrorInfoOfLibrary(info);
 }
 
-std::int32_t SetErrorInfo(std::uint32_t reserved, IErrorInfo* info) {
-    static_cast<void>(reserved);
+std::int32_t SetErrorInfo(std::uint32_t, IErrorInfo* info) {
     if (info) {
         info->AddRef();
     }

@@ -170,9 +170,9 @@ void* FindExport(const char* name) {
     return function;
 }
 
-Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
+// Without flags: a library's own dependencies are found by what it was linked with.
+Module LoadLibraryEx(const char16_t* name, std::uint32_t) {
     PLATFORM_FAULT(LoadLibraryEx, nullptr);
-    static_cast<void>(flags); // a library's own dependencies are found by what it was linked with
     void* module = nullptr;
     const bool isThere = TryCandidates(name, [&module](const std::string& file) {
         module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);

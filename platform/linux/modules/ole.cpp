@@ -4,8 +4,7 @@
 
 namespace Platform {
 
-std::int32_t OleInitialize(void* reserved) {
-    static_cast<void>(reserved);
+std::int32_t OleInitialize(void*) {
     PLATFORM_FAULT(OleInitialize, static_cast<std::int32_t>(0x80004005)); // E_FAIL
     return 0;
 }

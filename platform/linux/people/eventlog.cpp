@@ -48,11 +48,9 @@ Handle RegisterEventSource(const char16_t* server, const char16_t* source) {
     return static_cast<HandleObject*>(object.release());
 }
 
-bool ReportEvent(Handle source, std::uint16_t type, std::uint16_t category, std::uint32_t eventId, std::uint16_t count,
+bool ReportEvent(Handle source, std::uint16_t type, std::uint16_t, std::uint32_t, std::uint16_t count,
                  const char16_t* const* strings) {
     PLATFORM_FAULT(ReportEvent, false);
-    static_cast<void>(category);
-    static_cast<void>(eventId);
     const EventSourceObject* object = EventSourceOf(source);
     if (!object) {
         return false;

@@ -1,6 +1,7 @@
 #include "platform/inc/process.h"
 
 #include "platform/linux/process/commandline.h"
+#include <atomic>
 #include <cstdlib>
 #include <unistd.h>
 
@@ -28,6 +29,12 @@ const char16_t* GetCommandLine() {
 
 std::uint32_t GetCurrentProcessId() {
     return static_cast<std::uint32_t>(getpid());
+}
+
+std::uint32_t SetErrorMode(std::uint32_t mode) {
+    // No call of this system shows a box; the word is kept as Windows keeps it.
+    static std::atomic<std::uint32_t> current{0};
+    return current.exchange(mode);
 }
 
 void Abort() {

@@ -67,9 +67,8 @@ std::uint16_t GetSystemDefaultLangID() {
     return static_cast<std::uint16_t>(GetUserDefaultLCID());
 }
 
-bool IsValidLocale(std::uint32_t lcid, std::uint32_t flags) {
+bool IsValidLocale(std::uint32_t lcid, std::uint32_t) {
     PLATFORM_FAULT(IsValidLocale, false);
-    static_cast<void>(flags);
     constexpr std::uint32_t primaryLanguage = 0x3FF; // of a LANGID
     return std::any_of(std::begin(Languages), std::end(Languages), [lcid](const Language& row) {
         return (row.lcid & primaryLanguage) == (lcid & primaryLanguage);

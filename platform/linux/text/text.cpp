@@ -49,10 +49,10 @@ std::uint32_t GetOEMCP() {
     return CodePageUtf8;
 }
 
-std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t language, char16_t*& text) {
+// In English alone, whatever language is asked for.
+std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32_t, char16_t*& text) {
     text = nullptr;
     PLATFORM_FAULT(FormatMessage, 0);
-    static_cast<void>(language); // the texts exist in English alone
     std::u16string found(ErrorText(code));
     if (found.empty()) {
         SetLastError(ErrorMessageNotFound);
@@ -122,8 +122,7 @@ bool iswspace(char16_t c) {
            others.find(c) != std::u16string_view::npos;
 }
 
-std::int32_t wcstol(const char16_t* text, const char16_t*& end, std::int32_t radix) {
-    static_cast<void>(radix);
+std::int32_t wcstol(const char16_t* text, const char16_t*& end, std::int32_t) {
     const char16_t* at = text;
     while (NumberSpaces.find(*at) != std::u16string_view::npos) {
         ++at;

@@ -161,6 +161,10 @@ TEST(HashTable, EqualKeysGrowTheTableWhereTheirChainFindsNoGroup) {
         ++found;
     }
     EXPECT_EQ(found, 74);
+    const std::int32_t first = table.GetFirstPosition(7);
+    table.Delete(7);
+    table.Add(7);
+    EXPECT_EQ(table.GetFirstPosition(7), first) << "a long chain's hole is found again";
     table.DeleteAll(table.GetKeyAt(table.GetFirstPosition(7)));
     EXPECT_TRUE(table.IsEmpty());
 }
@@ -181,12 +185,7 @@ TEST(HashTable, BrokenAssumptionsNameTheirPlace) {
     table.Add(5);
     table.Add(36);
     const std::uint64_t node = std::exchange(table.Slots[31], CNumbers::Link(31));
-    table.Add(67); // the search starts behind the link
-    table.Add(98);
-    table.Slots[31] = node;
-    table.Delete(36);
-    table.Slots[31] = CNumbers::Link(31);
-    EXPECT_EQ(InternalErrorOf([&] { table.Add(129); }), "inc\\hashtable 660");
+    EXPECT_EQ(InternalErrorOf([&] { table.Add(67); }), "inc\\hashtable 660");
     table.Slots[31] = node;
 }
 

@@ -6,6 +6,7 @@
 #include "platform/inc/directories.h"
 #include "platform/inc/faults.h"
 #include "platform/inc/filenames.h"
+#include "platform/inc/process.h"
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <functional>
