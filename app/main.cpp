@@ -37,6 +37,6 @@ std::int32_t ProgramMain() {
     }
     const CExceptionsAllowed scope(mode);
     std::int32_t exitCode = FailureExitCode;
-    ShowFailure([&exitCode] { exitCode = ProgramBody(); });
+    RunAndShowFailure([&exitCode] { exitCode = ProgramBody(); });
     return exitCode;
 }

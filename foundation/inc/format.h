@@ -1,4 +1,5 @@
-// Formatting in the language of wide print, with the arguments' real types in place of what the format claims.
+// Formatting in the language of wide print, with the arguments' real types in place of what the format claims. Behind
+// CUnicodeString::Format, the traces, and the notices that do without strings.
 #pragma once
 
 #include <concepts>
@@ -16,21 +17,20 @@ concept WideTextHolder = requires(const T& value) {
 /// One argument: its kind and its value. Text is borrowed and must outlive the formatting.
 class CFormatArgument {
 public:
-    enum class EKind { Signed, Unsigned, Text, Pointer };
+    enum TKind { FK_Signed, FK_Unsigned, FK_Text, FK_Pointer };
 
     template <std::integral T>
     CFormatArgument(T number) // NOLINT(google-explicit-constructor): made at the call of a formatted operation
-        : Kind(std::is_signed_v<T> ? EKind::Signed : EKind::Unsigned), Bits(static_cast<std::uint64_t>(number)),
+        : Kind(std::is_signed_v<T> ? FK_Signed : FK_Unsigned), Bits(static_cast<std::uint64_t>(number)),
           Size(sizeof(T)) {}
-    CFormatArgument(const char16_t* text) : Kind(EKind::Text), Pointer(text) {} // NOLINT(google-explicit-constructor)
-    CFormatArgument(const void* address)
-        : Kind(EKind::Pointer), Pointer(address) {} // NOLINT(google-explicit-constructor)
+    CFormatArgument(const char16_t* text) : Kind(FK_Text), Pointer(text) {}      // NOLINT(google-explicit-constructor)
+    CFormatArgument(const void* address) : Kind(FK_Pointer), Pointer(address) {} // NOLINT(google-explicit-constructor)
     template <WideTextHolder T>
     CFormatArgument(const T& text) : CFormatArgument(text.Text()) {} // NOLINT(google-explicit-constructor)
 
-    EKind Kind;
+    TKind Kind;
     union {
-        std::uint64_t Bits; // sign-extended for Signed
+        std::uint64_t Bits; // sign-extended for FK_Signed
         const void* Pointer;
     };
     std::uint32_t Size = sizeof(void*); // bytes of the argument's own type

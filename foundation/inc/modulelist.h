@@ -1,4 +1,5 @@
-// The modules that the foundation knows to be loaded, with what they want called at its start and stop.
+// The modules that the foundation has loaded, and the functions that modules want called at its start and stop, which
+// calls them. Archives load the modules of classes here, the resource base its libraries.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

@@ -21,6 +21,10 @@ CUnicodeString CCheckException::GetMessageText() const {
     return FormatMessage(*message, param0, param1, param2);
 }
 
+CCOMException::CCOMException(std::int32_t result) : hresult(result) {
+    Platform::GetErrorInfo(0, errorInfo); // none, or none to be had, leaves it null
+}
+
 CCOMException::~CCOMException() {
     if (errorInfo) {
         errorInfo->Release();
