@@ -15,6 +15,12 @@
 
 namespace Tsx {
 
+/// The texts that the exceptions render. GetLastErrorText keeps the system's line end, GetCOMErrorText cuts it off.
+CUnicodeString GetLastErrorText(std::uint32_t code);
+/// The component's own description if there is one; `errorInfo` stays the caller's and may be null.
+CUnicodeString GetCOMErrorText(std::int32_t hresult, Platform::IErrorInfo* errorInfo);
+CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, const CUnicodeString& fileName);
+
 class CException : public CAllocatedOn<RuntimeHeap> {
 public:
     CException() = default;
@@ -31,8 +37,9 @@ public:
 /// What a user can cause, raised by message.
 class CCheckException : public CException {
 public:
-    CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second);
-    CUnicodeString GetMessageText() const override;
+    CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second)
+        : message(&name), param0(first), param1(second) {}
+    CUnicodeString GetMessageText() const override { return FormatMessage(*message, param0, param1, param2); }
 
     const CMessageName* message;
     CUnicodeString param0;
@@ -46,15 +53,15 @@ public:
     /// Takes the calling thread's error info along, if there is one.
     explicit CCOMException(std::int32_t result);
     ~CCOMException() override;
-    CUnicodeString GetMessageText() const override;
+    CUnicodeString GetMessageText() const override { return GetCOMErrorText(hresult, errorInfo); }
 
     std::int32_t hresult;
     Platform::IErrorInfo* errorInfo = nullptr; // owned, or null
 };
 
-/// The causes of file failures. Each but the first has a message.
+/// The causes of file failures. All but the first have a message.
 enum TFileCause : std::uint32_t {
-    FC_None = 0, // an internal error to ask a text for
+    FC_None = 0, // asking for its text is an internal error
     FC_Generic = 1,
     FC_FileNotFound = 2,
     FC_BadPath = 3,
@@ -77,8 +84,9 @@ constexpr TFileCause CauseEndOfFile = FC_EndOfFile;
 /// A failed file operation.
 class CFileException : public CException {
 public:
-    CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name);
-    CUnicodeString GetMessageText() const override;
+    CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name)
+        : lastError(windowsCode), cause(fileCause), fileName(name) {}
+    CUnicodeString GetMessageText() const override { return GetFileErrorText(cause, lastError, fileName); }
 
     std::uint32_t lastError; // Windows code, 0 if unknown
     std::uint32_t cause;     // a TFileCause
@@ -103,7 +111,7 @@ public:
 class CLastErrorException : public CException {
 public:
     explicit CLastErrorException(std::uint32_t windowsCode) : code(windowsCode) {}
-    CUnicodeString GetMessageText() const override;
+    CUnicodeString GetMessageText() const override { return GetLastErrorText(code); }
 
     std::uint32_t code;
 };
@@ -142,12 +150,6 @@ void GenerateCOMException(std::int32_t hresult);
 [[noreturn]] void GenerateFileCauseException(std::uint32_t cause, const CUnicodeString& fileName);
 /// Raises from the calling thread's last error: code 8 is the memory failure, any other CLastErrorException.
 void GenerateExceptionFromLastError();
-
-/// The texts that the exceptions render. GetLastErrorText keeps the system's line end, GetCOMErrorText cuts it off.
-CUnicodeString GetLastErrorText(std::uint32_t code);
-/// The component's own description if there is one; `errorInfo` stays the caller's and may be null.
-CUnicodeString GetCOMErrorText(std::int32_t hresult, Platform::IErrorInfo* errorInfo);
-CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, const CUnicodeString& fileName);
 
 /// The cause of a file failure by its Windows code: FC_Generic for codes that have none of their own. Code 0 is an
 /// internal error.

@@ -132,6 +132,10 @@ CUnicodeString GetStoredApplicationName();
 
 /// The answer that a handler gives which cannot ask: the style's default button.
 std::int32_t GetDefaultButton(std::uint32_t style);
+/// What a box of the system answered; the style's default button if there was no box to press one in.
+inline std::int32_t PressedButton(std::int32_t answer, std::uint32_t style) {
+    return answer != 0 ? answer : GetDefaultButton(style);
+}
 /// The event-log type of a text: by the style's icon, without one by its buttons.
 std::uint16_t GetEventType(std::uint32_t style);
 

@@ -1,5 +1,5 @@
-// The message names of the foundation. Names of the console framework, the application and the delivery stand with
-// their modules.
+// The message names of the foundation, for the sources that raise them. Names of the console framework, the application
+// and the delivery stand with their modules.
 #pragma once
 
 #include "foundation/inc/message.h"

@@ -1,6 +1,5 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/resourceinfo.h"
-#include "foundation/src/pressedbutton.h"
 #include "platform/inc/messagebox.h"
 
 namespace Tsx {

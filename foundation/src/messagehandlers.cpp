@@ -5,7 +5,6 @@
 #include "foundation/inc/messagelog.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/inc/versioninfo.h"
-#include "foundation/src/pressedbutton.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/files.h"
 #include <utility>

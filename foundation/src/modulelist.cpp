@@ -6,7 +6,7 @@
 #include "foundation/inc/messagelog.h"
 #include "foundation/inc/messagenames.h"
 #include "foundation/inc/scopeexit.h"
-#include "foundation/src/libraryload.h"
+#include "foundation/inc/threadobject.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
@@ -110,6 +110,14 @@ void ForgetUnloadedModules() {
 }
 
 } // namespace
+
+Platform::Module LoadLibraryInThisMode(const char16_t* name) {
+    CThreadErrorMode& mode = *ThreadErrorMode.Get();
+    const bool noExceptions = mode.NoExceptions;
+    const Platform::Module module = Platform::LoadLibraryEx(name, Platform::LoadWithAlteredSearchPath);
+    mode.NoExceptions = noExceptions;
+    return module;
+}
 
 Platform::Module LoadLibrarySearched(const char16_t* name) {
     std::uint32_t error = 0;
