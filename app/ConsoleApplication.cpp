@@ -2,10 +2,9 @@
 
 #include "app/ConsoleTools.h"
 #include "foundation/inc/commandlinefo.h"
-#include "foundation/inc/filesystem.h"
 #include "foundation/inc/foundation.h"
+#include "foundation/inc/programidentity.h"
 #include "foundation/inc/resourceinfo.h"
-#include "foundation/inc/versioninfo.h"
 #include "platform/inc/process.h"
 #include "platform/inc/text.h"
 #include <memory>
@@ -40,12 +39,6 @@ CConsoleArgument ParseToken(const CUnicodeString& token) {
         return {token, token.Mid(1), {}};
     }
     return {token, token.Mid(1, separator - 1), token.Mid(separator + 1)};
-}
-
-/// The version record of the program. False if it has none or its fixed block is missing.
-bool LoadProgramVersion(CVersionInfo& version, Platform::FixedFileInfo& fixed) {
-    version.Load(FileSystem::GetProgramPath());
-    return version.GetFixedInfo(fixed);
 }
 
 } // namespace
@@ -160,32 +153,21 @@ std::int32_t CConsoleApplication::ShowMessageBox(Platform::Window, const char16_
 }
 
 CUnicodeString CConsoleApplication::GetApplicationName() {
-    CVersionInfo version;
-    version.Load(FileSystem::GetProgramPath());
-    const CUnicodeString name = version.GetString(u"InternalName");
-    return name.IsEmpty() ? GetProgramTitle() : name;
+    return GetProgramIdentity().Name;
 }
 
 CUnicodeString CConsoleApplication::GetRegistryPath() {
-    // This class's own answer, so that settings stay where they are whatever name a derived class shows.
-    CUnicodeString path = u"Software\\Ostrel\\" + CConsoleApplication::GetApplicationName();
-    CVersionInfo version;
-    Platform::FixedFileInfo fixed{};
-    if (LoadProgramVersion(version, fixed)) {
-        path += CUnicodeString::Format(u"\\%d.%02d", fixed.dwFileVersionMS >> 16, fixed.dwFileVersionMS & 0xFFFF);
-    }
-    return path;
+    // Settings stay where they are, whatever name a derived class shows.
+    return GetProgramIdentity().RegistryPath;
 }
 
 CUnicodeString CConsoleApplication::GetLogoText() {
-    CVersionInfo version;
-    Platform::FixedFileInfo fixed{};
-    if (!LoadProgramVersion(version, fixed)) {
+    const CProgramIdentity& program = GetProgramIdentity();
+    if (!program.HasLogo) {
         return {};
     }
-    return FormatMessage(MSG_TOOLS_CONSOLE_APPLICATION_LOGO_TEMPLATE, version.GetString(u"InternalName"),
-                         version.GetString(u"FileDescription"), version.GetString(u"ProductVersion"),
-                         version.GetString(u"LegalCopyright"));
+    return FormatMessage(MSG_TOOLS_CONSOLE_APPLICATION_LOGO_TEMPLATE, program.Logo[0], program.Logo[1], program.Logo[2],
+                         program.Logo[3]);
 }
 
 } // namespace Console

@@ -27,6 +27,6 @@ std::int32_t ProgramMain() {
     mode.NoExceptions = false; // from here on, what is thrown is caught
     const CScopeExit forbid([&mode] { mode.NoExceptions = true; });
     std::int32_t exitCode = FailureExitCode;
-    ShowFailure([&exitCode] { exitCode = ProgramBody(); });
+    RunAndShowFailure([&exitCode] { exitCode = ProgramBody(); });
     return exitCode;
 }

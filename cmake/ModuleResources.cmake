@@ -21,6 +21,7 @@ function(module_resources target rows version script)
     endif()
     module_resources_define(${target} RESOURCE_MESSAGES ${rows})
     module_resources_define(${target} RESOURCE_VERSION ${version})
+    target_compile_definitions(${target} PRIVATE RESOURCE_FIRST_MESSAGE=4096) # the number of the first row's string
 endfunction()
 
 # A macro that stands for a quoted text. The resource compiler's preprocessor is started by a shell of its own, which

@@ -1,4 +1,4 @@
-// One loaded library and its entry points.
+// One loaded library and its entry points: the base of the Simple MAPI sender.
 #pragma once
 
 #include "foundation/inc/assertion.h"
@@ -32,8 +32,8 @@ protected:
     Platform::Module Handle = nullptr;
     std::int32_t Ownership = 0; // 1: Free unloads the module; 0: it only forgets it
 
-    /// The last check before an entry is called: a null one is an internal error, and `message` is raised where that
-    /// did not throw.
+    /// The last check before an entry is called: a null one is an internal error, whose line is fixed so that reports
+    /// stay comparable from version to version, and `message` is raised where that did not throw.
     template <class TEntry>
     static void RequireEntry(TEntry* entry, const CMessageName& message) {
         if (!entry) {

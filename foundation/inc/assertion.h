@@ -1,4 +1,5 @@
-// Assertions: a broken assumption becomes an internal error that names a source module and a line.
+// Assertions: a broken assumption becomes an internal error that names a source module and a line. For every source
+// that checks something.
 #pragma once
 
 #include <cstdint>

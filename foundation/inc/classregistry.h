@@ -1,4 +1,5 @@
-// Which classes archives can create: their names, factories and modules. Any thread; under the foundation's lock.
+// Which classes archives can create: their names, factories and modules. Archives ask it. Any thread; under the
+// foundation's lock.
 #pragma once
 
 #include "foundation/inc/object.h"

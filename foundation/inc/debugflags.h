@@ -1,5 +1,5 @@
-// The debug flags of the process, a sum of these bits. The start of the foundation sets them; they are read from any
-// thread.
+// The debug flags of the process, a sum of these bits. The start of the foundation sets them; whatever offers a help to
+// developers reads them, on any thread.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,9 @@ constexpr std::uint32_t DebugWalkHeapForLeaks = 0x4;
 constexpr std::uint32_t DebugEnableHeapSwitching = 0x8;
 constexpr std::uint32_t DebugShowHeapMemoryLeaks = 0x10;
 constexpr std::uint32_t DebugBreakOnMemoryException = 0x20;
-constexpr std::uint32_t DebugUnused = 0x40; // on, and read by nothing
+constexpr std::uint32_t DebugUnused = 0x40; // AS DESIGNED: on from the start, and without a meaning
 constexpr std::uint32_t DebugUnloadLibraries = 0x80;
-constexpr std::uint32_t DebugCheckAllResourceModules = 0x100;
+constexpr std::uint32_t DebugCheckAllResourceModulesExistance = 0x100;
 constexpr std::uint32_t DebugReportMemoryErrorInMessageBox = 0x200;
 constexpr std::uint32_t DebugSaveAllMessages = 0x400;
 constexpr std::uint32_t DebugCheckMessagesParamsCount = 0x800;

@@ -1,4 +1,5 @@
-// Lines for the people who debug the system; they reach neither the console nor a file.
+// Lines for the debugger's output; they reach neither the console nor a file. The files in memory, the text stream and
+// the leak reports write them.
 #pragma once
 
 #include "foundation/inc/format.h"
@@ -19,7 +20,7 @@ void DebugTrace(const char16_t* format, const TArguments&... arguments) {
     DebugTraceList(format, {CFormatArgument(arguments)...});
 }
 
-/// The hook for what a released program would tell about itself: nothing listens to it.
+/// A hook for the traces of released programs. AS DESIGNED: it does nothing.
 template <class... TArguments>
 void ReleaseTrace(const char16_t* /*format*/, const TArguments&... /*arguments*/) {}
 

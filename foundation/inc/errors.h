@@ -1,18 +1,25 @@
-// Failures: the exception family and the functions that raise it. Exceptions are thrown and caught as pointers; the
-// catcher owns the object and deletes it. Where a thread must not throw (static construction and destruction) a failure
-// is shown at once instead, and the raising function returns; those marked noreturn throw in any case.
+// Failures: the exception family and the functions that raise it, for every source that raises or catches. Exceptions
+// are thrown and caught as pointers; the catcher owns the object and deletes it. Where a thread must not throw (static
+// construction and destruction) a failure is shown at once instead, and the raising function returns; those marked
+// noreturn throw in any case.
 #pragma once
 
 #include "foundation/inc/assertion.h"
 #include "foundation/inc/errorsfwd.h"
+#include "foundation/inc/failurereport.h" // this is the module's chief header: with it comes the rest
 #include "foundation/inc/lastresort.h"
 #include "foundation/inc/memorymanager.h"
 #include "foundation/inc/message.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/errorinfo.h"
-#include <atomic>
 
 namespace Tsx {
+
+/// The texts that the exceptions render. GetLastErrorText keeps the system's line end, GetCOMErrorText cuts it off.
+CUnicodeString GetLastErrorText(std::uint32_t code);
+/// The component's own description if there is one; `errorInfo` stays the caller's and may be null.
+CUnicodeString GetCOMErrorText(std::int32_t hresult, Platform::IErrorInfo* errorInfo);
+CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, const CUnicodeString& fileName);
 
 class CException : public CAllocatedOn<RuntimeHeap> {
 public:
@@ -30,8 +37,9 @@ public:
 /// What a user can cause, raised by message.
 class CCheckException : public CException {
 public:
-    CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second);
-    CUnicodeString GetMessageText() const override;
+    CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second)
+        : message(&name), param0(first), param1(second) {}
+    CUnicodeString GetMessageText() const override { return FormatMessage(*message, param0, param1, param2); }
 
     const CMessageName* message;
     CUnicodeString param0;
@@ -42,23 +50,46 @@ public:
 /// A failed COM call, with what its component told of it.
 class CCOMException : public CException {
 public:
-    /// Takes over the reference to `info`, which may be null.
-    CCOMException(std::int32_t result, Platform::IErrorInfo* info) : hresult(result), errorInfo(info) {}
+    /// Takes the calling thread's error info along, if there is one.
+    explicit CCOMException(std::int32_t result);
     ~CCOMException() override;
-    CUnicodeString GetMessageText() const override;
+    CUnicodeString GetMessageText() const override { return GetCOMErrorText(hresult, errorInfo); }
 
     std::int32_t hresult;
-    Platform::IErrorInfo* errorInfo; // owned, or null
+    Platform::IErrorInfo* errorInfo = nullptr; // owned, or null
 };
+
+/// The causes of file failures. All but the first have a message.
+enum TFileCause : std::uint32_t {
+    FC_None = 0, // asking for its text is an internal error
+    FC_Generic = 1,
+    FC_FileNotFound = 2,
+    FC_BadPath = 3,
+    FC_TooManyOpenFiles = 4,
+    FC_AccessDenied = 5,
+    FC_InvalidFile = 6,
+    FC_RemoveCurrentDirectory = 7,
+    FC_DirectoryFull = 8,
+    FC_BadSeek = 9,
+    FC_HardwareFailure = 10,
+    FC_SharingViolation = 11,
+    FC_LockViolation = 12,
+    FC_DiskFull = 13,
+    FC_EndOfFile = 14,
+    FC_AlreadyExists = 15
+};
+constexpr TFileCause CauseTooManyOpenFiles = FC_TooManyOpenFiles;
+constexpr TFileCause CauseEndOfFile = FC_EndOfFile;
 
 /// A failed file operation.
 class CFileException : public CException {
 public:
-    CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name);
-    CUnicodeString GetMessageText() const override;
+    CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name)
+        : lastError(windowsCode), cause(fileCause), fileName(name) {}
+    CUnicodeString GetMessageText() const override { return GetFileErrorText(cause, lastError, fileName); }
 
     std::uint32_t lastError; // Windows code, 0 if unknown
-    std::uint32_t cause;     // see GetFileCause
+    std::uint32_t cause;     // a TFileCause
     CUnicodeString fileName;
 };
 
@@ -80,7 +111,7 @@ public:
 class CLastErrorException : public CException {
 public:
     explicit CLastErrorException(std::uint32_t windowsCode) : code(windowsCode) {}
-    CUnicodeString GetMessageText() const override;
+    CUnicodeString GetMessageText() const override { return GetLastErrorText(code); }
 
     std::uint32_t code;
 };
@@ -102,7 +133,7 @@ public:
     static void operator delete(void*) noexcept {}
 };
 
-/// What had to be said has been said: no text, no report.
+/// Ends a run about which the user knows already, such as one that only prints help: no text, no report.
 class CUserException : public CException {
 public:
     CUnicodeString GetMessageText() const override { return {}; }
@@ -115,43 +146,13 @@ void GenerateLastErrorException(std::uint32_t code);
 void GenerateCOMException(std::int32_t hresult);
 [[noreturn]] void GenerateUserException();
 [[noreturn]] void GenerateFileException(std::uint32_t lastError, const CUnicodeString& fileName);
-/// For a failure that has no Windows code.
+/// For a failure that has no Windows code; `cause` is a TFileCause.
 [[noreturn]] void GenerateFileCauseException(std::uint32_t cause, const CUnicodeString& fileName);
 /// Raises from the calling thread's last error: code 8 is the memory failure, any other CLastErrorException.
 void GenerateExceptionFromLastError();
 
-/// Whether failures may be thrown at all; the calling thread's own mode decides beside it. Start and stop of the
-/// foundation set it for their duration.
-extern std::atomic<bool> ExceptionsEnabled;
-
-/// The texts that the exceptions render. GetLastErrorText keeps the system's line end, GetCOMErrorText cuts it off.
-CUnicodeString GetLastErrorText(std::uint32_t code);
-/// The component's own description if there is one; `errorInfo` stays the caller's and may be null.
-CUnicodeString GetCOMErrorText(std::int32_t hresult, Platform::IErrorInfo* errorInfo);
-CUnicodeString GetFileErrorText(std::uint32_t cause, std::uint32_t lastError, const CUnicodeString& fileName);
-/// What a thread that must not throw shows. A kind that does not exist is an internal error of its own.
-CUnicodeString ComposeInternalErrorText(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
-                                        const char16_t* file, std::uint32_t line, std::uint32_t code);
-
-/// Shows an internal failure without any exception and marks the thread. A second one inside the first ends the
-/// process.
-void ReportInternalFailure(const CUnicodeString& text);
-
-/// The cause of a file failure by its Windows code: 2 to 15 for the codes that have one, 1 for all others. Code 0 is an
+/// The cause of a file failure by its Windows code: FC_Generic for codes that have none of their own. Code 0 is an
 /// internal error.
 std::uint32_t GetFileCause(std::uint32_t lastError);
-
-/// The causes that are raised without a Windows code.
-constexpr std::uint32_t CauseTooManyOpenFiles = 4; // ERR_FILE_TOO_MANY_OPEN_FILES
-constexpr std::uint32_t CauseEndOfFile = 14;       // ERR_FILE_END_OF_FILE
-
-/// Where a developer wants to stop at a failure.
-constexpr std::uint32_t StopNever = 1;
-constexpr std::uint32_t StopInDebugger = 2;
-constexpr std::uint32_t StopAlways = 3;
-
-/// The user's settings "AssertStopMode" and "ErrorStopMode" ("Always", "Debug", "Never"), read once. Any thread.
-std::uint32_t GetAssertStopMode();
-std::uint32_t GetErrorStopMode();
 
 } // namespace Tsx

@@ -1,4 +1,4 @@
-// The failures that the basic types raise, declared apart so that these types need not know the exceptions.
+// The failure that strings, arrays and memory managers raise, declared apart so that they need not include errors.h.
 #pragma once
 
 namespace Tsx {

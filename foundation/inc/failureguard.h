@@ -1,5 +1,5 @@
-// What is done with a failure where nobody above can take it: it is shown, and the work goes on. Destructors, the
-// stages of start and stop, and the program's main guard use it.
+// What is done with a failure where nobody above can take it: it is shown, or dropped where nobody misses the work, and
+// what follows goes on. Destructors, the stages of start and stop, and the program's main guard use it.
 #pragma once
 
 #include "foundation/inc/errors.h"
@@ -11,10 +11,10 @@ namespace Tsx {
 /// the last resort: the exception's own text, or that of exhausted memory if even the text cannot be had.
 void ShowAndDelete(CException* exception) noexcept;
 
-/// Runs the action. A CException that it raises is shown, exhausted memory of the standard library too; the answer then
+/// Runs an action. A CException that it raises is shown, exhausted memory of the standard library too; the answer then
 /// is false. Any other exception passes.
 template <class TAction>
-bool ShowFailure(TAction action) {
+bool RunAndShowFailure(TAction action) {
     try {
         action();
         return true;
@@ -26,10 +26,22 @@ bool ShowFailure(TAction action) {
     return false;
 }
 
-/// The same for destructors: nothing leaves them.
+/// Runs an action that nobody misses, and deletes a CException that it raises. The answer then is false.
+template <class TAction>
+bool RunSilently(TAction action) {
+    try {
+        action();
+        return true;
+    } catch (CException* exception) {
+        delete exception;
+    }
+    return false;
+}
+
+/// The same as RunAndShowFailure for a destructor's work: nothing leaves it.
 template <class TAction>
 void GuardDestructor(TAction action) noexcept {
-    ShowFailure(action);
+    RunAndShowFailure(action);
 }
 
 } // namespace Tsx

@@ -1,4 +1,5 @@
-// Formatting in the language of wide print, with the arguments' real types in place of what the format claims.
+// Formatting in the language of wide print, with the arguments' real types in place of what the format claims. Behind
+// CUnicodeString::Format, the traces, and the notices that do without strings.
 #pragma once
 
 #include <concepts>
@@ -29,7 +30,7 @@ public:
 
     TKind Kind;
     union {
-        std::uint64_t Bits; // sign-extended for Signed
+        std::uint64_t Bits; // sign-extended for FK_Signed
         const void* Pointer;
     };
     std::uint32_t Size = sizeof(void*); // bytes of the argument's own type

@@ -1,4 +1,4 @@
-// The life of the foundation: start, stop, and what they decide.
+// The life of the foundation: start, stop, and what they decide. The console application calls both.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

@@ -1,5 +1,5 @@
-// The last resort: what is said when nothing else can be said any more. All ways of failing that find no memory, no
-// handler or no output left end here.
+// The last resort: a fixed text in the system's box. The ways of failing that find no memory, no handler or no output
+// left end here, and the hooks of the run-time.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,5 @@
-// The message catalogue: texts for people by symbolic name, and the filling of their parameters.
+// The message catalogue: texts for people by symbolic name, and the filling of their parameters. Whoever raises by
+// message or prints one uses it; the texts come from the resource base.
 #pragma once
 
 #include "foundation/inc/array.h"

@@ -1,5 +1,5 @@
 // The one channel for text meant for a person: DisplayMessage and DisplayException, the handler that receives it, and
-// the choice of the handler. Each family of handlers has a source of its own.
+// the choice of the handler. Each family of handlers has a source of its own; the console application is one too.
 #pragma once
 
 #include "foundation/inc/errors.h"
@@ -121,7 +121,7 @@ CMessageHandler* GetCurrentMessageHandler();
 /// as there is none to choose, at the two ends of the process.
 CMessageHandler* GetDefaultMessageHandler();
 
-/// What stands for a handler that was destroyed: all bits set, not to be called.
+/// The mark in the place of a handler that was destroyed: all bits set, not to be called.
 inline CMessageHandler* InvalidMessageHandler() {
     return reinterpret_cast<CMessageHandler*>(~std::uintptr_t{0}); // NOLINT(performance-no-int-to-ptr): a mark
 }
@@ -132,6 +132,10 @@ CUnicodeString GetStoredApplicationName();
 
 /// The answer that a handler gives which cannot ask: the style's default button.
 std::int32_t GetDefaultButton(std::uint32_t style);
+/// What a box of the system answered; the style's default button if there was no box to press one in.
+inline std::int32_t PressedButton(std::int32_t answer, std::uint32_t style) {
+    return answer != 0 ? answer : GetDefaultButton(style);
+}
 /// The event-log type of a text: by the style's icon, without one by its buttons.
 std::uint16_t GetEventType(std::uint32_t style);
 

@@ -1,4 +1,5 @@
-// The message log: a file beside the program that keeps what people were shown, for support.
+// The message log: a file beside the program that keeps what people were shown, for support. The message handlers, the
+// start and the stop write it.
 #pragma once
 
 namespace Tsx {

@@ -1,10 +1,11 @@
-// The message names of the foundation. Names of the console framework, the application and the delivery stand with
-// their modules.
+// The message names of the foundation, for the sources that raise them. Names of the console framework, the application
+// and the delivery stand with their modules.
 #pragma once
 
 #include "foundation/inc/message.h"
 
 /// Calls `row` with each name, in alphabetical order.
+// clang-format off: it would indent each row further than the one before
 #define TSX_FOUNDATION_MESSAGES(row)                                                                                   \
     row(CURRENT_LANGUAGE_NAME) row(ERR_BAD_ARCHIVE) row(ERR_BAD_ARCHIVE_VERSION) row(ERR_BAD_INI_FILE)                 \
         row(ERR_BAD_TEXT_FILE) row(ERR_CANT_LOAD_DLL) row(ERR_CANT_LOAD_RESOURCE) row(ERR_CANT_WRITE_TO_REGISTRY)      \
@@ -21,6 +22,7 @@
                                                     row(MSG_INTERNAL_ERROR) row(MSG_INTERNAL_ERROR_WITH_CODE)          \
                                                         row(MSG_MEMORY_FILE) row(MSG_PRESUME)                          \
                                                             row(MSG_PRESUMELASTERROR) row(MSG_VIRTUAL_MEMORY_FILE)
+// clang-format on
 
 namespace Tsx {
 

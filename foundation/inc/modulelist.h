@@ -1,4 +1,5 @@
-// The modules that the foundation knows to be loaded, with what they want called at its start and stop.
+// The modules that the foundation has loaded, and the functions that modules want called at its start and stop, which
+// calls them. Archives load the modules of classes here, the resource base its libraries.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -18,9 +19,15 @@ struct CModuleEntry {
     bool isStatic = false; // linked in, not to be unloaded
 };
 
-/// Loads a library. A complete name (one that begins with a drive and a root, or like a UNC name) is used as it stands;
-/// any other is looked for in the library search path, if there is one, and where the system looks for libraries. Null
-/// with the last error if it isn't found or can't be loaded. Each success is matched by one FreeLibrary.
+/// Loads a library by the name as it stands; its own dependencies are found beside a complete name. The calling
+/// thread's CThreadErrorMode is as before afterwards: a library's start-up code may run foundation code of its own and
+/// change it. Null with the last error on failure.
+Platform::Module LoadLibraryInThisMode(const char16_t* name);
+
+/// The same with a search. A complete name (one that begins with a drive and a root, or like a UNC name) is used as it
+/// stands; any other is looked for in the library search path, if there is one, and where the system looks for
+/// libraries. Null with the last error if it isn't found or can't be loaded. Each success is matched by one
+/// FreeLibrary.
 Platform::Module LoadLibrarySearched(const char16_t* name);
 
 /// Loads a library for as long as the foundation stands: the stop unloads it. While the foundation stands its entry is

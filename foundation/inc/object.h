@@ -1,4 +1,5 @@
-// Counted objects: the root class of everything that an archive can hold, and the pointer that keeps one alive.
+// Counted objects: the root class of everything that an archive can hold, and the pointer that keeps one alive. The
+// wrappers of MAPI's interfaces are such objects too.
 #pragma once
 
 #include "foundation/inc/assertion.h"

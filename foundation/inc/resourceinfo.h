@@ -1,6 +1,7 @@
 // Where message texts and icons come from: the modules that carry them, and the interface language. Static modules are
 // searched in every language. Language modules are resource libraries on disk, one for each language and prefix, which
-// are loaded when their language is chosen.
+// are loaded when their language is chosen. The catalogue (message.h) looks up here, the message box finds its icons,
+// and the console application chooses the language.
 #pragma once
 
 #include "foundation/inc/criticalsection.h"
@@ -79,17 +80,21 @@ struct CResourcePrefix {
     CUnicodeString GetFileName(std::uint32_t language) const;
 };
 
+using CResourcePrefixes = CPointerArray<CResourcePrefix, CDestroyer<CResourcePrefix>, CProcessHeapPolicy>;
+
 /// The language that a thread has for itself, which takes the place of the current one in its lookups. A new thread's
 /// record is all zero, and so far nothing sets it.
 struct CThreadLanguage {
     std::uint32_t inverted; // ~language, so that zero is NoLanguage
 };
 
-/// Any thread may look up messages while another changes the language. No lock is held while a text is shown, so that a
-/// handler may look up what it likes.
+/// Two halves, each with its lock and its source: the static modules and the look-up over both (resourceinfo.cpp), and
+/// the languages (languages.cpp). Any thread may look up messages while another changes the language. No lock is held
+/// while a text is shown, so that a handler may look up what it likes.
 class CResourceBase {
 public:
-    CResourceBase() = default;
+    /// `listsToKeep`: how many released languages keep their libraries loaded.
+    explicit CResourceBase(std::int32_t listsToKeep = 0) : keptListsLimit(listsToKeep) {}
     ~CResourceBase();
     CResourceBase(const CResourceBase&) = delete;
     CResourceBase& operator=(const CResourceBase&) = delete;
@@ -132,12 +137,7 @@ public:
     /// The module that has the named icon, in the order of LookupMessage; null if none does.
     Platform::Module FindModuleWithIcon(const char16_t* name);
 
-protected:
-    std::int32_t keptListsLimit = 0; // of released lists; so far nothing raises it
-
 private:
-    template <class TRecord>
-    using COwned = CPointerArray<TRecord, CDestroyer<TRecord>, CProcessHeapPolicy>;
     using CFileNames = CArray<CUnicodeString, CProcessHeapPolicy>;
 
     CCriticalSection mainLock;   // guards everything but the static modules
@@ -146,20 +146,20 @@ private:
     std::uint32_t currentLanguage = NoLanguage;
     CArray<CLanguageInfo, CProcessHeapPolicy> languages; // that every prefix has, in ascending order
     CLanguageMap<std::int32_t> languageIndex{LanguageMapSize};
-    COwned<CResourcePrefix> prefixes;
+    CResourcePrefixes prefixes;
     CResourceModules staticModules;
     CLanguageMap<CLanguageModules*> languageModules{LanguageMapSize}; // owned
-    COwned<CLanguageModules> keptLists;                               // oldest first
+    std::int32_t keptListsLimit;
+    CPointerArray<CLanguageModules, CDestroyer<CLanguageModules>, CProcessHeapPolicy> keptLists; // oldest first
 
-    /// A prefix's library for a language; null, with a line in the trace, if there is none that can be used.
-    static CResourceModule* LoadResourceLibrary(const CResourcePrefix& prefix, std::uint32_t language);
-    static void ScanPrefix(CResourcePrefix& prefix);
+    // Of the look-up. The second takes both locks, one after the other.
+    const CResourceModules* ModulesOfThread() const; // under mainLock
+    template <class TPredicate>
+    Platform::Module FindModule(TPredicate isWanted);
 
-    // Under mainLock, all of them.
+    // Of the languages, under mainLock.
     void CollectLanguages();
     CUnicodeString DescribeMissingLibraries() const;
-    std::uint32_t LanguageOfThread() const;
-    const CResourceModules* ModulesOfThread() const;
     CLanguageModules& AcquireLanguage(std::uint32_t language);
     void ReleaseLanguage(std::uint32_t language);
     void ReleaseThreadLanguage();
@@ -167,11 +167,10 @@ private:
     void AddLibraries(CLanguageModules& list, CFileNames& failed) const;
     void DestroyLanguageModules();
 
+    // Of the languages; they take mainLock.
     bool IsKnown(std::uint32_t language);
     bool HasCurrentLanguage();
     void SwitchLanguage(std::uint32_t language);
-    template <class TPredicate>
-    Platform::Module FindModule(TPredicate isWanted);
 };
 
 CResourceBase& GetResourceBase();

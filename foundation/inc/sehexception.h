@@ -1,5 +1,6 @@
 // Faults of the processor in foreign code, turned into exceptions of the family. The guard stands around one call; it
-// does not change what a fault means elsewhere in the process.
+// does not change what a fault means elsewhere in the process. The delivery through Extended MAPI uses it, which runs
+// the mail client's code.
 #pragma once
 
 #include "foundation/inc/errors.h"

@@ -1,4 +1,5 @@
-// The developer's and administrator's settings: string values of one registry key, never written here.
+// The developer's and administrator's settings: string values of one registry key, never written. Read by the start,
+// the debug flags, the stop modes and the message log.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

@@ -124,14 +124,19 @@ struct CThreadErrorMode {
 extern CThreadObject<CErrorGuardState> ErrorGuardState;
 extern CThreadObject<CThreadErrorMode> ThreadErrorMode;
 
-/// Stands around the processing of a failure: kind 0 builds an exception, kind 1 shows an internal error. The thread is
-/// served from the runtime heap meanwhile. A second internal error inside the first ends the process with a notice.
+/// Stands around the processing of a failure. The thread is served from the runtime heap meanwhile. A second internal
+/// error inside the first ends the process with a notice.
 class CReentryScope {
 public:
-    enum EState { MakeState, ExistingState };
+    /// What is being done.
+    enum TKind : std::int32_t {
+        RS_Raising = 0,      // an exception object is being built
+        RS_InternalError = 1 // an internal error is being shown
+    };
+    /// Whether the thread's state is made at need. The path that tells of exhausted memory takes none.
+    enum TRecordUse { RU_Make, RU_ExistingOnly };
 
-    /// ExistingState is for the path that tells of exhausted memory: it takes none.
-    explicit CReentryScope(std::int32_t kind, EState wanted = MakeState);
+    explicit CReentryScope(std::int32_t kind, TRecordUse use = RU_Make);
     ~CReentryScope();
     CReentryScope(const CReentryScope&) = delete;
     CReentryScope& operator=(const CReentryScope&) = delete;

@@ -1,4 +1,4 @@
-// Time values and their text forms.
+// Time values and their text forms, for the message log and the files in memory.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"

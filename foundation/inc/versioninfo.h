@@ -1,4 +1,5 @@
-// The version record of an executable file. Absent data is no error: every operation then answers empty or false.
+// The version record of an executable file. Absent data is no error: every operation then answers empty or false. Names
+// the program (programidentity.h) and its message handler, and tells resource libraries from others.
 #pragma once
 
 #include "foundation/inc/array.h"

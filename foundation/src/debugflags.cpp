@@ -7,7 +7,7 @@ namespace Tsx {
 
 namespace {
 
-std::atomic<std::uint32_t> debugFlags{DebugEnableHeapSwitching | DebugUnused};
+std::atomic<std::uint32_t> DebugFlags{DebugEnableHeapSwitching | DebugUnused};
 
 struct CFlagSetting {
     const char16_t* name;
@@ -21,7 +21,7 @@ constexpr CFlagSetting FlagSettings[] = {
     {u"KeepTempFiles", DebugKeepTempFiles},
     {u"UnloadLibraries", DebugUnloadLibraries},
     {u"ShowHeapMemoryLeaks", DebugShowHeapMemoryLeaks},
-    {u"CheckAllResourceModulesExistance", DebugCheckAllResourceModules},
+    {u"CheckAllResourceModulesExistance", DebugCheckAllResourceModulesExistance},
     {u"ReportMemoryErrorInMessageBox", DebugReportMemoryErrorInMessageBox},
     {u"SaveAllMessages", DebugSaveAllMessages},
     {u"CheckMessagesParamsCount", DebugCheckMessagesParamsCount},
@@ -38,14 +38,14 @@ void ReadDebugFlag(const CFlagSetting& setting) {
 } // namespace
 
 std::uint32_t GetDebugFlags() {
-    return debugFlags.load(std::memory_order_relaxed);
+    return DebugFlags.load(std::memory_order_relaxed);
 }
 
 void SetDebugFlag(std::uint32_t bit, bool on) {
     if (on) {
-        debugFlags |= bit;
+        DebugFlags |= bit;
     } else {
-        debugFlags &= ~bit;
+        DebugFlags &= ~bit;
     }
 }
 

@@ -3,8 +3,7 @@
 #include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagenames.h"
-#include "foundation/inc/threadobject.h"
-#include "foundation/src/libraryload.h"
+#include "foundation/inc/modulelist.h"
 #include "platform/inc/modules.h"
 #include <utility>
 
@@ -15,14 +14,6 @@ namespace {
 constexpr const char16_t* ModuleName = u"src\\dlltools";
 
 } // namespace
-
-Platform::Module LoadLibraryInThisMode(const char16_t* name) {
-    CThreadErrorMode& mode = *ThreadErrorMode.Get();
-    const bool noExceptions = mode.NoExceptions;
-    const Platform::Module module = Platform::LoadLibraryEx(name, Platform::LoadWithAlteredSearchPath);
-    mode.NoExceptions = noExceptions;
-    return module;
-}
 
 CDll::~CDll() {
     GuardDestructor([this] { CDll::Free(); });

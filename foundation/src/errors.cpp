@@ -7,10 +7,10 @@
 #include "foundation/inc/privateallocators.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/src/internalerrortexts.h"
+#include "foundation/src/raising.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/debug.h"
 #include "platform/inc/lasterror.h"
-#include <memory>
 #include <utility>
 
 namespace Tsx {
@@ -20,7 +20,7 @@ std::atomic<bool> ExceptionsEnabled{true};
 namespace {
 
 void StopIfWanted(std::uint32_t mode) {
-    if (mode == StopAlways || (mode == StopInDebugger && Platform::IsDebuggerPresent())) {
+    if (mode == SM_Always || (mode == SM_InDebugger && Platform::IsDebuggerPresent())) {
         Platform::DebugBreak();
     }
 }
@@ -30,41 +30,31 @@ bool MayThrow() {
     return ExceptionsEnabled && !(mode && mode->NoExceptions);
 }
 
-template <class TException, class... TArguments>
-TException* Make(TArguments&&... arguments) {
-    auto* exception = new TException(std::forward<TArguments>(arguments)...);
-    if (!exception) {
-        GenerateMemoryException();
-    }
-    return exception;
-}
-
-struct CReleaseErrorInfo {
-    void operator()(Platform::IErrorInfo* info) const { info->Release(); }
-};
-using CErrorInfoHolder = std::unique_ptr<Platform::IErrorInfo, CReleaseErrorInfo>;
-
-// Null if the thread has none, or none can be had.
-CErrorInfoHolder TakeErrorInfo() {
-    Platform::IErrorInfo* info = nullptr;
-    Platform::GetErrorInfo(0, info);
-    return CErrorInfoHolder(info);
-}
-
 void MarkErrorReported(CThreadErrorMode* mode) {
     if (mode) {
         mode->ErrorReported = true;
     }
 }
 
-// For the first and the last moments of the process. A thread that fails before strings are there must not start the
-// program either; afterwards nobody asks, and its record may be gone.
+/// The frame of the failures that a user's error stop mode and the thread's mode decide about.
+template <class TException, class... TArguments>
+void RaiseOrReport(TArguments&&... arguments) {
+    StopIfWanted(GetErrorStopMode());
+    const CReentryScope scope(CReentryScope::RS_Raising);
+    if (MayThrow()) {
+        throw MakeObject<TException>(std::forward<TArguments>(arguments)...).release();
+    }
+    ReportInternalFailure(TException(std::forward<TArguments>(arguments)...).GetMessageText());
+}
+
+// Before strings can be made, and when they no longer can. A thread that fails before is marked, so that it does not
+// start the program; afterwards nobody reads the mark, and its record may be gone.
 void ReportWithoutStrings(const char16_t* file, std::uint32_t line) {
     char16_t text[256] = {};
     const CFormatArgument arguments[] = {file, line};
     FormatText(text, std::size(text) - 1, PlaceFormat, arguments, 2);
     ShowLastResort(text);
-    if (GetStringStage() == EStringStage::Before) {
+    if (GetStringStage() == SS_Before) {
         MarkErrorReported(ThreadErrorMode.Find());
     }
 }
@@ -81,47 +71,29 @@ void FailAssertionWithLastError(const char16_t* file, std::uint32_t line) {
 
 bool GenerateInternalError(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
                            const char16_t* file, std::uint32_t line, std::uint32_t code) {
-    if (GetStringStage() != EStringStage::Usable) {
+    if (GetStringStage() != SS_Usable) {
         ReportWithoutStrings(file, line); // no setting can be read either
         return false;
     }
     StopIfWanted(GetAssertStopMode());
-    const CReentryScope scope(0);
+    const CReentryScope scope(CReentryScope::RS_Raising);
     if (MayThrow()) {
-        throw Make<CInternalError>(kind, file, line, code);
+        throw MakeObject<CInternalError>(kind, file, line, code).release();
     }
     ReportInternalFailure(ComposeInternalErrorText(kind, comment, expression, file, line, code));
     return false;
 }
 
 void GenerateCheckException(const CMessageName& message, const char16_t* param0, const char16_t* param1) {
-    StopIfWanted(GetErrorStopMode());
-    const CReentryScope scope(0);
-    if (MayThrow()) {
-        throw Make<CCheckException>(message, param0, param1);
-    }
-    ReportInternalFailure(FormatMessage(message, param0, param1, u""));
+    RaiseOrReport<CCheckException>(message, param0, param1);
 }
 
 void GenerateLastErrorException(std::uint32_t code) {
-    StopIfWanted(GetErrorStopMode());
-    const CReentryScope scope(0);
-    if (MayThrow()) {
-        throw Make<CLastErrorException>(code);
-    }
-    ReportInternalFailure(GetLastErrorText(code));
+    RaiseOrReport<CLastErrorException>(code);
 }
 
 void GenerateCOMException(std::int32_t hresult) {
-    StopIfWanted(GetErrorStopMode());
-    const CReentryScope scope(0);
-    CErrorInfoHolder info = TakeErrorInfo();
-    if (MayThrow()) {
-        auto* exception = Make<CCOMException>(hresult, info.get());
-        static_cast<void>(info.release()); // the exception's now
-        throw exception;
-    }
-    ReportInternalFailure(GetCOMErrorText(hresult, info.get()));
+    RaiseOrReport<CCOMException>(hresult);
 }
 
 void GenerateExceptionFromLastError() {
@@ -133,12 +105,11 @@ void GenerateExceptionFromLastError() {
 }
 
 void GenerateUserException() {
-    const CReentryScope scope(0);
-    throw Make<CUserException>();
+    Raise<CUserException>();
 }
 
 void GenerateMemoryException() {
-    const CReentryScope scope(0, CReentryScope::ExistingState);
+    const CReentryScope scope(CReentryScope::RS_Raising, CReentryScope::RU_ExistingOnly);
     if (HasDebugFlag(DebugBreakOnMemoryException)) {
         Platform::DebugBreak();
     }
@@ -150,17 +121,16 @@ void GenerateMemoryException() {
 }
 
 void GenerateFileException(std::uint32_t lastError, const CUnicodeString& fileName) {
-    const CReentryScope scope(0);
-    throw Make<CFileException>(lastError, GetFileCause(lastError), fileName);
+    Raise<CFileException>(lastError, GetFileCause(lastError), fileName);
 }
 
 void GenerateFileCauseException(std::uint32_t cause, const CUnicodeString& fileName) {
-    const CReentryScope scope(0);
-    throw Make<CFileException>(0U, cause, fileName);
+    constexpr std::uint32_t noCode = Platform::ErrorSuccess;
+    Raise<CFileException>(noCode, cause, fileName);
 }
 
 void ReportInternalFailure(const CUnicodeString& text) {
-    const CReentryScope scope(1);
+    const CReentryScope scope(CReentryScope::RS_InternalError);
     DisplayMessage(text, FatalMessageStyle);
     MarkErrorReported(ThreadErrorMode.Get());
 }

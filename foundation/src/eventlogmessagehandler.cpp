@@ -1,3 +1,4 @@
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/registrykey.h"
@@ -15,16 +16,14 @@ constexpr const char16_t* MessageFileName = u"TsxEventSrc.dll";
 // Tells the system where the texts of a source's events are. Without the right to do so its events have no text around
 // their strings.
 void StoreMessageFile(const CUnicodeString& source) {
-    try {
+    RunSilently([&source] {
         CRegistryKey key;
         if (key.Open(Platform::RootKey(Platform::HkeyLocalMachine), (SourcesKey + source).Text(), RK_Write)) {
             const CUnicodeString path = FileSystem::GetProgramDirectory() + MessageFileName;
             const std::int32_t size = (path.Length() + 1) * static_cast<std::int32_t>(sizeof(char16_t));
             key.SetStringValue(MessageFileValue, path.Text(), size);
         }
-    } catch (CException* exception) {
-        delete exception;
-    }
+    });
 }
 
 } // namespace
@@ -57,9 +56,8 @@ void CEventLogMessageHandler::WriteEvent(const char16_t* text, const char16_t* t
     }
 }
 
-std::int32_t CEventLogMessageHandler::ShowMessageBox(Platform::Window owner, const char16_t* text,
-                                                     const char16_t* title, std::uint32_t style) {
-    static_cast<void>(owner);
+std::int32_t CEventLogMessageHandler::ShowMessageBox(Platform::Window, const char16_t* text, const char16_t* title,
+                                                     std::uint32_t style) {
     WriteEvent(text, title, GetEventType(style));
     return GetDefaultButton(style);
 }

@@ -1,4 +1,4 @@
-// The exception family: what each class keeps and how it puts itself into words.
+// What the exception classes do that takes more than a line.
 #include "foundation/inc/errors.h"
 
 #include "foundation/inc/failureguard.h"
@@ -14,28 +14,14 @@ void CException::ReportToUser() const {
     DisplayMessage(GetMessageText(), Platform::MbOk);
 }
 
-CCheckException::CCheckException(const CMessageName& name, const char16_t* first, const char16_t* second)
-    : message(&name), param0(first), param1(second) {}
-
-CUnicodeString CCheckException::GetMessageText() const {
-    return FormatMessage(*message, param0, param1, param2);
+CCOMException::CCOMException(std::int32_t result) : hresult(result) {
+    Platform::GetErrorInfo(0, errorInfo); // none, or none to be had, leaves it null
 }
 
 CCOMException::~CCOMException() {
     if (errorInfo) {
         errorInfo->Release();
     }
-}
-
-CUnicodeString CCOMException::GetMessageText() const {
-    return GetCOMErrorText(hresult, errorInfo);
-}
-
-CFileException::CFileException(std::uint32_t windowsCode, std::uint32_t fileCause, const CUnicodeString& name)
-    : lastError(windowsCode), cause(fileCause), fileName(name) {}
-
-CUnicodeString CFileException::GetMessageText() const {
-    return GetFileErrorText(cause, lastError, fileName);
 }
 
 CInternalError::CInternalError(std::uint32_t failureKind, const char16_t* sourceFile, std::uint32_t sourceLine,
@@ -57,12 +43,8 @@ void CInternalError::ReportToUser() const {
     DisplayMessage(GetMessageText(), FatalMessageStyle);
 }
 
-CUnicodeString CLastErrorException::GetMessageText() const {
-    return GetLastErrorText(code);
-}
-
 CMemoryExceptionSlot::~CMemoryExceptionSlot() {
-    // An address alone: the exception, which begins here too, is no object any more.
+    // Used as an address alone: the derived exception has been destroyed by now.
     GuardDestructor([this] { ReleaseMemoryException(reinterpret_cast<const CMemoryException*>(this)); });
 }
 

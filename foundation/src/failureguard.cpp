@@ -8,18 +8,11 @@ namespace Tsx {
 
 namespace {
 
-// In the order in which less and less is needed.
-void ShowTextAlone(const CException& exception) noexcept {
+bool Succeeds(const auto& action) noexcept {
     try {
-        const CUnicodeString text = exception.GetMessageText();
-        if (!text.IsEmpty()) { // a CUserException has none: what had to be said has been said
-            ShowLastResort(text.Text());
-        }
-    } catch (CException* noText) {
-        delete noText;
-        ShowLastResort(NotEnoughMemoryText);
+        return RunSilently(action);
     } catch (const std::bad_alloc&) {
-        ShowLastResort(NotEnoughMemoryText);
+        return false;
     }
 }
 
@@ -27,17 +20,21 @@ void ShowTextAlone(const CException& exception) noexcept {
 
 void ShowAndDelete(CException* exception) noexcept {
     const std::unique_ptr<CException> owner(exception);
-    if (GetStringStage() != EStringStage::Usable) {
-        ShowLastResort(NotEnoughMemoryText); // nothing else is raised at the two ends of the process
+    if (GetStringStage() != SS_Usable) {
+        ShowLastResort(NotEnoughMemoryText); // where strings cannot be made, nothing else is raised
         return;
     }
-    try {
-        DisplayException(exception);
-    } catch (CException* notShown) {
-        delete notShown;
-        ShowTextAlone(*exception);
-    } catch (const std::bad_alloc&) {
-        ShowTextAlone(*exception);
+    if (Succeeds([exception] { DisplayException(exception); })) {
+        return;
+    }
+    const bool hasText = Succeeds([exception] {
+        const CUnicodeString text = exception->GetMessageText();
+        if (!text.IsEmpty()) { // a CUserException has none and is silent
+            ShowLastResort(text.Text());
+        }
+    });
+    if (!hasText) {
+        ShowLastResort(NotEnoughMemoryText);
     }
 }
 

@@ -13,13 +13,13 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\failuretexts";
 
-struct KindTexts {
+struct CKindTexts {
     const CMessageName& name;
     const char16_t* builtIn;
 };
 
-const KindTexts& TextsOf(std::uint32_t kind) {
-    static const KindTexts texts[] = {
+const CKindTexts& TextsOf(std::uint32_t kind) {
+    static const CKindTexts texts[] = {
         {MSG_ASSERT, AssertText},
         {MSG_ASSERTLASTERROR, AssertLastErrorText},
         {MSG_PRESUME, PresumeText},
@@ -27,7 +27,7 @@ const KindTexts& TextsOf(std::uint32_t kind) {
     };
     const bool known = kind < std::size(texts);
     TSX_ASSERT(known, ModuleName);
-    return texts[known ? kind : InternalAssert]; // a thread that must not throw comes here
+    return texts[known ? kind : InternalAssert]; // the assertion returns on a thread that must not throw
 }
 
 struct CSystemBuffer {
@@ -77,6 +77,8 @@ void CutLast(CUnicodeString& text, char16_t c) {
 } // namespace
 
 CUnicodeString GetLastErrorText(std::uint32_t code) {
+    // IgnoreInserts (0x200), not ArgumentArray (0x2000): no values are given for a text's inserts, and with the latter
+    // such a text fails with code 87.
     constexpr std::uint32_t flags = Platform::FormatMessageAllocateBuffer | Platform::FormatMessageFromSystem |
                                     Platform::FormatMessageIgnoreInserts;
     constexpr std::uint32_t anyLanguage = 0;
@@ -104,7 +106,7 @@ CUnicodeString GetCOMErrorText(std::int32_t hresult, Platform::IErrorInfo* error
 
 CUnicodeString ComposeInternalErrorText(std::uint32_t kind, const char16_t* comment, const char16_t* expression,
                                         const char16_t* file, std::uint32_t line, std::uint32_t code) {
-    const KindTexts& texts = TextsOf(kind);
+    const CKindTexts& texts = TextsOf(kind);
     const CUnicodeString lineText = CUnicodeString::FromInt(static_cast<std::int32_t>(line));
     const CUnicodeString codeText = CodeText(code);
     const CUnicodeString systemText = CarriesCode(kind) ? GetLastErrorText(code) : CUnicodeString();

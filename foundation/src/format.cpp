@@ -11,7 +11,7 @@ namespace {
 constexpr const char16_t* ModuleName = u"src\\format";
 
 // What stands between the percent sign and the conversion character.
-struct Directive {
+struct CDirective {
     bool leftAligned = false;
     bool plus = false;
     bool blank = false;
@@ -35,7 +35,7 @@ public:
                 Put(u'%');
                 format += 2;
             } else {
-                const Directive directive = ReadDirective(++format);
+                const CDirective directive = ReadDirective(++format);
                 if (!Convert(directive)) {
                     FailAssertion(ModuleName, __LINE__);
                 }
@@ -89,30 +89,25 @@ private:
         return static_cast<std::int32_t>(number);
     }
 
-    static bool ReadFlag(char16_t c, Directive& directive) {
+    static bool ReadFlag(char16_t c, CDirective& directive) {
         switch (c) {
         case u'-':
-            directive.leftAligned = true;
-            return true;
+            return directive.leftAligned = true;
         case u'+':
-            directive.plus = true;
-            return true;
+            return directive.plus = true;
         case u' ':
-            directive.blank = true;
-            return true;
+            return directive.blank = true;
         case u'#':
-            directive.alternate = true;
-            return true;
+            return directive.alternate = true;
         case u'0':
-            directive.zeros = true;
-            return true;
+            return directive.zeros = true;
         default:
             return false;
         }
     }
 
-    Directive ReadDirective(const char16_t*& format) {
-        Directive directive;
+    CDirective ReadDirective(const char16_t*& format) {
+        CDirective directive;
         while (ReadFlag(*format, directive)) {
             ++format;
         }
@@ -132,7 +127,7 @@ private:
         return directive;
     }
 
-    bool Convert(const Directive& directive) {
+    bool Convert(const CDirective& directive) {
         const CFormatArgument* argument = Next();
         if (!argument) {
             return false;
@@ -162,7 +157,7 @@ private:
         }
     }
 
-    void PutPadded(const Directive& directive, std::u16string_view prefix, std::int64_t zeros,
+    void PutPadded(const CDirective& directive, std::u16string_view prefix, std::int64_t zeros,
                    std::u16string_view body) {
         const auto size = static_cast<std::int64_t>(prefix.size() + body.size()) + zeros;
         const std::int64_t padding = std::max<std::int64_t>(directive.width - size, 0);
@@ -173,7 +168,7 @@ private:
         Repeat(u' ', directive.leftAligned ? padding : 0);
     }
 
-    bool PutDigits(const Directive& directive, std::uint64_t value, unsigned radix, std::u16string_view prefix) {
+    bool PutDigits(const CDirective& directive, std::uint64_t value, unsigned radix, std::u16string_view prefix) {
         char16_t digits[64];
         char16_t* const end = std::end(digits);
         char16_t* first = end;
@@ -196,26 +191,26 @@ private:
         return argument.Size >= 8 ? argument.Bits : argument.Bits & ((std::uint64_t{1} << argument.Size * 8) - 1);
     }
 
-    bool PutSigned(const Directive& directive, const CFormatArgument& argument) {
+    bool PutSigned(const CDirective& directive, const CFormatArgument& argument) {
         const auto value = static_cast<std::int64_t>(argument.Bits);
         const bool negative = argument.Kind == CFormatArgument::FK_Signed && value < 0;
         const char16_t* sign = negative ? u"-" : directive.plus ? u"+" : directive.blank ? u" " : u"";
         return PutDigits(directive, negative ? 0 - argument.Bits : argument.Bits, 10, sign);
     }
 
-    bool PutUnsigned(const Directive& directive, const CFormatArgument& argument, unsigned radix,
+    bool PutUnsigned(const CDirective& directive, const CFormatArgument& argument, unsigned radix,
                      const char16_t* prefix) {
         const std::uint64_t value = OwnBits(argument);
         return PutDigits(directive, value, radix, value == 0 ? u"" : prefix);
     }
 
-    bool PutCharacter(const Directive& directive, const CFormatArgument& argument) {
+    bool PutCharacter(const CDirective& directive, const CFormatArgument& argument) {
         const auto c = static_cast<char16_t>(argument.Bits);
         PutPadded(directive, u"", 0, {&c, 1});
         return true;
     }
 
-    bool PutString(const Directive& directive, const CFormatArgument& argument) {
+    bool PutString(const CDirective& directive, const CFormatArgument& argument) {
         const auto* text = static_cast<const char16_t*>(argument.Pointer);
         std::u16string_view view = text ? std::u16string_view(text) : u"(null)";
         if (directive.precision >= 0) {
@@ -226,8 +221,8 @@ private:
     }
 
     // As the Windows run-time has it: all sixteen digits, upper case, no prefix.
-    bool PutPointer(const Directive& directive, const CFormatArgument& argument) {
-        Directive digits = directive;
+    bool PutPointer(const CDirective& directive, const CFormatArgument& argument) {
+        CDirective digits = directive;
         digits.precision = 2 * sizeof(void*);
         return PutDigits(digits, argument.Bits, 16, u"");
     }

@@ -6,6 +6,8 @@
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagelog.h"
 #include "foundation/inc/modulelist.h"
+#include "foundation/inc/programidentity.h"
+#include "foundation/inc/scopeexit.h"
 #include "foundation/inc/settings.h"
 #include "foundation/src/runtimehooks.h"
 #include "foundation/src/statics.h"
@@ -21,20 +23,13 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\foundation";
 
-std::atomic<TFoundationState> foundationState{FS_NeverStarted};
-std::int32_t initCount = 0; // starts that no stop has matched; under FoundationLock
+std::atomic<TFoundationState> FoundationState{FS_NeverStarted};
+std::int32_t InitCount = 0; // starts that no stop has matched; under FoundationLock
 
-/// Failures can be thrown while this lives, whatever was decided before.
-class CExceptionsEnabledScope {
-public:
-    CExceptionsEnabledScope() : before(ExceptionsEnabled.exchange(true)) {}
-    ~CExceptionsEnabledScope() { ExceptionsEnabled = before; }
-    CExceptionsEnabledScope(const CExceptionsEnabledScope&) = delete;
-    CExceptionsEnabledScope& operator=(const CExceptionsEnabledScope&) = delete;
-
-private:
-    bool before;
-};
+/// Failures can be thrown while the result lives, whatever was decided before.
+auto EnableExceptions() {
+    return CScopeExit([before = ExceptionsEnabled.exchange(true)] { ExceptionsEnabled = before; });
+}
 
 /// A value that says neither yes nor no counts as yes.
 void SetLocaleIfWanted() {
@@ -46,18 +41,15 @@ void SetLocaleIfWanted() {
 }
 
 void SetApplicationFolders() {
-    try {
-        CNativeFileSystem::SetApplicationFolders(u"Ostrel\\" + GetProgramTitle());
-    } catch (CException* exception) {
+    if (!RunSilently([] { CNativeFileSystem::SetApplicationFolders(u"Ostrel\\" + GetProgramTitle()); })) {
         ReleaseTrace(u"Tessarix: Exception during application data path initialization. Using current module dir as "
                      u"application data path.\n");
-        delete exception;
         CNativeFileSystem::StoreApplicationFolders(GetModuleDirectory());
     }
 }
 
 void StoreRegistryPath(CUnicodeString& target, const char16_t* path) {
-    const CUnicodeString stored = path ? CUnicodeString(path) : u"Software\\Ostrel\\" + GetProgramTitle();
+    const CUnicodeString stored = path ? CUnicodeString(path) : RegistryRoot + GetProgramTitle();
     const CCriticalSectionLock guard(RegistryPathLock);
     target = stored;
 }
@@ -82,14 +74,14 @@ void Start(const char16_t* userRegistryPath, const char16_t* machineRegistryPath
     ResourceBase.Initialize();
     WriteMessageLogLine(u"Tessarix: Resource base initialized.");
     SetTemporaryFolderIfGiven();
-    foundationState = FS_Initialised;
+    FoundationState = FS_Initialised;
     if (!InitializeModules()) {
-        foundationState = FS_Failed;
+        FoundationState = FS_Failed;
     }
     WriteMessageLogLine(u"Tessarix: All modules initialized.");
 }
 
-/// The lists that developers ask for. A file that can't be written is no reason to disturb anybody.
+/// The lists that developers ask for. One that can't be written is dropped without a report.
 void SaveMessageLists() {
     try {
         if (HasDebugFlag(DebugSaveAllMessages)) {
@@ -123,14 +115,14 @@ void EndTemporaryFiles() {
 void Stop() {
     WriteMessageLogLine(u"Tessarix: Deinitializing...");
     {
-        const CExceptionsEnabledScope scope;
-        ShowFailure(&SaveMessageLists);
-        ShowFailure(&EndModules);
-        ShowFailure(&EndTemporaryFiles);
-        ShowFailure(&FileSystem::ShutdownFileSystems);
+        const auto scope = EnableExceptions();
+        RunAndShowFailure(&SaveMessageLists);
+        RunAndShowFailure(&EndModules);
+        RunAndShowFailure(&EndTemporaryFiles);
+        RunAndShowFailure(&FileSystem::ShutdownFileSystems);
     }
     RestoreRuntimeHooks();
-    foundationState = FS_Stopped;
+    FoundationState = FS_Stopped;
     ResourceBase.Deinitialize();
     WriteMessageLogLine(u"Tessarix: Resource base deinitialized.");
     WriteMessageLogLine(u"Tessarix: Deinitialization complete.");
@@ -140,29 +132,29 @@ void Stop() {
 } // namespace
 
 TFoundationState GetFoundationState() {
-    return foundationState;
+    return FoundationState;
 }
 
 bool InitializeFoundation(const char16_t* userRegistryPath, const char16_t* machineRegistryPath) {
     const CCriticalSectionLock guard(FoundationLock);
-    if (initCount++ != 0) {
-        return foundationState == FS_Initialised && InitializeModules();
+    if (InitCount++ != 0) {
+        return FoundationState == FS_Initialised && InitializeModules();
     }
-    TSX_ASSERT(foundationState == FS_NeverStarted || foundationState == FS_Stopped, ModuleName);
-    foundationState = FS_Starting;
+    TSX_ASSERT(FoundationState == FS_NeverStarted || FoundationState == FS_Stopped, ModuleName);
+    FoundationState = FS_Starting;
     std::srand(Platform::GetCurrentProcessId());
     InstallRuntimeHooks();
-    const CExceptionsEnabledScope scope;
-    if (!ShowFailure([&] { Start(userRegistryPath, machineRegistryPath); })) {
+    const auto scope = EnableExceptions();
+    if (!RunAndShowFailure([&] { Start(userRegistryPath, machineRegistryPath); })) {
         ReleaseTrace(u"Exception during Tessarix Initialization\n");
-        foundationState = FS_Failed;
+        FoundationState = FS_Failed;
     }
-    return foundationState == FS_Initialised;
+    return FoundationState == FS_Initialised;
 }
 
 void DeinitializeFoundation() {
     const CCriticalSectionLock guard(FoundationLock);
-    if (foundationState == FS_Initialised && --initCount < 1) {
+    if (FoundationState == FS_Initialised && --InitCount < 1) {
         Stop();
     }
 }

@@ -1,4 +1,4 @@
-// The texts of internal errors that work before any catalogue does.
+// The texts of internal errors that work before any catalogue does, for the sources of errors.h.
 #pragma once
 
 #include "foundation/inc/assertion.h"

@@ -1,5 +1,6 @@
 // The languages of the resource base: which there are, which one is chosen, and the modules of those in use.
 #include "foundation/inc/assertion.h"
+#include "foundation/inc/debugflags.h"
 #include "foundation/inc/debugtrace.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/messagenames.h"
@@ -17,8 +18,15 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\languages";
 
-CUnicodeString NumberText(std::uint32_t language) {
-    return CUnicodeString::Format(u"%u", language);
+// What the first prefix that knows it calls a language; its number where none does.
+CUnicodeString NameOfLanguage(const CResourcePrefixes& prefixes, std::int32_t number) {
+    for (const CResourcePrefix* prefix : prefixes) {
+        CUnicodeString name = prefix->names.Get(static_cast<std::uint32_t>(number));
+        if (!name.IsEmpty()) {
+            return name;
+        }
+    }
+    return CUnicodeString::FromInt(number);
 }
 
 struct CHasLibrary {
@@ -38,6 +46,57 @@ void CLanguageModules::Destroy(CLanguageModules* list) {
     FreeRecord(list);
 }
 
+CResourceBase::~CResourceBase() {
+    DestroyLanguageModules();
+}
+
+void CResourceBase::AddPrefix(const CUnicodeString& directory, const CUnicodeString& prefix) {
+    CRecordHolder<CResourcePrefix> added = MakeRecord<CResourcePrefix>();
+    added->directory = directory;
+    added->prefix = prefix;
+    bool isInTime = false;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        isInTime = !initialized;
+        if (isInTime) {
+            AppendRecord(prefixes, added);
+        }
+    }
+    TSX_ASSERT(isInTime, ModuleName);
+}
+
+void CResourceBase::Initialize() {
+    CUnicodeString missing;
+    bool hasLanguages = false;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        CollectLanguages();
+        if (HasDebugFlag(DebugCheckAllResourceModulesExistance)) {
+            missing = DescribeMissingLibraries();
+        }
+        hasLanguages = !languages.IsEmpty();
+        initialized = true;
+    }
+    if (!missing.IsEmpty()) {
+        DisplayMessage(missing, ResourceFailureStyle);
+    }
+    if (hasLanguages) {
+        SetCurrentLanguage(GetDefaultLanguage());
+    }
+}
+
+void CResourceBase::Deinitialize() {
+    const CCriticalSectionLock guard(mainLock);
+    ReleaseThreadLanguage();
+    DestroyLanguageModules();
+    keptLists.DeleteAll();
+    for (CResourcePrefix* prefix : prefixes) {
+        prefix->scanned = false;
+    }
+    currentLanguage = NoLanguage;
+    initialized = false;
+}
+
 void CResourceBase::CollectLanguages() {
     for (CResourcePrefix* prefix : prefixes) {
         if (!prefix->scanned) {
@@ -51,11 +110,7 @@ void CResourceBase::CollectLanguages() {
             continue;
         }
         const auto language = static_cast<std::uint32_t>(number);
-        CLanguageInfo info{language, {}};
-        for (const CResourcePrefix* prefix : prefixes) {
-            info.name = info.name.IsEmpty() ? prefix->names.Get(language) : info.name;
-        }
-        info.name = info.name.IsEmpty() ? NumberText(language) : info.name;
+        CLanguageInfo info{language, NameOfLanguage(prefixes, number)};
         languageIndex.Set(language, languages.Size());
         languages.Append(std::move(info));
     }
@@ -99,7 +154,7 @@ std::uint32_t CResourceBase::FindLanguage(std::uint32_t language) {
 CUnicodeString CResourceBase::GetLanguageName(std::uint32_t language) {
     const CCriticalSectionLock guard(mainLock);
     const std::int32_t* index = languageIndex.Find(language);
-    return index && !languages[*index].name.IsEmpty() ? languages[*index].name : NumberText(language);
+    return index ? languages[*index].name : CUnicodeString::Format(u"%u", language);
 }
 
 bool CResourceBase::IsLanguageSupported(std::uint32_t language) {
@@ -175,11 +230,6 @@ void CResourceBase::SwitchLanguage(std::uint32_t language) {
     ShowLoadFailures(failed);
 }
 
-std::uint32_t CResourceBase::LanguageOfThread() const {
-    const CThreadLanguage* own = ThreadLanguage.Find();
-    return own && own->inverted != 0 ? ~own->inverted : currentLanguage;
-}
-
 void CResourceBase::ReleaseThreadLanguage() {
     CThreadLanguage* own = ThreadLanguage.Find();
     const std::uint32_t language = own ? ~std::exchange(own->inverted, 0) : NoLanguage;
@@ -227,7 +277,7 @@ void CResourceBase::ReleaseLanguage(std::uint32_t language) {
 
 void CResourceBase::AddLibraries(CLanguageModules& list, CFileNames& failed) const {
     for (const CResourcePrefix* prefix : prefixes) {
-        CRecordHolder<CResourceModule> library(LoadResourceLibrary(*prefix, list.language));
+        CRecordHolder<CResourceModule> library = LoadResourceLibrary(*prefix, list.language);
         if (!library) {
             failed.Append(prefix->GetFileName(list.language));
         } else if (FindHandle(list.modules, library->handle) < 0) {

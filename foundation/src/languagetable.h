@@ -1,4 +1,4 @@
-// The languages that have a number, and the choice among them.
+// The languages that have a number, and the choice among them, for the resource base.
 #pragma once
 
 #include <bitset>

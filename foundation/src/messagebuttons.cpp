@@ -1,4 +1,4 @@
-// The one table of what a message's style stands for where nobody can be asked.
+// What a message's style stands for in a handler that cannot ask anybody: the default button, and the type of an event.
 #include "foundation/inc/messagehandlers.h"
 #include "platform/inc/eventlog.h"
 #include "platform/inc/messagebox.h"
@@ -8,50 +8,50 @@ namespace Tsx {
 
 namespace {
 
-using namespace Platform;
-
-struct ButtonRow {
-    std::uint32_t style; // of MbTypeMask
+struct CButtonRow {
+    std::uint32_t style; // of Platform::MbTypeMask
     std::uint16_t eventType;
     std::int32_t first;
     std::int32_t second;
     std::int32_t third;
 };
 
-constexpr ButtonRow Buttons[] = {
-    {MbOk, EventLogInformationType, IdOk, IdOk, IdOk},
-    {MbOkCancel, EventLogWarningType, IdOk, IdCancel, IdOk},
-    {MbYesNo, EventLogInformationType, IdYes, IdNo, IdYes},
-    {MbYesNoCancel, EventLogInformationType, IdYes, IdNo, IdCancel},
-    {MbRetryCancel, EventLogErrorType, IdRetry, IdCancel, IdRetry},
-    {MbAbortRetryIgnore, EventLogErrorType, IdAbort, IdRetry, IdIgnore},
+constexpr CButtonRow Buttons[] = {
+    {Platform::MbOk, Platform::EventLogInformationType, Platform::IdOk, Platform::IdOk, Platform::IdOk},
+    {Platform::MbOkCancel, Platform::EventLogWarningType, Platform::IdOk, Platform::IdCancel, Platform::IdOk},
+    {Platform::MbYesNo, Platform::EventLogInformationType, Platform::IdYes, Platform::IdNo, Platform::IdYes},
+    {Platform::MbYesNoCancel, Platform::EventLogInformationType, Platform::IdYes, Platform::IdNo, Platform::IdCancel},
+    {Platform::MbRetryCancel, Platform::EventLogErrorType, Platform::IdRetry, Platform::IdCancel, Platform::IdRetry},
+    {Platform::MbAbortRetryIgnore, Platform::EventLogErrorType, Platform::IdAbort, Platform::IdRetry,
+     Platform::IdIgnore},
 };
 
-// A style of the future.
-constexpr ButtonRow UnknownButtons{MbTypeMask, EventLogInformationType, IdAbort, IdAbort, IdAbort};
+// For a style that is none of the table's.
+constexpr CButtonRow UnknownButtons{Platform::MbTypeMask, Platform::EventLogInformationType, Platform::IdAbort,
+                                    Platform::IdAbort, Platform::IdAbort};
 
-const ButtonRow& ButtonsOf(std::uint32_t style) {
+const CButtonRow& ButtonsOf(std::uint32_t style) {
     const auto* row = std::find_if(std::begin(Buttons), std::end(Buttons),
-                                   [&](const ButtonRow& r) { return r.style == (style & MbTypeMask); });
+                                   [&](const CButtonRow& r) { return r.style == (style & Platform::MbTypeMask); });
     return row == std::end(Buttons) ? UnknownButtons : *row;
 }
 
 } // namespace
 
 std::int32_t GetDefaultButton(std::uint32_t style) {
-    const ButtonRow& row = ButtonsOf(style);
-    return style & MbDefButton2 ? row.second : style & MbDefButton3 ? row.third : row.first;
+    const CButtonRow& row = ButtonsOf(style);
+    return style & Platform::MbDefButton2 ? row.second : style & Platform::MbDefButton3 ? row.third : row.first;
 }
 
 std::uint16_t GetEventType(std::uint32_t style) {
-    switch (style & MbIconMask) {
-    case MbIconHand:
-        return EventLogErrorType;
-    case MbIconExclamation:
-        return EventLogWarningType;
-    case MbIconQuestion:
-    case MbIconInformation:
-        return EventLogInformationType;
+    switch (style & Platform::MbIconMask) {
+    case Platform::MbIconHand:
+        return Platform::EventLogErrorType;
+    case Platform::MbIconExclamation:
+        return Platform::EventLogWarningType;
+    case Platform::MbIconQuestion:
+    case Platform::MbIconInformation:
+        return Platform::EventLogInformationType;
     default:
         return ButtonsOf(style).eventType;
     }

@@ -1,10 +1,10 @@
 #include "foundation/inc/messagehandlers.h"
 
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagelog.h"
 #include "foundation/inc/threadobject.h"
 #include "foundation/inc/versioninfo.h"
-#include "foundation/src/pressedbutton.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/files.h"
 #include <utility>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\messagehandlers";
 
-// Under HandlerLock, which is over threadHandler too.
+// Under handlerLock, which is over threadHandler too.
 CMessageHandler* processHandler = nullptr;
 CMessageHandler* defaultHandler = nullptr; // null until it is chosen
 
@@ -36,13 +36,11 @@ CMessageHandler* HandlerForOutput() {
 // The handler that the program's version record names; null if it names none or cannot be read.
 CMessageHandler* HandlerByName() {
     CUnicodeString wanted;
-    try {
+    RunSilently([&wanted] {
         CVersionInfo version;
         version.Load(FileSystem::GetProgramPath());
         wanted = version.GetString(u"MessageHandler");
-    } catch (CException* exception) {
-        delete exception;
-    }
+    });
     const struct {
         const char16_t* name;
         CMessageHandler* handler;
@@ -69,26 +67,25 @@ CMessageHandler** PlaceOfHandler(bool perThread) {
 } // namespace
 
 CMessageHandler::~CMessageHandler() {
-    const CCriticalSectionLock guard(HandlerLock);
+    const CCriticalSectionLock guard(handlerLock);
     if (defaultHandler == this) {
         defaultHandler = InvalidMessageHandler();
     }
 }
 
 std::int32_t CMessageHandler::ShowMessageWithIcon(Platform::Window owner, const char16_t* text, const char16_t* title,
-                                                  std::uint32_t style, const char16_t* iconName) {
-    static_cast<void>(iconName);
+                                                  std::uint32_t style, const char16_t*) {
     return ShowMessageBox(owner, text, title, style);
 }
 
 void CMessageHandler::ShowException(CException* exception) {
-    const CReentryScope scope(1);
+    const CReentryScope scope(CReentryScope::RS_InternalError);
     exception->ReportToUser();
 }
 
 CMessageHandlerScope::CMessageHandlerScope(CMessageHandler* toInstall, bool forThisThread)
     : handler(toInstall), perThread(forThisThread) {
-    const CCriticalSectionLock guard(HandlerLock);
+    const CCriticalSectionLock guard(handlerLock);
     if (CMessageHandler** place = PlaceOfHandler(perThread)) {
         previous = std::exchange(*place, handler);
         active = true;
@@ -99,23 +96,21 @@ CMessageHandlerScope::~CMessageHandlerScope() {
     if (!active) {
         return;
     }
-    try {
-        const CCriticalSectionLock guard(HandlerLock);
+    RunSilently([this] {
+        const CCriticalSectionLock guard(handlerLock);
         CMessageHandler* const replaced = std::exchange(*PlaceOfHandler(perThread), previous);
         active = false;
         TSX_ASSERT(replaced == handler, ModuleName);
-    } catch (CException* exception) {
-        delete exception;
-    }
+    });
 }
 
 CMessageHandler* GetDefaultMessageHandler() {
-    const CCriticalSectionLock guard(HandlerLock);
+    const CCriticalSectionLock guard(handlerLock);
     if (!DoStaticHandlersStand()) {
         return InvalidMessageHandler();
     }
     if (!defaultHandler) {
-        defaultHandler = HandlerForOutput(); // shows what the reading of the version record may have to say
+        defaultHandler = HandlerForOutput(); // for what the reading of the version record shows
         if (CMessageHandler* named = HandlerByName()) {
             defaultHandler = named;
         }
@@ -124,7 +119,7 @@ CMessageHandler* GetDefaultMessageHandler() {
 }
 
 CMessageHandler* GetCurrentMessageHandler() {
-    const CCriticalSectionLock guard(HandlerLock);
+    const CCriticalSectionLock guard(handlerLock);
     const CThreadHandler* own = threadHandler.Find();
     if (own && own->Handler) {
         return own->Handler;
@@ -135,7 +130,7 @@ CMessageHandler* GetCurrentMessageHandler() {
 std::int32_t DisplayMessage(const char16_t* text, std::uint32_t style) {
     const CRuntimeHeapSwitcher switcher;
     const CUnicodeString title = GetStoredApplicationName();
-    const CCriticalSectionLock guard(HandlerLock);
+    const CCriticalSectionLock guard(handlerLock);
     WriteMessageLogLine(text);
     CMessageHandler* handler = GetCurrentMessageHandler();
     if (handler == InvalidMessageHandler()) {
@@ -148,7 +143,7 @@ std::int32_t DisplayMessage(const char16_t* text, std::uint32_t style) {
 // once as what was shown.
 void DisplayException(CException* exception) {
     const CRuntimeHeapSwitcher switcher;
-    const CCriticalSectionLock guard(HandlerLock);
+    const CCriticalSectionLock guard(handlerLock);
     const CUnicodeString text = exception->GetMessageText();
     if (!dynamic_cast<CUserException*>(exception)) {
         WriteMessageLogLine(text.Text());

@@ -79,7 +79,7 @@ void SaveUndefinedMessagesList(const CUnicodeString& path) {
     try {
         WriteTextFile(path, lines);
     } catch (CFileException* exception) {
-        delete exception; // a list that nobody can write must not disturb anybody
+        delete exception; // a developer's list that can't be written is dropped without a report
     }
 }
 

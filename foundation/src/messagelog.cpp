@@ -1,6 +1,6 @@
 #include "foundation/inc/messagelog.h"
 
-#include "foundation/inc/errors.h"
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/file.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/foundation.h"
@@ -41,13 +41,11 @@ void AppendLine(const CString& line) {
 
 void WriteMessageLogLine(const char16_t* text) {
     const CRuntimeHeapSwitcher switcher;
-    try {
+    RunSilently([text] { // a report of a lost line would itself be logged
         if (IsLogWanted()) {
             AppendLine(ComposeLine(text ? text : u""));
         }
-    } catch (CException* exception) {
-        delete exception; // a report of a lost line would itself be logged
-    }
+    });
 }
 
 } // namespace Tsx

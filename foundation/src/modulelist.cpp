@@ -5,7 +5,8 @@
 #include "foundation/inc/foundation.h"
 #include "foundation/inc/messagelog.h"
 #include "foundation/inc/messagenames.h"
-#include "foundation/src/libraryload.h"
+#include "foundation/inc/scopeexit.h"
+#include "foundation/inc/threadobject.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
@@ -46,9 +47,7 @@ void CountLoad(Platform::Module module) {
     CModuleEntry* entry = std::find_if(ModuleList.begin(), ModuleList.end(),
                                        [module](const CModuleEntry& known) { return known.handle == module; });
     if (entry == ModuleList.end()) {
-        CModuleEntry added;
-        added.handle = module;
-        ModuleList.Append(added);
+        ModuleList.Append({.handle = module});
         entry = ModuleList.end() - 1;
     }
     ++entry->loadCount;
@@ -81,7 +80,7 @@ void CallTermEntries() {
         }
         ModuleList[i].initialized = false;
         if (const CModuleFunction termEntry = ModuleList[i].termEntry) {
-            ShowFailure(termEntry);
+            RunAndShowFailure(termEntry);
         }
     }
 }
@@ -110,24 +109,27 @@ void ForgetUnloadedModules() {
     }
 }
 
-Platform::Module FindAndLoad(const CUnicodeString& name, std::uint32_t& error) {
-    Platform::Module module = nullptr;
+} // namespace
+
+Platform::Module LoadLibraryInThisMode(const char16_t* name) {
+    CThreadErrorMode& mode = *ThreadErrorMode.Get();
+    const bool noExceptions = mode.NoExceptions;
+    const Platform::Module module = Platform::LoadLibraryEx(name, Platform::LoadWithAlteredSearchPath);
+    mode.NoExceptions = noExceptions;
+    return module;
+}
+
+Platform::Module LoadLibrarySearched(const char16_t* name) {
+    std::uint32_t error = 0;
+    const CScopeExit setError([&error] { Platform::SetLastError(error); }); // last: the end of a string may change it
     CUnicodeString path = ResolveLibraryPath(name);
+    Platform::Module module = nullptr;
     if (!path.IsEmpty()) {
         Platform::FoldLibraryPath(path.GetBuffer(path.Length()));
         const CRuntimeHeapSwitcher switcher;
         module = LoadLibraryInThisMode(path.Text());
     }
     error = module ? 0 : Platform::GetLastError();
-    return module;
-}
-
-} // namespace
-
-Platform::Module LoadLibrarySearched(const char16_t* name) {
-    std::uint32_t error = 0;
-    const Platform::Module module = FindAndLoad(name, error);
-    Platform::SetLastError(error); // the strings of the search are gone by now, and cannot change it any more
     return module;
 }
 
@@ -155,17 +157,12 @@ Platform::Module LoadModule(const char16_t* name) {
 
 void AddStaticModule(Platform::Module handle, CModuleFunction initEntry, CModuleFunction termEntry) {
     const CCriticalSectionLock guard(FoundationLock);
-    CModuleEntry entry;
-    entry.handle = handle;
-    entry.initEntry = initEntry;
-    entry.termEntry = termEntry;
-    entry.isStatic = true;
-    ModuleList.Append(entry);
+    ModuleList.Append({.handle = handle, .initEntry = initEntry, .termEntry = termEntry, .isStatic = true});
 }
 
 bool InitializeModules() {
     const CCriticalSectionLock guard(FoundationLock);
-    return ShowFailure(&CallInitEntries);
+    return RunAndShowFailure(&CallInitEntries);
 }
 
 void TerminateModules() {

@@ -1,12 +1,10 @@
+// The static modules of the resource base, and the look-up, which asks the modules of the language first.
 #include "foundation/inc/resourceinfo.h"
 
 #include "foundation/inc/assertion.h"
-#include "foundation/inc/debugflags.h"
-#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/stringsort.h"
 #include "foundation/src/resourcemodules.h"
 #include "foundation/src/statics.h"
-#include "platform/inc/messagebox.h"
 #include "platform/inc/resources.h"
 #include <algorithm>
 
@@ -16,8 +14,7 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\resourceinfo";
 
-// The last module that a condition holds for, so that what came later goes before what was there; null if there is
-// none.
+// The last module that a condition holds for, since a later one overrides those before it; null if there is none.
 template <class TPredicate>
 Platform::Module FindLast(const CResourceModules& modules, TPredicate isWanted) {
     for (std::int32_t i = modules.Size() - 1; i >= 0; --i) {
@@ -34,12 +31,10 @@ CResourceBase& GetResourceBase() {
     return ResourceBase;
 }
 
-CResourceBase::~CResourceBase() {
-    DestroyLanguageModules();
-}
-
 const CResourceModules* CResourceBase::ModulesOfThread() const {
-    CLanguageModules* const* list = languageModules.Find(LanguageOfThread());
+    const CThreadLanguage* own = ThreadLanguage.Find();
+    const std::uint32_t language = own && own->inverted != 0 ? ~own->inverted : currentLanguage;
+    CLanguageModules* const* list = languageModules.Find(language);
     return list ? &(*list)->modules : nullptr;
 }
 
@@ -57,7 +52,8 @@ Platform::Module CResourceBase::FindModule(TPredicate isWanted) {
 }
 
 void CResourceBase::RegisterStaticModule(Platform::Module handle) {
-    CRecordHolder<CResourceModule> module = MakeResourceModule(handle, RM_Static);
+    CRecordHolder<CResourceModule> module = MakeRecord<CResourceModule>();
+    FillModule(*module, handle, RM_Static);
     CRecordHolder<CResourceModule> former;
     const CCriticalSectionLock guard(staticLock);
     const std::int32_t known = FindHandle(staticModules, handle);
@@ -77,61 +73,6 @@ void CResourceBase::UnregisterStaticModule(Platform::Module handle) {
         }
     }
     TSX_ASSERT(module, ModuleName);
-}
-
-void CResourceBase::AddPrefix(const CUnicodeString& directory, const CUnicodeString& prefix) {
-    CRecordHolder<CResourcePrefix> added = MakeRecord<CResourcePrefix>();
-    added->directory = directory;
-    added->prefix = prefix;
-    bool isInTime = false;
-    {
-        const CCriticalSectionLock guard(mainLock);
-        isInTime = !initialized;
-        if (isInTime) {
-            AppendRecord(prefixes, added);
-        }
-    }
-    TSX_ASSERT(isInTime, ModuleName);
-}
-
-void CResourceBase::Initialize() {
-    CUnicodeString missing;
-    bool hasLanguages = false;
-    {
-        const CCriticalSectionLock guard(mainLock);
-        CollectLanguages();
-        if (HasDebugFlag(DebugCheckAllResourceModules)) {
-            missing = DescribeMissingLibraries();
-        }
-        hasLanguages = !languages.IsEmpty();
-        initialized = true;
-    }
-    if (!missing.IsEmpty()) {
-        DisplayMessage(missing, ResourceFailureStyle);
-    }
-    if (hasLanguages) {
-        SetCurrentLanguage(GetDefaultLanguage());
-    }
-}
-
-void CResourceBase::Deinitialize() {
-    {
-        const CCriticalSectionLock guard(mainLock);
-        ReleaseThreadLanguage();
-        DestroyLanguageModules();
-        keptLists.DeleteAll();
-        for (CResourcePrefix* prefix : prefixes) {
-            prefix->scanned = false;
-        }
-        currentLanguage = NoLanguage;
-        initialized = false;
-    }
-    const CCriticalSectionLock guard(staticLock);
-    for (std::int32_t i = staticModules.Size() - 1; i >= 0; --i) {
-        if (staticModules[i]->kind == 0) {
-            staticModules.DeleteAt(i);
-        }
-    }
 }
 
 bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {

@@ -58,22 +58,12 @@ std::int32_t FindHandle(const CResourceModules& modules, Platform::Module handle
     return found != modules.end() ? static_cast<std::int32_t>(found - modules.begin()) : -1;
 }
 
-CRecordHolder<CResourceModule> MakeResourceModule(Platform::Module handle, TResourceModuleKind kind) {
-    CRecordHolder<CResourceModule> module;
-    try {
-        module = MakeRecord<CResourceModule>();
-    } catch (...) {
-        if (kind == RM_Loaded) {
-            Platform::FreeLibrary(handle);
-        }
-        throw;
-    }
-    module->handle = handle;
-    module->kind = kind;
-    TakeExport(module->getResourceId, handle, "GetResourceID");
-    TakeExport(module->numberOfMessages, handle, "NumberOfMessages");
-    TakeExport(module->getMessageName, handle, "GetMessageName");
-    return module;
+void FillModule(CResourceModule& record, Platform::Module handle, TResourceModuleKind kind) {
+    record.handle = handle;
+    record.kind = kind;
+    TakeExport(record.getResourceId, handle, "GetResourceID");
+    TakeExport(record.numberOfMessages, handle, "NumberOfMessages");
+    TakeExport(record.getMessageName, handle, "GetMessageName");
 }
 
 void CResourcePrefix::Destroy(CResourcePrefix* prefix) {
@@ -84,7 +74,7 @@ CUnicodeString CResourcePrefix::GetFileName(std::uint32_t language) const {
     return FileSystem::MergeName(directory, CUnicodeString::Format(u"%s%u", prefix, language), u".dll");
 }
 
-CResourceModule* CResourceBase::LoadResourceLibrary(const CResourcePrefix& prefix, std::uint32_t language) {
+CRecordHolder<CResourceModule> LoadResourceLibrary(const CResourcePrefix& prefix, std::uint32_t language) {
     const CUnicodeString name = prefix.GetFileName(language);
     if (!FileSystem::GetFileSystem(name).CheckFile(name, FA_Exists)) {
         ReleaseTrace(u"Tessarix: Resource DLL %s not found.\n", name);
@@ -94,16 +84,18 @@ CResourceModule* CResourceBase::LoadResourceLibrary(const CResourcePrefix& prefi
         ReleaseTrace(u"Tessarix: Resource DLL candidate %s has invalid version info\n", name);
         return nullptr;
     }
+    CRecordHolder<CResourceModule> library = MakeRecord<CResourceModule>(); // first: it may raise
     const Platform::Module handle = LoadLibrarySearched(name.Text());
     if (!handle) {
         ReleaseTrace(u"Tessarix: Can't load resource DLL %s.\n", name);
         return nullptr;
     }
     ReleaseTrace(u"Tessarix: Resource DLL %s is loaded.\n", name);
-    return MakeResourceModule(handle, RM_Loaded).release();
+    FillModule(*library, handle, RM_Loaded);
+    return library;
 }
 
-void CResourceBase::ScanPrefix(CResourcePrefix& prefix) {
+void ScanPrefix(CResourcePrefix& prefix) {
     prefix.available = {};
     prefix.names.DeleteAll();
     CArray<CUnicodeString> files;
@@ -114,8 +106,7 @@ void CResourceBase::ScanPrefix(CResourcePrefix& prefix) {
             continue;
         }
         const auto language = static_cast<std::uint32_t>(number);
-        const CRecordHolder<CResourceModule> library(LoadResourceLibrary(prefix, language));
-        if (library) {
+        if (const CRecordHolder<CResourceModule> library = LoadResourceLibrary(prefix, language)) {
             CUnicodeString name;
             library->FindText(CURRENT_LANGUAGE_NAME.Name, name);
             prefix.available.Set(number);

@@ -1,4 +1,5 @@
-// Records on the process heap, for the sources of the resource base.
+// Single modules and the libraries of a prefix, as records on the process heap: for the two sources of the resource
+// base.
 #pragma once
 
 #include "foundation/inc/memorymanager.h"
@@ -32,7 +33,7 @@ void AppendRecord(TArray& array, CRecordHolder<TRecord>& record) {
 
 constexpr std::int32_t LibraryNumberCount = 128; // a library has one of the numbers below
 
-/// The style of what is told about resource libraries.
+/// The style of messages about resource libraries.
 constexpr std::uint32_t ResourceFailureStyle = Platform::MbSystemModal | Platform::MbIconHand;
 
 /// The place of a module among others; -1 if it is not one of them.
@@ -46,8 +47,13 @@ auto* TakeAt(TArray& array, std::int32_t index) {
     return element;
 }
 
-/// A record of a module with the functions that it exports. Raises CMemoryException; a module that was to be owned is
-/// freed then.
-CRecordHolder<CResourceModule> MakeResourceModule(Platform::Module handle, TResourceModuleKind kind);
+/// Enters a module and the functions that it exports into a record of zeros.
+void FillModule(CResourceModule& record, Platform::Module handle, TResourceModuleKind kind);
+
+/// A prefix's library for a language; null, with a line in the trace, if there is none that can be used.
+CRecordHolder<CResourceModule> LoadResourceLibrary(const CResourcePrefix& prefix, std::uint32_t language);
+
+/// Finds a prefix's libraries on disk and hears their languages' names. Raises what the search of a directory raises.
+void ScanPrefix(CResourcePrefix& prefix);
 
 } // namespace Tsx

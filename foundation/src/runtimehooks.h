@@ -1,4 +1,5 @@
-// What the C++ run-time calls where a program has gone wrong for good.
+// The hooks that the C++ run-time calls for a failure that nobody handles. Static construction, the start and the stop
+// set them.
 #pragma once
 
 namespace Tsx {

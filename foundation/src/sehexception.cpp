@@ -1,18 +1,18 @@
 #include "foundation/inc/sehexception.h"
 
-#include "foundation/inc/threadobject.h"
+#include "foundation/src/raising.h"
 
 namespace Tsx {
 
 namespace {
 
-struct CodeText {
+struct CCodeText {
     std::uint32_t code;
     const char16_t* text;
 };
 
-// AS DESIGNED: some rows have codes that the filter declines. They put a record into words that was not filtered.
-constexpr CodeText CodeTexts[] = {
+// AS DESIGNED: some rows have codes that the filter declines. They serve whoever asks for a record's text directly.
+constexpr CCodeText CodeTexts[] = {
     {0x80000001,
      u"Guard page exception. A page of memory that marks the end of a data structure, such as a stack or an "
      u"array, has been accessed."},
@@ -48,7 +48,7 @@ CUnicodeString AddressText(const void* address) {
 }
 
 CUnicodeString TextOfCode(std::uint32_t code) {
-    for (const CodeText& row : CodeTexts) {
+    for (const CCodeText& row : CodeTexts) {
         if (row.code == code) {
             return row.text;
         }
@@ -106,28 +106,23 @@ std::int32_t FilterForeignException(const Platform::ExceptionPointers& pointers,
 }
 
 void GenerateSehException(const Platform::ExceptionRecord& record) {
-    const CReentryScope scope(0);
-    auto* exception = new CSehException(record);
-    if (!exception) {
-        GenerateMemoryException();
-    }
-    throw exception;
+    Raise<CSehException>(record);
 }
 
 void CallGuarded(void (*body)(void* context), void* context) {
-    struct Call {
+    struct CCall {
         void (*body)(void*);
         void* context;
         Platform::ExceptionRecord record;
     };
-    Call call{body, context, {}};
+    CCall call{body, context, {}};
     const bool faulted = Platform::GuardedCall(
         [](void* state) {
-            const auto* running = static_cast<Call*>(state);
+            const auto* running = static_cast<CCall*>(state);
             running->body(running->context);
         },
         [](const Platform::ExceptionPointers& pointers, void* state) {
-            return FilterForeignException(pointers, static_cast<Call*>(state)->record);
+            return FilterForeignException(pointers, static_cast<CCall*>(state)->record);
         },
         &call);
     if (faulted) {

@@ -25,12 +25,9 @@
 // 101 is the first priority that programs may use.
 #define TSX_STATIC __attribute__((init_priority(101)))
 
-// TSX_OBJECT(type, name, arguments...) defines one object. A test compiles this file with a mark behind each, which
-// tells when it was passed on the way up and down.
-#ifdef TSX_STATIC_MARKS
-#include "tests/support/staticmark.h"
-#define TSX_MARK(name) TSX_STATIC static const CStaticMark Mark##name(#name);
-#else
+// TSX_OBJECT(type, name, arguments...) defines one object. A test compiles this file with a TSX_MARK of its own, which
+// puts a mark behind each and hears when it is passed on the way up and down.
+#ifndef TSX_MARK
 #define TSX_MARK(name)
 #endif
 #define TSX_OBJECT(type, name, ...)                                                                                    \
@@ -51,14 +48,14 @@ public:
     }
 };
 
-constinit EStringStage stringStage = EStringStage::Before;
+constinit TStringStage stringStage = SS_Before;
 constinit bool staticHandlersStand = false;
 
 /// Stands behind the last object that strings need.
 class CStringStage {
 public:
-    CStringStage() { stringStage = EStringStage::Usable; }
-    ~CStringStage() { stringStage = EStringStage::After; }
+    CStringStage() { stringStage = SS_Usable; }
+    ~CStringStage() { stringStage = SS_After; }
     CStringStage(const CStringStage&) = delete;
     CStringStage& operator=(const CStringStage&) = delete;
 };
@@ -87,7 +84,7 @@ public:
 
 } // namespace
 
-EStringStage GetStringStage() {
+TStringStage GetStringStage() {
     return stringStage;
 }
 
@@ -100,7 +97,7 @@ TSX_OBJECT(CCriticalSection, RegistryLock)
 TSX_OBJECT(CCriticalSection, CharSetLeafLock)
 TSX_OBJECT(CCriticalSection, MessageListLock)
 TSX_OBJECT(CCriticalSection, StopModeLock)
-TSX_OBJECT(CCriticalSection, HandlerLock)
+TSX_OBJECT(CCriticalSection, handlerLock)
 TSX_OBJECT(CCriticalSection, ConsoleHandlerLock)
 TSX_OBJECT(CCriticalSection, EventLogHandlerLock)
 TSX_OBJECT(CCriticalSection, ApplicationNameLock)
@@ -124,7 +121,7 @@ TSX_OBJECT(CRuntimeHeapManager, RuntimeHeapManager)
 TSX_OBJECT(CStringBlockAllocator, StringAllocator)
 TSX_OBJECT(CBlockManager, CharSetLeaves, CUnicodeCharSet::LeafBytes)
 
-// The pool of memory exceptions: from here on exhausted memory can be told, and any failure be put into words.
+// The pool of memory exceptions: from here on exhausted memory can be raised, and any failure be put into words.
 TSX_OBJECT(constinit CMemoryExceptionPool, MemoryExceptionPool)
 TSX_OBJECT(const CUnicodeString, NotEnoughMemoryString, NotEnoughMemoryText)
 TSX_OBJECT(const CUnicodeString, FoundationTitleString, FoundationTitle)
@@ -156,7 +153,7 @@ TSX_OBJECT(CUnicodeString, ApplicationFolder)
 TSX_OBJECT(CUnicodeString, CommonApplicationFolder)
 TSX_OBJECT(CUnicodeString, TemporaryFolder)
 
-// What shows texts, and where texts come from.
+// The message handlers, and the modules that texts come from.
 TSX_OBJECT(CMessageBoxHandler, StaticMessageBoxHandler)
 TSX_OBJECT(CConsoleMessageHandler, StaticConsoleMessageHandler)
 TSX_OBJECT(CEventLogMessageHandler, StaticEventLogMessageHandler)
@@ -182,7 +179,7 @@ TSX_OBJECT(const CUnicodeString, VirtualRootName, u"\\\\Ostrel\\Tessarix\\Virtua
 TSX_OBJECT(static CNativeFileSystem, NativeFileSystemObject)
 TSX_OBJECT(static CVirtualFileSystem, VirtualFileSystemObject)
 
-// The program: the foundation stands now, and knows whom it serves.
+// The program's module, behind all that its messages and its failures need.
 constinit Platform::Module ProgramModule = nullptr;
 TSX_OBJECT(static const CProgramStage, ProgramStage)
 

@@ -21,7 +21,7 @@ namespace Tsx {
 extern CCriticalSection CharSetLeafLock;
 extern CCriticalSection MessageListLock;
 extern CCriticalSection StopModeLock;
-extern CCriticalSection HandlerLock;
+extern CCriticalSection handlerLock;
 extern CCriticalSection ConsoleHandlerLock;
 extern CCriticalSection EventLogHandlerLock;
 extern CCriticalSection ApplicationNameLock;
@@ -29,17 +29,16 @@ extern CCriticalSection FoundationLock;
 extern CCriticalSection RegistryPathLock; // guards the two paths
 
 /// Whether the foundation can make strings: not yet, now, or no more.
-enum class EStringStage { Before, Usable, After };
-EStringStage GetStringStage();
+enum TStringStage { SS_Before, SS_Usable, SS_After };
+TStringStage GetStringStage();
 
-/// Whether the static message handlers are there: not yet, or no more, otherwise.
+/// Whether the static message handlers exist.
 bool DoStaticHandlersStand();
 
 extern CTlsSlot MemoryManagerSlot;
 extern CBlockManager CharSetLeaves;
 
-/// NotEnoughMemoryText and FoundationTitle as strings that are there already: what tells of exhausted memory takes
-/// none.
+/// NotEnoughMemoryText and FoundationTitle as strings made in advance: what tells of exhausted memory takes none.
 extern const CUnicodeString NotEnoughMemoryString;
 extern const CUnicodeString FoundationTitleString;
 
@@ -62,7 +61,7 @@ extern CResourceBase ResourceBase;
 /// FoundationLock. Process heap: the list outlives the threads that add to it.
 using CModuleList = CArray<CModuleEntry, CProcessHeapPolicy>;
 extern CModuleList ModuleList;
-extern CUnicodeString LibrarySearchPath; // folders, separated by `;`. AS DESIGNED: nobody fills it in this program
+extern CUnicodeString LibrarySearchPath; // folders, separated by `;`. AS DESIGNED: empty in this program
 extern Platform::Module ProgramModule;
 
 /// The system's numbers by TSpecialFolder, filled at the first question. SpecialFoldersLock guards filling and clearing

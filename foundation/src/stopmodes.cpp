@@ -1,6 +1,7 @@
 // The stop modes: whether a failure stops in the debugger.
-#include "foundation/inc/errors.h"
+#include "foundation/inc/failurereport.h"
 
+#include "foundation/inc/failureguard.h"
 #include "foundation/inc/settings.h"
 #include "foundation/src/statics.h"
 #include "platform/inc/lasterror.h"
@@ -9,26 +10,24 @@ namespace Tsx {
 
 namespace {
 
-constexpr std::uint32_t NotRead = 0;
-
 struct CStopMode {
     const char16_t* setting;
     std::uint32_t byDefault;
-    std::atomic<std::uint32_t> mode{NotRead};
+    std::atomic<std::uint32_t> mode{SM_NotRead};
     bool reading = false; // under StopModeLock
 };
 
-constinit CStopMode assertStopMode{u"AssertStopMode", StopInDebugger};
-constinit CStopMode errorStopMode{u"ErrorStopMode", StopNever};
+constinit CStopMode assertStopMode{u"AssertStopMode", SM_InDebugger};
+constinit CStopMode errorStopMode{u"ErrorStopMode", SM_Never};
 
 std::uint32_t ReadMode(const CStopMode& stop) {
-    struct Row {
+    struct CRow {
         const char16_t* text;
         std::uint32_t mode;
     };
-    constexpr Row rows[] = {{u"Always", StopAlways}, {u"Never", StopNever}, {u"Debug", StopInDebugger}};
+    constexpr CRow rows[] = {{u"Always", SM_Always}, {u"Never", SM_Never}, {u"Debug", SM_InDebugger}};
     const CUnicodeString value = GetUserSetting(stop.setting, u"");
-    for (const Row& row : rows) {
+    for (const CRow& row : rows) {
         if (value.CompareNoCase(row.text) == 0) {
             return row.mode;
         }
@@ -37,23 +36,19 @@ std::uint32_t ReadMode(const CStopMode& stop) {
 }
 
 std::uint32_t GetMode(CStopMode& stop) {
-    if (const std::uint32_t known = stop.mode; known != NotRead) {
+    if (const std::uint32_t known = stop.mode; known != SM_NotRead) {
         return known;
     }
     // The failure that asks may be a Windows call whose code is still to be looked at.
     const std::uint32_t lastError = Platform::GetLastError();
     const CCriticalSectionLock guard(StopModeLock);
-    if (stop.mode == NotRead && !stop.reading) {
+    if (stop.mode == SM_NotRead && !stop.reading) {
         stop.reading = true; // a failure in the reading itself finds the default and doesn't read again
-        try {
-            stop.mode = ReadMode(stop);
-        } catch (CException* exception) {
-            delete exception; // memory is exhausted; the next failure may have more luck
-        }
+        RunSilently([&stop] { stop.mode = ReadMode(stop); }); // if memory is exhausted, the next failure tries again
         stop.reading = false;
     }
     Platform::SetLastError(lastError);
-    return stop.mode == NotRead ? stop.byDefault : stop.mode.load();
+    return stop.mode == SM_NotRead ? stop.byDefault : stop.mode.load();
 }
 
 } // namespace

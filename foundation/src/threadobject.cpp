@@ -92,7 +92,7 @@ CThreadRecord* CThreadObjectFamily::MakeRecord() {
 
 namespace {
 
-// The end, whatever becomes of the notice: its handler may fail in turn, and come here again.
+// Ends the process, whatever becomes of the notice: its handler may fail in turn, and come here again.
 [[noreturn]] void EndProcess() noexcept {
     static std::atomic<bool> ending{false};
     if (ending.exchange(true)) {
@@ -108,17 +108,17 @@ namespace {
 
 } // namespace
 
-CReentryScope::CReentryScope(std::int32_t kind, EState wanted)
-    : state(wanted == MakeState ? ErrorGuardState.Get() : ErrorGuardState.Find()), kept() {
+CReentryScope::CReentryScope(std::int32_t kind, TRecordUse use)
+    : state(use == RU_Make ? ErrorGuardState.Get() : ErrorGuardState.Find()), kept() {
     if (!state) {
         return;
     }
     kept = *state;
-    if (state->InInternalError && kind == 1) {
+    if (state->InInternalError && kind == RS_InternalError) {
         EndProcess();
     }
-    state->InInternalError = state->InInternalError || kind == 1;
-    state->Raising = state->Raising || kind == 0;
+    state->InInternalError = state->InInternalError || kind == RS_InternalError;
+    state->Raising = state->Raising || kind == RS_Raising;
 }
 
 CReentryScope::~CReentryScope() {

@@ -40,7 +40,7 @@ CUnicodeString CVersionInfo::GetString(const char16_t* name) const {
     if (!Query((table + name).Text(), value, length) || length == 0) {
         return {};
     }
-    // The stored length counts the terminator, and in some records bytes, so that more than there is may be meant.
+    // The stored length counts the terminator, and in some records bytes, so that it may go beyond the record's end.
     const auto* text = static_cast<const char16_t*>(value);
     const auto* end = static_cast<const void*>(Data.end());
     const std::ptrdiff_t room = static_cast<const char16_t*>(end) - text;

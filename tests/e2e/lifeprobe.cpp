@@ -81,7 +81,7 @@ void StartAndStop(TAction action) {
     if (!InitializeFoundation(nullptr, nullptr)) {
         GenerateUserException();
     }
-    const bool done = ShowFailure(action);
+    const bool done = RunAndShowFailure(action);
     DeinitializeFoundation();
     if (!done) {
         GenerateUserException();
@@ -161,6 +161,6 @@ std::int32_t ProgramMain() {
     CPrintingHandler handler;
     const CMessageHandlerScope scope(&handler);
     std::int32_t exitCode = -1;
-    ShowFailure([&exitCode] { exitCode = RunCommand(); });
+    RunAndShowFailure([&exitCode] { exitCode = RunCommand(); });
     return exitCode;
 }

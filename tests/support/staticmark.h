@@ -1,4 +1,5 @@
-// A mark behind a static object: told of when construction passes it on the way up and destruction on the way down.
+// A mark behind a static object: told of when construction passes it on the way up and destruction on the way down. The
+// build includes this before statics.cpp, whose macro it fills.
 #pragma once
 
 void StaticBuilt(const char* name);
@@ -14,3 +15,5 @@ public:
 private:
     const char* name;
 };
+
+#define TSX_MARK(name) TSX_STATIC static const CStaticMark Mark##name(#name);

@@ -1,27 +1,21 @@
 // The strings and the version record of one module, in the form that this layer serves. No part of the layer itself:
 // compiled into each module that has resources, with what the linker on Windows would be given. RESOURCE_MESSAGES names
-// a file of rows MESSAGE(id, name, text), RESOURCE_VERSION one of macros with the values of the record, and
-// RESOURCE_ICON, if defined, is the name of an icon.
+// a file of rows MESSAGE(name, text), whose strings are numbered from RESOURCE_FIRST_MESSAGE on, RESOURCE_VERSION one
+// of macros with the values of the record, and RESOURCE_ICON, if defined, is the name of an icon.
 #include "platform/linux/modules/moduleresources.h"
 #include "platform/linux/modules/versionblock.h"
 #include RESOURCE_VERSION
-#include <algorithm>
 #include <iterator>
 #include <span>
 
 namespace {
 
+constexpr std::uint32_t RowsAbove = __COUNTER__ + 1;
 constexpr Platform::ModuleString Strings[] = {
-#define MESSAGE(id, name, text) {id, u"" text},
+#define MESSAGE(name, text) {RESOURCE_FIRST_MESSAGE + __COUNTER__ - RowsAbove, u"" text},
 #include RESOURCE_MESSAGES
 #undef MESSAGE
 };
-
-static_assert(std::is_sorted(std::begin(Strings), std::end(Strings),
-                             [](const Platform::ModuleString& a, const Platform::ModuleString& b) {
-                                 return a.id < b.id;
-                             }),
-              "the look-up searches by halves");
 
 #ifdef RESOURCE_ICON
 // What the module's script on Windows has an icon for.
@@ -38,12 +32,12 @@ constexpr Platform::VersionString VersionStrings[] = {
     {u"ProductVersion", u"" RESOURCE_PRODUCT_VERSION},
 };
 
-constexpr std::uint32_t Version(std::uint32_t high, std::uint32_t low) {
+constexpr std::uint32_t Joined(std::uint32_t high, std::uint32_t low) {
     return high << 16 | low;
 }
 
-constexpr std::uint32_t VersionMS = Version(RESOURCE_FILE_VERSION_MAJOR, RESOURCE_FILE_VERSION_MINOR);
-constexpr std::uint32_t VersionLS = Version(RESOURCE_FILE_VERSION_PATCH, RESOURCE_FILE_VERSION_BUILD);
+constexpr std::uint32_t VersionMS = Joined(RESOURCE_FILE_VERSION_MAJOR, RESOURCE_FILE_VERSION_MINOR);
+constexpr std::uint32_t VersionLS = Joined(RESOURCE_FILE_VERSION_PATCH, RESOURCE_FILE_VERSION_BUILD);
 
 constexpr Platform::FixedFileInfo Fixed{
     .dwSignature = 0xFEEF04BD,
@@ -61,7 +55,7 @@ constexpr Platform::FixedFileInfo Fixed{
     .dwFileDateLS = 0,
 };
 
-constexpr std::uint32_t Translation = Version(0x0409, 1200); // English (United States), UTF-16
+constexpr std::uint32_t Translation = Joined(0x0409, 1200); // English (United States), UTF-16
 
 alignas(4) __attribute__((section(TESSARIX_VERSION_SECTION), used)) constexpr auto VersionRecord =
     Platform::VersionBlockBuilder<1024>().Build(Fixed, Translation, u"040904b0", VersionStrings);

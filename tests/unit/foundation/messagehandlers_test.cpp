@@ -84,11 +84,11 @@ TEST(MessageHandlers, WhatAHandlerCannotShowGoesToTheLastResort) {
     } handler;
     const CMessageHandlerScope scope(&handler);
     ShownBoxes.clear();
-    EXPECT_FALSE(ShowFailure([] { GenerateCheckException(ERR_BAD_ARCHIVE, u"x", u""); }));
-    EXPECT_FALSE(ShowFailure(&GenerateUserException));
-    EXPECT_FALSE(ShowFailure([] { throw std::bad_alloc(); }));
+    EXPECT_FALSE(RunAndShowFailure([] { GenerateCheckException(ERR_BAD_ARCHIVE, u"x", u""); }));
+    EXPECT_FALSE(RunAndShowFailure(&GenerateUserException));
+    EXPECT_FALSE(RunAndShowFailure([] { throw std::bad_alloc(); }));
     Platform::ArmFault("allocation", 1, 8, Platform::FaultMode::FromThenOn);
-    EXPECT_FALSE(ShowFailure(&GenerateMemoryException));
+    EXPECT_FALSE(RunAndShowFailure(&GenerateMemoryException));
     Platform::DisarmFaults();
     EXPECT_EQ(ShownBoxes, "Tessarix: x is corrupted. 1010\n"
                           "Tessarix: Not enough memory! 1010\nTessarix: Not enough memory! 1010\n");

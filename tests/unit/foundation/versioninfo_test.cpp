@@ -1,5 +1,7 @@
 #include "foundation/inc/versioninfo.h"
 
+#include "foundation/inc/filesystem.h"
+#include "foundation/inc/programidentity.h"
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
 
@@ -17,4 +19,18 @@ TEST(VersionInfo, AFileWithoutARecordHasNothingToTell) {
         EXPECT_EQ(version.GetString(u"InternalName"), u"") << Readable(name);
         EXPECT_FALSE(version.GetFixedInfo(fixed)) << Readable(name);
     }
+}
+
+TEST(ProgramIdentity, IsWhatTheRecordSaysOrTheTitle) {
+    CVersionInfo own;
+    own.Load(FileSystem::GetProgramPath());
+    const CProgramIdentity program = IdentifyProgram(own, u"tool");
+    EXPECT_EQ(program.Name, u"Corvane");
+    EXPECT_EQ(program.RegistryPath, u"Software\\Ostrel\\Corvane\\5.00");
+    EXPECT_TRUE(program.HasLogo);
+    EXPECT_EQ(program.Logo[0] + u'|' + program.Logo[1] + u'|' + program.Logo[2] + u'|' + program.Logo[3],
+              u"Corvane|Corvane mail command|5.0|Copyright (c) Ostrel");
+    const CProgramIdentity bare = IdentifyProgram(CVersionInfo(), u"tool");
+    EXPECT_EQ(bare.RegistryPath, u"Software\\Ostrel\\tool");
+    EXPECT_FALSE(bare.HasLogo);
 }

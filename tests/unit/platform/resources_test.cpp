@@ -16,22 +16,23 @@ using namespace Tsx;
 namespace {
 
 struct Row {
-    std::uint32_t id;
     const char16_t* name;
     const char16_t* text;
 };
 
 constexpr Row Rows[] = {
-#define MESSAGE(id, name, text) {id, u## #name, u"" text},
+#define MESSAGE(name, text) {u## #name, u"" text},
 #include "app/res/messages.inc"
 #undef MESSAGE
 };
 
 constexpr Row German[] = {
-#define MESSAGE(id, name, text) {id, u## #name, u"" text},
+#define MESSAGE(name, text) {u## #name, u"" text},
 #include "languages/german.inc"
 #undef MESSAGE
 };
+
+constexpr std::uint32_t FirstId = 4096; // every module's rows are numbered from here on
 
 template <class TFunction>
 TFunction* Export(const char* name, Platform::Module module = Platform::GetProgramModule()) {
@@ -58,21 +59,20 @@ TEST(Resources, EveryMessageIsFoundByNameAndById) {
     auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID");
     auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName");
     ASSERT_TRUE(getResourceId && getMessageName);
-    EXPECT_EQ(Export<std::int32_t()>("NumberOfMessages")(), 61);
+    EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages")()), std::size(Rows));
     EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion")(), 200U);
     EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
     EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
-    std::uint32_t expectedId = 4096;
+    std::uint32_t id = FirstId;
     for (const Row& row : Rows) {
-        EXPECT_EQ(row.id, expectedId++);
-        EXPECT_EQ(getResourceId(row.name), row.id) << Readable(row.name);
-        EXPECT_EQ(std::u16string_view(getMessageName(static_cast<std::int32_t>(row.id - 4096))), row.name);
+        EXPECT_EQ(getResourceId(row.name), id) << Readable(row.name);
+        EXPECT_EQ(std::u16string_view(getMessageName(static_cast<std::int32_t>(id - FirstId))), row.name);
         CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), row.id));
+        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), id++));
         EXPECT_EQ(text, row.text) << "long ones too";
     }
     CUnicodeString none(u"old");
-    EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), 4157));
+    EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), id));
     EXPECT_TRUE(none.IsEmpty());
 }
 
@@ -98,14 +98,13 @@ TEST(Resources, VersionRecord) {
     EXPECT_FALSE(none.GetFixedInfo(fixed));
 }
 
-TEST(Resources, TranslationsKeepNamesNumbersParametersAndLines) {
+TEST(Resources, TranslationsKeepNamesParametersAndLines) {
     for (const std::span<const Row> translation : Translations) {
         ASSERT_EQ(translation.size(), std::size(Rows));
         for (std::size_t i = 0; i < std::size(Rows); ++i) {
             const std::string name = Readable(translation[0].text) + " " + Readable(Rows[i].name);
             const std::u16string_view english = Rows[i].text;
             const std::u16string_view text = translation[i].text;
-            EXPECT_EQ(translation[i].id, Rows[i].id) << name;
             EXPECT_EQ(Readable(translation[i].name), Readable(Rows[i].name)) << name;
             EXPECT_EQ(ParametersOf(text), ParametersOf(english)) << name;
             EXPECT_EQ(std::ranges::count(text, u'\n'), std::ranges::count(english, u'\n')) << name;
@@ -118,13 +117,14 @@ TEST(Resources, ALibraryServesItsOwn) {
     const CUnicodeString path = GERMAN_LANGUAGE;
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
     ASSERT_TRUE(library);
-    EXPECT_EQ(Export<std::int32_t()>("NumberOfMessages", library)(), 61);
+    EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages", library)()), std::size(German));
     EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion", library)(), 200U);
     EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
+    std::uint32_t id = FirstId;
     for (const Row& row : German) {
-        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), row.id);
+        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), id);
         CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(library, row.id));
+        EXPECT_TRUE(text.LoadString(library, id++));
         EXPECT_EQ(text, row.text);
     }
     EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
@@ -158,14 +158,14 @@ TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {
         }
     }
     char16_t buffer[300] = {};
-    EXPECT_GT(Platform::LoadString(library, 102, buffer, 300), 0);
+    EXPECT_GT(Platform::LoadString(library, FirstId, buffer, 300), 0);
     // Twice loaded, it is there until it has been freed twice.
     EXPECT_EQ(Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath), library);
     EXPECT_TRUE(Platform::FreeLibrary(library));
     EXPECT_GT(Platform::GetModuleFileName(library, buffer, 300), 0U);
     EXPECT_TRUE(Platform::FreeLibrary(library));
     EXPECT_EQ(Platform::GetModuleFileName(library, buffer, 300), 0U);
-    EXPECT_EQ(Platform::LoadString(library, 102, buffer, 300), 0);
+    EXPECT_EQ(Platform::LoadString(library, FirstId, buffer, 300), 0);
     EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
     EXPECT_FALSE(Platform::GetProcAddress(library, "GetResourceID"));
     EXPECT_FALSE(Platform::FreeLibrary(library));
