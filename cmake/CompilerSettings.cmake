@@ -47,9 +47,11 @@ else()
         "PLATFORM_EXPORT=__attribute__((visibility(\"default\")))")
 endif()
 
-# Two builds of one commit are the same bytes, wherever they are made.
-target_compile_options(corvane_settings INTERFACE
-    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+if(CORVANE_SEPARATE_SYMBOLS)
+    # Two builds of one commit are the same bytes, wherever they are made. A debugger is then told where the sources are.
+    target_compile_options(corvane_settings INTERFACE
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+endif()
 
 include(CheckCXXCompilerFlag)
 # protection(FLAG): with a flag that not every processor or compiler knows.

@@ -13,7 +13,7 @@ CFileBytes ReadWholeFile(CBaseFile& file) {
     CFileBytes bytes;
     bytes.buffer.reset(static_cast<std::uint8_t*>(AllocateFromCurrentManager(std::max(size, leastBuffer))));
     if (file.Read(bytes.buffer.get(), size) != size) {
-        GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
+        GenerateFileCauseException(FC_EndOfFile, file.GetFileName());
     }
     bytes.length = static_cast<std::uint32_t>(size);
     return bytes;

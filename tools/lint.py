@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""The lint command: format, layers, headers, lengths, clang-tidy. Prints what it finds and ends with 1 if there is anything.
+"""usage: lint.py [FILE ...]
+
+The lint command: format, layers, headers, lengths, clang-tidy. Prints what it finds and ends with 1 if there is anything.
+With FILE, what takes long (headers by themselves, clang-tidy) is done for these alone.
 
 Reads the compile commands of the build folders linux-asan and windows-release, which `./dev lint` configures first.
 """
@@ -29,7 +32,7 @@ ARROWS = {
     "platform/linux/files": {"platform/inc", "platform/linux", "platform/linux/text"},
     **{f"platform/linux/{room}": {"platform/inc", "platform/linux", "platform/linux/text", "platform/linux/files"}
        for room in ("registry", "modules", "memory", "process", "people")},
-    "mailsystem": {"mapi", "platform/inc", "platform/linux/text", "platform/linux/files"},
+    "mailsystem": {"mapi", "platform/inc", "platform/linux", "platform/linux/text", "platform/linux/files"},
 }
 
 SYSTEM_HEADER = re.compile(r"#\s*include\s*<(windows|win\w*|unistd|fcntl|dlfcn|pthread|dirent|elf|link|poll|syslog|signal|sys/|linux/)")
@@ -141,6 +144,10 @@ def compile_commands(preset):
         return {os.path.relpath(entry["file"], ROOT): entry for entry in json.load(file)}
 
 
+def is_asked_for(name):
+    return len(sys.argv) == 1 or name in {os.path.relpath(path, ROOT) for path in sys.argv[1:]}
+
+
 def header_flags(preset):
     """The flags of a product source: what a header of the same platform is compiled with."""
     entry = compile_commands(preset)["foundation/src/errors.cpp"]
@@ -153,10 +160,10 @@ def header_flags(preset):
 def header_commands():
     """One command a product header: it must compile by itself, and twice."""
     flags = {preset: header_flags(preset) for preset in ("linux-asan", "windows-release")}
-    cflags = subprocess.run(["pkg-config", "--cflags", "gmime-3.0"], capture_output=True, text=True, check=True).stdout
+    cflags = subprocess.run(["pkg-config", "--cflags", "gmime-3.0", "gio-unix-2.0"], capture_output=True, text=True, check=True).stdout
     glib = cflags.replace("-I", "-isystem ").split()
     for name in files(".h"):
-        if not name.startswith(PRODUCT):
+        if not name.startswith(PRODUCT) or not is_asked_for(name):
             continue
         preset = "windows-release" if name.startswith("platform/win32/") else "linux-asan"
         with tempfile.NamedTemporaryFile("w", suffix=".cpp", delete=False) as file:
@@ -169,7 +176,7 @@ def tidy_commands():
     for preset, wanted in (("linux-asan", lambda n: not n.startswith("platform/win32/")),
                            ("windows-release", lambda n: n.startswith("platform/win32/"))):
         for name in sorted(compile_commands(preset)):
-            if name.startswith(PRODUCT) and name.endswith(".cpp") and wanted(name):
+            if name.startswith(PRODUCT) and name.endswith(".cpp") and wanted(name) and is_asked_for(name):
                 yield name, ["clang-tidy", "--quiet", "-p", os.path.join("build", preset), name]
 
 

@@ -21,7 +21,7 @@ void SplitCommandLine(CArray<CUnicodeString>& target, const CUnicodeString& line
 class CCommandLineParser {
 public:
     /// How deep response files may stand in one another, and how many a command line may have in all. The file that
-    /// goes beyond a limit raises CFileException with CauseTooManyOpenFiles and its full name, so that a file that
+    /// goes beyond a limit raises CFileException with FC_TooManyOpenFiles and its full name, so that a file that
     /// names itself ends in an error instead of exhausted memory.
     static constexpr std::int32_t MostNestedResponseFiles = 64;
     static constexpr std::int32_t MostResponseFiles = 4096;

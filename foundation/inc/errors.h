@@ -78,8 +78,6 @@ enum TFileCause : std::uint32_t {
     FC_EndOfFile = 14,
     FC_AlreadyExists = 15
 };
-constexpr TFileCause CauseTooManyOpenFiles = FC_TooManyOpenFiles;
-constexpr TFileCause CauseEndOfFile = FC_EndOfFile;
 
 /// A failed file operation.
 class CFileException : public CException {

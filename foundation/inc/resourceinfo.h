@@ -137,7 +137,7 @@ public:
     /// The module that has the named icon, in the order of LookupMessage; null if none does.
     Platform::Module FindModuleWithIcon(const char16_t* name);
 
-private:
+protected:
     using CFileNames = CArray<CUnicodeString, CProcessHeapPolicy>;
 
     CCriticalSection mainLock;   // guards everything but the static modules
@@ -151,6 +151,9 @@ private:
     CLanguageMap<CLanguageModules*> languageModules{LanguageMapSize}; // owned
     std::int32_t keptListsLimit;
     CPointerArray<CLanguageModules, CDestroyer<CLanguageModules>, CProcessHeapPolicy> keptLists; // oldest first
+
+    // Of the static modules, under staticLock, which they take.
+    void RemoveModulesWithoutKind(); // there are none in normal use
 
     // Of the look-up. The second takes both locks, one after the other.
     const CResourceModules* ModulesOfThread() const; // under mainLock

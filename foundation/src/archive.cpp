@@ -129,13 +129,13 @@ void CArchive::ReadPastBuffer(void* buffer, std::int32_t count) {
     if (left < BufferSize) {
         BufferAvailable = File->Read(Buffer.Data(), BufferSize);
         if (BufferAvailable < left) {
-            GenerateFileCauseException(CauseEndOfFile, Name);
+            GenerateFileCauseException(FC_EndOfFile, Name);
         }
         FilePosition += BufferAvailable;
         TakeBuffered(rest, left);
     } else {
         if (File->Read(rest, left) != left) {
-            GenerateFileCauseException(CauseEndOfFile, Name);
+            GenerateFileCauseException(FC_EndOfFile, Name);
         }
         FilePosition += left;
     }

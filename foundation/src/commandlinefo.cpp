@@ -108,7 +108,7 @@ void CCommandLineParser::AddResponseFile(const CUnicodeString& path) {
     if (openResponseFiles > MostNestedResponseFiles || responseFiles == MostResponseFiles) {
         CUnicodeString fullName = path;
         FileSystem::GetFullName(fullName);
-        GenerateFileCauseException(CauseTooManyOpenFiles, fullName);
+        GenerateFileCauseException(FC_TooManyOpenFiles, fullName);
     }
     ++responseFiles;
     ++openResponseFiles;

@@ -86,15 +86,18 @@ void CResourceBase::Initialize() {
 }
 
 void CResourceBase::Deinitialize() {
-    const CCriticalSectionLock guard(mainLock);
-    ReleaseThreadLanguage();
-    DestroyLanguageModules();
-    keptLists.DeleteAll();
-    for (CResourcePrefix* prefix : prefixes) {
-        prefix->scanned = false;
+    {
+        const CCriticalSectionLock guard(mainLock);
+        ReleaseThreadLanguage();
+        DestroyLanguageModules();
+        keptLists.DeleteAll();
+        for (CResourcePrefix* prefix : prefixes) {
+            prefix->scanned = false;
+        }
+        currentLanguage = NoLanguage;
+        initialized = false;
     }
-    currentLanguage = NoLanguage;
-    initialized = false;
+    RemoveModulesWithoutKind();
 }
 
 void CResourceBase::CollectLanguages() {

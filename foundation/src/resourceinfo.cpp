@@ -75,6 +75,15 @@ void CResourceBase::UnregisterStaticModule(Platform::Module handle) {
     TSX_ASSERT(module, ModuleName);
 }
 
+void CResourceBase::RemoveModulesWithoutKind() {
+    const CCriticalSectionLock guard(staticLock);
+    for (std::int32_t i = staticModules.Size() - 1; i >= 0; --i) {
+        if (staticModules[i]->kind == 0) {
+            staticModules.DeleteAt(i);
+        }
+    }
+}
+
 bool CResourceBase::LookupMessage(const char16_t* name, CUnicodeString& text) {
     return FindModule([name, &text](const CResourceModule& module) { return module.FindText(name, text); }) != nullptr;
 }

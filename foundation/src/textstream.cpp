@@ -27,7 +27,7 @@ std::int32_t ConversionLength(std::uint32_t count) {
 
 void ReadExactly(CBaseFile& file, void* buffer, std::int32_t count) {
     if (file.Read(buffer, count) != count) {
-        GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
+        GenerateFileCauseException(FC_EndOfFile, file.GetFileName());
     }
 }
 

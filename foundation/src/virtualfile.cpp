@@ -174,7 +174,7 @@ void CVirtualFile::LoadFrom(CBaseFile& file) {
         const auto [bytes, wanted] = RequirePiece(offset, length - offset);
         const std::int32_t read = file.Read(bytes, static_cast<std::int32_t>(wanted));
         if (read <= 0) {
-            GenerateFileCauseException(CauseEndOfFile, file.GetFileName());
+            GenerateFileCauseException(FC_EndOfFile, file.GetFileName());
         }
         offset += read;
     }
