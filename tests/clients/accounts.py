@@ -10,9 +10,9 @@ import dataclasses
 class Client:
     packages: str  # Debian's
     entry: str  # the desktop entry that is made the default for mailto
-    window: str  # the composer's title, as a regular expression
-    account: dict  # path below the home: text, in which {imap} is the port of a server on this machine
-    drafts: str  # where the drafts that the client keeps are: a pattern below the home
+    window: str = ""  # the composer's title, as a regular expression; none where the client must not be started
+    account: dict = dataclasses.field(default_factory=dict)  # path below the home: text, in which {imap} is the port of a server on this machine
+    drafts: str = ""  # where the drafts that the client keeps are: a pattern below the home
     save: str = "ctrl+s"  # the key that makes it keep one
     question: tuple = ()  # the title of a question that comes first, and the keys that answer it
     drops: str = ""  # what the client itself takes out of the recipients' names, whoever wrote them
@@ -176,7 +176,7 @@ CLIENTS = {
     "claws": Client(
         packages="claws-mail", entry="claws-mail.desktop", window=" - Compose message",
         account={".claws-mail/accountrc": MH_ACCOUNT, ".claws-mail/folderlist.xml": MH_FOLDERS,
-                 ".claws-mail/clawsrc": "[Common]\nenable_aspell=0\n"},
+                 ".claws-mail/clawsrc": "[Common]\nenable_aspell=0\ncompose_notebook_height=240\n"},
         drafts="Mail/draft/[0-9]*"),
     "sylpheed": Client(
         packages="sylpheed", entry="sylpheed.desktop", window=" - Compose",
@@ -189,4 +189,5 @@ CLIENTS = {
     "neomutt": Client(
         packages="neomutt", entry="neomutt.desktop", window="^terminal$", account={".neomuttrc": MUTT_SETTINGS},
         drafts="postponed", save="P", terminal=True),
+    "balsa": Client(packages="balsa", entry="balsa-mailto-handler.desktop"),
 }

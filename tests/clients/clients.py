@@ -80,11 +80,12 @@ def try_client(name):
         server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         environment = {**environment_of(home), "DISPLAY": ":" + server.stdout.readline().decode().strip()}
-        # Whatever runs inside may chatter on the usual streams; the report comes through one of its own.
+        # Whatever runs inside chatters on the usual streams; the report comes through one of its own.
         report = os.dup(sys.stdout.fileno())
         command = ["dbus-run-session", "--", sys.executable, os.path.abspath(__file__), "--inside", str(report), name]
-        session = subprocess.Popen(command, cwd=home, env=environment, pass_fds=(report,),
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.makedirs(desktop.PICTURES, exist_ok=True)
+        with open(os.path.join(desktop.PICTURES, f"{name}.log"), "wb") as log:
+            session = subprocess.Popen(command, cwd=home, env=environment, pass_fds=(report,), stdout=log, stderr=log)
         os.close(report)
         try:
             return session.wait(CLIENT_LIMIT) == 0
