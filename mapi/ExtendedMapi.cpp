@@ -27,6 +27,11 @@ struct CDelivery {
     CHolder<CMapiMessage> message{};
     CHolder<CMapiAddressList> addressList{};
 
+    ~CDelivery() {
+        ReleaseAfterFailure([this] { addressList.Clear(); });
+        ReleaseAfterFailure([this] { message.Clear(); });
+    }
+
     void Run(TDeliveryEnding ending) {
         const CFaultCleanup cleanup;
         GuardForeignCode([&] { RunGuarded(ending); });
@@ -84,6 +89,15 @@ void CMapiContext::Empty() {
     Store.Clear();
     Session.Clear();
     Library.Clear();
+}
+
+CMapiContext::~CMapiContext() {
+    ReleaseAfterFailure([this] { AddressBook.Clear(); });
+    ReleaseAfterFailure([this] { ReceiveFolder.Clear(); });
+    ReleaseAfterFailure([this] { Outbox.Clear(); });
+    ReleaseAfterFailure([this] { Store.Clear(); });
+    ReleaseAfterFailure([this] { Session.Clear(); });
+    ReleaseAfterFailure([this] { Library.Clear(); });
 }
 
 bool IsExtendedMapiAvailable() {

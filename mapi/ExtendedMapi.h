@@ -10,7 +10,8 @@
 class CMapiContext {
 public:
     CMapiContext() = default;
-    ~CMapiContext() { Empty(); }
+    /// The same as Empty, each step in a guard of its own: what is left to be released then is so after a failure.
+    ~CMapiContext();
     CMapiContext(const CMapiContext&) = delete;
     CMapiContext& operator=(const CMapiContext&) = delete;
 

@@ -23,7 +23,7 @@ CFaultCleanup::~CFaultCleanup() {
     CurrentCleanup.Get()->cleanup = outer;
     while (count > 0) {
         const CNote note = notes[--count];
-        note.release(note.object);
+        ReleaseAfterFailure([&note] { note.release(note.object); });
     }
 }
 

@@ -3,12 +3,21 @@
 // CFaultCleanup, which releases it after a fault.
 #pragma once
 
+#include "foundation/inc/failureguard.h"
+#include "foundation/inc/sehexception.h"
 #include "mapi/MapiResult.h"
 #include <array>
 #include <cstdint>
 #include <utility>
 
 namespace Mapi {
+
+/// Releases something outside the guarded call, in a guard of its own, for a library that has failed once may do so again.
+/// Another fault, and whatever else is raised, is dropped: the first failure is on its way to the user.
+template <class TRelease>
+void ReleaseAfterFailure(TRelease release) noexcept {
+    Tsx::RunSilently([&release] { Tsx::GuardForeignCode(release); });
+}
 
 /// For the frame around a guarded call. While it lives, everything that a CHeld of this thread holds is noted here. Its
 /// end releases what is still noted, the last one first; without a fault that is nothing.

@@ -68,6 +68,11 @@ void CrashIfTold(std::string_view word) {
     }
 }
 
+bool GivesBack(std::string_view call) {
+    return call.ends_with("::Release") || call.starts_with("Free") || call == "MAPIFreeBuffer" ||
+           call == "MAPIUninitialize";
+}
+
 std::string WordOf(std::string_view call) {
     static std::map<std::string, std::uint64_t, std::less<>> calls;
     const std::uint64_t number = ++calls[std::string(call)];
@@ -89,7 +94,16 @@ std::string WordOf(std::string_view call) {
 } // namespace
 
 Action ActionOf(std::string_view call) {
-    const std::string word = WordOf(call);
+    static bool dying = false;
+    if (dying && GivesBack(call)) {
+        CrashWriting();
+    }
+    std::string word = WordOf(call);
+    constexpr std::string_view last = ":dying";
+    if (word.ends_with(last)) {
+        dying = true;
+        word.resize(word.size() - last.size());
+    }
     std::uint32_t code = 0;
     if (word == "nothing") {
         return {false, 0, {}};

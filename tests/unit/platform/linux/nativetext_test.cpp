@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <cwctype>
+#include <filesystem>
 #include <unistd.h>
 #include <vector>
 
@@ -64,7 +65,7 @@ TEST(LetterCase, TurkishLocaleChangesNoNames) {
     setenv("LC_ALL", "tr_TR.UTF-8", 1);
     const bool turkish = made && std::setlocale(LC_ALL, "") && std::towlower(L'I') == L'\u0131';
     SetUserLocale();
-    std::system(("rm -r " + folder).c_str());
+    std::filesystem::remove_all(folder);
     if (!turkish) {
         GTEST_SKIP() << "localedef can't make a Turkish locale here";
     }
