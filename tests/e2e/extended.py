@@ -244,7 +244,7 @@ def sweep(place):
         if turn % 4 == 1 or not place.windows:
             # The second fault and all that follow are borne in silence: the first is told, and the run ends by itself.
             first = re.compile(re.escape(before) + CRASHES["read"] + re.escape(after))
-            yield Case(f"{name} read:dying", WORDS, re.compile("(?s).*\nend: .*"), code=FAILED, output=first, files=FILES,
+            yield Case(f"{name} read:dying", WORDS, re.compile("(?s).*\nend:.*"), code=FAILED, output=first, files=FILES,
                        settings={"CORVANE_MAPI_SCRIPT": f"{name}=read:dying", **NO_LEAK_CHECK})
 
 
