@@ -10,8 +10,9 @@ import dataclasses
 class Client:
     packages: str  # Debian's
     entry: str  # the desktop entry that is made the default for mailto
-    window: str = ""  # the composer's title, as a regular expression; none where the client must not be started
-    account: dict = dataclasses.field(default_factory=dict)  # path below the home: text, in which {imap} is the port of a server on this machine
+    window: str = ""  # the composer's title, a regular expression; none where it must not be started
+    # A path below the home: its text, in which {imap} is the port of a server on this machine.
+    account: dict = dataclasses.field(default_factory=dict)
     drafts: str = ""  # where the drafts that the client keeps are: a pattern below the home
     save: str = "ctrl+s"  # the key that makes it keep one
     question: tuple = ()  # the title of a question that comes first, and the keys that answer it
