@@ -14,7 +14,7 @@ constexpr ClientFamily Families[] = {
     {"sylpheed", {"sylpheed"}, &ComposeWithFiles, true, false, nullptr},
     {"neomutt", {"neomutt"}, nullptr, true, true, "neomutt -H"},
     {"mutt", {"mutt"}, nullptr, true, true, "mutt -H"},
-    {"balsa", {"balsa"}, nullptr, false, true, nullptr}, // crashes when it is started with a message
+    {"balsa", {"balsa"}, nullptr, false, true, nullptr}, // no words for it are known that work
     {"", {""}, &MailtoWords, false, false, nullptr},
 };
 

@@ -12,7 +12,7 @@ struct ClientFamily {
     /// Makes the words; null for a client that opens the draft itself.
     CommandWords (*words)(const Draft&, ClientFiles&);
     bool takesAttachments;
-    bool byHand;           // nothing is started: it needs a terminal, or doesn't survive being started
+    bool byHand;           // nothing is started: it needs a terminal, or cannot be handed a message
     const char* openDraft; // the command line that opens a draft's file by hand; null if there is none
 };
 

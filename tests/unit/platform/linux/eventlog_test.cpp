@@ -32,7 +32,7 @@ extern "C" void openlog(const char* name, int options, int facility) {
 extern "C" void closelog() {
     identity.clear();
 }
-static void Write(int level, const char* format, va_list arguments) {
+__attribute__((format(printf, 2, 0))) static void Write(int level, const char* format, va_list arguments) {
     std::array<char, 512> text{};
     std::vsnprintf(text.data(), text.size(), format, arguments);
     written += identity + " " + std::to_string(level) + " " + text.data() + "\n";
