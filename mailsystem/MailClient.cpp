@@ -88,36 +88,41 @@ void OpenDraft(const DesktopEntry& client, const std::string& draftPath) {
     Start(client.Command({{}, path}));
 }
 
-void OpenWords(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
-               const std::string& draftPath) {
+// `commandOf` makes the whole command of the client's own words.
+template <class TCommand>
+void OpenWords(const ClientFamily& family, const Draft& draft, const std::string& draftPath, TCommand commandOf) {
     ClientFiles files(draftPath);
-    for (const Attachment& attachment : family.takesAttachments ? draft.attachments : std::vector<Attachment>()) {
-        files.Add(attachment);
+    if (family.takesAttachments) {
+        for (const Attachment& attachment : draft.attachments) {
+            files.Add(attachment);
+        }
+    } else if (!draft.attachments.empty()) {
+        std::fputs("The mail client gets the message without attachments: they are in the draft\n", stderr);
     }
-    Start(client.Command({family.words(draft, files), ""}));
+    Start(commandOf(family.words(draft, files)));
     files.Keep();
 }
 
-// A client that nothing is known of is handed what every one should take. The desktop knows better than the entry how,
-// unless the user has named the entry.
+void OpenInClient(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
+                  const std::string& draftPath) {
+    OpenWords(family, draft, draftPath, [&client](const CommandWords& words) { return client.Command({words, ""}); });
+}
+
+// A client that nothing is known of is handed what every one should take; if it is the default, in the way that the
+// desktop has for it.
 void OpenInUnknown(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
                    const std::string& draftPath) {
-    if (!draft.attachments.empty()) {
-        const std::string reader = DesktopEntry::DefaultFor(MessageType);
-        if (OpensDrafts(FamilyOf(reader))) {
-            OpenDraft(Required(reader), draftPath);
-            return;
-        }
-        std::fputs("The mail client gets the message without attachments: they are in the draft\n", stderr);
+    const std::string reader = draft.attachments.empty() ? "" : DesktopEntry::DefaultFor(MessageType);
+    if (OpensDrafts(FamilyOf(reader))) {
+        OpenDraft(Required(reader), draftPath);
+    } else if (!WantedClient().empty()) {
+        OpenInClient(client, family, draft, draftPath);
+    } else {
+        OpenWords(family, draft, draftPath, [](CommandWords words) {
+            words.insert(words.begin(), "xdg-open");
+            return words;
+        });
     }
-    if (!WantedClient().empty()) {
-        OpenWords(client, family, draft, draftPath);
-        return;
-    }
-    ClientFiles none(draftPath);
-    CommandWords command = family.words(draft, none);
-    command.insert(command.begin(), "xdg-open");
-    Start(command);
 }
 
 void Open(const Draft& draft, const std::string& draftPath) {
@@ -131,13 +136,13 @@ void Open(const Draft& draft, const std::string& draftPath) {
     const ClientFamily& family = FamilyOf(client.Id());
     if (family.byHand) {
         family.openDraft ? SayHowToOpen(family.openDraft, draftPath)
-                         : SayNotStarted("it cannot be started with a message", draftPath);
+                         : SayNotStarted((client.Id() + " cannot be handed a message").c_str(), draftPath);
     } else if (OpensDrafts(family)) {
         OpenDraft(client, draftPath);
-    } else if (family.takesAttachments) {
-        OpenWords(client, family, draft, draftPath);
-    } else {
+    } else if (family.words == &MailtoWords) {
         OpenInUnknown(client, family, draft, draftPath);
+    } else {
+        OpenInClient(client, family, draft, draftPath);
     }
 }
 

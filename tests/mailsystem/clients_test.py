@@ -11,6 +11,7 @@ import email.utils
 import os
 import pathlib
 import random
+import re
 import shlex
 import signal
 import sys
@@ -155,13 +156,14 @@ class ClientTest(DraftTest):
         letters = "ab Z09-._~!*'();:@&=+$,/?#[]%\"\\<>|{}^`\u00fc\u20ac\U0001f600\u0301\u200d"
         text = lambda most, extra="", without="": "x" + "".join(
             chance.choice([c for c in letters + extra if c not in without]) for _ in range(chance.randrange(most))) + "x"
+        name = lambda: re.sub(" +", " ", text(20, without="<>[]@"))  # blanks in a row are one to a reader of names
         for family, entry in FAMILIES.items():
             self.entry(entry)
         for _ in range(4):
             for family in FAMILIES:
                 with self.subTest(family, seed=seed):
                     # The option itself parts at "<" and, with the program's own joining, at brackets.
-                    to = [(text(20, without="<>[]@"), "a@example.org"), (text(20, without="<>[]@"), "b@example.org")]
+                    to = [(name(), "a@example.org"), (name(), "b@example.org")]
                     names = [f"{i}{text(20, without='/<>:|*?' + chr(92) + chr(34))}.txt" for i in range(2)]
                     self.check(family, to, text(99), text(999, "\n\n\n'"), names)
 
@@ -239,7 +241,7 @@ class ClientTest(DraftTest):
             ("others may write " + os.path.join(self.data, "applications", foreign), {"mailto": foreign}),
             ("others may write " + os.path.join(self.folder, "open/applications", shared),
              {"mailto": shared, "XDG_DATA_DIRS": os.path.join(self.folder, "open")}),
-            ("it cannot be started with a message", {"mailto": balsa}),
+            (balsa + " cannot be handed a message", {"mailto": balsa}),
             ("the message is too long for its command line", {"mailto": claws, "body": "ü" * 40000}),
         ]:
             with self.subTest(reason):
