@@ -11,7 +11,7 @@ struct ClientFamily {
     const char* marks[2]; // in the id of the desktop entry, in lower case
     /// Makes the words; null for a client that opens the draft itself.
     CommandWords (*words)(const Draft&, ClientFiles&);
-    bool takesAttachments;
+    bool takesAttachments; // if not, xdg-open may get the words, which are then MailtoWords
     bool byHand;           // nothing is started: it needs a terminal, or doesn't survive being started
     const char* openDraft; // the command line that opens a draft's file by hand; null if there is none
 };
