@@ -20,7 +20,7 @@ function(shipped_binary target)
         set(file $<TARGET_FILE:${target}>)
         add_custom_command(TARGET ${target} POST_BUILD
             COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
-            COMMAND ${CMAKE_OBJCOPY} --strip-unneeded --add-gnu-debuglink=${file}.debug ${file}
+            COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${file}.debug ${file}
             VERBATIM)
     endif()
 endfunction()
