@@ -5,11 +5,11 @@ set(CPACK_PACKAGE_VENDOR Ostrel)
 set(CPACK_PACKAGE_CONTACT "Ostrel <corvane@ostrel.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "hand an e-mail from the command line to the mail client")
 set(CPACK_PACKAGE_DESCRIPTION
-    "The message opens in the installed mail client, where it can be changed, sent or
- dropped: nothing is sent by the program itself. Subject, text, attachments and
- recipients come from the command line or from response files.")
+    "The message opens in the installed mail client, where it can be changed, sent
+or dropped: nothing is sent by the program itself. Subject, text, attachments
+and recipients come from the command line or from response files.")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_STRIP_FILES OFF) # they are stripped, and their symbols lie apart
-set(CPACK_PACKAGE_CHECKSUM "")
 
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
