@@ -68,11 +68,12 @@ public:
         if (refusal != 0) {
             return Failed(refusal);
         }
-        if (!Claim(empties)) {
-            return Outcome::Failed;
-        }
+        const bool claimed = Claim(empties);
         if (!NameStillMeansIt()) {
-            return Outcome::ChangedMeanwhile;
+            return Outcome::ChangedMeanwhile; // also where somebody refused who is about to find that out himself
+        }
+        if (!claimed) {
+            return Outcome::Failed;
         }
         if (empties && !Empty()) {
             return Outcome::Failed;
@@ -94,11 +95,12 @@ public:
         if (!Open(flags | O_CREAT | O_EXCL, mode)) {
             return errno == EEXIST ? Outcome::ChangedMeanwhile : FailedToOpen();
         }
-        if (!Claim(false)) {
-            return Outcome::Failed;
-        }
+        const bool claimed = Claim(false);
         if (!NameStillMeansIt()) {
             return Outcome::ChangedMeanwhile;
+        }
+        if (!claimed) {
+            return Outcome::Failed;
         }
         SetAttributes();
         return Outcome::Done;
