@@ -7,7 +7,7 @@ import time
 import types
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
-from places import Native, Wine, execute, windows_path  # noqa: E402  (found through the line above)
+from places import Native, Wine  # noqa: E402  (found through the line above)
 
 WINE_RUN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "wine-run")
 

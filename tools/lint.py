@@ -139,6 +139,13 @@ def check_format():
         yield from (line for line in output.splitlines() if "error:" in line)
 
 
+def check_scripts():
+    """What is no C++: the scripts, and the man page. An import that others take over has a word about it."""
+    for checker, names in ((["shellcheck"], ["dev", ".ci/run", "tools/wine-run", "completions/corvane.bash"]),
+                           (["pyflakes3"], files(".py")), (["mandoc", "-T", "lint"], ["docs/corvane.1"])):
+        yield from run([*checker, *names]).splitlines()
+
+
 def compile_commands(preset):
     with open(os.path.join(ROOT, "build", preset, "compile_commands.json"), encoding="utf-8") as file:
         return {os.path.relpath(entry["file"], ROOT): entry for entry in json.load(file)}
@@ -206,7 +213,7 @@ def check_compiled():
 
 def main():
     found = 0
-    for check in (check_layers, check_fault_hooks, check_rooms, check_lengths, check_format, check_compiled):
+    for check in (check_layers, check_fault_hooks, check_rooms, check_lengths, check_scripts, check_format, check_compiled):
         print(f"== {check.__name__.replace('_', ' ')}", file=sys.stderr)
         for finding in check():
             print(finding)

@@ -19,7 +19,6 @@ import email
 import email.policy
 import glob
 import os
-import re
 import shutil
 import signal
 import subprocess
