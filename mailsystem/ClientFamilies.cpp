@@ -1,5 +1,8 @@
 #include "mailsystem/ClientFamilies.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace MailSystem {
 
 namespace {
@@ -19,12 +22,8 @@ constexpr ClientFamily Families[] = {
 };
 
 bool HasMark(const ClientFamily& family, std::string_view id) {
-    for (const char* mark : family.marks) {
-        if (mark && id.find(mark) != std::string_view::npos) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(std::begin(family.marks), std::end(family.marks),
+                       [id](const char* mark) { return mark && id.find(mark) != std::string_view::npos; });
 }
 
 } // namespace

@@ -89,7 +89,7 @@ void DesktopEntry::RequireTrust() const {
 }
 
 CommandWords DesktopEntry::Values(char code, const Operands& operands) const {
-    GAppInfo* const application = reinterpret_cast<GAppInfo*>(info.get());
+    auto* const application = reinterpret_cast<GAppInfo*>(info.get());
     switch (code) {
     case 'u':
     case 'U':

@@ -12,8 +12,8 @@
 
 namespace Mapi {
 
-/// Releases something outside the guarded call, in a guard of its own, for a library that has failed once may do so again.
-/// Another fault, and whatever else is raised, is dropped: the first failure is on its way to the user.
+/// Releases something outside the guarded call, in a guard of its own, for a library that has failed once may do so
+/// again. Another fault, and whatever else is raised, is dropped: the first failure is on its way to the user.
 template <class TRelease>
 void ReleaseAfterFailure(TRelease release) noexcept {
     Tsx::RunSilently([&release] { Tsx::GuardForeignCode(release); });
