@@ -4,15 +4,13 @@
 #include "mailsystem/MailFailure.h"
 #include "platform/linux/files/transfer.h"
 #include <fcntl.h>
-#include <filesystem>
 #include <sys/stat.h>
 
 namespace MailSystem {
 
 AttachmentSpool::~AttachmentSpool() {
-    std::error_code ignored; // what stays is hidden, and goes with the old copies
     if (!folder.empty()) {
-        std::filesystem::remove_all(folder, ignored);
+        RemoveFolder(folder);
     }
 }
 

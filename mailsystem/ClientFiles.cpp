@@ -5,7 +5,6 @@
 #include "platform/linux/files/transfer.h"
 #include <climits>
 #include <fcntl.h>
-#include <filesystem>
 
 namespace MailSystem {
 
@@ -56,9 +55,8 @@ ClientFiles::ClientFiles(const std::string& draftPath)
     : folder(draftPath.substr(0, draftPath.find_last_of('.')) + ".files") {}
 
 ClientFiles::~ClientFiles() {
-    std::error_code stays;
     if (!kept) {
-        std::filesystem::remove_all(folder, stays);
+        RemoveFolder(folder);
     }
 }
 

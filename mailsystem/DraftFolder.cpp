@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <glib.h>
+#include <new>
 #include <sys/stat.h>
 
 namespace MailSystem {
@@ -118,12 +119,20 @@ std::string MakeHiddenFolder(const std::string& draftFolder) {
     }
 }
 
+void RemoveFolder(const std::string& path) noexcept {
+    try {
+        std::error_code stays;
+        std::filesystem::remove_all(path, stays);
+    } catch (const std::bad_alloc&) {
+        return; // the one failure that an error code has no room for
+    }
+}
+
 void RemoveOldCopies(const std::string& folder) {
     const auto limit = std::filesystem::file_time_type::clock::now() - KeptCopies;
     for (const std::filesystem::directory_entry& entry : std::filesystem::directory_iterator(folder)) {
         if (IsCopy(entry) && entry.last_write_time() < limit) {
-            std::error_code stays;
-            std::filesystem::remove_all(entry.path(), stays);
+            RemoveFolder(entry.path());
         }
     }
 }

@@ -23,6 +23,9 @@ void MakeFolder(const std::string& path);
 /// A new hidden folder among the drafts: for what is gone before the draft is seen. Raises MailFailure.
 std::string MakeHiddenFolder(const std::string& draftFolder);
 
+/// Removes a folder with all that is in it, or as much as can be: what stays goes with the old copies.
+void RemoveFolder(const std::string& path) noexcept;
+
 /// Removes from a folder what is older than thirty days: copies that clients were handed (ClientFiles), and what a
 /// killed process has left. Drafts stay, and so does what cannot be removed. Raises std::filesystem::filesystem_error
 /// when the folder cannot be read.
