@@ -20,7 +20,8 @@ function(shipped_binary target)
         set(file $<TARGET_FILE:${target}>)
         add_custom_command(TARGET ${target} POST_BUILD
             COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
-            COMMAND ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${file}.debug ${file}
+            # The dates as they are: objcopy would write the present time into a PE header, and no two builds were equal.
+            COMMAND ${CMAKE_OBJCOPY} --preserve-dates --strip-all --add-gnu-debuglink=${file}.debug ${file}
             VERBATIM)
     endif()
 endfunction()

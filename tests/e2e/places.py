@@ -204,8 +204,10 @@ class Wine(Place):
         command = [self.options.wine, self.options.launcher, *files]
         overrides = {"WINEDLLOVERRIDES": self.overrides[case.mail]} if case.mail in self.overrides else {}
         result = execute(command, folder, {**self.environment, **environment, **overrides}, case.limit)
-        result.code = None
+        launched, result.code = result.code, None
         if os.path.exists(self.code_file):
             with open(self.code_file, encoding="ascii") as file:
                 result.code = int(file.read())
+        elif not result.late:
+            result.errors += b"the launcher left no exit code and ended with %d itself" % launched
         return result
