@@ -10,6 +10,7 @@ or dropped: nothing is sent by the program itself. Subject, text, attachments
 and recipients come from the command line or from response files.")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_STRIP_FILES OFF) # they are stripped, and their symbols lie apart
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/PackageDates.cmake)
 
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
