@@ -2,21 +2,26 @@
 
 #include "platform/linux/files/paths.h"
 #include "platform/linux/text/nativetext.h"
-#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 namespace Platform {
 
 namespace {
 
-// The system has resolved the link already.
-std::string ReadProgramLink() {
+// The system has resolved the link already. Where /proc is not mounted, the name counts that the program was started
+// by.
+std::string FindProgramFile() {
     std::array<char, PATH_MAX> buffer{};
     const ssize_t length = readlink("/proc/self/exe", buffer.data(), buffer.size());
-    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+    if (length <= 0) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the vector has numbers, and this one is an address
+        return Resolve(reinterpret_cast<const char*>(getauxval(AT_EXECFN)));
+    }
+    return {buffer.data(), static_cast<std::size_t>(length)};
 }
 
 // With its closing separator; empty where a path in Windows syntax means another folder, one whose name ends in a dot
@@ -42,7 +47,7 @@ std::string Resolve(const char* native) {
 
 const std::string& ProgramFile() {
     // Never destroyed: a library may be loaded by a static object's end.
-    static const std::string& file = *new std::string(ReadProgramLink());
+    static const std::string& file = *new std::string(FindProgramFile());
     return file;
 }
 
