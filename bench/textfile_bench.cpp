@@ -110,7 +110,7 @@ void ReadAndConvert(benchmark::State& state) {
 }
 
 void ReadIconv(benchmark::State& state) {
-    auto* const converter = iconv_open("UTF-16LE", state.range(0) == Utf16 ? "UTF-16" : "UTF-8");
+    const iconv_t converter = iconv_open("UTF-16LE", state.range(0) == Utf16 ? "UTF-16" : "UTF-8");
     for (auto _ : state) {
         CBytes content = ReadBytes(CSampleFile::Of(state));
         std::unique_ptr<char16_t[]> text(new char16_t[content.count]);

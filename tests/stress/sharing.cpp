@@ -55,7 +55,7 @@ void Open(const std::u16string& path, Record& record, std::mt19937& random) {
     const std::uint32_t access = ((record.uses & FileShareRead) != 0 ? GenericRead : 0) |
                                  ((record.uses & FileShareWrite) != 0 ? GenericWrite : 0);
     record.asked = Now();
-    auto* const file = CreateFile(path.c_str(), access, record.allows, nullptr, OpenAlways, 0, nullptr);
+    const Handle file = CreateFile(path.c_str(), access, record.allows, nullptr, OpenAlways, 0, nullptr);
     record.error = file == InvalidHandle() ? GetLastError() : 0;
     record.answered = record.closing = record.closed = Now();
     if (file != InvalidHandle()) {
