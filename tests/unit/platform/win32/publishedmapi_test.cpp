@@ -81,6 +81,7 @@ TEST(PublishedMapi, Slots) {
     EACH(SAME_SIMPLE_FIELD, record, __VA_ARGS__)
 #define SAME_VALUE(record, member)                                                                                     \
     static_assert(sizeof(Mapi::record{}.Value.member) == sizeof(Published::record{}.Value.member));
+// NOLINTBEGIN(bugprone-sizeof-expression): of a field that is a pointer, the size of the pointer is what is meant.
 SAME_RECORD(ENTRYID, abFlags, ab);
 SAME_RECORD(SBinary, cb, lpb);
 SAME_RECORD(ENTRYLIST, cValues, lpbin);
@@ -90,6 +91,7 @@ SAME_RECORD(ADRENTRY, ulReserved1, cValues, rgPropVals);
 SAME_RECORD(ADRLIST, cEntries, aEntries);
 SAME_RECORD(SRow, ulAdrEntryPad, cValues, lpProps);
 SAME_RECORD(SRowSet, cRows, aRow);
+// NOLINTEND(bugprone-sizeof-expression)
 SAME_SIMPLE_RECORD(MapiRecipDesc, ulReserved, ulRecipClass, lpszName, lpszAddress, ulEIDSize, lpEntryID);
 SAME_SIMPLE_RECORD(MapiFileDesc, ulReserved, flFlags, nPosition, lpszPathName, lpszFileName, lpFileType);
 SAME_SIMPLE_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived,
