@@ -91,11 +91,11 @@ SAME_RECORD(ADRENTRY, ulReserved1, cValues, rgPropVals);
 SAME_RECORD(ADRLIST, cEntries, aEntries);
 SAME_RECORD(SRow, ulAdrEntryPad, cValues, lpProps);
 SAME_RECORD(SRowSet, cRows, aRow);
-// NOLINTEND(bugprone-sizeof-expression)
 SAME_SIMPLE_RECORD(MapiRecipDesc, ulReserved, ulRecipClass, lpszName, lpszAddress, ulEIDSize, lpEntryID);
 SAME_SIMPLE_RECORD(MapiFileDesc, ulReserved, flFlags, nPosition, lpszPathName, lpszFileName, lpFileType);
 SAME_SIMPLE_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived,
                    lpszConversationID, flFlags, lpOriginator, nRecipCount, lpRecips, nFileCount, lpFiles);
+// NOLINTEND(bugprone-sizeof-expression)
 static_assert(sizeof(Platform::FixedFileInfo) == sizeof(VS_FIXEDFILEINFO));
 EACH(SAME_VALUE, SPropValue, l, ul, b, li, lpszA, lpszW, bin, err);
 
