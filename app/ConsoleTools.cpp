@@ -3,6 +3,7 @@
 #include "foundation/inc/criticalsection.h"
 #include "foundation/inc/errors.h"
 #include "foundation/inc/lineends.h"
+#include "foundation/inc/messagehandlers.h"
 #include "platform/inc/console.h"
 #include "platform/inc/files.h"
 #include <algorithm>
@@ -52,12 +53,6 @@ void DecideMode(COutputState& state, Platform::Handle handle) {
     }
 }
 
-bool WriteToConsole(const COutputState& state, const CUnicodeString& text) {
-    std::uint32_t written = 0;
-    const auto length = static_cast<std::uint32_t>(text.Length());
-    return Platform::WriteConsole(state.OutputHandle, text.Text(), length, written) && written == length;
-}
-
 } // namespace
 
 void ConsoleWrite(const CUnicodeString& text) {
@@ -68,7 +63,7 @@ void ConsoleWrite(const CUnicodeString& text) {
         DecideMode(state, handle);
     }
     if (!state.ByteMode && state.OutputType == Platform::FileTypeChar) {
-        if (WriteToConsole(state, text)) {
+        if (WriteToConsole(handle, text)) {
             return;
         }
     } else if (!state.ByteMode) {

@@ -16,7 +16,7 @@ namespace {
 constexpr const char* UnknownType = "application/octet-stream";
 
 std::string GuessType(const std::string& name, std::span<const unsigned char> head) {
-    // Without bytes the name alone decides: an empty file would else have a type of its own.
+    // For an empty file the name alone decides: there is a media type for empty files, which would win otherwise.
     const GlibText type(g_content_type_guess(name.c_str(), head.empty() ? nullptr : head.data(), head.size(), nullptr));
     const GlibText mime(type ? g_content_type_get_mime_type(type.get()) : nullptr);
     const std::string_view found = mime ? mime.get() : UnknownType;
@@ -25,8 +25,8 @@ std::string GuessType(const std::string& name, std::span<const unsigned char> he
     return std::string(changeable || found.find('/') == std::string_view::npos ? UnknownType : found);
 }
 
-// A file's own name tells what it is, whatever name the reader sees. One without an extension, as a file of ours has
-// whose bytes came by themselves, tells nothing.
+// The extension that tells the type is that of the file itself; the shown name may have any. Without one, as in the
+// files of AttachmentSpool, it is that of the shown name.
 std::string TypeName(const Attachment& attachment) {
     const std::string own = LastComponent(attachment.path);
     return own.find('.') == std::string::npos ? attachment.ShownName() : own;

@@ -46,7 +46,7 @@ std::string AttachmentSpool::KeepIfWithoutLength(const std::string& path) {
     if (stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
         return path;
     }
-    // With waiting for somebody who writes, as every program here waits for him.
+    // Waits for a writer to open the pipe too, as other programs do that are given one.
     const Platform::Descriptor source(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
     return NewFile([&](int file) {
         if (!source || !Platform::CopyContent(source.Get(), file, Platform::LargestWithoutLength)) {

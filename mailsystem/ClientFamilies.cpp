@@ -7,7 +7,7 @@ namespace MailSystem {
 
 namespace {
 
-// The first mark that an id has decides. Each client's words were tried with the client itself (./dev clients).
+// The first row with a mark that the id contains counts. Every row was tried with the real mail client (./dev clients).
 constexpr ClientFamily Families[] = {
     {"thunderbird", {"thunderbird", "betterbird"}, nullptr, true, false, "thunderbird"},
     {"evolution", {"evolution"}, &MailtoWithAttachments, true, false, nullptr},
@@ -17,7 +17,7 @@ constexpr ClientFamily Families[] = {
     {"sylpheed", {"sylpheed"}, &ComposeWithFiles, true, false, nullptr},
     {"neomutt", {"neomutt"}, nullptr, true, true, "neomutt -H"},
     {"mutt", {"mutt"}, nullptr, true, true, "mutt -H"},
-    {"balsa", {"balsa"}, nullptr, false, true, nullptr}, // no words for it are known that work
+    {"balsa", {"balsa"}, nullptr, false, true, nullptr}, // no command line is known that works
     {"", {""}, &MailtoWords, false, false, nullptr},
 };
 

@@ -1,4 +1,4 @@
-// The way of a draft, whichever side it came from: to its place on the disk, and before the user's eyes.
+// Saving a draft and opening it in the user's mail client, for the Simple and the Extended side.
 #pragma once
 
 #include "mailsystem/Draft.h"

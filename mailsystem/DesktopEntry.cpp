@@ -9,7 +9,7 @@ namespace MailSystem {
 
 namespace {
 
-// Whatever its name says of it: a folder or file of another user, or one that any user may write.
+// A folder or file that another user owns (the superuser excepted) or that any user may write.
 bool IsForeign(const std::filesystem::path& path) {
     struct stat status {};
     return stat(path.c_str(), &status) != 0 || (status.st_uid != 0 && status.st_uid != geteuid()) ||

@@ -1,6 +1,7 @@
 #include "mailsystem/Draft.h"
 
 #include "mailsystem/HeaderText.h"
+#include "mapi/SimpleMapi.h"
 #include <algorithm>
 #include <string_view>
 
@@ -9,8 +10,6 @@ namespace MailSystem {
 namespace {
 
 constexpr const char* Charset = "utf-8";
-constexpr std::uint32_t RecipientClassCc = 2;  // MAPI_CC
-constexpr std::uint32_t RecipientClassBcc = 3; // MAPI_BCC
 
 using FormatOptions = std::unique_ptr<GMimeFormatOptions, Releaser<&g_mime_format_options_free>>;
 using DateTime = std::unique_ptr<GDateTime, Releaser<&g_date_time_unref>>;
@@ -124,9 +123,9 @@ std::string WithoutKind(std::string address) {
 
 std::vector<Mailbox>& Draft::ListFor(std::uint32_t recipientClass) {
     switch (recipientClass) {
-    case RecipientClassCc:
+    case Mapi::RecipientClassCc:
         return cc;
-    case RecipientClassBcc:
+    case Mapi::RecipientClassBcc:
         return bcc;
     default:
         return to;

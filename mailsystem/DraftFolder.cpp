@@ -76,7 +76,8 @@ bool RenameToNew(const std::string& from, const std::string& to) {
     if (errno != EINVAL && errno != ENOSYS) {
         return false;
     }
-    // Some network file systems know the plain rename alone. Names are different enough for a look beforehand.
+    // Some network file systems have the plain rename alone, which would replace a file. The look beforehand is enough:
+    // a name holds the time, the process and a number.
     if (access(to.c_str(), F_OK) == 0) {
         errno = EEXIST;
         return false;
@@ -84,8 +85,8 @@ bool RenameToNew(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-// A name lasts through a power failure only when its folder is on the disk too. Where that fails the draft is there
-// without it.
+// A name survives a power failure only when its folder is on the disk too. A failure is ignored: the draft itself is
+// there.
 void FlushFolder(const std::string& folder) {
     const Platform::Descriptor listing(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (listing) {
@@ -124,7 +125,7 @@ void RemoveFolder(const std::string& path) noexcept {
         std::error_code stays;
         std::filesystem::remove_all(path, stays);
     } catch (const std::bad_alloc&) {
-        return; // the one failure that an error code has no room for
+        return; // remove_all raises this one whatever form it is called in
     }
 }
 

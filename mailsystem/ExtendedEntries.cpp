@@ -13,7 +13,7 @@ PLATFORM_EXPORT std::int32_t MAPIInitialize(void*) {
 
 PLATFORM_EXPORT void MAPIUninitialize() {}
 
-/// There is one user and one profile: no one is asked who he is.
+/// There is one user and one profile: name, password and flags are not read.
 PLATFORM_EXPORT std::int32_t MAPILogonEx(WindowParameter, TextPointer, TextPointer, std::uint32_t,
                                          IMAPISession** session) {
     return HandOut<Session>(session);
@@ -31,7 +31,7 @@ PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* buffer) {
     return 0;
 }
 
-/// Without restriction and order, which the program has no use for.
+/// A restriction and an order are refused: the program uses neither.
 PLATFORM_EXPORT std::int32_t HrQueryAllRows(IMAPITable* table, SPropTagArray* tags, SRestriction* restriction,
                                             SSortOrderSet* order, std::int32_t most, SRowSet** rows) {
     *rows = nullptr;

@@ -45,7 +45,7 @@ std::int32_t FailureResult(const std::exception& failure) {
         latest = Reference<FailureInfo>::Adopt(
             new FailureInfo(u"Draft not saved: " + Platform::Utf16Text(ReasonOf(failure))));
     } catch (const std::bad_alloc&) {
-        // The result alone goes out, and not the text of another failure.
+        // The caller gets the result without a text; that of an earlier failure is gone.
     }
     return CodeOf(failure).extended;
 }

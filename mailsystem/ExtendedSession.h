@@ -6,7 +6,7 @@
 
 namespace MailSystem {
 
-/// Takes every name as it is: the user's client has the addresses.
+/// Resolves every name to itself: address books belong to the mail client, which gets the name as it is.
 class AddressBook final : public Counted<Mapi::Slots::AddressBookSlots<NoSupport>> {
 public:
     std::int32_t ResolveName(Mapi::WindowParameter window, std::uint32_t flags, Mapi::TextPointer title,

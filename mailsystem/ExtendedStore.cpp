@@ -15,7 +15,7 @@ constexpr std::uint32_t ResourceTypeProvider = 33; // MAPI_STORE_PROVIDER
 
 } // namespace
 
-// Four bytes of flags, none of them set, and one that tells the entry.
+// The form of an entry identifier: four bytes of flags, none of them set, and here one byte for the entry.
 std::string EntryBytes(EEntry entry) {
     return std::string(4, '\0') + static_cast<char>(entry);
 }

@@ -73,7 +73,7 @@ void Start(const CommandWords& command) {
     StartDetached(command);
 }
 
-// A client in a snap sees no hidden folder of the user, and has one of its own.
+// A client in a snap cannot read hidden folders in the user's home, such as that of the drafts, but one of its own.
 std::string SnapFolder() {
     return std::string(g_get_home_dir()) + "/snap/thunderbird/common/corvane";
 }
@@ -88,7 +88,7 @@ void OpenDraft(const DesktopEntry& client, const std::string& draftPath) {
     Start(client.Command({{}, path}));
 }
 
-// `commandOf` makes the whole command of the client's own words.
+// Starts the command that `commandOf` makes of the family's words for the draft.
 template <class TCommand>
 void OpenWords(const ClientFamily& family, const Draft& draft, const std::string& draftPath, TCommand commandOf) {
     ClientFiles files(draftPath);
@@ -108,8 +108,8 @@ void OpenInClient(const DesktopEntry& client, const ClientFamily& family, const 
     OpenWords(family, draft, draftPath, [&client](const CommandWords& words) { return client.Command({words, ""}); });
 }
 
-// A client that nothing is known of is handed what every one should take; if it is the default, in the way that the
-// desktop has for it.
+// An unknown client is handed a mailto: address, through xdg-open if it is the desktop's default. A draft with
+// attachments goes to the default program for message files instead, if that is a client that opens drafts.
 void OpenInUnknown(const DesktopEntry& client, const ClientFamily& family, const Draft& draft,
                    const std::string& draftPath) {
     const std::string reader = draft.attachments.empty() ? "" : DesktopEntry::DefaultFor(MessageType);
@@ -151,7 +151,7 @@ void RemoveAllOldCopies(const std::string& draftPath) {
         try {
             RemoveOldCopies(folder);
         } catch (const std::exception&) {
-            // the folder is missing, or not to be read: there is nothing to do
+            // the folder is missing or cannot be read: the copies stay
         }
     }
 }

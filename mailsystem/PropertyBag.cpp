@@ -14,7 +14,7 @@ constexpr std::uint32_t TypeBoolean = 0x0B; // PT_BOOLEAN
 constexpr std::uint32_t TypeText = 0x1F;    // PT_UNICODE
 constexpr std::uint32_t TypeBytes = 0x102;  // PT_BINARY
 
-// Each value behind the properties begins where a text may.
+// Values begin at even offsets, as UTF-16 text must.
 std::size_t Even(std::size_t size) {
     return (size + 1) / 2 * 2;
 }

@@ -43,7 +43,7 @@ public:
                           Mapi::SPropValue** values) override {
         *values = nullptr;
         if (!tags) {
-            return ResultNoSupport; // all that there are: nobody asks
+            return ResultNoSupport; // it would ask for all properties, which the program never does
         }
         *count = tags->cValues;
         return Guarded([&] { return properties.Get(*tags, values); });

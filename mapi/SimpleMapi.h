@@ -42,6 +42,8 @@ namespace Mapi {
 
 constexpr std::uint32_t RecipientClassOriginator = 0; // MAPI_ORIG
 constexpr std::uint32_t RecipientClassTo = 1;         // MAPI_TO
+constexpr std::uint32_t RecipientClassCc = 2;         // MAPI_CC
+constexpr std::uint32_t RecipientClassBcc = 3;        // MAPI_BCC
 constexpr std::uint32_t NoPosition = 0xFFFFFFFF;      // MapiFileDesc::nPosition: nowhere in the text
 
 constexpr std::uint32_t FlagLogonUi = 0x1; // MAPI_LOGON_UI

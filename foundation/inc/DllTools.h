@@ -1,4 +1,5 @@
-// One loaded library and its entry points: the base of the Simple MAPI sender.
+// One loaded library and its entry points: the base of the Simple MAPI sender. The file is spelled as its assertion
+// names it.
 #pragma once
 
 #include "foundation/inc/assertion.h"

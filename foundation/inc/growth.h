@@ -1,4 +1,4 @@
-// The growth rule that the foundation's arrays share.
+// How much room a growing array takes next: for array.h, roomybuffer.h and growbuffer.h.
 #pragma once
 
 #include "foundation/inc/errorsfwd.h"

@@ -1,4 +1,5 @@
-// Objects of classes whose `new` gives null when memory is exhausted.
+// Objects of classes whose `new` gives null when memory is exhausted: the file objects and directories of the two file
+// systems, and the exceptions (raising.h, errors.cpp).
 #pragma once
 
 #include "foundation/inc/errorsfwd.h"

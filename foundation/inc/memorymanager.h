@@ -32,7 +32,7 @@ public:
     void Free(void* block) override;
 
 private:
-    CCriticalSection lock; // AS DESIGNED: taken by neither operation, for the system locks its pages itself
+    CCriticalSection lock; // AS DESIGNED: neither Alloc nor Free takes it; the system locks its pages itself
 };
 
 extern CRuntimeHeapManager RuntimeHeapManager;

@@ -38,6 +38,9 @@ public:
                                      std::uint32_t style, const char16_t* iconName) override;
 };
 
+/// Writes a text to a console. False for a handle that is none, and when only a part of the text was taken.
+bool WriteToConsole(Platform::Handle console, const CUnicodeString& text);
+
 /// Writes texts to the standard output as lines, and answers with the default button:
 ///
 ///   a console                                   wide characters

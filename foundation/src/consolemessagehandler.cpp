@@ -17,18 +17,18 @@ bool WriteWhole(Platform::Handle file, const void* bytes, std::int32_t size) {
     return Platform::WriteFile(file, bytes, count, written) && written == count;
 }
 
-bool WriteWholeToConsole(Platform::Handle console, const CUnicodeString& text) {
-    std::uint32_t written = 0;
-    const auto length = static_cast<std::uint32_t>(text.Length());
-    return Platform::WriteConsole(console, text.Text(), length, written) && written == length;
-}
-
 bool WriteNarrow(Platform::Handle file, const CUnicodeString& text) {
     const CString bytes = text.ToNarrow(AnsiCodePage);
     return WriteWhole(file, bytes.Text(), bytes.Length());
 }
 
 } // namespace
+
+bool WriteToConsole(Platform::Handle console, const CUnicodeString& text) {
+    std::uint32_t written = 0;
+    const auto length = static_cast<std::uint32_t>(text.Length());
+    return Platform::WriteConsole(console, text.Text(), length, written) && written == length;
+}
 
 CConsoleMessageHandler::CConsoleMessageHandler(Platform::Handle standardOutput)
     : output(standardOutput),
@@ -69,7 +69,7 @@ std::int32_t CConsoleMessageHandler::ShowMessageBox(Platform::Window, const char
 
 bool CConsoleMessageHandler::WriteLine(const CUnicodeString& line) const {
     if (fileType == Platform::FileTypeChar) {
-        return WriteWholeToConsole(output, line);
+        return WriteToConsole(output, line);
     }
     if (asAnsi) {
         return WriteNarrow(output, line);

@@ -133,7 +133,7 @@ CUnicodeString SubstituteParams(const CUnicodeString& text, const char16_t* cons
         CheckParameters(text, count);
     }
     CUnicodeString result;
-    result.GetBuffer(text.Length()); // for its room: the result is about as long
+    result.GetBuffer(text.Length()); // reserves room once, for the result is about as long; the pointer is not used
     ScanParameters(
         text, [&](std::int32_t start, std::int32_t length) { result.Append(text.Text() + start, length); },
         [&](std::int32_t index) {

@@ -1,4 +1,5 @@
-// The throw that all failures share which no mode of the thread keeps from being thrown.
+// The throw behind every failure that is thrown whatever the thread's error mode says: for errors.cpp and
+// sehexception.cpp.
 #pragma once
 
 #include "foundation/inc/makeobject.h"

@@ -83,8 +83,8 @@ void TakeEnvironment() {
     static_cast<void>(taken);
 }
 
-// Tells a sweep where it ends: the calls and the first that failed, a line for each module that has this
-// layer.
+// A sweep over all calls of a program needs to know how many there are and which one failed first. Each module that
+// this layer is linked into writes a line.
 __attribute__((destructor)) void WriteCallsSeen() {
     const char* path = std::getenv("TESSARIX_FAULT_CALLS");
     std::FILE* file = path ? std::fopen(path, "ae") : nullptr;

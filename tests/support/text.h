@@ -39,7 +39,7 @@ std::unique_ptr<TException> Raised(TAction action) {
     } catch (Tsx::CException* exception) {
         std::unique_ptr<Tsx::CException> owner(exception);
         if (auto* wanted = dynamic_cast<TException*>(exception)) {
-            owner.release();
+            static_cast<void>(owner.release());
             return std::unique_ptr<TException>(wanted);
         }
         ADD_FAILURE() << "raised something else: " << Readable(exception->GetMessageText().View());

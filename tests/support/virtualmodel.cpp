@@ -176,15 +176,15 @@ std::string CVirtualModel::Read(SHandle& handle) {
     const SFile& file = Files[handle.key];
     const auto wanted = static_cast<std::int32_t>(Choose(Choose(10) == 0 ? 150'000 : 300));
     std::vector<char> bytes(static_cast<std::size_t>(wanted) + 1, '\x7F');
-    const std::int64_t count = std::clamp<std::int64_t>(handle.length - handle.position, 0, wanted);
+    const std::int64_t expected = std::clamp<std::int64_t>(handle.length - handle.position, 0, wanted);
     const std::int32_t read = handle.file->Read(bytes.data(), wanted);
-    for (std::int64_t i = 0; i < count && read == count; ++i) {
+    for (std::int64_t i = 0; i < expected && read == expected; ++i) {
         if (bytes[static_cast<std::size_t>(i)] != file.ByteAt(handle.position + i)) {
             return "byte " + std::to_string(handle.position + i) + " of " + handle.key;
         }
     }
-    handle.position += count;
-    return Differ("read", count, read);
+    handle.position += expected;
+    return Differ("read", expected, read);
 }
 
 std::string CVirtualModel::MoveEnds(SHandle& handle) {

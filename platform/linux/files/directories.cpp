@@ -24,7 +24,7 @@ Descriptor OpenMetadataHandle(const Location& location, int flags = 0) {
     return Descriptor(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_CLOEXEC | flags));
 }
 
-// What is no folder is told as such where one is wanted.
+// Where a folder is wanted, a file is ERROR_DIRECTORY rather than what the table has for ENOTDIR.
 bool FailAsFolder() {
     return Fail(errno == ENOTDIR ? ErrorDirectory : WindowsErrorCode(errno));
 }

@@ -24,8 +24,8 @@ timespec NativeTimeOf(std::int64_t fileTime);
 /// set.
 bool ReadFileInfo(int descriptor, const std::string& name, FileAttributeData& data);
 
-/// The same for an entry of a folder. A link is what it leads to, and marked as one, but never read-only: it may always
-/// go itself. A link that leads nowhere is a file of its own.
+/// The same for an entry of a folder. A link has the attributes of its target and is marked as a link, but is never
+/// read-only: it can always be removed. A link without a target is a file of its own.
 bool ReadEntryInfo(int folder, const std::string& name, FileAttributeData& data);
 
 /// The bits that were set by someone, without what follows from the name alone.

@@ -70,7 +70,7 @@ public:
         }
         const bool claimed = Claim(empties);
         if (!NameStillMeansIt()) {
-            return Outcome::ChangedMeanwhile; // also where somebody refused who is about to find that out himself
+            return Outcome::ChangedMeanwhile; // also after a refusal: it was for the file that is gone
         }
         if (!claimed) {
             return Outcome::Failed;
@@ -116,8 +116,8 @@ private:
         return file.descriptor && fstat(file.descriptor.Get(), &status) == 0;
     }
 
-    // A name that went while this handle was not yet in the table has taken the file along. A file that never had one
-    // is found by what stands for its descriptor.
+    // False when the name was removed or exchanged before this handle was in the table. A file without any link passes
+    // when the path is that of a descriptor in /proc.
     bool NameStillMeansIt() {
         if (fstat(file.descriptor.Get(), &status) != 0) {
             return false;
@@ -127,7 +127,7 @@ private:
                                        FileKey(named) == FileKey(status));
     }
 
-    // What the kernel makes up as it is read is a file of no length that has a content all the same.
+    // Files that the kernel generates as they are read, in /proc, have the length 0 and content.
     bool HasLength() const {
         char byte = 0;
         return S_ISDIR(status.st_mode) ||
@@ -174,13 +174,13 @@ private:
         if (request.other && *request.other == FileKey(status)) {
             return ErrorSharingViolation;
         }
-        // What is hidden by its name's dot alone is not guarded: nobody hid it from being written.
+        // The stored attributes alone: one that is hidden only because its name begins with a dot may be overwritten.
         const bool guarded = request.disposition == CreateAlways &&
                              (StoredAttributes(file.descriptor.Get()) & GuardedBits & ~request.attributes) != 0;
         return guarded ? ErrorAccessDenied : 0;
     }
 
-    // Devices and pipes are everyone's.
+    // Devices and pipes have no share modes.
     bool Claim(bool empties) {
         const bool shares = S_ISREG(status.st_mode) || S_ISDIR(status.st_mode);
         return !shares || file.claim.Enter(file.descriptor.Get(), FileKey(status), UseOf(request, empties));
@@ -199,13 +199,13 @@ private:
         return true;
     }
 
-    // A file whose attributes cannot be kept is a file all the same.
+    // Where the file system cannot keep the attributes, the file is made without them.
     void SetAttributes() const {
         static_cast<void>(StoreAttributes(file.descriptor.Get(), location.name,
                                           request.attributes | FileAttributeArchive | NameBit()));
     }
 
-    // The dot's meaning stays with a file that is made without a word on it.
+    // A new file whose name begins with a dot stays hidden when its attributes are stored without that bit.
     std::uint32_t NameBit() const { return location.name.starts_with('.') ? FileAttributeHidden : 0; }
 
     const OpenRequest& request;
@@ -241,7 +241,7 @@ std::unique_ptr<FileObject> OpenFileObject(std::u16string_view path, const OpenR
         if (outcome == Outcome::Failed) {
             return nullptr;
         }
-        SetLastError(ErrorSharingViolation); // if it never ends
+        SetLastError(ErrorSharingViolation); // what is reported if the last attempt fails too
     }
     return nullptr;
 }

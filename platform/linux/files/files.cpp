@@ -48,7 +48,7 @@ bool SeekMetadataHandle(FileObject& file, std::int64_t distance, std::uint32_t m
     return true;
 }
 
-// A stream that is appended to stands at its end, whatever it is that the system tells of the time before a write.
+// In append mode every write goes to the end of the file, and lseek tells another position until the first write.
 bool Appends(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
     return flags >= 0 && (flags & O_APPEND) != 0;
@@ -82,7 +82,7 @@ bool SizeOf(Handle file, std::int64_t& size) {
     return true;
 }
 
-// The low word of a 64-bit result. One that looks like a failure says that it is none.
+// The low word of a 64-bit result. Where it equals the value for a failure, the last error tells that there was none.
 std::uint32_t LowWord(std::int64_t value) {
     const auto low = static_cast<std::uint32_t>(value);
     if (low == InvalidFileSize) {
@@ -98,7 +98,7 @@ std::int64_t JoinWords(std::int32_t low, const std::int32_t* high) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(*high) << 32 | static_cast<std::uint32_t>(low));
 }
 
-// The value that leaves a time alone, and the one that asks to have it left alone from here on, which it is.
+// 0 leaves a time as it is; so does -1, which on Windows keeps later accesses through the handle from changing it too.
 bool IsTimeToSet(const std::int64_t* time) {
     return time && *time != 0 && *time != -1;
 }

@@ -6,9 +6,9 @@
 //
 //   nobody is there                     it may open: of two that come at once at least one sees the other
 //   somebody, who also is in "open"     refused
-//   somebody who is only coming         not decided: he may be refused himself, or be gone in a moment
+//   somebody who is only coming         not decided: that handle may be refused too, or be gone in a moment
 //
-// One who may open locks a byte in "open" too, and keeps both until the descriptor is closed.
+// A handle that may open locks a byte in "open" too, and keeps both until the descriptor is closed.
 //
 // A lock that begins below these areas is another program's and counts for nothing. Where it covers the areas too, it
 // can hide ours: the handles of other processes are then not seen.
@@ -40,8 +40,8 @@ void ConfirmUse(int descriptor, const ShareUse& use);
 /// Waits a moment, longer after more attempts.
 void PauseAfterAttempt(int attempt);
 
-/// Puts a question until it is decided; whether it was agreed to. One who is still only coming after some half a second
-/// is taken for one who stays.
+/// Puts a question until it is decided; whether it was agreed to. A handle that is still only coming after about half
+/// a second counts as open.
 template <class TAsk>
 bool AskUntilDecided(TAsk ask) {
     constexpr int attempts = 200;

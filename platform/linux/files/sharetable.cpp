@@ -35,7 +35,7 @@ bool ShareClaim::Enter(int descriptor, const FileKey& key, const ShareUse& use) 
     if ((use.uses | use.atFirst) == 0) {
         return true;
     }
-    Table added{{key, use}}; // whatever fails for want of memory fails before anyone is told
+    Table added{{key, use}}; // takes the memory now, before other processes are told
     if (!AskUntilDecided([&] { return Ask(descriptor, added); })) {
         return Fail(ErrorSharingViolation);
     }
@@ -91,11 +91,11 @@ Agreement ShareTableLock::AnnounceDeletion(int folder, const char* name) {
         Retry([&] { return openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
     struct stat opened {};
     if (!file && errno == ENOENT) {
-        SetLastError(ErrorFileNotFound); // whoever takes the name next is not to lose it
+        SetLastError(ErrorFileNotFound); // a file that gets the name now must not be deleted
         return Agreement::Refused;
     }
     if (!file || fstat(file.Get(), &opened) != 0) {
-        return Agreement::Agreed; // there is no way to ask
+        return Agreement::Agreed; // a file that cannot be opened has no locks to look at
     }
     const auto isOpened = [&opened](const Deletion& other) {
         return other.key == FileKey(opened);

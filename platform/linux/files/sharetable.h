@@ -33,7 +33,7 @@ public:
     ~ShareClaim();
 
     /// Enters the open file behind `descriptor`; false with ERROR_SHARING_VIOLATION if a handle to it disagrees. A
-    /// handle that uses nothing is in nobody's way afterwards.
+    /// handle that neither reads nor writes conflicts with no later one.
     bool Enter(int descriptor, const FileKey& key, const ShareUse& use);
 
 private:
@@ -50,17 +50,17 @@ private:
     bool entered = false;
 };
 
-/// Keeps handles from coming and going between a question below and what is done on its answer. Not held over anything
-/// that waits longer than another process takes to open a file.
+/// Keeps handles from being opened and closed between one of the questions below and the action that relies on its
+/// answer. Never held over a wait that is longer than another process takes to open a file.
 class ShareTableLock {
 public:
     ShareTableLock();
 
     /// Whether the process has the file open.
     bool IsOpen(const FileKey& key) const;
-    /// Whether all handles of the process allow that the name goes.
+    /// Whether all handles of the process allow the name to be removed.
     bool AllowsDelete(const FileKey& key) const;
-    /// Whether handles of other processes to the regular file of that name allow that the name goes: false with
+    /// Whether handles of other processes to the regular file of that name allow it to be removed: false with
     /// ERROR_SHARING_VIOLATION, or ERROR_FILE_NOT_FOUND if it has gone. While this object lives, none that doesn't is
     /// opened, and no other process of this layer takes the name away.
     bool OthersAllowDelete(int folder, const char* name);

@@ -47,7 +47,7 @@ constexpr const char* Data = "~/.local/share";
 constexpr const char* State = "~/.local/state";
 constexpr const char* SystemFolderMark = "*"; // SystemFolder()
 
-// Each folder's nearest kin, by the names behind CSIDL_.
+// The nearest equivalent of each folder, which is named as its constant CSIDL_... is.
 constexpr Row Rows[] = {
     {0, "XDG_DESKTOP_DIR", "~/Desktop", ""},      // DESKTOP
     {1, nullptr, nullptr, ""},                    // INTERNET

@@ -1,4 +1,4 @@
-// No installer of this system keeps components by the numbers that are asked for.
+// The package managers of this system do not register components by GUID, so that none is ever found.
 #include "platform/inc/installer.h"
 
 #include "platform/inc/lasterror.h"

@@ -96,7 +96,7 @@ std::vector<std::string> LoadedFiles(const std::vector<std::u16string>& names) {
             try {
                 going.Look(info->dlpi_name);
             } catch (...) {
-                going.failure = std::current_exception(); // none may pass the loader's own frame
+                going.failure = std::current_exception(); // must not pass through the loader's frames
             }
             return going.failure ? 1 : 0;
         },
@@ -188,7 +188,7 @@ Module LoadLibraryEx(const char16_t* name, std::uint32_t) {
 }
 
 void FoldLibraryPath(char16_t*) {
-    // Another case may be another file's.
+    // A name in another case may belong to another file.
 }
 
 Module GetModuleHandle(const char16_t* name) {

@@ -23,7 +23,7 @@ const char* FindVariable(std::u16string_view name) {
     return nullptr;
 }
 
-// Percent signs pair from the left, so that one that stands for itself takes the next one's meaning away.
+// Percent signs pair from the left, also where a pair names no variable and is kept as it stands.
 std::u16string Expand(std::u16string_view text) {
     std::u16string expanded;
     while (!text.empty()) {

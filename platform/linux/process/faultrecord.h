@@ -1,4 +1,4 @@
-// A fault as the signal tells it, in the words of Windows.
+// The record that Windows would give for the fault behind a signal.
 //
 //   signal, reason                   code                    parameters
 //   SIGSEGV near the stack pointer   stack overflow          0 read, 1 written, 8 executed; the address
@@ -9,7 +9,7 @@
 //   SIGFPE                           by its reason           none
 //   SIGILL                           illegal instruction     none
 //
-// x86-64 has one trap for a division by zero and for a quotient too large; both are told as the first.
+// x86-64 has one trap for a division by zero and for a quotient too large; both are reported as the first.
 #pragma once
 
 #include "platform/inc/guardedcall.h"

@@ -1,4 +1,4 @@
-// Signals as structured exceptions. The handler describes the fault in the words of Windows, asks the thread's guards
+// Signals as structured exceptions. The handler makes the record that Windows would, asks the thread's guards
 // from the innermost outwards and jumps to the first one that takes it. Faults that none takes go to whoever handled
 // the signal before.
 #include "platform/inc/guardedcall.h"

@@ -16,7 +16,7 @@ enum class FaultAccess { Unknown, Read, Written, Executed };
 /// What a SIGSEGV or SIGBUS was about; Unknown where the processor tells no address.
 FaultAccess AccessOf(const mcontext_t& context);
 
-/// For a thread that turns in a waiting loop.
+/// The processor's hint for the body of a waiting loop.
 void PauseProcessor();
 
 } // namespace Platform

@@ -28,7 +28,8 @@ pthread_mutex_t* Native(CriticalSection& section) {
 /// those run in the order of their first use, and the main thread's before the static objects go.
 struct ThreadLife {
     std::shared_ptr<std::atomic<std::uint32_t>> exitCode = std::make_shared<std::atomic<std::uint32_t>>(StillActive);
-    // The system goes round the keys of a thread that many times; in the last one ThreadSanitizer leaves the thread.
+    // The C library calls the destructors of a thread's keys in at most so many rounds. The last one is left out, for
+    // ThreadSanitizer ends its work for the thread in it.
     int roundsLeft = PTHREAD_DESTRUCTOR_ITERATIONS - 1;
 };
 
@@ -42,7 +43,7 @@ pthread_key_t LifeKey() {
     return key;
 }
 
-// As late as can be, for other keys' destructors may ask for the thread's records as well.
+// Puts itself off to the last round but one, for the destructors of other keys may ask for the thread's records.
 extern "C" void EndThreadLife(void* value) {
     std::unique_ptr<ThreadLife> life(static_cast<ThreadLife*>(value));
     if (--life->roundsLeft > 0 && pthread_setspecific(LifeKey(), value) == 0) {

@@ -62,7 +62,7 @@ public:
         text += lineBreak;
     }
 
-    /// Takes the meaning of the old header away.
+    /// Brings a file under the old header to the new one.
     void Renew() {
         std::vector<RegistryStatement> old;
         RegistryReader reader(text);
@@ -123,7 +123,7 @@ private:
                 place = std::move(statement);
             }
         }
-        // The quotes of the default value's text may be all that keeps a text that is open from going on.
+        // An unclosed text may end at a quote of the default value's old text, and would run on if that were exchanged.
         return hasOpenText && name.empty() ? std::nullopt : place;
     }
 
@@ -155,7 +155,7 @@ std::u16string DecodeRegistryText(std::string_view bytes) {
         return WideName(bytes);
     }
     std::string whole(bytes);
-    whole.resize(whole.size() + whole.size() % sizeof(char16_t)); // a byte too many is not lost either
+    whole.resize(whole.size() + whole.size() % sizeof(char16_t)); // an odd last byte is kept
     return TextOf(whole);
 }
 

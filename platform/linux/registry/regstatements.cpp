@@ -20,7 +20,7 @@ void SkipBlanks(std::u16string_view& rest) {
     rest.remove_prefix(std::min(rest.find_first_not_of(Blanks), rest.size()));
 }
 
-// Nothing of a line is left but perhaps a comment.
+// Whether the rest of a line is empty or a comment.
 bool AtEnd(std::u16string_view rest) {
     SkipBlanks(rest);
     return rest.empty() || rest[0] == u';';

@@ -10,7 +10,7 @@ namespace Platform {
 
 namespace {
 
-// Nothing that ends with its thread: a failure may be put into words later than that.
+// Without a destructor, so that it is valid until the end of the thread: failures are put into words even then.
 struct ModuleError {
     std::uint32_t code;
     std::size_t length;
@@ -18,7 +18,7 @@ struct ModuleError {
 };
 thread_local ModuleError latest{};
 
-// The loader names first what it could not do with: the file itself, or another that this one needs.
+// The loader's message begins with the file that it could not load: the library itself, or one that it depends on.
 std::uint32_t LoaderErrorCode(const std::string& file, std::string_view said) {
     if (access(file.c_str(), R_OK) != 0) {
         return ErrorAccessDenied;

@@ -8,7 +8,7 @@
 
 namespace Platform {
 
-/// Sets the last error for a module that cannot be had. `words` are what there is to say beyond the code's own text.
+/// Sets the last error for a module that cannot be loaded. `words` are the details that the code's own text lacks.
 void SetModuleError(std::uint32_t code, std::string_view words = {});
 
 /// The same from what dlerror has to say of `file`, which goes to the debug trace as well.

@@ -20,12 +20,12 @@ namespace Platform {
 
 namespace {
 
-// What the run-time of Windows skips in front of a number, asked of it character by character.
+// What the run-time of Windows skips in front of a number; found by trying each character.
 constexpr std::u16string_view NumberSpaces =
     u"\t\n\v\f\r \u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A\u2028\u2029\u202F"
     u"\u205F\u3000";
 
-// The digits 0 of the scripts whose ten digits it reads, asked in the same way; the other nine lie behind each.
+// The digit 0 of each script whose digits it reads, found in the same way; 1 to 9 are the nine characters behind it.
 constexpr std::u16string_view ZeroDigits =
     u"0\u0660\u06F0\u0966\u09E6\u0A66\u0AE6\u0B66\u0C66\u0CE6\u0D66\u0E50\u0ED0\u0F20\u1040\u17E0\u1810\uFF10";
 
@@ -87,8 +87,8 @@ std::atomic<bool> FoldsAllLetters = false;
 
 void SetUserLocale() {
     FoldsAllLetters = true;
-    // A category that the system lacks, as after a login from another one, refuses them all. This one has the character
-    // set, by which other libraries go.
+    // One category with a locale that is not installed, as after a login from another machine, makes the whole call
+    // fail. LC_CTYPE is then set alone: other libraries take the character set from it.
     if (!std::setlocale(LC_ALL, "")) {
         std::setlocale(LC_CTYPE, "");
     }

@@ -32,7 +32,7 @@ std::uint8_t* Append(void* place, const std::string& bytes) {
 }
 
 SPropValue ColumnOf(const StoreRow& row, std::uint32_t tag, std::uint8_t* id, std::size_t idSize) {
-    constexpr std::int32_t tempting = static_cast<std::int32_t>(0x80041006); // the flags of the best store among it
+    constexpr auto tempting = static_cast<std::int32_t>(0x80041006); // the flags of the best store among it
     SPropValue property{tag, 0, {}};
     if (tag == TagEntryId && row.hasId) {
         property.Value.bin = {static_cast<std::uint32_t>(idSize), id};

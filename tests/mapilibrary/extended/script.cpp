@@ -30,16 +30,16 @@ bool ReadHex(std::string_view text, std::uint32_t& number) {
 // The sanitizers must leave these to the processor.
 #define RAW __attribute__((no_sanitize("address", "undefined"), noinline))
 
-volatile std::uintptr_t nowhere = 16;
+volatile int* volatile nowhere = reinterpret_cast<volatile int*>(16);
 volatile int one = 1;
 volatile int zero = 0;
 
 RAW void CrashReading() {
-    static_cast<void>(*reinterpret_cast<volatile int*>(nowhere));
+    static_cast<void>(*nowhere);
 }
 
 RAW void CrashWriting() {
-    *reinterpret_cast<volatile int*>(nowhere) = 1;
+    *nowhere = 1;
 }
 
 RAW void CrashDividing() {

@@ -97,7 +97,7 @@ TEST(Array, ACopyThatFailsLeavesWhatWasThere) {
     array.Append(CFailing(1, false));
     array.Append(CFailing(2, true));
     destroyed.clear();
-    EXPECT_THROW(const CArray<CFailing> copy(array), int);
+    EXPECT_THROW(static_cast<void>(CArray<CFailing>(array)), int);
     EXPECT_THROW(array.AppendAll(array), int);
     EXPECT_EQ(array.Size(), 2);
     EXPECT_EQ(destroyed, (std::vector<int>{2, 1, 2, 1})) << "what had been copied, with the base of what had not";

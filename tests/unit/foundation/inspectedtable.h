@@ -5,7 +5,7 @@
 #include "foundation/inc/slottable.h"
 #include "platform/inc/faults.h"
 #include "tests/support/text.h"
-#include <optional>
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -34,49 +34,56 @@ public:
         if (SlotCount != HashSize + groups * 4 || groups > (HashSize / 2 + 3) / 4 || SlotCapacity < SlotCount) {
             return "odd sizes";
         }
-        std::vector<bool> reached(static_cast<std::size_t>(groups));
-        std::int32_t items = 0;
+        SReached reached{std::vector<bool>(static_cast<std::size_t>(groups))};
         for (std::int32_t bucket = 0; bucket < HashSize; ++bucket) {
-            std::optional<std::int32_t> slot = bucket;
-            while (slot) {
-                const std::int32_t current = *slot;
-                const bool bucketOrGroupEnd = current < HashSize || (current - HashSize) % 4 == 3;
-                const std::uint64_t word = Slots[current];
-                slot.reset();
-                if ((word & 1) != 0) {
-                    const auto target = static_cast<std::int64_t>(word / 2);
-                    const std::int64_t group = (target - HashSize) / 4;
-                    if (!bucketOrGroupEnd || target < HashSize || target >= SlotCount || (target - HashSize) % 4 != 0) {
-                        return Told("stray link", current);
-                    }
-                    if (reached[static_cast<std::size_t>(group)]) {
-                        return Told("group reached twice", current);
-                    }
-                    reached[static_cast<std::size_t>(group)] = true;
-                    slot = static_cast<std::int32_t>(target);
-                    continue;
-                }
-                if (word != 0) {
-                    ++items;
-                    if (TTraits::Hash(this->GetKeyAt(current)) % static_cast<std::uint32_t>(HashSize) !=
-                        static_cast<std::uint32_t>(bucket)) {
-                        return Told("key on another bucket's chain", current);
-                    }
-                }
-                if (!bucketOrGroupEnd) {
-                    slot = current + 1;
-                }
+            if (std::string fault = ChainFault(bucket, reached); !fault.empty()) {
+                return fault;
             }
         }
-        for (const bool group : reached) {
-            if (!group) {
-                return "a group that no link leads to";
-            }
+        if (std::find(reached.groups.begin(), reached.groups.end(), false) != reached.groups.end()) {
+            return "a group that no link leads to";
         }
-        return items == ItemCount ? "" : "wrong count of items";
+        return reached.items == ItemCount ? "" : "wrong count of items";
     }
 
 private:
+    struct SReached {
+        std::vector<bool> groups;
+        std::int32_t items = 0;
+    };
+
+    // Follows one bucket's chain to its end.
+    std::string ChainFault(std::int32_t bucket, SReached& reached) const {
+        for (std::int32_t slot = bucket;;) {
+            const bool bucketOrGroupEnd = slot < HashSize || (slot - HashSize) % 4 == 3;
+            const std::uint64_t word = Slots[slot];
+            if ((word & 1) != 0) {
+                const auto target = static_cast<std::int64_t>(word / 2);
+                if (!bucketOrGroupEnd || target < HashSize || target >= SlotCount || (target - HashSize) % 4 != 0) {
+                    return Told("stray link", slot);
+                }
+                const auto group = static_cast<std::size_t>((target - HashSize) / 4);
+                if (reached.groups[group]) {
+                    return Told("group reached twice", slot);
+                }
+                reached.groups[group] = true;
+                slot = static_cast<std::int32_t>(target);
+                continue;
+            }
+            if (word != 0) {
+                ++reached.items;
+                if (TTraits::Hash(this->GetKeyAt(slot)) % static_cast<std::uint32_t>(HashSize) !=
+                    static_cast<std::uint32_t>(bucket)) {
+                    return Told("key on another bucket's chain", slot);
+                }
+            }
+            if (bucketOrGroupEnd) {
+                return "";
+            }
+            ++slot;
+        }
+    }
+
     static std::string Told(const char* what, std::int32_t slot) {
         std::ostringstream text;
         text << what << " at slot " << slot;

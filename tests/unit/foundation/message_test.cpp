@@ -90,7 +90,7 @@ TEST(Message, ListsOfUndefinedAndUnusedNames) {
     }
     enum { Idle, Used };
 #define ROW(id, name, use, text)                                                                                       \
-    if (use == Idle) {                                                                                                 \
+    if ((use) == Idle) {                                                                                               \
         EXPECT_EQ(found.count(u## #name), 1U) << #name;                                                                \
     }
 #include "tests/support/catalogue.inc"

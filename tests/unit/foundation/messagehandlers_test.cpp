@@ -47,7 +47,7 @@ TEST(MessageHandlers, ButtonsAndEventTypesOfAStyle) {
 
 TEST(MessageHandlers, ABoxHasAnIconAndItsPlace) {
     CMessageBoxHandler handler;
-    Platform::Window owner = reinterpret_cast<Platform::Window>(&handler);
+    auto* owner = reinterpret_cast<Platform::Window>(&handler);
     struct Row {
         std::uint32_t style, shown;
     };

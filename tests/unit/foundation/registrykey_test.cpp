@@ -11,9 +11,11 @@
 #include <numeric>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 using namespace Tsx;
+using namespace std::string_view_literals;
 
 namespace {
 
@@ -105,21 +107,21 @@ TEST_F(RegistryKey, AnExportGivesTheValuesThatWerePutIn) {
     };
     std::string all(64, '\0');
     std::iota(all.begin(), all.end(), '\0');
-    const Row rows[] = {{u"", 1, wide({u"d", 2})},
-                        {u"q\"\\ ;[k] = @-", 1, wide({u"C:\\a \"b\" ; c", 13})},
-                        {u"line\r\nbreak", 1, wide({u"\r\na\nb\r", 7})},
-                        {u"\U0001F600 \u00e4", 1, wide({u"\U0001F600\u20ac", 4})},
-                        {u" blanks ", 1, wide({u" x\t", 4})},
-                        {u"empty", 1, wide({u"", 1})},
+    const Row rows[] = {{u"", 1, wide(u"d\0"sv)},
+                        {u"q\"\\ ;[k] = @-", 1, wide(u"C:\\a \"b\" ; c\0"sv)},
+                        {u"line\r\nbreak", 1, wide(u"\r\na\nb\r\0"sv)},
+                        {u"\U0001F600 \u00e4", 1, wide(u"\U0001F600\u20ac\0"sv)},
+                        {u" blanks ", 1, wide(u" x\t\0"sv)},
+                        {u"empty", 1, wide(u"\0"sv)},
                         {u"none", 0, ""},
                         {u"none 2", 0, "\1\2"},
-                        {u"expand", 2, wide({u"%A%\n", 5})},
+                        {u"expand", 2, wide(u"%A%\n\0"sv)},
                         {u"binary", 3, all},
                         {u"no bytes", 3, ""},
                         {u"dword", 4, {"\x2a\0\0\x80", 4}},
                         {u"big endian", 5, {"\0\0\0\x2a", 4}},
                         {u"link", 6, wide(u"a")},
-                        {u"multi", 7, wide({u"a\nb\0\U0001F600\0", 8})},
+                        {u"multi", 7, wide(u"a\nb\0\U0001F600\0\0"sv)},
                         {u"resources", 8, "\1"},
                         {u"descriptor", 9, "\1\2"},
                         {u"requirements", 10, "\xff"},

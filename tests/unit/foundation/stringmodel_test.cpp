@@ -117,8 +117,9 @@ TEST(StringModel, BehavesAsTheStandardOne) {
             break;
         case 8:
             text.GetBuffer(text.Length() + n)[0] = n > 0 || text.Length() > 0 ? u'#' : u'\0';
-            if (!twin.empty())
+            if (!twin.empty()) {
                 twin[0] = u'#';
+            }
             text.SetLength(static_cast<std::int32_t>(twin.size()));
             break;
         case 9:

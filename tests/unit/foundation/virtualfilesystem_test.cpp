@@ -283,7 +283,7 @@ TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
     if (std::getenv("TESSARIX_DEBUG_OUTPUT")) {
         std::string expected;
         for (const char* name : {"x", "d", "d\\left.txt", "d\\e"}) {
-            expected += "Undeleted object in virtual file sustem: \\\\Ostrel\\Tessarix\\VirtualFiles$\\";
+            expected += R"(Undeleted object in virtual file sustem: \\Ostrel\Tessarix\VirtualFiles$\)";
             expected += std::string(name) + '\n';
         }
         EXPECT_EQ(traced, expected);

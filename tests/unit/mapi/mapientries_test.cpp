@@ -1,6 +1,7 @@
 #include "mapi/MapiEntries.h"
 
 #include "tests/unit/mapi/providerfixture.h"
+#include <bit>
 #include <functional>
 
 using namespace Mapi;
@@ -10,7 +11,7 @@ using Platform::RegSz;
 TEST(MapiEntries, AreBoundWhenCalledAndAgainForANewLibrary) {
     const CFixture fixture;
     constexpr auto failed = static_cast<std::int32_t>(0x80004005);
-    const auto pointer = [](auto* null, std::uintptr_t value) { return reinterpret_cast<decltype(null)>(value); };
+    const auto pointer = [](auto* null, std::uintptr_t value) { return std::bit_cast<decltype(null)>(value); };
     struct EntryRow {
         std::string note;
         std::function<std::int64_t()> call;

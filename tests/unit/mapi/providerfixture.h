@@ -203,7 +203,7 @@ public:
 
     /// What a search gave, which is unloaded.
     std::string Take(Platform::Module module) const {
-        const std::string path = module ? Short(PathOf(module)) : "none";
+        std::string path = module ? Short(PathOf(module)) : "none";
         if (module) {
             Platform::FreeLibrary(module);
         }

@@ -66,10 +66,10 @@ TEST(Resources, EveryMessageIsFoundByNameAndById) {
     std::uint32_t id = FirstId;
     for (const Row& row : Rows) {
         EXPECT_EQ(getResourceId(row.name), id) << Readable(row.name);
-        EXPECT_EQ(std::u16string_view(getMessageName(static_cast<std::int32_t>(id - FirstId))), row.name);
+        EXPECT_EQ(Readable(getMessageName(static_cast<std::int32_t>(id - FirstId))), Readable(row.name));
         CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), id++));
-        EXPECT_EQ(text, row.text) << "long ones too";
+        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), id++)) << Readable(row.name);
+        EXPECT_EQ(text, row.text) << Readable(row.name);
     }
     CUnicodeString none(u"old");
     EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), id));
@@ -100,16 +100,19 @@ TEST(Resources, VersionRecord) {
 
 TEST(Resources, TranslationsKeepNamesParametersAndLines) {
     for (const std::span<const Row> translation : Translations) {
-        ASSERT_EQ(translation.size(), std::size(Rows));
-        for (std::size_t i = 0; i < std::size(Rows); ++i) {
-            const std::string name = Readable(translation[0].text) + " " + Readable(Rows[i].name);
+        const std::string language = Readable(translation[0].text);
+        const std::size_t count = std::min(translation.size(), std::size(Rows));
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_EQ(Readable(translation[i].name), Readable(Rows[i].name)) << language << ": the first that differs";
+            const std::string name = language + " " + Readable(Rows[i].name);
             const std::u16string_view english = Rows[i].text;
             const std::u16string_view text = translation[i].text;
-            EXPECT_EQ(Readable(translation[i].name), Readable(Rows[i].name)) << name;
             EXPECT_EQ(ParametersOf(text), ParametersOf(english)) << name;
             EXPECT_EQ(std::ranges::count(text, u'\n'), std::ranges::count(english, u'\n')) << name;
             EXPECT_FALSE(text.empty()) << name;
         }
+        EXPECT_EQ(translation.size(), std::size(Rows))
+            << language << ": differs behind " << Readable(Rows[count - 1].name);
     }
 }
 
@@ -122,10 +125,10 @@ TEST(Resources, ALibraryServesItsOwn) {
     EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
     std::uint32_t id = FirstId;
     for (const Row& row : German) {
-        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), id);
+        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), id) << Readable(row.name);
         CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(library, id++));
-        EXPECT_EQ(text, row.text);
+        EXPECT_TRUE(text.LoadString(library, id++)) << Readable(row.name);
+        EXPECT_EQ(text, row.text) << Readable(row.name);
     }
     EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceTypeNotFound);

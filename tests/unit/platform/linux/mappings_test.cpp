@@ -46,7 +46,7 @@ std::int64_t Taken() {
 } // namespace
 
 TEST(PageFile, RangesAreUsedAgain) {
-    const rlimit sixteenUnits{16 * Unit, 16 * Unit}; // of any file, and no file grows before this line
+    const rlimit sixteenUnits{rlim_t{16} * Unit, rlim_t{16} * Unit}; // of any file, and no file grows before this line
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &sixteenUnits), 0);
     for (int round = 0; round < 15; ++round) {
         CloseHandle(MakeFull(5 * Unit));

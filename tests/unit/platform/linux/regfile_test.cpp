@@ -199,7 +199,7 @@ TEST(RegFile, AChangeLeavesAllElseAsItStands) {
          "Windows Registry Editor Version 5.00 ; c\n" + key + "\"a\"=hex(2):61,00,00,00\n\"v\"=\"x\"\n"},
     };
     for (const Change& row : changes) {
-        const RegistryValue value{RegSz, {"x\0\0", 4}};
+        const RegistryValue value{RegSz, {"x\0\0\0", 4}};
         EXPECT_EQ(SetRegistryValue(row.before, {u"HKEY_USERS", u"K"}, row.value, value), row.after) << row.name;
     }
 }
@@ -219,7 +219,7 @@ TEST(RegFile, AnyBytesStandAChange) {
             bytes[random() % bytes.size()] = random() % 2 == 0 ? byte : static_cast<char>(random() % 256);
         }
         SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
-        const RegistryValue value{round % 3 == 0 ? RegSz : RegBinary, {"x\0\0", 4}};
+        const RegistryValue value{round % 3 == 0 ? RegSz : RegBinary, {"x\0\0\0", 4}};
         EXPECT_TRUE(ChangesThatAlone(round % 2 == 0 ? bytes : "\xFF\xFE" + bytes, {u"HKEY_USERS", u"K"},
                                      random() % 2 == 0 ? u"" : u"a", value));
     }

@@ -81,6 +81,7 @@ TEST(PublishedMapi, Slots) {
     EACH(SAME_SIMPLE_FIELD, record, __VA_ARGS__)
 #define SAME_VALUE(record, member)                                                                                     \
     static_assert(sizeof(Mapi::record{}.Value.member) == sizeof(Published::record{}.Value.member));
+// NOLINTBEGIN(bugprone-sizeof-expression): of a field that is a pointer, the size of the pointer is what is meant.
 SAME_RECORD(ENTRYID, abFlags, ab);
 SAME_RECORD(SBinary, cb, lpb);
 SAME_RECORD(ENTRYLIST, cValues, lpbin);
@@ -94,6 +95,7 @@ SAME_SIMPLE_RECORD(MapiRecipDesc, ulReserved, ulRecipClass, lpszName, lpszAddres
 SAME_SIMPLE_RECORD(MapiFileDesc, ulReserved, flFlags, nPosition, lpszPathName, lpszFileName, lpFileType);
 SAME_SIMPLE_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived,
                    lpszConversationID, flFlags, lpOriginator, nRecipCount, lpRecips, nFileCount, lpFiles);
+// NOLINTEND(bugprone-sizeof-expression)
 static_assert(sizeof(Platform::FixedFileInfo) == sizeof(VS_FIXEDFILEINFO));
 EACH(SAME_VALUE, SPropValue, l, ul, b, li, lpszA, lpszW, bin, err);
 
