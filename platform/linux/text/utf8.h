@@ -130,12 +130,13 @@ inline unsigned Mask(__m128i bytes) {
 // Puts a block of ASCII and two-byte characters in any order; returns how many bytes it took: all, all but a lead byte
 // that is the last, or none where the block holds anything else.
 template <class TOut>
-std::size_t Decode(const char* at, TOut& out) {
+[[gnu::always_inline]] inline std::size_t Decode(const char* at, TOut& out) {
     const __m128i block = Load(at);
     const __m128i zero = _mm_setzero_si128();
     const unsigned nonAscii = Mask(block);
     if (nonAscii == 0) {
-        out.PutBlock(TwoVectors{_mm_unpacklo_epi8(block, zero), _mm_unpackhi_epi8(block, zero)}, BlockBytes);
+        out.PutBlock(_mm_unpacklo_epi8(block, zero), BlockBytes / 2);
+        out.PutBlock(_mm_unpackhi_epi8(block, zero), BlockBytes / 2);
         return BlockBytes;
     }
     // As signed bytes the continuation bytes are below C0, and the lead bytes C2 to DF are neighbours.
@@ -164,7 +165,7 @@ std::size_t Decode(const char* at, TOut& out) {
 // The way back of sixteen units, or of the first eight: ASCII and two-byte characters in any order. Returns how many
 // units were put.
 template <class TOut>
-std::size_t Encode(const char16_t* at, TOut& out) {
+[[gnu::always_inline]] inline std::size_t Encode(const char16_t* at, TOut& out) {
     const __m128i block = Load(at);
     const __m128i next = Load(at + BlockUnits / 2);
     if (Mask(HasNone(_mm_or_si128(block, next), 0xFF80)) == AllBytes) {
@@ -187,7 +188,9 @@ std::size_t Encode(const char16_t* at, TOut& out) {
 
 /// Takes as many blocks as `step` converts whole; false when the text ends with them.
 template <class TUnit, class TOut, class TStep>
-bool TakeBlocks(const TUnit*& at, const TUnit* end, std::size_t blockUnits, TOut& target, TStep step) {
+bool TakeBlocks(const TUnit*& text, const TUnit* end, std::size_t blockUnits, TOut& out, TStep step) {
+    const TUnit* at = text;
+    TOut target = out; // as `at` a copy that stays in registers
     while (static_cast<std::size_t>(end - at) >= blockUnits && target.HasRoom(BlockBytes)) {
         const std::size_t taken = step(at, target);
         if (taken == 0) {
@@ -195,6 +198,8 @@ bool TakeBlocks(const TUnit*& at, const TUnit* end, std::size_t blockUnits, TOut
         }
         at += taken;
     }
+    out = target;
+    text = at;
     return at != end;
 }
 #endif
@@ -242,7 +247,8 @@ bool DecodeUtf8(std::string_view text, TOut& out, TMalformed malformed) {
     bool good = true;
     while (good && at != end) {
 #ifdef __SSE2__
-        if (!Utf8Blocks::TakeBlocks(at, end, Utf8Blocks::BlockBytes, target, &Utf8Blocks::Decode<TOut>)) {
+        if (!Utf8Blocks::TakeBlocks(at, end, Utf8Blocks::BlockBytes, target,
+                                    [](const char* block, TOut& to) { return Utf8Blocks::Decode(block, to); })) {
             break;
         }
 #endif
@@ -265,7 +271,8 @@ bool EncodeUtf8(std::u16string_view text, TOut& out, TLone lone) {
     bool good = true;
     while (good && at != end) {
 #ifdef __SSE2__
-        if (!Utf8Blocks::TakeBlocks(at, end, Utf8Blocks::BlockUnits, target, &Utf8Blocks::Encode<TOut>)) {
+        if (!Utf8Blocks::TakeBlocks(at, end, Utf8Blocks::BlockUnits, target,
+                                    [](const char16_t* block, TOut& to) { return Utf8Blocks::Encode(block, to); })) {
             break;
         }
 #endif
