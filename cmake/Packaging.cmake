@@ -14,7 +14,6 @@ set(CPACK_STRIP_FILES OFF) # they are stripped, and their symbols lie apart
 if(WIN32)
     set(CPACK_GENERATOR ZIP)
     set(CPACK_PACKAGE_FILE_NAME corvane-${PROJECT_VERSION}-windows-x86_64)
-    install(FILES CHANGELOG.md docs/windows.md DESTINATION ${CORVANE_DOCUMENT_FOLDER})
     if(CORVANE_STATIC_RUNTIME)
         # The notices of what is linked in, as Debian's packages of it have them.
         install(FILES docs/licences.txt DESTINATION licences RENAME README.txt)
@@ -47,13 +46,14 @@ else()
     file(TIMESTAMP ${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
     configure_file(docs/changelog.in changelog @ONLY)
     install_compressed(${CMAKE_CURRENT_BINARY_DIR}/changelog changelog ${CMAKE_INSTALL_DOCDIR})
-    install(FILES CHANGELOG.md docs/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
+    install(FILES docs/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
     install(FILES ${PROJECT_SOURCE_DIR}/completions/corvane.bash
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME corvane)
     install(FILES ${PROJECT_SOURCE_DIR}/completions/_corvane DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
     install(FILES ${PROJECT_SOURCE_DIR}/completions/corvane.fish
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
-install(FILES README.md docs/mailclients.md docs/settings.md docs/translating.md docs/recipes.md
+install(FILES README.md CHANGELOG.md
+    docs/windows.md docs/mailclients.md docs/settings.md docs/translating.md docs/recipes.md
     DESTINATION ${CORVANE_DOCUMENT_FOLDER})
 include(CPack)
