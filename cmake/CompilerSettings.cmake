@@ -43,7 +43,13 @@ if(WIN32)
     # What nobody calls goes, above all of the run-time that is linked in: its functions have no unwind data.
     target_compile_options(corvane_settings INTERFACE -ffunction-sections -fdata-sections)
     target_link_options(corvane_settings INTERFACE -static -Wl,--gc-sections)
-    target_link_libraries(corvane_settings INTERFACE pthread)
+    # winpthreads stops threads and changes their registers, as few programs but malicious ones do: tests alone need it.
+    if(NOT CORVANE_SHIPPED_RUNTIME)
+        set(CORVANE_SHIPPED_RUNTIME pthread) # another tool chain has but one
+    endif()
+    set(is_shipped $<BOOL:$<TARGET_PROPERTY:IS_SHIPPED>>)
+    target_link_libraries(corvane_settings INTERFACE
+        "$<${is_shipped}:${CORVANE_SHIPPED_RUNTIME}>$<$<NOT:${is_shipped}>:pthread>")
 else()
     target_compile_definitions(corvane_settings INTERFACE
         "PLATFORM_EXPORT=__attribute__((visibility(\"default\")))")

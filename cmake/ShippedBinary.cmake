@@ -8,6 +8,7 @@ endif()
 
 # shipped_binary(TARGET): an executable or a module of the product.
 function(shipped_binary target)
+    set_target_properties(${target} PROPERTIES IS_SHIPPED ON)
     if(NOT WIN32)
         # What nothing is taken from need not be loaded in every run.
         target_link_options(${target} PRIVATE -Wl,--as-needed)

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\alloc";
 
-// From version 5.1 of the NT family on; asked once.
+// AS DESIGNED: asked, once, although the program starts on no system before version 6.0.
 bool SystemHasLowFragmentation() {
     static const bool has = [] {
         const Platform::OsVersion version = Platform::GetVersionEx();

@@ -42,7 +42,7 @@ struct HeapEntry {
 /// Steps to the next entry of a locked heap; false behind the last one.
 bool HeapWalk(Heap heap, HeapEntry& entry);
 
-/// Turns on the heap's low-fragmentation mode, where the system has the call for it; false if it hasn't.
+/// Turns on the heap's low-fragmentation mode; false if the system lacks the call for it.
 bool SetHeapLowFragmentation(Heap heap);
 
 constexpr std::uint32_t MemCommit = 0x1000;   // MEM_COMMIT

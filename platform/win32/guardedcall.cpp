@@ -19,11 +19,14 @@ bool GuardedCall(void (*body)(void* context), ExceptionFilter filter, void* cont
     // Filter and unwinding run on the stack that has overflowed: the two pages that are kept for them don't suffice.
     ULONG keptForHandlers = 0x10000;
     ::SetThreadStackGuarantee(&keptForHandlers);
+    // Noted by the filter, for what follows it is not told the code by every system: by Wine it isn't.
+    bool hasOverflowed = false;
     __try {
         body(context);
     } __except (
+        hasOverflowed = GetExceptionCode() == ExceptionStackOverflow,
         filter(*static_cast<const ExceptionPointers*>(static_cast<void*>(GetExceptionInformation())), context)) {
-        if (GetExceptionCode() == ExceptionStackOverflow) {
+        if (hasOverflowed) {
             // The page at the stack's end gave its warning and is gone; without it the next overflow ends the process.
             _resetstkoflw();
         }

@@ -73,7 +73,7 @@ bool HeapWalk(Heap heap, HeapEntry& entry) {
 }
 
 bool SetHeapLowFragmentation(Heap heap) {
-    // Looked up by name, for the oldest systems of the NT family lack it.
+    // AS DESIGNED: looked up by name, although every system that this program starts on has it.
     auto* set = reinterpret_cast<decltype(&::HeapSetInformation)>(
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "HeapSetInformation")));
     if (!set) {
@@ -103,7 +103,8 @@ MemoryRegion QueryAddress(const void* address) {
     if (::VirtualQuery(address, &info, sizeof(info)) != sizeof(info) || info.State != MEM_COMMIT) {
         return {};
     }
-    return {true, static_cast<ModuleObject*>(info.AllocationBase)};
+    // The base of any other allocation is no module.
+    return {true, info.Type == MEM_IMAGE ? static_cast<ModuleObject*>(info.AllocationBase) : nullptr};
 }
 
 } // namespace Platform

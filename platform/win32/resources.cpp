@@ -16,7 +16,8 @@ bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
 }
 
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
-    auto* load = SystemProcedure<decltype(::LoadStringW)>(u"user32.dll", "LoadStringW");
+    // Asked for every text, so that it is looked up once.
+    static auto* const load = SystemProcedure<decltype(::LoadStringW)>(u"user32.dll", "LoadStringW");
     return load ? load(reinterpret_cast<HINSTANCE>(module), id, Wide(buffer), size) : 0;
 }
 

@@ -65,13 +65,7 @@ bool FileTimeToLocalFileTime(FileTime time, FileTime& result) {
 
 std::size_t wcsftime(char16_t* buffer, std::size_t size, const char16_t* format, const std::tm& time) {
     errno = 0; // an empty result sets none
-    const std::size_t length = ::wcsftime(Wide(buffer), size, Wide(format), &time);
-    if (length < size) {
-        return length;
-    }
-    // Wine's run-time may stop at the end of the buffer and leave out the terminator.
-    errno = ERANGE;
-    return 0;
+    return ::wcsftime(Wide(buffer), size, Wide(format), &time);
 }
 
 int get_errno(int& value) {

@@ -10,6 +10,9 @@ import sys
 
 # IMAGE_DLLCHARACTERISTICS_...: HIGH_ENTROPY_VA, DYNAMIC_BASE, NX_COMPAT
 WANTED_ON_WINDOWS = 0x20 | 0x40 | 0x100
+# What a program would do to threads and processes of others: scanners distrust one that imports these.
+UNWANTED_ON_WINDOWS = {"SuspendThread", "GetThreadContext", "SetThreadContext", "AddVectoredExceptionHandler",
+                       "OpenProcess", "SetProcessAffinityMask", "CreateRemoteThread", "WriteProcessMemory"}
 
 
 def output(*command):
@@ -23,6 +26,10 @@ def windows_faults(objdump, file):
         yield f"DllCharacteristics {found:#x} lack some of {WANTED_ON_WINDOWS:#x}"
     if not re.search(r"Time/Date\s+Thu Jan +1 00:00:00 1970", header) and "reproducible" not in header:
         yield "a time stamp: " + re.search(r"Time/Date.*", header).group(0)
+    imports = set(re.findall(r"^\t[0-9a-f]+\s+\d+\s+(\w+)", header, re.MULTILINE))
+    if "ReadFile" not in imports:
+        yield "its imports could not be read"
+    yield from (f"imports {name}" for name in sorted(imports & UNWANTED_ON_WINDOWS))
 
 
 def linux_faults(objdump, readelf, file):

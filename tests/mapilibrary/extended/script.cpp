@@ -56,6 +56,14 @@ void CrashInCallback() {
     std::qsort(numbers, 2, sizeof(int), &CrashComparing);
 }
 
+volatile bool endless = true;
+
+RAW int Descend(int depth) {
+    volatile char room[200] = {};
+    room[0] = static_cast<char>(endless ? Descend(depth + 1) : depth);
+    return room[0] + depth;
+}
+
 void CrashIfTold(std::string_view word) {
     if (word == "read") {
         CrashReading();
@@ -65,6 +73,8 @@ void CrashIfTold(std::string_view word) {
         CrashDividing();
     } else if (word == "callback") {
         CrashInCallback();
+    } else if (word == "overflow") {
+        Descend(0);
     }
 }
 

@@ -19,7 +19,7 @@ struct Action {
 ///
 ///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
-///   IAttach::SaveChanges=read          dies: read, write, divide; callback: of a write in a callback of the system's
+///   IAttach::SaveChanges=read          dies: read, write, divide, overflow; callback: of a write in a qsort
 ///   IAttach::SaveChanges=read:dying    dies so, and from then on of a write in whatever gives something back
 ///   IMAPIFolder::CreateMessage=unlink:x.txt    removes that file and goes on
 ///   any other word                     is the call's own

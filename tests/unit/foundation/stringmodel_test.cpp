@@ -1,7 +1,9 @@
 // Strings against the standard library's: long random runs, with the block looked at after each step; threads; sorting.
 #include "foundation/inc/stringsort.h"
 #include "foundation/inc/unicodestring.h"
+#include "platform/inc/memory.h"
 #include "tests/support/text.h"
+#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -190,6 +192,11 @@ TEST(StringSort, SortsByCharacterCodes) {
 
 TEST(DescribeAddress, NamesTheModule) {
     static const int here = 0;
+    const auto block = std::make_unique<int>();
+    for (const void* address : {static_cast<const void*>(block.get()), static_cast<const void*>(&block)}) {
+        const Platform::MemoryRegion region = Platform::QueryAddress(address);
+        EXPECT_TRUE(region.committed && !region.module) << "a heap and a stack are no modules";
+    }
     EXPECT_TRUE(CUnicodeString::DescribeAddress(&here).View().find(u"stringmodel_test") != std::u16string_view::npos);
     const CUnicodeString nowhere = CUnicodeString::DescribeAddress(nullptr);
     EXPECT_EQ(nowhere, u"0x0000000000000000");

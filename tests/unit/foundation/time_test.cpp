@@ -2,6 +2,7 @@
 
 #include "platform/inc/faults.h"
 #include "tests/support/text.h"
+#include "tests/unit/platform/scratchfolder.h"
 
 using namespace Tsx;
 
@@ -58,14 +59,18 @@ TEST(Time, Formats) {
     }
     struct Row {
         CUnicodeString format, text;
+        Wine wine = Wine::AsWindows;
     };
     for (const Row& row : {Row{u"%H:%M:%S ", u"09:05:03 "},
                            {u"%Y-%m-%d", u"2024-02-28"},
                            {u"%j", u"001"},
                            {u"%w", u"3"},
                            {u"", u""},
-                           {longFormat, longText.c_str()}}) {
-        EXPECT_EQ(FormatTime(row.format.Text(), At(FiveAndThree)), row.text) << Readable(row.format.View());
+                           // It takes a buffer that is too small for enough, and leaves out the terminator.
+                           {longFormat, longText.c_str(), Wine::Otherwise}}) {
+        if (Applies(row.wine)) {
+            EXPECT_EQ(FormatTime(row.format.Text(), At(FiveAndThree)), row.text) << Readable(row.format.View());
+        }
     }
     EXPECT_EQ(FormatTime(u"", -1), u"") << "nothing is converted for an empty format";
 }

@@ -1,0 +1,54 @@
+// The parts of the way out of an overflowed stack, by themselves: Wine leaves such a stack too little room to look for
+// a handler, so that the whole of it (sehexception_test) runs on Windows alone.
+#include "foundation/inc/sehexception.h"
+#include "tests/support/text.h"
+#include <thread>
+#include <windows.h>
+
+using namespace Tsx;
+
+namespace {
+
+/// The page below the stack of this thread that tells of its growth; null without one.
+void* GuardPage() {
+    MEMORY_BASIC_INFORMATION part{};
+    VirtualQuery(&part, &part, sizeof(part));
+    const void* const stack = part.AllocationBase;
+    for (auto* place = static_cast<char*>(part.AllocationBase);
+         VirtualQuery(place, &part, sizeof(part)) != 0 && part.AllocationBase == stack; place += part.RegionSize) {
+        if ((part.Protect & PAGE_GUARD) != 0) {
+            return part.BaseAddress;
+        }
+    }
+    return nullptr;
+}
+
+void Overflow() {
+    DWORD before = 0;
+    VirtualProtect(GuardPage(), 1, PAGE_READWRITE, &before);
+    RaiseException(EXCEPTION_STACK_OVERFLOW, 0, 0, nullptr);
+}
+
+} // namespace
+
+TEST(GuardedCall, KeepsRoomForTheHandlers) {
+    std::thread([] {
+        GuardForeignCode([] {
+            ULONG kept = 0; // asks
+            EXPECT_NE(SetThreadStackGuarantee(&kept), 0);
+            EXPECT_GE(kept, 0x10000U);
+        });
+    }).join();
+}
+
+TEST(GuardedCall, AnOverflowIsToldAndThePageIsSetUpAgain) {
+    std::thread([] {
+        for (const char* turn : {"first", "second"}) {
+            ASSERT_TRUE(GuardPage()) << turn;
+            const auto exception = Raised<CSehException>([] { GuardForeignCode(Overflow); });
+            ASSERT_TRUE(exception) << turn;
+            EXPECT_TRUE(exception->GetMessageText().View().starts_with(u"Stack overflow. ")) << turn;
+        }
+        EXPECT_TRUE(GuardPage());
+    }).join();
+}
