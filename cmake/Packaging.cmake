@@ -44,7 +44,7 @@ else()
         install(FILES ${made} DESTINATION ${folder})
     endfunction()
     install_compressed(${PROJECT_SOURCE_DIR}/docs/corvane.1 corvane.1 ${CMAKE_INSTALL_MANDIR}/man1)
-    file(TIMESTAMP ${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+    string(TIMESTAMP changelog_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, where that is given
     configure_file(docs/changelog.in changelog @ONLY)
     install_compressed(${CMAKE_CURRENT_BINARY_DIR}/changelog changelog ${CMAKE_INSTALL_DOCDIR})
     install(FILES docs/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
