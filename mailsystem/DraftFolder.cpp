@@ -84,15 +84,6 @@ bool RenameToNew(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-// A name lasts through a power failure only when its folder is on the disk too. Where that fails the draft is there
-// without it.
-void FlushFolder(const std::string& folder) {
-    const Platform::Descriptor listing(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (listing) {
-        static_cast<void>(Platform::FlushFolder(listing.Get()));
-    }
-}
-
 } // namespace
 
 void MakeFolder(const std::string& path) {
@@ -172,7 +163,9 @@ std::string DraftFile::Keep() {
         path = folder + "/" + NewName() + ".eml";
     }
     kept = true;
-    FlushFolder(folder);
+    // A name lasts through a power failure only when its folder is on the disk too. Where that fails the draft is there
+    // without it.
+    static_cast<void>(Platform::FlushFolder(folder));
     return path;
 }
 
