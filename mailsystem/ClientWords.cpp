@@ -9,17 +9,10 @@ namespace MailSystem {
 namespace {
 
 // The unreserved characters of a URI stay, and those that the caller adds.
-std::string Encoded(const std::string& text, const char* kept = "") {
-    std::string encoded;
-    for (const char c : text) {
-        // By single bytes, for a path need not be UTF-8.
-        const std::string byte(1, c);
-        const bool plain = g_ascii_isalnum(c) || byte.find_first_of("-._~") == 0 || byte.find_first_of(kept) == 0;
-        constexpr const char* digits = "0123456789ABCDEF";
-        const auto value = static_cast<unsigned char>(c);
-        encoded += plain ? byte : std::string{'%', digits[value >> 4], digits[value & 15]};
-    }
-    return encoded;
+std::string Encoded(const std::string& text, const char* kept = nullptr) {
+    // By bytes, for a path need not be UTF-8.
+    const auto* const bytes = reinterpret_cast<const guint8*>(text.data());
+    return GlibText(g_uri_escape_bytes(bytes, text.size(), kept)).get();
 }
 
 // As in a header field, before that is encoded: a mail client asks for readable text here.

@@ -85,15 +85,6 @@ bool RenameToNew(const std::string& from, const std::string& to) {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-// A name survives a power failure only when its folder is on the disk too. A failure is ignored: the draft itself is
-// there.
-void FlushFolder(const std::string& folder) {
-    const Platform::Descriptor listing(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (listing) {
-        static_cast<void>(Platform::FlushFolder(listing.Get()));
-    }
-}
-
 } // namespace
 
 void MakeFolder(const std::string& path) {
@@ -173,7 +164,9 @@ std::string DraftFile::Keep() {
         path = folder + "/" + NewName() + ".eml";
     }
     kept = true;
-    FlushFolder(folder);
+    // A name survives a power failure only when its folder is on the disk too. A failure is ignored: the draft itself
+    // is there.
+    static_cast<void>(Platform::FlushFolder(folder));
     return path;
 }
 

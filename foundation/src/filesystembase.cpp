@@ -8,9 +8,6 @@ namespace Tsx {
 
 namespace {
 
-constexpr std::uint32_t CauseBadPath = 3;      // ERR_FILE_BAD_PATH
-constexpr std::uint32_t CauseAccessDenied = 5; // ERR_FILE_ACCESS_DENIED
-
 // A link to a directory is an entry of its own: what it leads to belongs to another tree, or holds this one.
 bool IsLink(std::uint32_t attributes) {
     return attributes & Platform::FileAttributeReparsePoint;
@@ -90,10 +87,10 @@ void CFileSystemBase::CheckWritable(CFileSystemBase& system, const CUnicodeStrin
         FileSystem::GetFullName(full);
         const CUnicodeString directory = FileSystem::GetPath(full);
         if (!system.DirectoryExists(directory)) {
-            GenerateFileCauseException(CauseBadPath, directory);
+            GenerateFileCauseException(FC_BadPath, directory);
         }
     } else if (!system.CheckFile(path, OM_Write | OM_ShareExclusive)) {
-        GenerateFileCauseException(CauseAccessDenied, path);
+        GenerateFileCauseException(FC_AccessDenied, path);
     }
 }
 

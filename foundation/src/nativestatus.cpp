@@ -27,13 +27,10 @@ void SetTimes(const CUnicodeString& path, const std::int64_t* creation, const st
     if (file == Platform::InvalidHandle()) {
         GenerateFileException(Platform::GetLastError(), path);
     }
-    if (!Platform::SetFileTime(file, creation, lastAccess, lastWrite)) {
-        const std::uint32_t error = Platform::GetLastError();
-        Platform::CloseHandle(file);
-        GenerateFileException(error, path);
-    }
-    if (!Platform::CloseHandle(file)) {
-        GenerateFileException(Platform::GetLastError(), path);
+    const bool isSet = Platform::SetFileTime(file, creation, lastAccess, lastWrite);
+    const std::uint32_t error = Platform::GetLastError();
+    if (!Platform::CloseHandle(file) || !isSet) {
+        GenerateFileException(isSet ? Platform::GetLastError() : error, path);
     }
 }
 

@@ -152,20 +152,15 @@ CUnicodeString CUnicodeString::FormatList(const char16_t* format, std::initializ
 
 CUnicodeString CUnicodeString::FromInt(std::int32_t value, std::int32_t radix) {
     TSX_REQUIRE(radix >= 2 && radix <= 36, ModuleName, {});
-    char16_t digits[40];
-    char16_t* const end = std::end(digits);
-    char16_t* first = end;
-    const bool negative = value < 0 && radix == 10;
-    auto rest = static_cast<std::uint32_t>(value);
-    rest = negative ? 0 - rest : rest;
-    do {
-        *--first = u"0123456789abcdefghijklmnopqrstuvwxyz"[rest % static_cast<std::uint32_t>(radix)];
-        rest /= static_cast<std::uint32_t>(radix);
-    } while (rest != 0);
-    if (negative) {
-        *--first = u'-';
-    }
-    return {first, static_cast<std::int32_t>(end - first)};
+    char digits[40]; // all of ASCII
+    const char* const end = radix == 10
+                                ? std::to_chars(digits, std::end(digits), value).ptr
+                                : std::to_chars(digits, std::end(digits), static_cast<std::uint32_t>(value), radix).ptr;
+    CUnicodeString text;
+    const auto length = static_cast<std::int32_t>(end - digits);
+    std::copy(std::cbegin(digits), end, text.GetBuffer(length));
+    text.SetLength(length);
+    return text;
 }
 
 CUnicodeString CUnicodeString::FromHex(std::uint32_t value) {

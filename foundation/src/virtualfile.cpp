@@ -16,8 +16,6 @@ namespace {
 
 constexpr const char16_t* ModuleName = u"src\\virtualfile";
 
-constexpr std::uint32_t CauseBadSeek = 9; // ERR_FILE_BAD_SEEK
-
 /// Beyond what 64 bits count the sum becomes negative.
 std::int64_t WrappingSum(std::int64_t a, std::int64_t b) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) + static_cast<std::uint64_t>(b));
@@ -98,7 +96,7 @@ std::int64_t CVirtualFile::Seek(std::int64_t offset, std::uint32_t from) {
     const std::int64_t target = WrappingSum(base, offset);
     if (target < 0) {
         Position = 0;
-        GenerateFileCauseException(CauseBadSeek, GetFileName());
+        GenerateFileCauseException(FC_BadSeek, GetFileName());
     }
     Position = target;
     return target;

@@ -74,17 +74,4 @@ std::uint32_t WindowsErrorCode(int errnoValue) {
     return ErrorGeneralFailure;
 }
 
-void SetLastErrorFromErrno() {
-    SetLastError(WindowsErrorCode(errno));
-}
-
-bool Fail(std::uint32_t code) {
-    SetLastError(code);
-    return false;
-}
-
-bool FailFromErrno() {
-    return Fail(WindowsErrorCode(errno));
-}
-
 } // namespace Platform

@@ -9,11 +9,7 @@ namespace Platform {
 namespace {
 
 void Fill(FindData& data, const WIN32_FIND_DATAW& found) {
-    data.attributes = found.dwFileAttributes;
-    data.creationTime = TimeCount(found.ftCreationTime);
-    data.lastAccessTime = TimeCount(found.ftLastAccessTime);
-    data.lastWriteTime = TimeCount(found.ftLastWriteTime);
-    data.size = JoinWords(found.nFileSizeHigh, found.nFileSizeLow);
+    FillAttributes(data, found);
     static_assert(sizeof(data.name) == sizeof(found.cFileName));
     std::memcpy(data.name, found.cFileName, sizeof(data.name));
 }

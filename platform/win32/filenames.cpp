@@ -16,11 +16,7 @@ bool GetFileAttributesEx(const char16_t* path, FileAttributeData& data) {
     if (::GetFileAttributesExW(Wide(path), GetFileExInfoStandard, &found) == 0) {
         return false;
     }
-    data.attributes = found.dwFileAttributes;
-    data.creationTime = TimeCount(found.ftCreationTime);
-    data.lastAccessTime = TimeCount(found.ftLastAccessTime);
-    data.lastWriteTime = TimeCount(found.ftLastWriteTime);
-    data.size = JoinWords(found.nFileSizeHigh, found.nFileSizeLow);
+    FillAttributes(data, found);
     return true;
 }
 

@@ -11,6 +11,21 @@ namespace Platform {
 
 static_assert(RangeError == ERANGE);
 
+namespace {
+
+// From one zone's time to another's.
+bool Convert(decltype(&::FileTimeToLocalFileTime) convert, FileTime time, FileTime& result) {
+    const FILETIME given = NativeTime(time);
+    FILETIME converted;
+    const bool success = convert(&given, &converted) != 0;
+    if (success) {
+        result = TimeCount(converted);
+    }
+    return success;
+}
+
+} // namespace
+
 void GetLocalTime(SystemTime& time) {
     SYSTEMTIME now;
     ::GetLocalTime(&now);
@@ -44,23 +59,11 @@ bool FileTimeToSystemTime(FileTime time, SystemTime& result) {
 }
 
 bool LocalFileTimeToFileTime(FileTime time, FileTime& result) {
-    const FILETIME given = NativeTime(time);
-    FILETIME converted;
-    const bool success = ::LocalFileTimeToFileTime(&given, &converted) != 0;
-    if (success) {
-        result = TimeCount(converted);
-    }
-    return success;
+    return Convert(&::LocalFileTimeToFileTime, time, result);
 }
 
 bool FileTimeToLocalFileTime(FileTime time, FileTime& result) {
-    const FILETIME given = NativeTime(time);
-    FILETIME converted;
-    const bool success = ::FileTimeToLocalFileTime(&given, &converted) != 0;
-    if (success) {
-        result = TimeCount(converted);
-    }
-    return success;
+    return Convert(&::FileTimeToLocalFileTime, time, result);
 }
 
 std::size_t wcsftime(char16_t* buffer, std::size_t size, const char16_t* format, const std::tm& time) {

@@ -3,12 +3,19 @@
 
 #include "platform/linux/registry/regfile.h"
 #include "platform/linux/registry/regstatements.h"
+#include "platform/linux/text/lettercase.h"
 #include <algorithm>
 #include <map>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
+
+inline std::u16string FoldedName(std::u16string_view name) {
+    std::u16string folded(name);
+    std::transform(folded.begin(), folded.end(), folded.begin(), &Platform::UpcaseCharacter);
+    return folded;
+}
 
 /// What a file says, and the lines that say nothing to the reader.
 struct RegistryContent {
@@ -43,15 +50,15 @@ struct RegistryContent {
 
 private:
     void Add(const Platform::RegistryNode& node, std::vector<std::u16string>& path) {
-        node.keys.ForEach([&](const std::u16string& name, const Platform::RegistryNode& key) {
-            path.push_back(Platform::FoldedName(name));
+        for (const auto& [name, key] : node.keys) {
+            path.push_back(FoldedName(name));
             Values& values = keys[path];
-            key.values.ForEach([&](const std::u16string& valueName, const Platform::RegistryValue& value) {
-                values[Platform::FoldedName(valueName)] = value;
-            });
-            Add(key, path);
+            for (const auto& [valueName, value] : key->values) {
+                values[FoldedName(valueName)] = value;
+            }
+            Add(*key, path);
             path.pop_back();
-        });
+        }
     }
 };
 
@@ -61,10 +68,10 @@ inline bool ChangesThatAlone(std::string_view bytes, const std::vector<std::u16s
     RegistryContent expected(bytes);
     std::vector<std::u16string> path;
     for (const std::u16string& step : names) {
-        path.push_back(Platform::FoldedName(step));
+        path.push_back(FoldedName(step));
         expected.keys[path];
     }
-    expected.keys[path][Platform::FoldedName(name)] = value;
+    expected.keys[path][FoldedName(name)] = value;
     const RegistryContent changed(Platform::SetRegistryValue(bytes, names, name, value));
     // More lines come from the comments within a value.
     return changed.keys == expected.keys &&

@@ -77,10 +77,7 @@ bool CreateDirectory(const char16_t* path, void*) {
     PLATFORM_FAULT(CreateDirectory, false);
     Location location;
     if (!Locate(path, location)) {
-        if (location.tooLong) {
-            SetLastError(ErrorFilenameExcedRange);
-        }
-        return false;
+        return location.tooLong ? Fail(ErrorFilenameExcedRange) : false;
     }
     if (location.isRoot) {
         return Fail(ErrorAccessDenied);
@@ -88,10 +85,7 @@ bool CreateDirectory(const char16_t* path, void*) {
     if (location.exists) {
         return Fail(ErrorAlreadyExists);
     }
-    if (mkdirat(location.folder.Get(), location.name.c_str(), 0777) != 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return mkdirat(location.folder.Get(), location.name.c_str(), 0777) == 0 || FailFromErrno();
 }
 
 bool RemoveDirectory(const char16_t* path) {
@@ -107,10 +101,7 @@ bool RemoveDirectory(const char16_t* path) {
     if (!MayRemove(location)) {
         return false;
     }
-    if (unlinkat(location.folder.Get(), location.name.c_str(), how) != 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return unlinkat(location.folder.Get(), location.name.c_str(), how) == 0 || FailFromErrno();
 }
 
 std::uint32_t GetCurrentDirectory(std::uint32_t size, char16_t* buffer) {
@@ -126,10 +117,7 @@ bool SetCurrentDirectory(const char16_t* path) {
         return false;
     }
     const Descriptor folder = OpenMetadataHandle(location);
-    if (!folder || fchdir(folder.Get()) != 0) {
-        return FailAsFolder();
-    }
-    return true;
+    return (folder && fchdir(folder.Get()) == 0) || FailAsFolder();
 }
 
 bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::uint64_t* total,

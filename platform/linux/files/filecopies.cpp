@@ -40,10 +40,7 @@ void RemoveTarget(const Location& location, const FileKey& key) {
 
 bool FlushContent(int descriptor) {
     PLATFORM_FAULT(FlushContent, false);
-    if (!Flush(descriptor) && errno != EINVAL) { // EINVAL: a device keeps nothing back
-        return FailFromErrno();
-    }
-    return true;
+    return Flush(descriptor) || errno == EINVAL || FailFromErrno(); // EINVAL: a device keeps nothing back
 }
 
 struct CopyMode {
@@ -53,18 +50,12 @@ struct CopyMode {
 
 // Content first, so that the time that is copied is the last.
 bool FillTarget(FileObject& target, const FileObject& source, const struct stat& status, const CopyMode& mode) {
-    bool filled = CopyContent(source.descriptor.Get(), target.descriptor.Get()) &&
-                  CopyLastWriteTime(target.descriptor.Get(), status);
-    if (!filled) {
-        SetLastErrorFromErrno();
-    }
-    filled = filled && (!mode.writeThrough || FlushContent(target.descriptor.Get()));
+    const int output = target.descriptor.Get();
+    const bool copied = CopyContent(source.descriptor.Get(), output) && CopyLastWriteTime(output, status);
+    const bool filled = (copied || FailFromErrno()) && (!mode.writeThrough || FlushContent(output));
     const std::uint32_t error = GetLastError();
     const bool closed = target.Close(); // a volume may say only here that it had no room
-    if (!filled) {
-        return Fail(error);
-    }
-    return closed;
+    return filled ? closed : Fail(error);
 }
 
 bool Copy(const char16_t* source, const char16_t* target, const CopyMode& mode) {
@@ -169,8 +160,7 @@ int Rename(const Location& from, const Location& to, bool replace) {
     } else if (!to.exists) {
         result = RenameToNew(from, to, to.name);
     } else if (!replace) {
-        SetLastError(ErrorAlreadyExists);
-        return -1;
+        return Fail(ErrorAlreadyExists, -1);
     } else if (!MayReplace(lock, from, to)) {
         return -1;
     } else {

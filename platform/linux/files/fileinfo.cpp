@@ -259,10 +259,7 @@ bool StoreAttributes(int descriptor, const std::string& name, std::uint32_t attr
         static_cast<void>(change.Finish());
         return Fail(error);
     }
-    if (!change.Finish()) {
-        return FailFromErrno();
-    }
-    return true;
+    return change.Finish() || FailFromErrno();
 }
 
 void StoreCreationTime(int descriptor, std::int64_t fileTime) {

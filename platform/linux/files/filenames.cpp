@@ -25,10 +25,7 @@ bool ReadInfo(const char16_t* path, FileAttributeData& data) {
     if (!LocateExisting(path, location)) {
         return false;
     }
-    if (!ReadEntryInfo(location.folder.Get(), location.name, data)) {
-        return FailFromErrno();
-    }
-    return true;
+    return ReadEntryInfo(location.folder.Get(), location.name, data) || FailFromErrno();
 }
 
 std::uint32_t GivePath(const FullPath& full, std::uint32_t size, char16_t* buffer, char16_t** filePart) {
@@ -44,13 +41,10 @@ std::uint32_t GivePath(const FullPath& full, std::uint32_t size, char16_t* buffe
 }
 
 std::vector<std::u16string> FoldersOf(const char16_t* path) {
-    std::vector<std::u16string> folders;
     if (!path) {
-        for (const std::string& folder : SearchFolders()) {
-            folders.push_back(WideName(folder));
-        }
-        return folders;
+        return SearchFolders();
     }
+    std::vector<std::u16string> folders;
     std::u16string_view rest = path;
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find(u';'), rest.size());
@@ -139,10 +133,7 @@ bool DeleteFile(const char16_t* path) {
             return false;
         }
     }
-    if (unlinkat(location.folder.Get(), location.name.c_str(), 0) != 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return unlinkat(location.folder.Get(), location.name.c_str(), 0) == 0 || FailFromErrno();
 }
 
 std::uint32_t GetFullPathName(const char16_t* path, std::uint32_t size, char16_t* buffer, char16_t** filePart) {
@@ -156,8 +147,7 @@ std::uint32_t SearchPath(const char16_t* path, const char16_t* file, const char1
     PLATFORM_FAULT(SearchPath, 0);
     std::u16string name = file;
     if (name.empty()) {
-        SetLastError(ErrorInvalidParameter);
-        return 0;
+        return Fail(ErrorInvalidParameter, 0U);
     }
     const std::size_t nameStart = name.find_last_of(u"\\/:") + 1;
     if (extension && name.find(u'.', nameStart) == std::u16string::npos) {
@@ -166,8 +156,7 @@ std::uint32_t SearchPath(const char16_t* path, const char16_t* file, const char1
     const std::u16string found = FindFile(path, name);
     FullPath full;
     if (found.empty() || !ResolveFullPath(found, full)) {
-        SetLastError(ErrorFileNotFound);
-        return 0;
+        return Fail(ErrorFileNotFound, 0U);
     }
     return GivePath(full, size, buffer, filePart);
 }

@@ -72,13 +72,8 @@ public:
         if (!NameStillMeansIt()) {
             return Outcome::ChangedMeanwhile; // also after a refusal: it was for the file that is gone
         }
-        if (!claimed) {
-            return Outcome::Failed;
-        }
-        if (empties && !Empty()) {
-            return Outcome::Failed;
-        }
-        return request.needsLength && !GiveLength() ? Outcome::Failed : Outcome::Done;
+        const bool ready = claimed && (!empties || Empty()) && (!request.needsLength || GiveLength());
+        return ready ? Outcome::Done : Outcome::Failed;
     }
 
     Outcome Make() {
@@ -218,15 +213,13 @@ private:
 
 std::unique_ptr<FileObject> OpenFileObject(std::u16string_view path, const OpenRequest& request, Location& location) {
     if (!IsPossible(request)) {
-        SetLastError(ErrorInvalidParameter);
-        return nullptr;
+        return Fail(ErrorInvalidParameter, nullptr);
     }
     constexpr int attempts = 100; // each ends because someone else made or removed the name just then
     for (int i = 0; i < attempts && Locate(path, location); ++i) {
         std::unique_ptr<FileObject> file(new (std::nothrow) FileObject);
         if (!file) {
-            SetLastError(ErrorNotEnoughMemory);
-            return nullptr;
+            return Fail(ErrorNotEnoughMemory, nullptr);
         }
         Opening opening(request, location, *file);
         const bool present = location.exists;

@@ -25,10 +25,7 @@ __attribute__((constructor)) void IgnorePipeSignal() {
 }
 
 bool StatusOf(const FileObject& file, struct stat& status) {
-    if (fstat(file.descriptor.Get(), &status) != 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return fstat(file.descriptor.Get(), &status) == 0 || FailFromErrno();
 }
 
 bool SeekMetadataHandle(FileObject& file, std::int64_t distance, std::uint32_t method, std::int64_t& position) {
@@ -139,10 +136,7 @@ bool ReadFile(Handle file, void* buffer, std::uint32_t count, std::uint32_t& rea
         done = Retry([&] { return ::read(object->descriptor.Get(), bytes + read, count - read); });
         read += done < 0 ? 0 : static_cast<std::uint32_t>(done);
     } while (done > 0 && read < count && object->isDisk);
-    if (done < 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return done >= 0 || FailFromErrno();
 }
 
 // A pipe or a terminal may take a part at a time; Windows returns when all of it is written.
@@ -155,10 +149,7 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t count, std::uint32
         return false;
     }
     written = static_cast<std::uint32_t>(WriteWhole(object->descriptor.Get(), buffer, count));
-    if (written < count) {
-        return FailFromErrno();
-    }
-    return true;
+    return written == count || FailFromErrno();
 }
 
 std::uint32_t SetFilePointer(Handle file, std::int32_t distance, std::int32_t* distanceHigh, std::uint32_t method) {
@@ -174,8 +165,7 @@ std::uint32_t SetFilePointer(Handle file, std::int32_t distance, std::int32_t* d
         *distanceHigh = static_cast<std::int32_t>(position >> 32);
     } else if (position >> 32 != 0) {
         Seek(*object, before, FileBegin, position);
-        SetLastError(ErrorInvalidParameter);
-        return InvalidSetFilePointer;
+        return Fail(ErrorInvalidParameter, InvalidSetFilePointer);
     }
     return LowWord(position);
 }
@@ -193,10 +183,7 @@ bool SetEndOfFile(Handle file) {
     if (!object || !Seek(*object, 0, FileCurrent, position)) {
         return false;
     }
-    if (Retry([&] { return ftruncate(object->descriptor.Get(), position); }) != 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return Retry([&] { return ftruncate(object->descriptor.Get(), position); }) == 0 || FailFromErrno();
 }
 
 std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh) {
@@ -264,10 +251,8 @@ bool FlushFileBuffers(Handle file) {
     if (!object) {
         return false;
     }
-    if (!Flush(object->descriptor.Get()) && errno != EINVAL) { // EINVAL: a pipe or a device keeps nothing back
-        return FailFromErrno();
-    }
-    return true;
+    // EINVAL: a pipe or a device keeps nothing back.
+    return Flush(object->descriptor.Get()) || errno == EINVAL || FailFromErrno();
 }
 
 std::uint32_t GetFileType(Handle file) {

@@ -125,8 +125,7 @@ Handle FindFirstFile(const char16_t* path, FindData& data) {
     PLATFORM_FAULT(FindFirstFile, InvalidHandle());
     std::unique_ptr<SearchObject> search(new (std::nothrow) SearchObject);
     if (!search) {
-        SetLastError(ErrorNotEnoughMemory);
-        return InvalidHandle();
+        return Fail(ErrorNotEnoughMemory, InvalidHandle());
     }
     if (!StartSearch(path, *search)) {
         return InvalidHandle();

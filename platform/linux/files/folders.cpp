@@ -57,11 +57,13 @@ bool FlushFolder(int folder) {
     if (!readable && errno != EACCES) {
         return FailFromErrno();
     }
-    const bool flushed = !readable || Flush(readable.Get());
-    if (!flushed && errno != EINVAL) { // EINVAL: the file system has no such call for folders
-        return FailFromErrno();
-    }
-    return true;
+    // EINVAL: the file system has no such call for folders.
+    return !readable || Flush(readable.Get()) || errno == EINVAL || FailFromErrno();
+}
+
+bool FlushFolder(const std::string& path) {
+    const Descriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return folder ? FlushFolder(folder.Get()) : FailFromErrno();
 }
 
 bool MakeFolders(const std::string& path) {

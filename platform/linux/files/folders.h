@@ -28,6 +28,9 @@ private:
 /// folder's permissions leave nothing to do, false with the last error set when the disk fails.
 bool FlushFolder(int folder);
 
+/// The same for a folder by its native path.
+bool FlushFolder(const std::string& path);
+
 /// Makes a folder with those on the way to it, for the user alone; one that is there is fine. False with the last error
 /// set.
 bool MakeFolders(const std::string& path);

@@ -143,11 +143,7 @@ std::vector<std::u16string> SplitAsItStands(std::u16string_view path) {
 
 std::u16string CurrentFolder() {
     const std::unique_ptr<char, void (*)(void*)> native(getcwd(nullptr, 0), &std::free);
-    if (!native) {
-        SetLastErrorFromErrno();
-        return {};
-    }
-    return WindowsPath(native.get());
+    return native ? WindowsPath(native.get()) : FailFromErrno<std::u16string>();
 }
 
 std::uint32_t CopyPath(std::u16string_view path, std::uint32_t size, char16_t* buffer) {

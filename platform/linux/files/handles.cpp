@@ -21,10 +21,7 @@ TObject* ObjectOf(Handle handle) {
 } // namespace
 
 bool FileObject::Close() {
-    if (!descriptor.Close()) {
-        return FailFromErrno();
-    }
-    return true;
+    return descriptor.Close() || FailFromErrno();
 }
 
 FileObject* FileOf(Handle handle) {
@@ -34,8 +31,7 @@ FileObject* FileOf(Handle handle) {
 FileObject* FileOf(Handle handle, std::uint32_t access) {
     FileObject* file = FileOf(handle);
     if (file && (file->access & access) == 0) {
-        SetLastError(ErrorAccessDenied);
-        return nullptr;
+        return Fail(ErrorAccessDenied, nullptr);
     }
     return file;
 }

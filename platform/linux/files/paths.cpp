@@ -29,10 +29,7 @@ bool DriveFolder(std::u16string_view drive, std::string& folder) {
     const std::string variable = std::string("TESSARIX_DRIVE_") + NativeName({&letter, 1});
     const char* value = std::getenv(variable.c_str());
     folder = value ? value : "";
-    if (folder.empty()) {
-        return Fail(ErrorPathNotFound);
-    }
-    return true;
+    return !folder.empty() || Fail(ErrorPathNotFound);
 }
 
 bool IsDrive(std::u16string_view text) {
@@ -284,13 +281,7 @@ bool ResolveFullPath(std::u16string_view path, FullPath& full) {
 
 bool Locate(std::u16string_view path, Location& location) {
     std::uint32_t error = 0;
-    if (!WalkTo(path, location, error)) {
-        return false;
-    }
-    if (error != 0) {
-        return Fail(error);
-    }
-    return true;
+    return WalkTo(path, location, error) && (error == 0 || Fail(error));
 }
 
 bool LocateExisting(std::u16string_view path, Location& location) {
@@ -300,10 +291,7 @@ bool LocateExisting(std::u16string_view path, Location& location) {
     if (!location.exists) {
         return Fail(ErrorFileNotFound);
     }
-    if (location.closed && !location.IsFolder()) {
-        return Fail(ErrorInvalidName);
-    }
-    return true;
+    return !location.closed || location.IsFolder() || Fail(ErrorInvalidName);
 }
 
 bool MapPath(std::u16string_view path, std::string& native) {

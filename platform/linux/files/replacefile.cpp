@@ -22,26 +22,17 @@ constexpr mode_t AnyFileMode = 0666; // less what the user's mask takes
 
 bool WriteContent(const Descriptor& file, std::string_view bytes) {
     PLATFORM_FAULT(WriteContent, false);
-    if (WriteWhole(file.Get(), bytes.data(), bytes.size()) < bytes.size()) {
-        return FailFromErrno();
-    }
-    return true;
+    return WriteWhole(file.Get(), bytes.data(), bytes.size()) == bytes.size() || FailFromErrno();
 }
 
 bool FlushAndClose(Descriptor& file) {
     PLATFORM_FAULT(FlushAndClose, false);
-    if (!Flush(file.Get()) || !file.Close()) {
-        return FailFromErrno();
-    }
-    return true;
+    return (Flush(file.Get()) && file.Close()) || FailFromErrno();
 }
 
 bool RenameFile(const std::string& from, const std::string& to) {
     PLATFORM_FAULT(RenameFile, false);
-    if (std::rename(from.c_str(), to.c_str()) != 0) {
-        return FailFromErrno();
-    }
-    return true;
+    return std::rename(from.c_str(), to.c_str()) == 0 || FailFromErrno();
 }
 
 // The new file gets the access bits of the one that it replaces.
@@ -53,20 +44,7 @@ bool CreateNewFile(const std::string& path, const std::string& old, Descriptor& 
         return FailFromErrno();
     }
     file = Descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, AnyFileMode));
-    if (!file || (hasOld && fchmod(file.Get(), status.st_mode & ALLPERMS) != 0)) {
-        return FailFromErrno();
-    }
-    return true;
-}
-
-// So that the name is on the disk too; the file is whole either way.
-void FlushFolderOf(const std::string& file) {
-    const std::size_t separator = file.find_last_of('/');
-    const std::string folder = separator == std::string::npos ? "." : file.substr(0, separator + 1);
-    const Descriptor descriptor(open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor) {
-        static_cast<void>(FlushFolder(descriptor.Get()));
-    }
+    return (file && (!hasOld || fchmod(file.Get(), status.st_mode & ALLPERMS) == 0)) || FailFromErrno();
 }
 
 } // namespace
@@ -82,7 +60,9 @@ bool ReplaceFile(const std::string& path, std::string_view bytes) {
         unlink(fresh.c_str());
         return false;
     }
-    FlushFolderOf(target);
+    // So that the name is on the disk too; the file is whole either way.
+    const std::size_t separator = target.find_last_of('/');
+    static_cast<void>(FlushFolder(separator == std::string::npos ? "." : target.substr(0, separator + 1)));
     return true;
 }
 

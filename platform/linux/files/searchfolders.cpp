@@ -55,11 +55,11 @@ std::string SystemFolder() {
     return ProgramFolder().empty() ? std::string() : ProgramFolder() + PLATFORM_MODULE_FOLDER;
 }
 
-std::vector<std::string> SearchFolders() {
+std::vector<std::u16string> SearchFolders() {
     if (ProgramFolder().empty()) {
         return {};
     }
-    return {ProgramFolder(), SystemFolder()};
+    return {WideName(ProgramFolder()), WideName(SystemFolder())};
 }
 
 std::vector<std::u16string> CandidateNames(std::u16string_view name) {

@@ -11,9 +11,9 @@ namespace Platform {
 /// syntax leads to the program's own.
 std::string SystemFolder();
 
-/// The native folders to search: of the program and of the system. What Windows adds, the current folder and those of
-/// PATH, would run whatever somebody has left in a folder that others happen to stand in.
-std::vector<std::string> SearchFolders();
+/// The folders to search, in wide form: of the program and of the system. What Windows adds, the current folder and
+/// those of PATH, would run whatever somebody has left in a folder that others happen to stand in.
+std::vector<std::u16string> SearchFolders();
 
 /// The names to look for: as given, and for a name that ends in ".dll" with ".so" instead.
 std::vector<std::u16string> CandidateNames(std::u16string_view name);

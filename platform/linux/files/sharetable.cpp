@@ -36,10 +36,7 @@ bool ShareClaim::Enter(int descriptor, const FileKey& key, const ShareUse& use) 
         return true;
     }
     Table added{{key, use}}; // takes the memory now, before other processes are told
-    if (!AskUntilDecided([&] { return Ask(descriptor, added); })) {
-        return Fail(ErrorSharingViolation);
-    }
-    return true;
+    return AskUntilDecided([&] { return Ask(descriptor, added); }) || Fail(ErrorSharingViolation);
 }
 
 Agreement ShareClaim::Ask(int descriptor, Table& added) {

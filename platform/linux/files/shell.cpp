@@ -200,10 +200,7 @@ std::int32_t SHGetFolderPath(Window, std::int32_t folder, Handle, std::uint32_t,
     *path = u'\0';
     PLATFORM_FAULT(SHGetFolderPath, LastResult());
     const Row* row = FindRow(folder);
-    if (!row) {
-        return ResultInvalidArgument;
-    }
-    const std::u16string found = PathOf(*row);
+    const std::u16string found = row ? PathOf(*row) : std::u16string();
     if (found.empty()) {
         return ResultInvalidArgument;
     }

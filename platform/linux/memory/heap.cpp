@@ -155,8 +155,7 @@ bool HeapDestroy(Heap heap) {
 void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
     PLATFORM_ALLOCATION_FAULT(HeapAlloc);
     if (size >= SIZE_MAX / 2) {
-        SetLastError(ErrorNotEnoughMemory);
-        return nullptr;
+        return Fail(ErrorNotEnoughMemory, nullptr);
     }
     const std::size_t bytes = sizeof(BlockLink) + size;
     BlockLink* link = nullptr;
@@ -169,8 +168,7 @@ void* HeapAlloc(Heap heap, std::uint32_t, std::size_t size) noexcept {
     if (!link) {
         void* room = NewRoom(bytes);
         if (!room) {
-            SetLastError(ErrorNotEnoughMemory);
-            return nullptr;
+            return Fail(ErrorNotEnoughMemory, nullptr);
         }
         const LeafLockGuard guard(heap->lock);
         link = EnterBlock(heap, room, size);

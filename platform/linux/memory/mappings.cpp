@@ -98,8 +98,7 @@ RangeReference TakeRange(std::uint64_t bytes) {
     const auto found =
         std::find_if(file.free.begin(), file.free.end(), [&](const auto& piece) { return piece.second >= taken; });
     if (found == file.free.end()) {
-        SetLastError(ErrorCommitmentLimit);
-        return nullptr;
+        return Fail(ErrorCommitmentLimit, nullptr);
     }
     auto rest = file.free.extract(found);
     range->place = place.extract(place.begin());
@@ -133,8 +132,7 @@ void* MapRange(const RangeReference& range, int protection, std::uint64_t offset
     void* base = mmap(nullptr, size, protection, MAP_SHARED, ThePageFile().descriptor.Get(),
                       static_cast<off_t>(range->place.key() + offset));
     if (base == MAP_FAILED) {
-        SetLastErrorFromErrno();
-        return nullptr;
+        return FailFromErrno(nullptr);
     }
     try {
         PageFile& file = ThePageFile();
@@ -142,8 +140,7 @@ void* MapRange(const RangeReference& range, int protection, std::uint64_t offset
         file.views.emplace(base, View{size, range});
     } catch (const std::bad_alloc&) {
         munmap(base, size);
-        SetLastError(ErrorNotEnoughMemory);
-        return nullptr;
+        return Fail(ErrorNotEnoughMemory, nullptr);
     }
     return base;
 }
@@ -191,12 +188,10 @@ Handle CreateFileMapping(Handle file, void*, std::uint32_t protection, std::uint
     const std::uint64_t size = std::uint64_t{sizeHigh} << 32 | sizeLow;
     const bool known = protection == PageReadOnly || protection == PageReadWrite;
     if (file != InvalidHandle() || size == 0 || !known) {
-        SetLastError(ErrorInvalidParameter);
-        return nullptr;
+        return Fail(ErrorInvalidParameter, nullptr);
     }
     if (!CouldBeFilled(size)) {
-        SetLastError(ErrorCommitmentLimit);
-        return nullptr;
+        return Fail(ErrorCommitmentLimit, nullptr);
     }
     try {
         auto object = std::make_unique<MappingObject>();
@@ -204,8 +199,7 @@ Handle CreateFileMapping(Handle file, void*, std::uint32_t protection, std::uint
         object->range = TakeRange(size);
         return object->range ? static_cast<HandleObject*>(object.release()) : nullptr;
     } catch (const std::bad_alloc&) {
-        SetLastError(ErrorNotEnoughMemory);
-        return nullptr;
+        return Fail(ErrorNotEnoughMemory, nullptr);
     }
 }
 
@@ -220,14 +214,12 @@ void* MapViewOfFile(Handle mapping, std::uint32_t access, std::uint32_t offsetHi
     const std::uint64_t end = object->range->size;
     const bool write = (access & FileMapWrite) != 0;
     if (offset % GetSystemInfo().allocationGranularity != 0) {
-        SetLastError(ErrorMappedAlignment);
-    } else if (offset >= end || size > end - offset || (write && !object->writable)) {
-        SetLastError(ErrorAccessDenied);
-    } else {
-        return MapRange(object->range, write ? PROT_READ | PROT_WRITE : PROT_READ, offset,
-                        size == 0 ? end - offset : size);
+        return Fail(ErrorMappedAlignment, nullptr);
     }
-    return nullptr;
+    if (offset >= end || size > end - offset || (write && !object->writable)) {
+        return Fail(ErrorAccessDenied, nullptr);
+    }
+    return MapRange(object->range, write ? PROT_READ | PROT_WRITE : PROT_READ, offset, size == 0 ? end - offset : size);
 }
 
 bool UnmapViewOfFile(const void* base) {

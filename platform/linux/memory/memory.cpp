@@ -43,8 +43,7 @@ void* VirtualAlloc(void*, std::size_t size, std::uint32_t, std::uint32_t) noexce
                         ? mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)
                         : MAP_FAILED;
     if (mapping == MAP_FAILED) {
-        SetLastError(ErrorNotEnoughMemory);
-        return nullptr;
+        return Fail(ErrorNotEnoughMemory, nullptr);
     }
     char* first = static_cast<char*>(mapping) + page;
     const std::size_t beyond = reinterpret_cast<std::uintptr_t>(first) % Granularity;

@@ -4,8 +4,8 @@
 #include "platform/linux/faulthook.h"
 #include "platform/linux/modules/loadedmodules.h"
 #include <cstring>
+#include <memory>
 #include <string_view>
-#include <utility>
 
 namespace Platform {
 
@@ -13,21 +13,12 @@ namespace {
 
 constexpr std::int32_t EUnexpected = static_cast<std::int32_t>(0x8000FFFF); // E_UNEXPECTED
 
-/// Holds one reference, to the end of the thread at most.
-struct ThreadErrorInfo {
-    IErrorInfo* info = nullptr;
-
-    ThreadErrorInfo() = default;
-    ThreadErrorInfo(const ThreadErrorInfo&) = delete;
-    ThreadErrorInfo& operator=(const ThreadErrorInfo&) = delete;
-    ~ThreadErrorInfo() {
-        if (info) {
-            info->Release();
-        }
-    }
+struct ReferenceEnd {
+    void operator()(IErrorInfo* info) const { info->Release(); }
 };
 
-thread_local ThreadErrorInfo threadErrorInfo;
+/// Holds one reference, to the end of the thread at most.
+thread_local std::unique_ptr<IErrorInfo, ReferenceEnd> threadErrorInfo;
 
 // There is no COM library that all modules share. One that has failures of its own exports the function itself.
 std::int32_t GetErrorInfoOfLibrary(IErrorInfo*& info) {
@@ -40,7 +31,7 @@ std::int32_t GetErrorInfoOfLibrary(IErrorInfo*& info) {
 std::int32_t GetErrorInfo(std::uint32_t, IErrorInfo*& info) {
     info = nullptr;
     PLATFORM_FAULT(GetErrorInfo, EUnexpected);
-    info = std::exchange(threadErrorInfo.info, nullptr);
+    info = threadErrorInfo.release();
     return info ? SOk : GetErrorInfoOfLibrary(info);
 }
 
@@ -48,9 +39,7 @@ std::int32_t SetErrorInfo(std::uint32_t, IErrorInfo* info) {
     if (info) {
         info->AddRef();
     }
-    if (IErrorInfo* before = std::exchange(threadErrorInfo.info, info)) {
-        before->Release();
-    }
+    threadErrorInfo.reset(info);
     return SOk;
 }
 

@@ -35,10 +35,7 @@ DllDirectory& ChosenDllDirectory() {
 }
 
 std::vector<std::u16string> LibraryFolders() {
-    std::vector<std::u16string> folders;
-    for (const std::string& folder : SearchFolders()) {
-        folders.push_back(WideName(folder));
-    }
+    std::vector<std::u16string> folders = SearchFolders();
     DllDirectory& chosen = ChosenDllDirectory();
     const std::lock_guard guard(chosen.lock);
     if (!chosen.folder.empty() && !folders.empty()) {
@@ -125,10 +122,6 @@ Module FindLoaded(const char16_t* name) {
     }
     return static_cast<Module>(module);
 }
-
-} // namespace
-
-namespace {
 
 // Hands the loader's modules to `visit`, the program first, until it returns true; whether it did.
 template <class TVisit>
@@ -228,8 +221,7 @@ std::uint32_t GetSystemDirectory(char16_t* buffer, std::uint32_t size) {
     const std::string native = SystemFolder();
     FullPath folder;
     if (native.empty()) {
-        SetLastError(ErrorPathNotFound);
-        return 0;
+        return Fail(ErrorPathNotFound, 0U);
     }
     return ParseFullPath(WindowsPath(native), folder) ? CopyPath(folder.Text(), size, buffer) : 0;
 }
@@ -241,10 +233,7 @@ bool FreeLibrary(Module module) {
     }
     const bool isClosed = dlclose(module) == 0;
     PLATFORM_FAULT(FreeLibrary, false);
-    if (!isClosed) {
-        return Fail(ErrorInvalidHandle);
-    }
-    return true;
+    return isClosed || Fail(ErrorInvalidHandle);
 }
 
 Procedure GetProcAddress(Module module, const char* name) {
@@ -274,8 +263,7 @@ std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t s
     }
     const std::string file = map ? Resolve(map->l_name) : ProgramFile();
     if (file.empty()) {
-        SetLastError(ErrorFileNotFound);
-        return 0;
+        return Fail(ErrorFileNotFound, 0U);
     }
     const std::u16string path = WindowsPath(file);
     if (path.size() < size) {
@@ -285,8 +273,7 @@ std::uint32_t GetModuleFileName(Module module, char16_t* buffer, std::uint32_t s
     if (size > 0) {
         *std::copy_n(path.begin(), size - 1, buffer) = u'\0';
     }
-    SetLastError(ErrorInsufficientBuffer);
-    return size;
+    return Fail(ErrorInsufficientBuffer, size);
 }
 
 } // namespace Platform

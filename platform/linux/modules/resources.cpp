@@ -38,14 +38,9 @@ Descriptor OpenRegular(const std::string& native) {
     Descriptor file(open(native.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     if (!file || fstat(file.Get(), &status) != 0) {
-        SetLastErrorFromErrno();
-        return {};
+        return FailFromErrno<Descriptor>();
     }
-    if (!S_ISREG(status.st_mode)) {
-        SetLastError(ErrorResourceDataNotFound);
-        return {};
-    }
-    return file;
+    return S_ISREG(status.st_mode) ? std::move(file) : Fail<Descriptor>(ErrorResourceDataNotFound);
 }
 
 // The section headers of an ELF file of this machine; empty for any other file.
@@ -133,10 +128,8 @@ bool FindResource(Module module, const char16_t* name, std::uint32_t type) {
         return Fail(ErrorResourceTypeNotFound);
     }
     const std::span<const char16_t* const> icons(resources->icons, resources->iconCount);
-    if (std::none_of(icons.begin(), icons.end(), [name](const char16_t* icon) { return NamesEqual(icon, name); })) {
-        return Fail(ErrorResourceNameNotFound);
-    }
-    return true;
+    return std::any_of(icons.begin(), icons.end(), [name](const char16_t* icon) { return NamesEqual(icon, name); }) ||
+           Fail(ErrorResourceNameNotFound);
 }
 
 std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::int32_t size) {
@@ -146,16 +139,14 @@ std::int32_t LoadString(Module module, std::uint32_t id, char16_t* buffer, std::
         return 0;
     }
     if (size <= 0) {
-        SetLastError(ErrorInvalidParameter);
-        return 0;
+        return Fail(ErrorInvalidParameter, 0);
     }
     const ModuleString* end = resources->strings + resources->stringCount;
     const ModuleString* found =
         std::lower_bound(resources->strings, end, id,
                          [](const ModuleString& string, std::uint32_t wanted) { return string.id < wanted; });
     if (found == end || found->id != id) {
-        SetLastError(ErrorResourceNameNotFound);
-        return 0;
+        return Fail(ErrorResourceNameNotFound, 0);
     }
     const std::u16string_view text = found->text;
     const std::size_t length = std::min(text.size(), static_cast<std::size_t>(size) - 1);
@@ -183,10 +174,7 @@ bool VerQueryValue(const void* block, std::uint32_t size, const char16_t* subBlo
                    std::uint32_t& length) {
     PLATFORM_FAULT(VerQueryValue, false);
     const std::span<const std::byte> bytes(static_cast<const std::byte*>(block), block ? size : 0);
-    if (!QueryVersionBlock(bytes, subBlock, value, length)) {
-        return Fail(ErrorResourceTypeNotFound);
-    }
-    return true;
+    return QueryVersionBlock(bytes, subBlock, value, length) || Fail(ErrorResourceTypeNotFound);
 }
 
 } // namespace Platform

@@ -35,8 +35,7 @@ StandardHandle* FindStandardHandle(std::int32_t which) {
             return &handle;
         }
     }
-    SetLastError(ErrorInvalidHandle);
-    return nullptr;
+    return Fail(ErrorInvalidHandle, nullptr);
 }
 
 } // namespace

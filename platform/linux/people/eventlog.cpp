@@ -36,13 +36,11 @@ std::mutex& SyslogLock() {
 Handle RegisterEventSource(const char16_t* server, const char16_t* source) {
     PLATFORM_FAULT(RegisterEventSource, nullptr);
     if (server && *server != 0) {
-        SetLastError(ErrorInvalidParameter);
-        return nullptr;
+        return Fail(ErrorInvalidParameter, nullptr);
     }
     auto object = std::unique_ptr<EventSourceObject>(new (std::nothrow) EventSourceObject);
     if (!object) {
-        SetLastError(ErrorNotEnoughMemory);
-        return nullptr;
+        return Fail(ErrorNotEnoughMemory, nullptr);
     }
     object->identity = Utf8Text(source);
     return static_cast<HandleObject*>(object.release());

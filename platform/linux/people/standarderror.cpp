@@ -1,8 +1,9 @@
 #include "platform/linux/people/standarderror.h"
 
-#include "platform/linux/descriptor.h"
+#include "platform/linux/files/transfer.h"
 #include "platform/linux/text/utf8.h"
 #include <array>
+#include <unistd.h>
 
 namespace Platform {
 
@@ -28,15 +29,7 @@ private:
     UnitWriter<char> writer{buffer.data(), buffer.size()};
 
     void Flush() {
-        std::size_t done = 0;
-        while (done < writer.Size()) {
-            const ssize_t written =
-                Retry([&] { return write(STDERR_FILENO, buffer.data() + done, writer.Size() - done); });
-            if (written <= 0) {
-                break; // there is nowhere left to say so
-            }
-            done += static_cast<std::size_t>(written);
-        }
+        WriteWhole(STDERR_FILENO, buffer.data(), writer.Size()); // there is nowhere left to say that it failed
         writer = UnitWriter<char>(buffer.data(), buffer.size());
     }
 };

@@ -1,6 +1,7 @@
 #include "platform/linux/process/faultrecord.h"
 
 #include "platform/linux/process/machine.h"
+#include <utility>
 
 namespace Platform {
 
@@ -13,24 +14,18 @@ constexpr std::uintptr_t NoAddress = ~std::uintptr_t{0};
 constexpr std::uintptr_t StatusEndOfFile = 0xC0000011; // STATUS_END_OF_FILE
 
 std::uint32_t CodeOfArithmetic(int reason) {
-    switch (reason) {
-    case FPE_INTOVF:
-        return ExceptionIntegerOverflow;
-    case FPE_FLTDIV:
-        return ExceptionFloatDivideByZero;
-    case FPE_FLTOVF:
-        return ExceptionFloatOverflow;
-    case FPE_FLTUND:
-        return ExceptionFloatUnderflow;
-    case FPE_FLTRES:
-        return ExceptionFloatInexact;
-    case FPE_FLTINV:
-        return ExceptionFloatInvalid;
-    case FPE_FLTSUB:
-        return ExceptionArrayBounds;
-    default:
-        return ExceptionIntegerDivideByZero;
+    constexpr std::pair<int, std::uint32_t> codes[] = {
+        {FPE_INTOVF, ExceptionIntegerOverflow}, {FPE_FLTDIV, ExceptionFloatDivideByZero},
+        {FPE_FLTOVF, ExceptionFloatOverflow},   {FPE_FLTUND, ExceptionFloatUnderflow},
+        {FPE_FLTRES, ExceptionFloatInexact},    {FPE_FLTINV, ExceptionFloatInvalid},
+        {FPE_FLTSUB, ExceptionArrayBounds},
+    };
+    for (const auto& [known, code] : codes) {
+        if (known == reason) {
+            return code;
+        }
     }
+    return ExceptionIntegerDivideByZero;
 }
 
 // A stack that ends is touched at its pointer or just below it: by a call, or by the first use of a frame.

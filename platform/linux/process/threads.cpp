@@ -61,7 +61,7 @@ ThreadLife* OwnLife() {
     }
     auto fresh = std::make_unique<ThreadLife>();
     const int result = pthread_setspecific(LifeKey(), fresh.get());
-    return result == 0 ? fresh.release() : (Fail(WindowsErrorCode(result)), nullptr);
+    return result == 0 ? fresh.release() : Fail(WindowsErrorCode(result), nullptr);
 }
 
 } // namespace
@@ -91,8 +91,7 @@ std::uint32_t TlsAlloc() {
     pthread_key_t key = 0;
     const int result = pthread_key_create(&key, nullptr);
     if (result != 0) {
-        SetLastError(WindowsErrorCode(result));
-        return TlsOutOfIndexes;
+        return Fail(WindowsErrorCode(result), TlsOutOfIndexes);
     }
     return key;
 }

@@ -174,12 +174,12 @@ void ReadRegistryText(std::string_view bytes, RegistryNode& top) {
             break;
         case Kind::Value:
             if (node) {
-                node->values.Add(statement.name) = std::move(statement.value);
+                node->values[std::move(statement.name)] = std::move(statement.value);
             }
             break;
         case Kind::RemovedValue:
             if (node) {
-                node->values.Remove(statement.name);
+                node->values.erase(statement.name);
             }
             break;
         case Kind::Nothing:

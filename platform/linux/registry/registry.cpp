@@ -161,9 +161,12 @@ std::uint32_t WithValue(RegistryKey key, std::u16string_view name, TAction actio
         if (!Exists(*top, *open)) {
             return ErrorKeyDeleted;
         }
-        const RegistryNode* node = FindNode(*top, open->names);
-        const RegistryValue* value = node ? node->values.Find(name) : nullptr;
-        return value ? action(*value) : ErrorFileNotFound;
+        if (const RegistryNode* node = FindNode(*top, open->names)) {
+            if (const auto value = node->values.find(name); value != node->values.end()) {
+                return action(value->second);
+            }
+        }
+        return ErrorFileNotFound;
     });
 }
 

@@ -8,12 +8,13 @@
 #include "platform/linux/files/replacefile.h"
 #include "platform/linux/registry/regfile.h"
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <ctime>
 #include <fcntl.h>
 #include <mutex>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace Platform {
@@ -33,36 +34,11 @@ std::uint32_t CodeFromErrno() {
     return RegistryCode(WindowsErrorCode(errno));
 }
 
-// Tells one content of a file from another.
-struct FileState {
-    dev_t device = 0;
-    ino_t number = 0;
-    off_t size = 0;
-    timespec modified{};
-    timespec changed{};
-
-    bool operator==(const FileState& other) const {
-        const auto same = [](const timespec& a, const timespec& b) {
-            return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-        };
-        return device == other.device && number == other.number && size == other.size &&
-               same(modified, other.modified) && same(changed, other.changed);
-    }
-
-    // So long ago that a later change gets another time, however coarse the file system's clock is.
-    bool IsSettled() const { return std::time(nullptr) - changed.tv_sec > 2; }
-};
-
-// A file of a root, open.
-struct Layer {
-    Descriptor file;
-    FileState state;
-};
-
-// The last tree read of each root, for a program reads one setting after the other and opens the key for each.
+// The last tree of each root, for a program reads one setting after the other and opens the key for each: a start with
+// settings in a file takes two thirds more instructions without.
 struct Cache {
     struct Tree {
-        std::vector<FileState> states; // of the layers
+        std::vector<std::string> files; // what it was made of
         std::shared_ptr<const RegistryNode> top;
     };
 
@@ -76,68 +52,32 @@ Cache& TreeCache() {
     return cache;
 }
 
-std::uint32_t OpenStore(const std::string& path, Layer& layer) {
+std::uint32_t OpenStore(const std::string& path, Descriptor& file) {
     PLATFORM_FAULT(OpenStore, GetLastError());
-    layer.file = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    file = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
-    if (!layer.file || fstat(layer.file.Get(), &status) != 0) {
+    if (!file || fstat(file.Get(), &status) != 0) {
         return CodeFromErrno();
     }
-    layer.state = {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
     return S_ISREG(status.st_mode) ? ErrorSuccess : ErrorAccessDenied;
 }
 
-std::uint32_t ReadStore(const Layer& layer, std::string& bytes) {
+// An empty file where there is none.
+std::uint32_t ReadStore(const std::string& path, std::string& bytes) {
+    Descriptor file;
+    const std::uint32_t result = OpenStore(path, file);
+    if (result != ErrorSuccess) {
+        return result == ErrorFileNotFound ? ErrorSuccess : result;
+    }
     PLATFORM_FAULT(ReadStore, GetLastError());
-    constexpr std::size_t step = 0x10000;
-    bytes.resize(static_cast<std::size_t>(layer.state.size) + 1); // a byte more, so that the first read meets the end
-    for (std::size_t filled = 0;;) {
-        const auto done = Retry([&] { return read(layer.file.Get(), bytes.data() + filled, bytes.size() - filled); });
-        if (done <= 0) {
-            bytes.resize(filled);
-            return done == 0 ? ErrorSuccess : CodeFromErrno();
+    std::array<char, 0x10000> piece;
+    for (;;) {
+        const auto count = Retry([&] { return read(file.Get(), piece.data(), piece.size()); });
+        if (count <= 0) {
+            return count == 0 ? ErrorSuccess : CodeFromErrno();
         }
-        filled += static_cast<std::size_t>(done);
-        bytes.resize(std::max(bytes.size(), filled + (filled == bytes.size() ? step : 0)));
+        bytes.append(piece.data(), static_cast<std::size_t>(count));
     }
-}
-
-// Opens the files of a root that are there, the one that lies under all others first.
-std::uint32_t OpenLayers(RegistryRoot root, std::vector<Layer>& layers) {
-    std::vector<std::string> folders = RegistryFolders(root);
-    std::reverse(folders.begin(), folders.end());
-    for (const std::string& folder : folders) {
-        Layer layer;
-        const std::uint32_t result = folder.empty() ? ErrorFileNotFound : OpenStore(RegistryFile(folder, root), layer);
-        if (result == ErrorSuccess) {
-            layers.push_back(std::move(layer));
-        } else if (result != ErrorFileNotFound) {
-            return result;
-        }
-    }
-    return ErrorSuccess;
-}
-
-std::uint32_t ReadLayers(const std::vector<Layer>& layers, RegistryNode& top) {
-    for (const Layer& layer : layers) {
-        std::string bytes;
-        const std::uint32_t result = ReadStore(layer, bytes);
-        if (result != ErrorSuccess) {
-            return result;
-        }
-        ReadRegistryText(bytes, top);
-    }
-    return ErrorSuccess;
-}
-
-// The file that is written to; an empty one where there is none.
-std::uint32_t ReadFirstLayer(const std::string& path, std::string& bytes) {
-    Layer layer;
-    const std::uint32_t result = OpenStore(path, layer);
-    if (result == ErrorSuccess) {
-        return ReadStore(layer, bytes);
-    }
-    return result == ErrorFileNotFound ? ErrorSuccess : result;
 }
 
 std::uint32_t LockStore(const std::string& folder, Descriptor& lock) {
@@ -154,32 +94,28 @@ std::uint32_t LockStore(const std::string& folder, Descriptor& lock) {
 } // namespace
 
 std::uint32_t LoadRegistry(RegistryRoot root, std::shared_ptr<const RegistryNode>& top) {
-    std::vector<Layer> layers;
-    std::uint32_t result = OpenLayers(root, layers);
-    if (result != ErrorSuccess) {
-        return result;
+    std::vector<std::string> files;
+    for (const std::string& folder : RegistryFolders(root)) {
+        std::string bytes;
+        const std::uint32_t result = folder.empty() ? ErrorSuccess : ReadStore(RegistryFile(folder, root), bytes);
+        if (result != ErrorSuccess) {
+            return result;
+        }
+        files.push_back(std::move(bytes));
     }
-    Cache::Tree fresh;
-    bool isSettled = true; // looked at before the reading, for a change may come meanwhile
-    for (const Layer& layer : layers) {
-        fresh.states.push_back(layer.state);
-        isSettled = isSettled && layer.state.IsSettled();
-    }
+    std::reverse(files.begin(), files.end()); // the one that lies under all others first
     Cache& cache = TreeCache();
-    Cache::Tree& cached = cache.trees[static_cast<std::size_t>(root)];
     const std::lock_guard guard(cache.lock);
-    if (cached.top && cached.states == fresh.states) {
-        top = cached.top;
-        return ErrorSuccess;
+    Cache::Tree& cached = cache.trees[static_cast<std::size_t>(root)];
+    if (!cached.top || cached.files != files) {
+        const auto read = std::make_shared<RegistryNode>();
+        for (const std::string& bytes : files) {
+            ReadRegistryText(bytes, *read);
+        }
+        cached = {std::move(files), read};
     }
-    const auto read = std::make_shared<RegistryNode>();
-    result = ReadLayers(layers, *read);
-    if (result == ErrorSuccess) {
-        top = read;
-        fresh.top = read;
-        cached = isSettled ? std::move(fresh) : Cache::Tree();
-    }
-    return result;
+    top = cached.top;
+    return ErrorSuccess;
 }
 
 std::uint32_t ChangeRegistry(RegistryRoot root, const RegistryChange& change) {
@@ -197,7 +133,7 @@ std::uint32_t ChangeRegistry(RegistryRoot root, const RegistryChange& change) {
     }
     const std::string path = RegistryFile(folder, root);
     std::string bytes;
-    result = ReadFirstLayer(path, bytes);
+    result = ReadStore(path, bytes);
     if (result != ErrorSuccess) {
         return result;
     }

@@ -3,7 +3,6 @@
 #include "platform/inc/lasterror.h"
 #include "platform/inc/registry.h"
 #include "platform/linux/text/lettercase.h"
-#include "platform/linux/text/nativetext.h"
 #include <algorithm>
 #include <cstring>
 
@@ -16,10 +15,9 @@ constexpr std::size_t DeepestPath = 512;
 
 } // namespace
 
-std::u16string FoldedName(std::u16string_view name) {
-    std::u16string folded(name);
-    std::transform(folded.begin(), folded.end(), folded.begin(), UpcaseCharacter);
-    return folded;
+bool NameOrder::operator()(std::u16string_view a, std::u16string_view b) const {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                        [](char16_t x, char16_t y) { return UpcaseCharacter(x) < UpcaseCharacter(y); });
 }
 
 bool IsText(std::uint32_t type) {
@@ -55,28 +53,32 @@ std::uint32_t SplitKeyPath(std::u16string_view path, std::vector<std::u16string>
     return ErrorSuccess;
 }
 
-const RegistryNode* FindNode(const RegistryNode& top, const std::vector<std::u16string>& names) {
+const RegistryNode* FindNode(const RegistryNode& top, std::span<const std::u16string> names) {
     const RegistryNode* node = &top;
     for (const std::u16string& name : names) {
-        node = node ? node->keys.Find(name) : nullptr;
+        const auto place = node->keys.find(name);
+        if (place == node->keys.end()) {
+            return nullptr;
+        }
+        node = place->second.get();
     }
     return node;
 }
 
-void RemoveNode(RegistryNode& top, const std::vector<std::u16string>& names) {
-    RegistryNode* node = &top;
-    for (std::size_t i = 0; node && i + 1 < names.size(); ++i) {
-        node = node->keys.Find(names[i]);
-    }
-    if (node && !names.empty()) {
-        node->keys.Remove(names.back());
+void RemoveNode(RegistryNode& top, std::span<const std::u16string> names) {
+    if (!names.empty() && FindNode(top, names)) {
+        MakeNode(top, names.first(names.size() - 1)).keys.erase(names.back());
     }
 }
 
-RegistryNode& MakeNode(RegistryNode& top, const std::vector<std::u16string>& names) {
+RegistryNode& MakeNode(RegistryNode& top, std::span<const std::u16string> names) {
     RegistryNode* node = &top;
     for (const std::u16string& name : names) {
-        node = &node->keys.Add(name);
+        std::unique_ptr<RegistryNode>& below = node->keys[name];
+        if (!below) {
+            below = std::make_unique<RegistryNode>();
+        }
+        node = below.get();
     }
     return *node;
 }

@@ -77,13 +77,9 @@ std::basic_string_view<TUnit> Source(const TUnit* text, std::int32_t length) {
 }
 
 // A conversion's result: its size, or 0 with the last error set.
-std::int32_t Refused(std::uint32_t error) {
-    SetLastError(error);
-    return 0;
-}
 std::int32_t Converted(std::size_t size) {
     constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max());
-    return size <= most ? static_cast<std::int32_t>(size) : Refused(ErrorNotEnoughMemory);
+    return size <= most ? static_cast<std::int32_t>(size) : Fail(ErrorNotEnoughMemory, 0);
 }
 
 // `convert(out, refused)` runs into the caller's buffer, or into a counter when only the size is asked for.
@@ -93,13 +89,13 @@ std::int32_t ConvertUtf8(TUnit* buffer, std::int32_t size, TConversion convert) 
     if (size == 0) {
         UnitCounter<TUnit> counter;
         convert(counter, refused);
-        return refused ? Refused(ErrorNoUnicodeTranslation) : Converted(counter.Size());
+        return refused ? Fail(ErrorNoUnicodeTranslation, 0) : Converted(counter.Size());
     }
     UnitWriter<TUnit> writer(buffer, static_cast<std::size_t>(size));
     if (convert(writer, refused)) {
         return Converted(writer.Size());
     }
-    return Refused(refused ? ErrorNoUnicodeTranslation : ErrorInsufficientBuffer);
+    return Fail(refused ? ErrorNoUnicodeTranslation : ErrorInsufficientBuffer, 0);
 }
 
 std::int32_t FromUtf8(std::string_view text, bool refuseInvalid, char16_t* buffer, std::int32_t size) {
@@ -138,20 +134,20 @@ public:
     // The result of the platform function.
     std::int32_t Convert(std::basic_string_view<TFrom> text, bool refuseInvalid) {
         if (!IsOpen()) {
-            return Refused(ErrorInvalidParameter);
+            return Fail(ErrorInvalidParameter, 0);
         }
         while (!text.empty()) {
             if (Step(text)) {
                 continue;
             }
             if (refuseInvalid) {
-                return Refused(ErrorNoUnicodeTranslation);
+                return Fail(ErrorNoUnicodeTranslation, 0);
             }
             text.remove_prefix(1);
             PutDefaultCharacter();
         }
         Finish();
-        return room != 0 && size > room ? Refused(ErrorInsufficientBuffer) : Converted(size);
+        return room != 0 && size > room ? Fail(ErrorInsufficientBuffer, 0) : Converted(size);
     }
 
 private:
@@ -208,7 +204,7 @@ std::int32_t WideCharToMultiByte(std::uint32_t codePage, std::uint32_t flags, co
     const std::uint32_t page = ResolvePage(codePage);
     const std::uint32_t unknownFlags = flags & ~KnownFlags(page, WcKnownFlags, WcErrInvalidChars);
     if (const std::uint32_t error = ArgumentError(text, length, buffer, size, unknownFlags)) {
-        return Refused(error);
+        return Fail(error, 0);
     }
     const bool refuseInvalid = (flags & WcErrInvalidChars) != 0;
     if (page == CodePageUtf8) {
@@ -224,7 +220,7 @@ std::int32_t MultiByteToWideChar(std::uint32_t codePage, std::uint32_t flags, co
     const std::uint32_t page = ResolvePage(codePage);
     const std::uint32_t unknownFlags = flags & ~KnownFlags(page, MbKnownFlags, MbErrInvalidChars);
     if (const std::uint32_t error = ArgumentError(text, length, buffer, size, unknownFlags)) {
-        return Refused(error);
+        return Fail(error, 0);
     }
     const bool refuseInvalid = (flags & MbErrInvalidChars) != 0;
     if (page == CodePageUtf8) {

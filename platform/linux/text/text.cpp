@@ -29,6 +29,9 @@ constexpr std::u16string_view NumberSpaces =
 constexpr std::u16string_view ZeroDigits =
     u"0\u0660\u06F0\u0966\u09E6\u0A66\u0AE6\u0B66\u0C66\u0CE6\u0D66\u0E50\u0ED0\u0F20\u1040\u17E0\u1810\uFF10";
 
+// The run-time knows A to Z alone until a locale is set.
+std::atomic<bool> FoldsAllLetters = false;
+
 // -1 for a character that is no digit.
 std::int32_t DigitOf(char16_t c) {
     for (const char16_t zero : ZeroDigits) {
@@ -55,20 +58,17 @@ std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32
     PLATFORM_FAULT(FormatMessage, 0);
     std::u16string found(ErrorText(code));
     if (found.empty()) {
-        SetLastError(ErrorMessageNotFound);
-        return 0;
+        return Fail(ErrorMessageNotFound, 0U);
     }
     if (!(flags & FormatMessageIgnoreInserts) && found.find(u'%') != std::u16string::npos) {
-        SetLastError(ErrorInvalidParameter);
-        return 0;
+        return Fail(ErrorInvalidParameter, 0U);
     }
     if (const std::string_view words = ModuleErrorWords(code); !words.empty()) {
         found += Utf16Text(words) + u"\r\n";
     }
     text = static_cast<char16_t*>(AllocateRuntimeHeap((found.size() + 1) * sizeof(char16_t)));
     if (!text) {
-        SetLastError(ErrorNotEnoughMemory);
-        return 0;
+        return Fail(ErrorNotEnoughMemory, 0U);
     }
     *std::copy(found.begin(), found.end(), text) = u'\0';
     return static_cast<std::uint32_t>(found.size());
@@ -77,13 +77,6 @@ std::uint32_t FormatMessage(std::uint32_t flags, std::uint32_t code, std::uint32
 void LocalFree(void* buffer) {
     FreeRuntimeHeap(buffer);
 }
-
-namespace {
-
-// The run-time knows A to Z alone until a locale is set.
-std::atomic<bool> FoldsAllLetters = false;
-
-} // namespace
 
 void SetUserLocale() {
     FoldsAllLetters = true;

@@ -29,17 +29,17 @@ std::u16string Wide(std::string_view bytes) {
     return text;
 }
 
-/// A tree, written key for key, in UTF-8 and with LF and without the header.
+/// A tree, written key for key in the order of their names, in UTF-8 and with LF and without the header.
 void Write(const RegistryNode& node, std::vector<std::u16string>& path, std::string& bytes) {
-    node.keys.ForEach([&](const std::u16string& name, const RegistryNode& key) {
+    for (const auto& [name, key] : node.keys) {
         path.push_back(name);
         bytes = AddRegistryKey(bytes, path);
-        key.values.ForEach([&](const std::u16string& valueName, const RegistryValue& value) {
+        for (const auto& [valueName, value] : key->values) {
             bytes = SetRegistryValue(bytes, path, valueName, value);
-        });
-        Write(key, path, bytes);
+        }
+        Write(*key, path, bytes);
         path.pop_back();
-    });
+    }
 }
 std::string Written(std::string_view bytes) {
     RegistryNode top;
@@ -131,12 +131,12 @@ struct Row {
 // clang-format off
 const Row Rows[] = {
     {"nothing", "", ""},
-    {"plain and default", "\"a\"=\"x\"\n@=\"y\"\n", "="},
+    {"plain and default", "@=\"y\"\n\"a\"=\"x\"\n", "="},
     {"last value, first spelling", "\"Ab\"=\"x\"\n\"aB\"=\"y\"\n", "\"Ab\"=\"y\"\n"},
-    {"blanks and comments", " \"a\" = \"x\" ; c\n;\"b\"=\"y\"\n\t@=dword:1 ;\n", "\"a\"=\"x\"\n@=dword:00000001\n"},
+    {"blanks and comments", " \"a\" = \"x\" ; c\n;\"b\"=\"y\"\n\t@=dword:1 ;\n", "@=dword:00000001\n\"a\"=\"x\"\n"},
     {"escapes", R"("\"a\\"="\"b\\\c")", "\"\\\"a\\\\\"=\"\\\"b\\\\c\"\n"},
     {"line breaks", "\"a\\r\\nb\"=\"x\\r\\ny\"\n\"c\"=\"\ny\"\n", "\"a\\r\\nb\"=hex(1):78,00,0d,00,0a,00,79,00,00,00\n\"c\"=hex(1):0a,00,79,00,00,00\n"},
-    {"capitals", "\"a\"=DWORD:A\n\"b\"=Hex(B):01\n@=HEX:02\n", "\"a\"=dword:0000000a\n\"b\"=hex(b):01\n@=hex:02\n"},
+    {"capitals", "\"a\"=DWORD:A\n\"b\"=Hex(B):01\n@=HEX:02\n", "@=hex:02\n\"a\"=dword:0000000a\n\"b\"=hex(b):01\n"},
     {"open quotes", "\"a=\"x\"\n\"b\"=\"x\n\"c\"=\"x\\\"\n\"d\\\n@=\"y\"", "@=\"y\"\n"},
     {"something behind", "\"a\"=\"x\"y\n\"b\"=dword:1x\n\"c\"=hex:01 02\n\"d\"=-x\n@=\"y\"", "@=\"y\"\n"},
     {"no such form", "\"a\"=x\n\"b\"=hex(:1\n\"c\"=hex()\n\"d\"=dword:\n\"e\"\n=1\n@=hex(g):1\n", ""},
@@ -153,7 +153,7 @@ const Row Rows[] = {
     {"no key", "[HKEY_USERS\\\\K]\n@=\"x\"\n[HKEY_NONE\\K]\n@=\"x\"\n[HKEY_USERS\\K\n@=\"x\"\n[]\n@=\"x\"\n", ""},
     {"a name too long", "[HKEY_USERS\\" + std::string(256, 'n') + "]\n@=\"x\"\n", ""},
     {"a path too deep", "[" + DeepPath() + "]\n@=\"x\"\n", ""},
-    {"separators and brackets", "[HKEY_USERS\\K\\\\L\\] c\n[HKEY_USERS\\k\\a]b]\n", "\n[HKEY_USERS\\K\\L]\n\n[HKEY_USERS\\K\\a]b]\n"},
+    {"separators and brackets", "[HKEY_USERS\\K\\\\L\\] c\n[HKEY_USERS\\k\\a]b]\n", "\n[HKEY_USERS\\K\\a]b]\n\n[HKEY_USERS\\K\\L]\n"},
     {"narrow texts", "REGEDIT4\n@=hex(2):61,62,00\n\"b\"=hex:61\n", "@=hex(2):61,00,62,00,00,00\n\"b\"=hex:61\n"},
     {"letters", "\"\xC3\x84\"=\"\xE2\x82\xAC\"\n\"\xC3\xA4\"=\"\xF0\x9F\x98\x80\"\n", "\"\xC3\x84\"=\"\xF0\x9F\x98\x80\"\n"},
 };
