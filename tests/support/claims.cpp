@@ -30,7 +30,7 @@ void Tell(std::string_view row, const std::string& answer) {
 
 // A failed comparison in one line.
 std::string InShort(const testing::TestPartResult& failure) {
-    static const std::regex values("[\\s\\S]*Which is: (.*)\n[\\s\\S]*Which is: (.*)\n[\\s\\S]*");
+    static const std::regex values("[\\s\\S]*Which is: (.*)\n[\\s\\S]*Which is: ([^\n]*)[\\s\\S]*");
     static const std::regex blanks("\\s+");
     const std::string message = failure.message();
     return std::regex_replace(std::regex_replace(message, values, "answered $1, claimed $2"), blanks, " ");
