@@ -20,7 +20,6 @@ That file has a block for each run, of lines `key value`; `\\XXXX` stands for th
 
 import argparse
 import json
-import os
 import pathlib
 import re
 import subprocess
@@ -162,31 +161,33 @@ def files(build):
     yield TESTS.parent / "docs/testing-windows.md", "README.md"
 
 
-def make(build, target):
-    """Writes the bundle, the programs without the symbols that name our folders."""
+def make(build, folder):
+    """Writes the bundle into the folder, the programs without the symbols that name our folders, and returns its path."""
     cache = dict(re.findall(r"^(\w+):\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.M))
     content = f"version {cache['CMAKE_PROJECT_VERSION']}\n" + "\n".join(all_lines(build)) + "\n"
-    with zipfile.ZipFile(target, "w", zipfile.ZIP_DEFLATED) as archive:
+    target = folder / f"corvane-{cache['CMAKE_PROJECT_VERSION']}-windows-tests.zip"
+    stripped = folder / "stripped.tmp"
+    with zipfile.ZipFile(target, "w") as archive:
         def add(place, data):
-            # Two bundles of one commit are the same bytes.
+            # Without the time, so that two bundles of one commit are the same bytes.
             archive.writestr(zipfile.ZipInfo("corvane-tests/" + place), data, zipfile.ZIP_DEFLATED)
 
         add("cases.txt", content)
-        stripped = os.path.join(os.path.dirname(os.path.abspath(target)), "stripped.tmp")
         for file, place in sorted(files(build), key=lambda entry: entry[1]):
             if file.suffix in (".exe", ".dll"):
                 subprocess.run([cache["CMAKE_OBJCOPY"], "--preserve-dates", "--strip-all", file, stripped], check=True)
-                file = pathlib.Path(stripped)
+                file = stripped
             add(place, file.read_bytes())
-        os.unlink(stripped)
+    stripped.unlink()
+    return target
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.partition("\n\n")[0])
     parser.add_argument("--build", required=True, type=pathlib.Path)
-    parser.add_argument("--output", required=True)
+    parser.add_argument("--folder", required=True, type=pathlib.Path)
     options = parser.parse_args()
-    make(options.build.resolve(), options.output)
+    print(make(options.build.resolve(), options.folder))
 
 
 if __name__ == "__main__":

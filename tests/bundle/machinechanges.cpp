@@ -16,26 +16,45 @@ constexpr const wchar_t* Clients = L"Software\\Clients\\Mail";
 constexpr const wchar_t* ClientName = L"CorvaneTest";
 constexpr const wchar_t* Settings = L"Software\\Ostrel\\Tessarix";
 
-// Keys that a run makes, or the test programs in it; those that are not there before are removed with all that they
-// hold.
-const std::pair<HKEY, const wchar_t*> Touched[] = {
-    {HKEY_LOCAL_MACHINE, L"Software\\Clients\\Mail\\CorvaneTest"},
-    {HKEY_LOCAL_MACHINE, L"Software\\Clients\\Mail"},
-    {HKEY_CURRENT_USER, L"Software\\Clients\\Mail"},
-    {HKEY_CURRENT_USER, L"Software\\Clients"},
-    {HKEY_LOCAL_MACHINE, L"Software\\Ostrel"},
-    {HKEY_CURRENT_USER, L"Software\\Ostrel"},
+const std::wstring ClientKey = std::wstring(Clients) + L"\\" + ClientName;
+
+struct Key {
+    HKEY root;
+    std::wstring path;
+    bool mayHoldOthers = false; // it is removed only if nothing is in it
+};
+
+// Keys that a run makes, or the test programs in it: removed at the end, unless they were there before.
+const Key Touched[] = {
+    {HKEY_LOCAL_MACHINE, ClientKey},
+    {HKEY_LOCAL_MACHINE, Clients, true},
+    {HKEY_CURRENT_USER, Clients, true},
+    {HKEY_CURRENT_USER, L"Software\\Clients", true},
     {HKEY_LOCAL_MACHINE, Settings},
     {HKEY_CURRENT_USER, Settings},
+    {HKEY_LOCAL_MACHINE, L"Software\\Ostrel", true},
+    {HKEY_CURRENT_USER, L"Software\\Ostrel", true},
     {HKEY_CURRENT_USER, L"Software\\TessarixTest"},
     {HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest"},
 };
 
-const std::wstring ClientKey = std::wstring(Clients) + L"\\" + ClientName;
-
 bool Exists(HKEY root, const std::wstring& path) {
     HKEY key = nullptr;
     return RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS && RegCloseKey(key) == ERROR_SUCCESS;
+}
+
+void Remove(const Key& key) {
+    DWORD keys = 0;
+    DWORD values = 0;
+    HKEY opened = nullptr;
+    if (key.mayHoldOthers && RegOpenKeyExW(key.root, key.path.c_str(), 0, KEY_READ, &opened) == ERROR_SUCCESS) {
+        RegQueryInfoKeyW(opened, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
+                         nullptr);
+        RegCloseKey(opened);
+    }
+    if (keys == 0 && values == 0) {
+        RegDeleteTreeW(key.root, key.path.c_str());
+    }
 }
 
 // Tries it: only the system knows whom it lets.
@@ -61,10 +80,14 @@ std::wstring DefaultClient(HKEY root) {
     return status == ERROR_SUCCESS ? std::to_wstring(type) + L' ' + name : L"";
 }
 
+// What somebody else has chosen since stays.
 void RestoreDefaultClient(HKEY root, const std::wstring& former) {
+    if (DefaultClient(root) != std::to_wstring(REG_SZ) + L' ' + ClientName) {
+        return;
+    }
     if (former.empty()) {
         RegDeleteKeyValueW(root, Clients, nullptr);
-    } else if (former != DefaultClient(root)) {
+    } else {
         const std::size_t blank = former.find(L' ');
         SetText(root, Clients, nullptr, former.substr(blank + 1), std::stoul(former.substr(0, blank)));
     }
@@ -74,17 +97,19 @@ void RestoreDefaultClient(HKEY root, const std::wstring& former) {
 
 CMachineChanges::CMachineChanges(std::wstring journalPath) : journal(std::move(journalPath)) {
     Restore();
-    std::string missing;
-    for (const auto& [root, path] : Touched) {
-        missing += Exists(root, path) ? 'k' : 'n'; // kept, new
+    std::string known;
+    for (const Key& key : Touched) {
+        known += Exists(key.root, key.path) ? 'k' : 'n'; // kept, new
     }
-    std::ofstream(std::filesystem::path(journal), std::ios::binary) << missing << '\n'
-                                                                    << Narrow(DefaultClient(HKEY_LOCAL_MACHINE)) << '\n'
-                                                                    << Narrow(DefaultClient(HKEY_CURRENT_USER)) << '\n';
+    std::ofstream file(std::filesystem::path(journal), std::ios::binary);
+    file << known << '\n'
+         << Narrow(DefaultClient(HKEY_LOCAL_MACHINE)) << '\n'
+         << Narrow(DefaultClient(HKEY_CURRENT_USER)) << '\n';
+    file.close();
     if (Exists(HKEY_CURRENT_USER, Settings) || Exists(HKEY_LOCAL_MACHINE, Settings)) {
         noSettings = "this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
     }
-    if (!std::filesystem::exists(journal) || !CanChange(HKEY_LOCAL_MACHINE, ClientKey)) {
+    if (!file || !CanChange(HKEY_LOCAL_MACHINE, ClientKey)) {
         noClient =
             "it changes the machine's registry: start this from an elevated prompt, in a folder that can be written";
         noSettings = noClient;
@@ -118,16 +143,16 @@ void CMachineChanges::SetSettings(const Values& user, const Values& machine) {
 
 void CMachineChanges::Restore() {
     std::ifstream file{std::filesystem::path(journal), std::ios::binary};
-    std::string missing, machineClient, userClient;
-    if (!std::getline(file, missing) || !std::getline(file, machineClient) || !std::getline(file, userClient)) {
+    std::string known, machineClient, userClient;
+    if (!std::getline(file, known) || !std::getline(file, machineClient) || !std::getline(file, userClient)) {
         return; // nothing has been changed
     }
     file.close();
     RestoreDefaultClient(HKEY_LOCAL_MACHINE, Wide(machineClient));
     RestoreDefaultClient(HKEY_CURRENT_USER, Wide(userClient));
-    for (std::size_t i = 0; i < std::min(missing.size(), std::size(Touched)); ++i) {
-        if (missing[i] == 'n') {
-            RegDeleteTreeW(Touched[i].first, Touched[i].second);
+    for (std::size_t i = 0; i < std::min(known.size(), std::size(Touched)); ++i) {
+        if (known[i] == 'n') {
+            Remove(Touched[i]);
         }
     }
     DeleteFileW(journal.c_str());

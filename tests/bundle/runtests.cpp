@@ -4,7 +4,9 @@
 #include "tests/bundle/childprocess.h"
 #include "tests/bundle/machinechanges.h"
 #include "tests/bundle/text.h"
+#include <atomic>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -17,6 +19,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+
+std::atomic<bool> interrupted = false; // by Control-C: the machine is restored first
 
 constexpr std::string_view ClaimMark = "claim: "; // what a test program's line begins with
 
@@ -226,6 +230,10 @@ void CTestRun::Summarise() {
 
 bool CTestRun::Run(const std::string& part) {
     for (const TestCase& row : list.cases) {
+        if (interrupted) {
+            Tell("interrupted");
+            break;
+        }
         if (row.name.find(part) == std::string::npos) {
             continue;
         }
@@ -237,7 +245,7 @@ bool CTestRun::Run(const std::string& part) {
         }
     }
     Summarise();
-    return failed == 0 && passed > 0;
+    return failed == 0 && passed > 0 && !interrupted;
 }
 
 } // namespace
@@ -251,5 +259,11 @@ extern "C" int wmain(int count, wchar_t** arguments) {
         std::fprintf(stderr, "runtests: cases.txt, which belongs beside this program, is missing\n");
         return 2;
     }
-    return CTestRun(bundle, std::move(list)).Run(count > 1 ? Narrow(arguments[1]) : "") ? 0 : 1;
+    SetConsoleCtrlHandler([](DWORD) -> BOOL { return interrupted = true; }, TRUE);
+    try {
+        return CTestRun(bundle, std::move(list)).Run(count > 1 ? Narrow(arguments[1]) : "") ? 0 : 1;
+    } catch (const std::exception& failure) { // caught, so that the machine is restored
+        std::fprintf(stderr, "runtests: %s\n", failure.what());
+        return 2;
+    }
 }
