@@ -30,11 +30,11 @@ import zipfile
 TESTS = pathlib.Path(__file__).resolve().parents[1]
 sys.path += [str(TESTS / "e2e"), str(TESTS / "endings")]
 
-import cases  # noqa: E402
-import endings  # noqa: E402
-import extended  # noqa: E402
-import life  # noqa: E402
-import places  # noqa: E402
+import cases
+import endings
+import extended
+import life
+import places
 
 
 FOLDER = "{bundle}"  # the runner puts its own folder there
@@ -136,7 +136,8 @@ def all_lines(build):
         program = {"static": "staticfailure"}.get(program, program)
         code = ABORTED if code == endings.ABORTED else code & 0xFFFFFFFF
         yield from program_lines(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
-    yield from program_lines("message table", "tests\\exportsprobe.exe", [FOLDER + "\\program\\corvane.exe"], life.LIMIT)
+    program = FOLDER + "\\program\\corvane.exe"
+    yield from program_lines("message table", "tests\\exportsprobe.exe", [program], life.LIMIT)
     for name, command, user, machine, told, stops in life.probe_rows():
         code = life.BREAKPOINT if stops else 0
         yield from program_lines(name, "tests\\lifeprobe.exe", [command], life.LIMIT, code, told)
@@ -162,7 +163,7 @@ def files(build):
 
 
 def make(build, folder):
-    """Writes the bundle into the folder, the programs without the symbols that name our folders, and returns its path."""
+    """Writes the bundle into the folder and returns its path. The programs go without symbols, which name our folders."""
     cache = dict(re.findall(r"^(\w+):\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.M))
     content = f"version {cache['CMAKE_PROJECT_VERSION']}\n" + "\n".join(all_lines(build)) + "\n"
     target = folder / f"corvane-{cache['CMAKE_PROJECT_VERSION']}-windows-tests.zip"

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the test bundle and runs it under Wine as a stranger would: from a folder with blanks, in a fresh prefix that is
-Windows 10. Ends with 1 if a run failed, a path of this machine is in it, or it leaves the registry otherwise than it was before the
-first of two runs, which is killed."""
+"""Makes the test bundle and runs it under Wine as a stranger would: from a folder with blanks, in a fresh prefix that
+is Windows 10. A first run is killed.
+
+Ends with 1 if a run failed, a path of this machine is in the bundle, or the registry is not as it was in the end."""
 
 import argparse
 import os
@@ -21,7 +22,8 @@ DEFAULT_CLIENT = re.compile(r"^\[Software\\\\Clients\\\\Mail\][^\[]*", re.M)
 
 def named_paths(folder, paths):
     """The files that name one of the paths, in either width."""
-    needles = [text for path in paths for text in (str(path).encode(), str(path).encode("utf-16-le"))]
+    spellings = [spelling for path in paths for spelling in (str(path), str(path).replace("/", "\\"))]
+    needles = [text for spelling in spellings for text in (spelling.encode(), spelling.encode("utf-16-le"))]
     for file in folder.rglob("*"):
         if file.is_file():
             content = file.read_bytes()
@@ -40,7 +42,7 @@ def problems(options, root):
     with zipfile.ZipFile(bundle.make(options.build, root)) as content:
         content.extractall(root / "a path with blanks")
     folder = root / "a path with blanks" / "corvane-tests"
-    yield from named_paths(folder, (SOURCE, options.build))
+    yield from named_paths(folder, (SOURCE, options.build, "/usr/src/"))
     prefix = root / "prefix"
     environment = {**os.environ, "CORVANE_WINEPREFIX": str(prefix)}
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <utility>
 
 #define WIN32_LEAN_AND_MEAN
@@ -106,12 +107,14 @@ CMachineChanges::CMachineChanges(std::wstring journalPath) : journal(std::move(j
          << Narrow(DefaultClient(HKEY_LOCAL_MACHINE)) << '\n'
          << Narrow(DefaultClient(HKEY_CURRENT_USER)) << '\n';
     file.close();
+    if (!file) {
+        throw std::runtime_error("its folder cannot be written, and nothing is changed that could not be restored");
+    }
     if (Exists(HKEY_CURRENT_USER, Settings) || Exists(HKEY_LOCAL_MACHINE, Settings)) {
         noSettings = "this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
     }
-    if (!file || !CanChange(HKEY_LOCAL_MACHINE, ClientKey)) {
-        noClient =
-            "it changes the machine's registry: start this from an elevated prompt, in a folder that can be written";
+    if (!CanChange(HKEY_LOCAL_MACHINE, ClientKey)) {
+        noClient = "it changes the machine's registry: start this from an elevated prompt";
         noSettings = noClient;
     }
 }

@@ -6,7 +6,7 @@
 #include <string>
 
 /// The machine's registry, as it was found, is restored at the end; after a run that was killed, by the next one, which
-/// finds what it left in the file `journal`.
+/// finds what it left in the file `journal`. Without that file nothing starts: std::runtime_error.
 class CMachineChanges {
 public:
     explicit CMachineChanges(std::wstring journal);
