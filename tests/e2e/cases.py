@@ -8,7 +8,7 @@ import dataclasses
 import re
 
 from expect import HELP, LOGO, Mail, failure, internal_error, printed
-from places import CRASHED, windows_path
+from places import CRASHED
 
 FAILED = -1
 
@@ -39,7 +39,7 @@ def fails(name, words, output, **more):
 def in_folder(text, before=""):
     """A pattern: a failure that names a path in the case's folder."""
     first, last = failure(f"{before}@{text}").split("@")
-    return re.compile(re.escape(first) + "Z:[^\r]*" + re.escape(last))
+    return re.compile(re.escape(first) + "[A-Z]:[^\r]*" + re.escape(last))
 
 
 def invalid(*words, report=None):
@@ -183,9 +183,9 @@ def deliveries(place):
     yield Case("every delivery fails", two, [Mail("A", "a", result=2), Mail("B", "b", result=2)], answer="2")
     yield Case("the MAPI library crashes", two, [Mail("A", "a"), Mail("B", "b", result=None)], limit=90, code=CRASHED,
                # Wine's debugger reports on standard output.
-               answer="success,crash", output=re.compile("(?s).*") if place.windows else "")
+               answer="success,crash", output=re.compile("(?s).*") if place.wine else "")
     # Each system's own text for the code, which brings its own line end.
-    missing = "Module not found.\r\n" if place.windows else "The specified module could not be found.\r\n"
+    missing = "Module not found.\r\n" if place.wine else "The specified module could not be found.\r\n"
     yield fails("no MAPI library", two, failure(missing), mail="missing")
     yield fails("no MAPI library and no logo", ["-nologo", *two], printed(missing), mail="missing")
     if not place.windows:
@@ -197,7 +197,7 @@ def deliveries(place):
         reason = "libX.so.6: cannot open shared object file: No such file or directory\r\n"
         yield fails("the MAPI library lacks a library", two, failure(missing + reason), mail="lacking")
     # Windows gives the name back as the program asks for it, the Linux layer as the file has it.
-    library = windows_path(place.root) + "\\noentry\\" + ("MAPI32.dll" if place.windows else "mapi32.so")
+    library = place.folder() + "\\noentry\\" + ("MAPI32.dll" if place.windows else "mapi32.so")
     yield fails("no entry in the MAPI library", two, failure(f"Cannot load DLL {library} (MAPISendMail).\n"),
                 mail="no entry")
 

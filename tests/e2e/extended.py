@@ -135,7 +135,7 @@ def sends(name, words, place, *, script=None, rows=None, disk=None, limit=60, **
 def com_text(place, code):
     """Wine has no text for these codes."""
     native = {POINTER: "Invalid pointer", UNEXPECTED: "Catastrophic failure"}
-    return f"Unknown COM error. Error code: 0x{code:x}" if place.windows else native[code]
+    return f"Unknown COM error. Error code: 0x{code:x}" if place.wine else native[code]
 
 
 def messages(place):

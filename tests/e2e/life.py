@@ -14,6 +14,7 @@ KEY = "Software\\Ostrel\\Tessarix"
 USER = "HKEY_CURRENT_USER"
 MACHINE = "HKEY_LOCAL_MACHINE"
 LIMIT = 60  # seconds
+BREAKPOINT = 0x80000003  # the exit code that it gives on Windows
 WORD = "-x"  # an argument that the program refuses
 REFUSAL = "The argument -x is invalid."
 
@@ -115,17 +116,23 @@ def expect(what, found, wanted):
     return [] if found == wanted else [f"{what}: {found!r}, expected {wanted!r}"]
 
 
-def settings_checks(life):
+def probe_rows():
+    """Each run of the probe: its name and command, the user's and the machine's settings, what it tells, whether it is
+    stopped."""
     for user, flags, locale in SETTINGS:
-        with life.settings(user, {"Temp": "Z:\\elsewhere"} if not user else None):
-            found = life.probe("settings")
-        folder = "Z:\\elsewhere" if not user else ""
-        yield f"settings {user}", expect("told", found, (0, f"flags {flags:x}, locale {locale}\ntemp {folder}\n"))
+        temp = {"Temp": "Z:\\elsewhere"} if not user else {}
+        told = f"flags {flags:x}, locale {locale}\ntemp {temp.get('Temp', '')}\n"
+        yield f"settings {user}", "settings", user, temp, told, False
     for user, modes, stops in STOP_MODES:
-        with life.settings(user):
-            found = life.probe("modes", WINEDLLOVERRIDES="winedbg.exe=d")  # it would come to a process that stops
-        stop = 0x80000003 & 0xFF if life.place.windows else -signal.SIGTRAP
-        yield f"stop modes {user}", expect("told", found, (stop if stops else 0, modes))
+        yield f"stop modes {user}", "modes", user, {}, modes, stops
+
+
+def settings_checks(life):
+    stop = BREAKPOINT & 0xFF if life.place.windows else -signal.SIGTRAP
+    for name, command, user, machine, told, stops in probe_rows():
+        with life.settings(user, machine):
+            found = life.probe(command, WINEDLLOVERRIDES="winedbg.exe=d")  # it would come to a process that stops
+        yield name, expect("told", found, (stop if stops else 0, told))
 
 
 def log_pattern(*lines):

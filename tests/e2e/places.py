@@ -17,6 +17,7 @@ import subprocess
 
 NOBODY = 65534
 CRASHED = "crashed"  # a case's exit code
+ACCESS_VIOLATION = 0xC0000005
 CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
 
@@ -69,6 +70,10 @@ class Place:
         rows = [f'"{value}"="{path}"' for value, path in paths.items()]
         return settings_text(f"[{CLIENTS}]", '@="CorvaneTest"', f"[{CLIENTS}\\CorvaneTest]", *rows)
 
+    def folder(self):
+        """The root as the program sees it."""
+        return windows_path(self.root)
+
     def transcript(self, case):
         """The text that the case's run leaves, or a pattern of it."""
         return case.sends if isinstance(case.sends, re.Pattern) else "".join(part.transcript() for part in case.sends)
@@ -91,7 +96,7 @@ class Place:
 
 
 class Native(Place):
-    windows = False
+    windows = wine = False
 
     def __init__(self, options, root):
         super().__init__(options, root)
@@ -133,8 +138,40 @@ class Native(Place):
         return execute(command, folder, {**self.environment, **environment}, case.limit, user, case.given)
 
 
-class Wine(Place):
+class Windows(Place):
+    """What holds for the program as Windows starts it, whoever that Windows is."""
+
     windows = True
+    wine = False
+
+    def transcript(self, case):
+        """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
+        goes once in a run, however many deliveries it has."""
+        text = super().transcript(case)
+        delivers = case.sends or case.mail != "recording"
+        if self.options.extended or not delivers:
+            return text
+        ends = "" if case.code == CRASHED else "detach\n"
+        return "attach\n" + re.sub("(?m)^(at|de)tach\n", "", text) + ends
+
+    def exit_code(self, code):
+        return code & 0xFFFFFFFF
+
+    def line(self, case):
+        """The whole command line: the case's own, or its words in the quotes that the program undoes. The program's place
+        is told to the system apart."""
+        rest = case.line if case.line is not None else " ".join(map(self.quote, case.words))
+        return f'"corvane.exe" {rest}' if rest else '"corvane.exe"'
+
+    @staticmethod
+    def quote(word):
+        if word and all("!" <= c <= "~" and c != '"' for c in word):
+            return word
+        return '"' + word.replace('"', '""') + '"'
+
+
+class Wine(Windows):
+    wine = True
     # Where Wine takes the MAPI library from, if not from its own: from nowhere, or from the program's folder.
     overrides = {"missing": "mapi32=", "no entry": "mapi32=n"}
 
@@ -167,33 +204,8 @@ class Wine(Place):
     def library_path(self, native):
         return windows_path(native)
 
-    def transcript(self, case):
-        """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
-        goes once in a run, however many deliveries it has."""
-        text = super().transcript(case)
-        delivers = case.sends or case.mail != "recording"
-        if self.options.extended or not delivers:
-            return text
-        ends = "" if case.code == CRASHED else "detach\n"
-        return "attach\n" + re.sub("(?m)^(at|de)tach\n", "", text) + ends
-
-    def exit_code(self, code):
-        return code & 0xFFFFFFFF
-
     def crashed(self, code):
-        return code == 0xC0000005  # STATUS_ACCESS_VIOLATION
-
-    def line(self, case):
-        """The whole command line: the case's own, or its words in the quotes that the program undoes."""
-        rest = case.line if case.line is not None else " ".join(map(self.quote, case.words))
-        program = self.quote(windows_path(self.programs[case.mail]))
-        return f"{program} {rest}" if rest else program
-
-    @staticmethod
-    def quote(word):
-        if word and all("!" <= c <= "~" and c != '"' for c in word):
-            return word
-        return '"' + word.replace('"', '""') + '"'
+        return code == ACCESS_VIOLATION
 
     def run(self, case, folder, environment):
         if os.path.exists(self.code_file):

@@ -1,7 +1,9 @@
 #include "tests/support/folder.h"
 
 #include "foundation/inc/filesystem.h"
+#include "platform/inc/modules.h"
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -47,4 +49,18 @@ Tsx::CUnicodeString CTestFolder::Write(const char16_t* name, std::string_view co
 std::string CTestFolder::Content(const char16_t* name) const {
     std::ifstream file(PlaceOf(name), std::ios::binary);
     return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(missing)";
+}
+
+Tsx::CUnicodeString TestFile(std::u16string_view name) {
+    std::array<char16_t, 1000> program{};
+    Platform::GetModuleFileName(nullptr, program.data(), static_cast<std::uint32_t>(program.size()));
+    std::u16string path = program.data();
+    path.resize(path.rfind(u'\\') + 1);
+    return WithSeparator(path.append(name), u'/', u'\\').c_str();
+}
+
+std::filesystem::path TestFilePlace(std::u16string_view name) {
+    const std::u16string path = WithSeparator(TestFile(name).Text(), u'\\', Separator);
+    const bool hasDrive = Separator == u'\\';
+    return path.substr(hasDrive ? 0 : path.find(Separator));
 }

@@ -1,4 +1,4 @@
-// A folder on the disk for the length of a test.
+// Files of the tests: a folder for the length of one, and what is built or copied for them.
 #pragma once
 
 #include "foundation/inc/unicodestring.h"
@@ -33,3 +33,9 @@ private:
 
     std::filesystem::path PlaceOf(const char16_t* name) const;
 };
+
+/// The path of a file that a test is given, from its name as seen from the program's folder: so the programs and their
+/// files can be taken elsewhere together. It holds before main too.
+Tsx::CUnicodeString TestFile(std::u16string_view name);
+/// The same as the C++ library takes it.
+std::filesystem::path TestFilePlace(std::u16string_view name);

@@ -2,6 +2,7 @@
 
 #include "foundation/inc/filesystem.h"
 #include "platform/inc/modules.h"
+#include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <functional>
 
@@ -15,7 +16,7 @@ public:
     using CDll::Ownership;
 };
 
-const CUnicodeString Library = SOME_LIBRARY;
+const CUnicodeString Library = TestFile(SOME_LIBRARY);
 
 } // namespace
 

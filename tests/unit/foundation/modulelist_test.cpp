@@ -38,7 +38,7 @@ protected:
     }
 };
 
-const CUnicodeString Library = SOME_LIBRARY;
+const CUnicodeString Library = TestFile(SOME_LIBRARY);
 
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "foundation/inc/registrykey.h"
 
 #include "platform/inc/lasterror.h"
+#include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <algorithm>
 #include <cstdlib>
@@ -41,7 +42,7 @@ protected:
         std::filesystem::create_directory(folder);
         const std::filesystem::path file = folder / "HKEY_CURRENT_USER.reg";
         // The fixture is ASCII; Windows exports UTF-16 with a mark and CR LF.
-        std::ifstream fixture(REGISTRY_FIXTURE, std::ios::binary);
+        std::ifstream fixture(TestFilePlace(u"registrykey.reg"), std::ios::binary);
         std::string bytes = "\xFF\xFE";
         for (std::istreambuf_iterator<char> at(fixture), end; at != end; ++at) {
             bytes += *at == '\n' ? std::string("\r\0", 2) : std::string();
@@ -130,7 +131,7 @@ TEST_F(RegistryKey, AnExportGivesTheValuesThatWerePutIn) {
                         {u"last", 0xFFFFFFFF, "\2"}};
     const std::filesystem::path exported = folder / "exported" / "HKEY_CURRENT_USER.reg";
     std::filesystem::create_directory(exported.parent_path());
-    std::filesystem::copy_file(REGISTRY_EXPORT, exported);
+    std::filesystem::copy_file(TestFilePlace(u"registryexport.reg"), exported);
     UseRegistry(exported);
     CRegistryKey key;
     ASSERT_TRUE(key.Open(User, u"Software\\TessarixTest\\Exported", RK_Read));

@@ -48,8 +48,8 @@ public:
     }
 };
 
-std::string FileBytes(const char16_t* path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+std::string FileBytes(const char16_t* name) {
+    std::ifstream file(TestFilePlace(name), std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 

@@ -16,7 +16,7 @@ namespace {
 /// The recording library, under a name that the search finds among the loaded ones; it stays loaded to the end.
 class CRecordingLibrary {
 public:
-    CRecordingLibrary() : module(Platform::LoadLibraryEx(RECORDING_LIBRARY, 0)) {}
+    CRecordingLibrary() : module(Platform::LoadLibraryEx(TestFile(RECORDING_LIBRARY).Text(), 0)) {}
     bool IsLoaded() const { return module != nullptr; }
     std::uint32_t ThingsOut() const {
         return reinterpret_cast<std::uint32_t (*)()>(Platform::GetProcAddress(module, "CorvaneThingsOut"))();

@@ -213,7 +213,8 @@ public:
 private:
     static void Copy(const std::filesystem::path& target) {
         std::filesystem::create_directories(target.parent_path());
-        std::filesystem::copy_file(NOTING_PROVIDER, target, std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(TestFilePlace(NOTING_PROVIDER), target,
+                                   std::filesystem::copy_options::overwrite_existing);
     }
 
     CTestFolder folder;

@@ -5,6 +5,7 @@
 #include "foundation/inc/versioninfo.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/modules.h"
+#include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <algorithm>
 #include <set>
@@ -117,7 +118,7 @@ TEST(Resources, TranslationsKeepNamesParametersAndLines) {
 }
 
 TEST(Resources, ALibraryServesItsOwn) {
-    const CUnicodeString path = GERMAN_LANGUAGE;
+    const CUnicodeString path = TestFile(GERMAN_LANGUAGE);
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
     ASSERT_TRUE(library);
     EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages", library)()), std::size(German));
@@ -144,7 +145,7 @@ TEST(Resources, ALibraryServesItsOwn) {
 }
 
 TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {
-    const CUnicodeString path = TEST_LANGUAGE;
+    const CUnicodeString path = TestFile(TEST_LANGUAGE);
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
     ASSERT_TRUE(library);
     struct Icon {

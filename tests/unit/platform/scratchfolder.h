@@ -1,6 +1,4 @@
-// A folder of a test's own, removed with all that is in it, and the frame of the conformance tables: what Windows
-// answers is the expectation on every system. A row that Wine is known to answer otherwise says so and is left out
-// there.
+// A folder of a test's own, removed with all that is in it, and what else the conformance tables share.
 #pragma once
 
 #include "platform/inc/directories.h"
@@ -8,6 +6,7 @@
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/modules.h"
+#include "tests/support/claims.h"
 #include "tests/support/text.h"
 #include <filesystem>
 #include <string>
@@ -103,17 +102,6 @@ private:
 
     std::u16string folder;
 };
-
-enum class Wine { AsWindows, Otherwise };
-
-/// Whether a row is to be tried here.
-inline bool Applies(Wine wine) {
-    static const bool underWine = [] {
-        const Platform::Module system = Platform::LoadLibraryEx(u"ntdll.dll", 0);
-        return system && Platform::GetProcAddress(system, "wine_get_version");
-    }();
-    return wine == Wine::AsWindows || !underWine;
-}
 
 /// What an operation that tells success leaves as its error: 0 for success.
 template <class TOperation>

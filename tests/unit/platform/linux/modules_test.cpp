@@ -23,7 +23,7 @@ std::string NativeOf(const CUnicodeString& path) {
 }
 
 std::string LibraryBytes() {
-    std::ifstream file(NativeOf(SOME_LIBRARY), std::ios::binary);
+    std::ifstream file(TestFilePlace(SOME_LIBRARY), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""Makes the test bundle for Windows: the built test programs with the files they need, and every table of cases as one
+text file, which a program of ours reads where there is no Python.
+
+That file has a block for each run, of lines `key value`; `\\XXXX` stands for the UTF-16 unit or the byte of that number.
+
+    case NAME                  ends the block before
+    program PATH               from the bundle's folder
+    line TEXT                  the whole command line
+    limit SECONDS
+    client simple, extended    the recording library that must be registered as mail client
+    user, machine NAME=VALUE   settings of the foundation
+    env NAME=VALUE             environment variables
+    file NAME, content BYTES, times N    a file in the run's folder; N (1 by default) copies of its content
+    code N, output TEXT, transcript TEXT    what is expected; output and transcript may be missing
+    ... like PATTERN           the same with a pattern
+    wine ...                   what Wine answers instead of the line of the same key
+    skip REASON                it cannot be tried; behind `wine` there alone
+"""
+
+import argparse
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import types
+import zipfile
+
+TESTS = pathlib.Path(__file__).resolve().parents[1]
+sys.path += [str(TESTS / "e2e"), str(TESTS / "endings")]
+
+import cases
+import endings
+import extended
+import life
+import places
+
+
+FOLDER = "{bundle}"  # the runner puts its own folder there
+LARGE = 1000  # bytes
+ABORTED = 3  # what the run-time's abort ends with
+
+
+class Bundle(places.Windows):
+    """A Windows that is not known yet; or Wine, for the rows which that answers in its own way."""
+
+    def __init__(self, wine, on_extended_route):
+        super().__init__(types.SimpleNamespace(extended=on_extended_route), FOLDER)
+        self.wine = wine
+
+    def folder(self):
+        return self.root
+
+    def locale(self, name):
+        return {}
+
+
+def escaped(value):
+    """Text as UTF-16, bytes as they are, in printable ASCII."""
+    units = value if isinstance(value, bytes) else memoryview(value.encode("utf-16-le", "surrogatepass")).cast("H")
+    return "".join(chr(unit) if 32 <= unit < 127 and unit != 92 else f"\\{unit:04X}" for unit in units)
+
+
+def expected(key, wanted):
+    """A line of the run's answer: a text, or a pattern in the dialect of the C++ library."""
+    if not isinstance(wanted, re.Pattern):
+        return f"{key} {escaped(wanted.encode())}"
+    text = wanted.pattern
+    if text.startswith("(?s)"):
+        text = re.sub(r"\\.|\.", lambda match: match[0] if len(match[0]) > 1 else r"[\s\S]", text[4:])
+    return f"{key} like {escaped(text.encode())}"
+
+
+def file_lines(name, content):
+    yield f"file {escaped(name)}"
+    unit = content[:4]
+    if len(content) > LARGE and content == unit * (len(content) // len(unit)):
+        yield f"content {escaped(unit)}"
+        yield f"times {len(content) // len(unit)}"
+    else:
+        yield f"content {escaped(content)}"
+
+
+def answer_lines(place, case):
+    """What comes of a case in that place."""
+    code = places.ACCESS_VIOLATION if case.code == places.CRASHED else place.exit_code(case.code)
+    return [f"code {code}", expected("output", case.output), expected("transcript", place.transcript(case))]
+
+
+def table_lines(table, on_extended_route):
+    """A table of the end-to-end suite."""
+    programs = {"recording": "program", "missing": "program", "no entry": "noentry"}
+    windows, wine = Bundle(False, on_extended_route), Bundle(True, on_extended_route)
+    for case, under_wine in zip(table(windows), table(wine), strict=True):
+        yield from ("", f"case {case.name}", f"program {programs[case.mail]}\\corvane.exe", f"limit {case.limit}",
+                    f"line {escaped(windows.line(case))}", f"client {'extended' if on_extended_route else 'simple'}")
+        if case.skip or case.mail == "missing":
+            yield f"skip {case.skip or 'Windows has a MAPI library of its own'}"
+        elif case.mail in places.Wine.overrides:
+            yield "wine skip it takes its own library if it isn't told otherwise before it starts"
+        settings = dict(case.settings, **({"CORVANE_MAPI_ANSWER": case.answer} if case.answer else {}))
+        yield from (f"env {name}={escaped(value)}" for name, value in settings.items())
+        for name, content in case.files.items():
+            yield from file_lines(name, content)
+        answers = answer_lines(windows, case)
+        yield from answers
+        yield from (f"wine {line}" for line in answer_lines(wine, under_wine) if line not in answers)
+
+
+def program_lines(name, program, words, limit, code=0, output=None):
+    """A run that needs nothing but its program. Its text is compared with line ends of either kind."""
+    line = " ".join(f'"{word}"' if FOLDER in word else Bundle.quote(word) for word in [program, *words])
+    yield from ("", f"case {name}", f"program {program}", f"limit {limit}", f"line {escaped(line)}", f"code {code}")
+    if output is not None:
+        pattern = re.escape(output).replace("\\\n", "\r?\n")
+        yield expected("output", re.compile(pattern))
+        if code == life.BREAKPOINT:
+            yield "wine " + expected("output", re.compile("(?s)" + pattern + ".*"))  # its debugger reports behind it
+
+
+def unit_lines(build):
+    """The test programs, as the build starts them."""
+    listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, stdout=subprocess.PIPE, check=True).stdout
+    for test in json.loads(listing)["tests"]:
+        words = [word for word in test["command"] if not word.endswith("wine-run")]
+        if words[0].startswith(str(build / "tests")) and words[0].endswith(".exe"):
+            limit = next(entry["value"] for entry in test["properties"] if entry["name"] == "TIMEOUT")
+            program = words[0][len(str(build)) + 1:].replace("/", "\\")
+            yield from program_lines(test["name"], program, words[1:], int(limit))
+
+
+def all_lines(build):
+    yield from unit_lines(build)
+    for name, program, words, output, code in endings.CASES:
+        program = {"static": "staticfailure"}.get(program, program)
+        code = ABORTED if code == endings.ABORTED else code & 0xFFFFFFFF
+        yield from program_lines(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
+    program = FOLDER + "\\program\\corvane.exe"
+    yield from program_lines("message table", "tests\\exportsprobe.exe", [program], life.LIMIT)
+    for name, command, user, machine, told, stops in life.probe_rows():
+        code = life.BREAKPOINT if stops else 0
+        yield from program_lines(name, "tests\\lifeprobe.exe", [command], life.LIMIT, code, told)
+        yield from (f"user {key}={escaped(value)}" for key, value in user.items())
+        yield from (f"machine {key}={escaped(value)}" for key, value in machine.items())
+    yield from table_lines(cases.all_cases, False)
+    yield from table_lines(extended.all_cases, True)
+
+
+def files(build):
+    """The built files, each with its place in the bundle."""
+    for pattern in ("*.exe", "*.reg", "providersearch/*.exe", "languages/*.dll", "mapilibrary/**/*.dll"):
+        for file in (build / "tests").glob(pattern):
+            yield file, str(file.relative_to(build))
+    for name in ("staticfailure", "endings", "exportsprobe"):
+        yield build / "bin" / f"{name}.exe", f"tests/{name}.exe"
+    yield build / "tests/e2e/life/lifeprobe.exe", "tests/lifeprobe.exe"
+    yield build / "tests/bundle/runtests.exe", "runtests.exe"
+    for folder in ("program", "noentry"):
+        yield build / "bin/corvane.exe", f"{folder}/corvane.exe"
+    yield build / "tests/mapilibrary/noentry/mapi32.dll", "noentry/mapi32.dll"
+    yield TESTS.parent / "docs/testing-windows.md", "README.md"
+
+
+def make(build, folder):
+    """Writes the bundle into the folder and returns its path. The programs go without symbols, which name our folders."""
+    cache = dict(re.findall(r"^(\w+):\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.M))
+    content = f"version {cache['CMAKE_PROJECT_VERSION']}\n" + "\n".join(all_lines(build)) + "\n"
+    target = folder / f"corvane-{cache['CMAKE_PROJECT_VERSION']}-windows-tests.zip"
+    stripped = folder / "stripped.tmp"
+    with zipfile.ZipFile(target, "w") as archive:
+        def add(place, data):
+            # Without the time, so that two bundles of one commit are the same bytes.
+            archive.writestr(zipfile.ZipInfo("corvane-tests/" + place), data, zipfile.ZIP_DEFLATED)
+
+        add("cases.txt", content)
+        for file, place in sorted(files(build), key=lambda entry: entry[1]):
+            if file.suffix in (".exe", ".dll"):
+                subprocess.run([cache["CMAKE_OBJCOPY"], "--preserve-dates", "--strip-all", file, stripped], check=True)
+                file = stripped
+            add(place, file.read_bytes())
+    stripped.unlink()
+    return target
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.partition("\n\n")[0])
+    parser.add_argument("--build", required=True, type=pathlib.Path)
+    parser.add_argument("--folder", required=True, type=pathlib.Path)
+    options = parser.parse_args()
+    print(make(options.build.resolve(), options.folder))
+
+
+if __name__ == "__main__":
+    main()

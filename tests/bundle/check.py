@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Makes the test bundle and runs it under Wine as a stranger would: from a folder with blanks, in a fresh prefix that
+is Windows 10. A first run is killed.
+
+Ends with 1 if a run failed, a path of this machine is in the bundle, or the registry is not as it was in the end."""
+
+import argparse
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import zipfile
+
+import bundle
+
+SOURCE = bundle.TESTS.parent
+LEFT = re.compile(r"^\[.*(?:CorvaneTest|Ostrel|TessarixTest|Clients\\\\Mail).*\]", re.M | re.I)
+DEFAULT_CLIENT = re.compile(r"^\[Software\\\\Clients\\\\Mail\][^\[]*", re.M)
+
+
+def named_paths(folder, paths):
+    """The files that name one of the paths, in either width."""
+    spellings = [spelling for path in paths for spelling in (str(path), str(path).replace("/", "\\"))]
+    needles = [text for spelling in spellings for text in (spelling.encode(), spelling.encode("utf-16-le"))]
+    for file in folder.rglob("*"):
+        if file.is_file():
+            content = file.read_bytes()
+            yield from (f"{file.name} names {needle!r}" for needle in needles if needle in content)
+
+
+def registry(prefix):
+    """What the bundle could leave in it: the names of such keys, and the default mail client."""
+    text = "".join((prefix / name).read_text(errors="replace") for name in ("system.reg", "user.reg"))
+    clients = ["\n".join(line for line in key.splitlines()[1:] if not line.startswith("#"))
+               for key in DEFAULT_CLIENT.findall(text)]
+    return sorted(LEFT.findall(text)), clients
+
+
+def problems(options, root):
+    with zipfile.ZipFile(bundle.make(options.build, root)) as content:
+        content.extractall(root / "a path with blanks")
+    folder = root / "a path with blanks" / "corvane-tests"
+    yield from named_paths(folder, (SOURCE, options.build, "/usr/src/"))
+    prefix = root / "prefix"
+    environment = {**os.environ, "CORVANE_WINEPREFIX": str(prefix)}
+
+    def wine(*words):
+        return subprocess.run([options.wine, *words], cwd=root, env=environment, check=False, timeout=900).returncode
+
+    def stop():
+        subprocess.run(["wineserver", "-k"], env={**environment, "WINEPREFIX": str(prefix)}, check=False)
+
+    try:
+        wine("cmd", "/c", "exit")
+        stop()
+        before = registry(prefix)
+        with subprocess.Popen([options.wine, folder / "runtests.exe", "recipient"], env=environment,
+                              stdout=subprocess.PIPE) as killed:
+            while not killed.stdout.readline().startswith(b"passed"):
+                pass  # now it has changed the registry, which the next run restores
+            stop()
+        if registry(prefix) == before:
+            yield "a run did not register its mail client"
+        if wine(str(folder / "runtests.exe")) != 0:
+            yield "a run failed"
+    finally:
+        stop()
+    results = (folder / "results.txt").read_text(errors="replace")
+    if " on Windows 10.0" not in results:
+        yield "the runs did not see Windows 10"
+    if registry(prefix) != before:
+        yield f"the registry was {before} and is {registry(prefix)}"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.partition("\n\n")[0])
+    parser.add_argument("--build", required=True, type=pathlib.Path)
+    parser.add_argument("--wine", required=True, help="what runs a Windows program")
+    options = parser.parse_args()
+    options.build = options.build.resolve()
+    with tempfile.TemporaryDirectory(prefix="corvane-bundle-") as root:
+        found = list(problems(options, pathlib.Path(root)))
+    for problem in found:
+        print("FAIL", problem)
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
