@@ -183,13 +183,13 @@ def header_commands():
 
 
 def tidy_commands():
-    """One command a source, as Linux compiles it, or as Windows does where that alone has it."""
+    """One command a C++ source, as Linux compiles it, or as Windows does where that alone has it."""
     # Two thirds of the time of a test would go into these. What they look for, its runs under the sanitizers find.
     trial_checks = "--checks=-clang-analyzer-*,-bugprone-reserved-identifier"
     seen = set()
     for folder in (LINUX, WINDOWS):
         for name in sorted(compile_commands(folder)):
-            if name.startswith(PRODUCT + TRIALS) and name not in seen and is_asked_for(name):
+            if name.startswith(PRODUCT + TRIALS) and name.endswith(".cpp") and name not in seen and is_asked_for(name):
                 seen.add(name)
                 checks = [] if name.startswith(PRODUCT) else [trial_checks]
                 yield name, ["clang-tidy", "--quiet", *checks, "-p", os.path.join("build", folder), name]

@@ -11,7 +11,7 @@ std::pair<std::wstring, std::wstring> Assignment(const std::string& text) {
     return {Wide(text.substr(0, sign)), Unescaped(text.substr(sign + 1))};
 }
 
-Expectation ReadExpectation(std::string text, const std::string& folder) {
+Expectation ReadExpectation(const std::string& text, const std::string& folder) {
     const bool isPattern = text.starts_with("like ");
     return {isPattern, Replaced(UnescapedBytes(isPattern ? text.substr(5) : text), "{bundle}", folder)};
 }

@@ -78,7 +78,8 @@ RunResult RunProgram(const std::wstring& program, std::wstring line, const std::
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     RunResult result;
     const COwnHandle input(EmptyInput());
-    CCapturedStream output, errors;
+    CCapturedStream output;
+    CCapturedStream errors;
     STARTUPINFOW start{};
     start.cb = sizeof(start);
     start.dwFlags = STARTF_USESTDHANDLES;
@@ -91,7 +92,8 @@ RunResult RunProgram(const std::wstring& program, std::wstring line, const std::
     output.Start();
     errors.Start();
     if (result.started) {
-        const COwnHandle child(process.hProcess), thread(process.hThread);
+        const COwnHandle child(process.hProcess);
+        const COwnHandle thread(process.hThread);
         COwnHandle job(NewJob());
         AssignProcessToJobObject(job.Get(), child.Get());
         ResumeThread(thread.Get());

@@ -146,7 +146,9 @@ void CMachineChanges::SetSettings(const Values& user, const Values& machine) {
 
 void CMachineChanges::Restore() {
     std::ifstream file{std::filesystem::path(journal), std::ios::binary};
-    std::string known, machineClient, userClient;
+    std::string known;
+    std::string machineClient;
+    std::string userClient;
     if (!std::getline(file, known) || !std::getline(file, machineClient) || !std::getline(file, userClient)) {
         return; // nothing has been changed
     }

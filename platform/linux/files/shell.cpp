@@ -200,7 +200,10 @@ std::int32_t SHGetFolderPath(Window, std::int32_t folder, Handle, std::uint32_t,
     *path = u'\0';
     PLATFORM_FAULT(SHGetFolderPath, LastResult());
     const Row* row = FindRow(folder);
-    const std::u16string found = row ? PathOf(*row) : std::u16string();
+    if (!row) {
+        return ResultInvalidArgument;
+    }
+    const std::u16string found = PathOf(*row);
     if (found.empty()) {
         return ResultInvalidArgument;
     }
