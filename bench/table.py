@@ -10,6 +10,7 @@ import os
 import re
 import statistics
 import sys
+import textwrap
 import time
 
 from rows import ROWS
@@ -98,7 +99,8 @@ def table(results):
 
 def summary(results):
     missing = [result.row.title for result in results if result.misses]
-    return f"{len(missing)} of {len(results)} rows miss" + (": " + "; ".join(missing) if missing else "") + "."
+    text = f"{len(missing)} of {len(results)} rows miss" + (": " + "; ".join(missing) if missing else "") + "."
+    return textwrap.fill(text, 120)
 
 
 def first_match(path, pattern, otherwise):
