@@ -1,6 +1,8 @@
-"""What the measuring scripts share: the MAPI libraries of the end-to-end suites, and one timed run."""
+"""What the measuring scripts share: the MAPI libraries of the end-to-end suites, one timed run, and how results are
+kept."""
 
 import argparse
+import json
 import os
 import sys
 import time
@@ -9,6 +11,7 @@ import types
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
 from places import Native, Wine  # noqa: E402  (found through the line above)
 
+WORDS = ["-r:Ann <ann@example.org>", "-s:Hello", "-b:Text"]  # a delivery without attachments
 WINE_RUN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "wine-run")
 
 
@@ -17,6 +20,7 @@ def arguments(description):
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--build", required=True, help="a build folder with CORVANE_BENCH")
     parser.add_argument("--runs", type=int, help="how many runs to take the median of")
+    parser.add_argument("--out", help="a file for the results")
     options = parser.parse_args()
     options.build = os.path.abspath(options.build)
     return options
@@ -44,3 +48,12 @@ def run(command, environment):
     if status != 0:
         raise RuntimeError(f"{command} ended with {status}")
     return seconds, usage
+
+
+def keep(path, results):
+    """Writes results in the form that the benchmark programs have for theirs, so that one reader does for all. Each is
+    a name with its values; a time is in seconds."""
+    if path:
+        with open(path, "w", encoding="utf-8") as stream:
+            json.dump({"benchmarks": [{"run_name": name, "run_type": "iteration", "time_unit": "s", **values}
+                                      for name, values in results.items()]}, stream, indent=1)

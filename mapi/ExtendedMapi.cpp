@@ -28,8 +28,8 @@ struct CDelivery {
     CHolder<CMapiAddressList> addressList{};
 
     ~CDelivery() {
-        ReleaseAfterFailure([this] { addressList.Clear(); });
-        ReleaseAfterFailure([this] { message.Clear(); });
+        ClearAfterFailure(addressList);
+        ClearAfterFailure(message);
     }
 
     void Run(TDeliveryEnding ending) {
@@ -92,12 +92,12 @@ void CMapiContext::Empty() {
 }
 
 CMapiContext::~CMapiContext() {
-    ReleaseAfterFailure([this] { AddressBook.Clear(); });
-    ReleaseAfterFailure([this] { ReceiveFolder.Clear(); });
-    ReleaseAfterFailure([this] { Outbox.Clear(); });
-    ReleaseAfterFailure([this] { Store.Clear(); });
-    ReleaseAfterFailure([this] { Session.Clear(); });
-    ReleaseAfterFailure([this] { Library.Clear(); });
+    ClearAfterFailure(AddressBook);
+    ClearAfterFailure(ReceiveFolder);
+    ClearAfterFailure(Outbox);
+    ClearAfterFailure(Store);
+    ClearAfterFailure(Session);
+    ClearAfterFailure(Library);
 }
 
 bool IsExtendedMapiAvailable() {

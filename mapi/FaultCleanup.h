@@ -19,6 +19,14 @@ void ReleaseAfterFailure(TRelease release) noexcept {
     Tsx::RunSilently([&release] { Tsx::GuardForeignCode(release); });
 }
 
+/// Empties a CHolder in this way. A guard is not cheap, and without a failure nothing is held any more.
+template <class THolder>
+void ClearAfterFailure(THolder& holder) noexcept {
+    if (!holder.IsEmpty()) {
+        ReleaseAfterFailure([&holder] { holder.Clear(); });
+    }
+}
+
 /// For the frame around a guarded call. While it lives, everything that a CHeld of this thread holds is noted here. Its
 /// end releases what is still noted, the last one first; without a fault that is nothing.
 class CFaultCleanup {

@@ -63,4 +63,5 @@ alignas(4) __attribute__((section(TESSARIX_VERSION_SECTION), used)) constexpr au
 } // namespace
 
 extern "C" PLATFORM_EXPORT const Platform::ModuleResources TessarixModuleResources;
-const Platform::ModuleResources TessarixModuleResources{std::size(Strings), Strings, Icons.size(), Icons.data()};
+const Platform::ModuleResources TessarixModuleResources{
+    std::size(Strings), Strings, Icons.size(), Icons.data(), VersionRecord.size(), VersionRecord.data()};

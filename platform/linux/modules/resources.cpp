@@ -17,7 +17,6 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
-#include <mutex>
 #include <span>
 #include <string>
 #include <sys/stat.h>
@@ -100,19 +99,13 @@ const ModuleResources* ResourcesOf(Module module) {
     return resources;
 }
 
-// The program's own record is asked for several times in each run, and every other module's hardly ever.
+// The program's own record is asked for several times in each run, and stands in memory.
 bool ReadVersionBlock(const char16_t* path, std::vector<std::byte>& block) {
-    static const std::u16string& program = *new std::u16string(WindowsPath(ProgramFile()));
-    static std::mutex lock;
-    static std::vector<std::byte>& known = *new std::vector<std::byte>;
-    if (path != program) {
+    const ModuleResources* own = path == WindowsPath(ProgramFile()) ? ResourcesOf(nullptr) : nullptr;
+    if (!own || !own->version) {
         return ReadVersionSection(path, block);
     }
-    const std::lock_guard guard(lock);
-    if (known.empty() && !ReadVersionSection(path, known)) {
-        return false;
-    }
-    block = known;
+    block.assign(own->version, own->version + own->versionSize);
     return true;
 }
 

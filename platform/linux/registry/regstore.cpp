@@ -70,7 +70,8 @@ std::uint32_t ReadStore(const std::string& path, std::string& bytes) {
         return result == ErrorFileNotFound ? ErrorSuccess : result;
     }
     PLATFORM_FAULT(ReadStore, GetLastError());
-    std::array<char, 0x10000> piece;
+    // A page, for a start that reads settings would fault in every further one of its stack.
+    std::array<char, 0x1000> piece;
     for (;;) {
         const auto count = Retry([&] { return read(file.Get(), piece.data(), piece.size()); });
         if (count <= 0) {
