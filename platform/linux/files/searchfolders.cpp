@@ -29,8 +29,10 @@ std::string FindProgramFile() {
 std::string FindProgramFolder() {
     const std::string& program = ProgramFile();
     const std::string folder = program.substr(0, program.find_last_of('/') + 1);
+    // Any name without letters: for the other spellings of one with letters the whole folder would be read.
+    const std::string file = folder + "0";
     std::string meant;
-    return MapPath(WideName(folder + "any"), meant) && meant == folder + "any" ? folder : std::string();
+    return MapPath(WideName(file), meant) && meant == file ? folder : std::string();
 }
 
 const std::string& ProgramFolder() {
