@@ -4,6 +4,7 @@
 #include "platform/inc/text.h"
 #include "tests/support/claims.h"
 #include "tests/support/text.h"
+#include <clocale>
 #include <random>
 #include <string>
 #include <string_view>
@@ -86,6 +87,22 @@ constexpr Row<char16_t, char> ToBytesRows[] = {
     {"unknown page", 4711, 0, u"a", "", ErrorInvalidParameter},
     {"JIS of what it lacks", 50220, 0, u"\u3042\u0E01\u3042", "\x1B$B$\"\x1B(B?\x1B$B$\"\x1B(B", 0, Wine::Otherwise},
     {"GB 18030", 54936, 0, u"\u4E2D\U0001F600\xD800", "\xD6\xD0\x94\x39\xFC\x36?", 0, Wine::Otherwise},
+    {"GB 18030 refuses", 54936, InvalidUnits, u"\xD800", "", ErrorNoUnicodeTranslation, Wine::Otherwise},
+    {"Macintosh", 2, 0, u"\u00C4", "\x80", 0, Wine::Otherwise},
+    {"ASCII", 20127, 0, u"a\u3042", "a?", 0, Wine::Otherwise},
+    {"KOI8-R", 20866, 0, u"\u044E\u2553", "\xC0\xA4", 0, Wine::Otherwise},
+    {"KOI8-U", 21866, 0, u"\u044E\u0454", "\xC0\xA4", 0, Wine::Otherwise},
+    {"EUC-JP", 51932, 0, u"\u3042", "\xA4\xA2", 0, Wine::Otherwise},
+    {"EUC-CN", 51936, 0, u"\u4E2D", "\xD6\xD0", 0, Wine::Otherwise},
+    {"EUC-KR", 51949, 0, u"\uAC00", "\xB0\xA1", 0, Wine::Otherwise},
+    {"half-width kana in JIS", 50221, 0, u"\uFF71", "\x1B(I1\x1B(B", 0, Wine::Otherwise},
+    {"ISO 2022 of Korea", 50225, 0, u"\uAC00", "\x1B$)C\x0E" "0!\x0F", 0, Wine::Otherwise},
+    {"ISO 2022 of China", 50227, 0, u"\u4E2D", "\x1B$)A\x0EVP\x0F", 0, Wine::Otherwise},
+    {"Latin 1", 28591, 0, u"\u00A4\u00D0", "\xA4\xD0", 0, Wine::Otherwise},
+    {"Latin 2", 28592, 0, u"\u0104", "\xA1", 0, Wine::Otherwise},
+    {"Latin 9", 28605, 0, u"\u20AC", "\xA4", 0, Wine::Otherwise},
+    {"Latin 10", 28606, 0, u"\u0218", "\xAA", 0, Wine::Otherwise},
+    {"behind them", 28607, 0, u"a", "", ErrorInvalidParameter},
 };
 constexpr Row<char, char16_t> ToWideRows[] = {
     {"letters", 1251, ToWide, "\xCF\xF0\xE8 \x88", u"\u041F\u0440\u0438 \u20AC"},
@@ -120,14 +137,9 @@ TEST(CodePages, ArgumentsAndTerminators) {
     EXPECT_STREQ(bytes, "ab");
     EXPECT_EQ(MultiByteToWideChar(65001, 0, "\xC3\xA9", -1, units, 8), 2);
     EXPECT_EQ(units[0], u'\u00E9');
-    const std::int32_t refused[] = {
-        WideCharToMultiByte(1252, 0, nullptr, 1, bytes, 8), WideCharToMultiByte(1252, 0, u"a", 1, nullptr, 8),
-        WideCharToMultiByte(65001, 0, u"a", 1, bytes, -1),  MultiByteToWideChar(1252, 0, nullptr, 1, units, 8),
-        MultiByteToWideChar(65001, 0, "a", 1, nullptr, 8),  MultiByteToWideChar(1252, 0, "a", 1, units, -1),
-    };
-    for (const std::int32_t result : refused) {
-        EXPECT_EQ(result, 0);
-    }
+    EXPECT_EQ(WideCharToMultiByte(1252, 0, nullptr, 1, bytes, 8), 0);
+    EXPECT_EQ(MultiByteToWideChar(65001, 0, "a", 1, nullptr, 8), 0);
+    EXPECT_EQ(MultiByteToWideChar(1252, 0, "a", 1, units, -1), 0);
     EXPECT_EQ(GetLastError(), ErrorInvalidParameter);
     // Invalid text is what counts, not that it wouldn't fit.
     EXPECT_EQ(MultiByteToWideChar(1253, Invalid, "abc\xD2", 4, units, 1), 0);
@@ -193,6 +205,7 @@ TEST(CodePages, Utf8OfRandomRuns) {
 }
 
 TEST(Characters, FoldAsInTheInvariantTables) {
+    std::setlocale(LC_ALL, "C");
     EXPECT_EQ(towlower(u'Q'), u'q');
     EXPECT_EQ(towlower(u'\u00C4'), u'\u00C4') << "before a locale is set";
     SetUserLocale();

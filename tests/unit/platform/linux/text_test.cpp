@@ -1,0 +1,207 @@
+// Text on this system alone: names and the command line from bytes, the case of letters, what the environment's locale
+// and time zone mean, what error numbers come to.
+#include "foundation/inc/commandlinefo.h"
+#include "platform/inc/locale.h"
+#include "platform/inc/text.h"
+#include "platform/inc/time.h"
+#include "platform/linux/errnocodes.h"
+#include "platform/linux/process/commandline.h"
+#include "platform/linux/text/errortexts.h"
+#include "platform/linux/text/lettercase.h"
+#include "platform/linux/text/nativetext.h"
+#include "tests/support/text.h"
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <ctime>
+#include <cwctype>
+#include <filesystem>
+#include <random>
+#include <unistd.h>
+
+using namespace Platform;
+using namespace Tsx;
+
+TEST(NativeText, EveryByteStringIsANameOfItsOwn) {
+    for (const std::string name : {"plain", "Gr\xC3\xBC\xC3\x9F", "\xF0\x9F\x98\x80", "\xFF\xFE", "a\xC3", "\xE2\x82",
+                                   "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80x\xBF", "\xE2\x28\xA1"}) {
+        EXPECT_EQ(NativeName(WideName(name)), name) << Readable(WideName(name));
+    }
+}
+
+// The C library knows all simple mappings; those of Windows are the ones that are each other's inverse.
+TEST(LetterCase, PairsAreThoseOfUnicode) {
+    const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    int pairs = 0;
+    for (unsigned c = 0; c < 0x10000; ++c) {
+        const char16_t lower = DowncaseCharacter(static_cast<char16_t>(c));
+        if (lower != c) {
+            ++pairs;
+            EXPECT_EQ(UpcaseCharacter(lower), c);
+            EXPECT_TRUE(!unicode || (towlower_l(c, unicode) == lower && towupper_l(lower, unicode) == c)) << c;
+        }
+    }
+    EXPECT_EQ(pairs, 1163) << "those of Unicode 14";
+    if (unicode) {
+        freelocale(unicode);
+    }
+}
+
+TEST(LetterCase, TurkishLocaleChangesNoNames) {
+    const std::string folder = testing::TempDir() + "turkish." + std::to_string(getpid());
+    const std::string make = "mkdir " + folder + " && localedef -i tr_TR -f UTF-8 " + folder + "/tr_TR.UTF-8";
+    const bool made = std::system(make.c_str()) == 0;
+    setenv("LOCPATH", folder.c_str(), 1);
+    setenv("LC_ALL", "tr_TR.UTF-8", 1);
+    const bool turkish = made && std::setlocale(LC_ALL, "") && std::towlower(L'I') == L'\u0131';
+    SetUserLocale();
+    std::filesystem::remove_all(folder);
+    if (!turkish) {
+        GTEST_SKIP() << "localedef can't make a Turkish locale here";
+    }
+    EXPECT_EQ(wcsicmp(u"RECIPIENT", u"recipient"), 0);
+    EXPECT_EQ(towupper(u'i'), u'I');
+    EXPECT_TRUE(NamesEqual(u"FILE.INI", u"file.ini"));
+    EXPECT_FALSE(NamesEqual(u"\u0130", u"i"));
+}
+
+// A shell's words must reach the program whole: joining and splitting are inverse for every list of words.
+TEST(CommandLine, SplittingUndoesTheJoining) {
+    constexpr std::string_view alphabet = "a\" \t\\:-/@<>'\n";
+    constexpr unsigned seed = 20011;
+    std::mt19937 random(seed);
+    for (int round = 0; round < 20000; ++round) {
+        std::vector<std::string> words(1 + random() % 5);
+        for (std::string& word : words) {
+            for (std::size_t length = random() % 8; word.size() < length;) {
+                word += alphabet[random() % alphabet.size()];
+            }
+            if (word.size() > 1 && word[0] == '@') {
+                word.insert(0, "@@"); // a response file is meant to be read; two marks stand for one
+                word.erase(2, word.find_first_not_of('@', 2) - 2);
+            }
+        }
+        std::vector<const char*> arguments;
+        for (const std::string& word : words) {
+            arguments.push_back(word.c_str());
+        }
+        CArray<CUnicodeString> tokens;
+        const std::u16string line = JoinArguments(static_cast<int>(arguments.size()), arguments.data());
+        SplitCommandLine(tokens, line.c_str());
+        ASSERT_EQ(tokens.Size(), static_cast<std::int32_t>(words.size())) << "seed " << seed << " round " << round;
+        for (std::int32_t i = 0; i < tokens.Size(); ++i) {
+            const std::string& word = words[static_cast<std::size_t>(i)];
+            const std::string expected = word.starts_with("@@") ? word.substr(1) : word;
+            ASSERT_EQ(tokens[i].ToNarrow(65001).View(), expected) << "seed " << seed << " round " << round;
+        }
+    }
+}
+
+TEST(CommandLine, SpacesBeyondAsciiAndBrokenBytesStayInTheirWord) {
+    const char* const arguments[] = {"x\xE3\x80\x80y", "\xFF", ""};
+    CArray<CUnicodeString> tokens;
+    SplitCommandLine(tokens, JoinArguments(3, arguments).c_str());
+    ASSERT_EQ(tokens.Size(), 3);
+    EXPECT_EQ(tokens[0], u"x\u3000y");
+    EXPECT_EQ(tokens[1], u"\xDCFF");
+    EXPECT_EQ(tokens[2], u"");
+}
+
+TEST(Locale, LanguagesHaveTheirNumbers) {
+    struct Row {
+        const char* locale;
+        std::uint32_t lcid;
+    };
+    constexpr Row rows[] = {
+        {"de_DE.UTF-8", 0x407}, {"de_AT.UTF-8", 0xC07},     {"pt_BR", 0x416},       {"pt_PT@euro", 0x816},
+        {"zh_TW.UTF-8", 0x404}, {"no_NO.ISO8859-1", 0x414}, {"nn_NO.UTF-8", 0x814}, {"sr_RS.UTF-8@latin", 0x81A},
+        {"sr_RS.UTF-8", 0xC1A}, {"C.UTF-8", 0x409},         {"xx_XX", 0x409},       {"design", 0x409}};
+    for (const Row& row : rows) {
+        setenv("LC_ALL", row.locale, 1);
+        EXPECT_EQ(GetUserDefaultLCID(), row.lcid) << row.locale;
+    }
+    setenv("LC_ALL", "", 1);
+    setenv("LC_MESSAGES", "fr_CA.UTF-8", 1);
+    setenv("LANG", "it_IT.UTF-8", 1);
+    EXPECT_EQ(GetUserDefaultLCID(), 0xC0CU);
+    EXPECT_EQ(GetSystemDefaultLCID(), LcidEnglishUnitedStates);
+    EXPECT_EQ(GetSystemDefaultLangID(), 0xC0C);
+    EXPECT_TRUE(IsValidLocale(0x1407, LcidInstalled)) << "of a country that the table lacks";
+    EXPECT_FALSE(IsValidLocale(0x401, LcidInstalled)) << "no language of the table";
+}
+
+TEST(Locale, TheUsersIsThatOfAllCategoriesOrOfTheLetters) {
+    for (const char* name : {"LC_ALL", "LC_CTYPE", "LC_MESSAGES"}) {
+        setenv(name, "", 1);
+    }
+    setenv("LANG", "C.UTF-8", 1);
+    constexpr const char* rows[][2] = {{"", "C.UTF-8"}, {"xx_XX", "C"}};
+    for (const auto& [wanted, set] : rows) {
+        setenv("LC_TIME", wanted, 1);
+        SetUserLocale();
+        EXPECT_STREQ(std::setlocale(LC_TIME, nullptr), set);
+        EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C.UTF-8") << set;
+        std::setlocale(LC_ALL, "C");
+    }
+}
+
+TEST(LocalTime, LeadsByTheZone) {
+    setenv("TZ", "EAST-05:30", 1);
+    tzset();
+    FileTime moved = 0;
+    constexpr FileTime lead = 198'000'000'000; // 5 h 30 min
+    EXPECT_TRUE(FileTimeToLocalFileTime(1000, moved) && moved == 1000 + lead);
+    EXPECT_TRUE(LocalFileTimeToFileTime(1000, moved) && moved == 1000 - lead);
+    EXPECT_FALSE(FileTimeToLocalFileTime(INT64_MAX, moved));
+    SystemTime local{};
+    const FileTime before = GetSystemTimeAsFileTime();
+    GetLocalTime(local);
+    EXPECT_TRUE(SystemTimeToFileTime(local, moved));
+    EXPECT_GE(moved - lead + 10'000, before) << "whole milliseconds";
+    EXPECT_LE(moved - lead, GetSystemTimeAsFileTime());
+    EXPECT_LE(std::abs(before / 10'000'000 - 11'644'473'600 - std::time(nullptr)), 1) << "another clock";
+    unsetenv("TZ");
+    tzset();
+}
+
+// What a person reads for an error number of the system.
+TEST(ErrnoCodes, AreToldInWords) {
+    struct Row {
+        int number;
+        std::u16string_view words;
+    };
+    constexpr Row rows[] = {{EACCES, u"Access is denied"},
+                            {EPERM, u"Access is denied"},
+                            {EBUSY, u"used by another process"},
+                            {ENOENT, u"find the file"},
+                            {ENOTDIR, u"find the path"},
+                            {ELOOP, u"find the path"},
+                            {EXDEV, u"different disk drive"},
+                            {ENOTSUP, u"is not supported"},
+                            {ENFILE, u"cannot open the file"},
+                            {ENOMEM, u"Not enough memory"},
+                            {ENOSPC, u"not enough space"},
+                            {EDQUOT, u"not enough space"},
+                            {EROFS, u"write protected"},
+                            {ENAMETOOLONG, u"filename or extension is too long"},
+                            {EBADF, u"handle is invalid"},
+                            {EPIPE, u"pipe has been ended"},
+                            {EIO, u"I/O device error"},
+                            {EMLINK, u"more links"},
+                            {ENODEV, u"find the device"},
+                            {ENOMEDIUM, u"not ready"},
+                            {EBADMSG, u"corrupted and unreadable"},
+                            {ESTALE, u"externally altered"},
+                            {ENOTCONN, u"does not exist"},
+                            {ECONNREFUSED, u"refused the network connection"},
+                            {ECONNRESET, u"no longer available"},
+                            {ETIMEDOUT, u"timeout period expired"},
+                            {ENETUNREACH, u"location cannot be"},
+                            {EHOSTDOWN, u"remote system is not available"},
+                            {ENOSYS, u"not supported on this"},
+                            {EXFULL, u"not functioning"}};
+    for (const Row& row : rows) {
+        const std::u16string_view text = ErrorText(WindowsErrorCode(row.number));
+        EXPECT_NE(text.find(row.words), std::u16string_view::npos) << row.number << ": " << Readable(text);
+    }
+}
