@@ -138,37 +138,33 @@ TEST(FileConformance, HandlesShareAFileOnlyIfBothAgree) {
 }
 
 TEST(FileConformance, WhatIsOpenKeepsItsName) {
-    struct Row {
-        const char* name;
+    constexpr struct {
+        std::u16string_view commands;
         std::uint32_t share;
-        bool (*operation)(const CScratch&);
         std::uint32_t error;
         Wine wine = Wine::AsWindows;
+    } rows[] = {
+        {u"delete file", 3, 32},
+        {u"delete file", 7, 0},
+        {u"delete file; make file", 7, 0, Wine::Otherwise}, // the name goes with the last handle, as before Windows 10
+        {u"move file new", 3, 32},
+        {u"move file new", 7, 0},
+        {u"replace other file", 3, 5},
+        {u"replace other file", 7, 5},
+        {u"copy file new", FileShareRead, 0},
+        {u"copy file new", 0, 32},
+        {u"over other file", 0, 32},
+        {u"over other file", 3, 0},
+        {u"hide file", 0, 0},
     };
-    constexpr std::uint32_t all = FileShareRead | FileShareWrite | FileShareDelete;
-    const Row rows[] = {
-        {"delete", 3, [](const CScratch& s) { return DeleteFile(s(u"file")); }, 32},
-        {"delete, shared", all, [](const CScratch& s) { return DeleteFile(s(u"file")); }, 0},
-        {"name used again", all,
-         [](const CScratch& s) { return DeleteFile(s(u"file")) && s.CanOpen(u"file", W, 0, CreateNew); }, 0,
-         Wine::Otherwise}, // the name goes with the last handle there, as before Windows 10
-        {"rename", 3, [](const CScratch& s) { return MoveFile(s(u"file"), s(u"new")); }, 32},
-        {"rename, shared", all, [](const CScratch& s) { return MoveFile(s(u"file"), s(u"new")); }, 0},
-        {"replace", 3, [](const CScratch& s) { return MoveFileEx(s(u"other"), s(u"file"), 1); }, 5},
-        {"replace, shared", all, [](const CScratch& s) { return MoveFileEx(s(u"other"), s(u"file"), 1); }, 5},
-        {"copy from", FileShareRead, [](const CScratch& s) { return CopyFile(s(u"file"), s(u"new"), false); }, 0},
-        {"copy from, not shared", 0, [](const CScratch& s) { return CopyFile(s(u"file"), s(u"new"), false); }, 32},
-        {"copy onto, not shared", 0, [](const CScratch& s) { return CopyFile(s(u"other"), s(u"file"), false); }, 32},
-        {"copy onto, shared", 3, [](const CScratch& s) { return CopyFile(s(u"other"), s(u"file"), false); }, 0},
-        {"attributes", 0, [](const CScratch& s) { return SetFileAttributes(s(u"file"), HiddenFile); }, 0},
-    };
-    for (const Row& row : rows) {
-        Claim(row.wine, row.name, [&] {
+    for (const auto& row : rows) {
+        const std::string name = Readable(row.commands) + ", shared " + std::to_string(row.share);
+        Claim(row.wine, name, [&] {
             const CScratch scratch;
             scratch.Make(u"file");
             scratch.Make(u"other");
             const Handle file = scratch.Open(u"file", R, row.share);
-            EXPECT_EQ(ErrorOf([&] { return row.operation(scratch); }), row.error) << row.name;
+            EXPECT_EQ(ErrorOf([&] { return Do(scratch, row.commands); }), row.error) << name;
             EXPECT_TRUE(CloseHandle(file));
         });
     }

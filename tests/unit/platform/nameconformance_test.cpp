@@ -1,38 +1,9 @@
 // Files and folders by name: attributes, times, deletion, copies, moves, folders, full names.
 #include "tests/unit/platform/scratchfolder.h"
-#include <span>
 
 using namespace Platform;
 
 namespace {
-
-struct Row {
-    const char* name;
-    bool (*operation)(const CScratch&);
-    std::uint32_t error;
-    Wine wine = Wine::AsWindows;
-};
-
-// What each row finds: "file" with three bytes, "other" with one, "readonly", "hidden", "folder" with "in" in it,
-// "empty" with nothing.
-void Try(std::span<const Row> rows) {
-    for (const Row& row : rows) {
-        const CScratch scratch;
-        scratch.Make(u"file", "abc");
-        scratch.Make(u"other");
-        scratch.Make(u"readonly");
-        scratch.Make(u"hidden");
-        scratch.MakeFolder(u"folder");
-        scratch.Make(u"folder\\in");
-        scratch.MakeFolder(u"empty");
-        EXPECT_TRUE(SetFileAttributes(scratch(u"readonly"), FileAttributeReadOnly));
-        EXPECT_TRUE(SetFileAttributes(scratch(u"hidden"), FileAttributeHidden));
-        Claim(row.wine, row.name,
-              [&] { EXPECT_EQ(ErrorOf([&] { return row.operation(scratch); }), row.error) << row.name; });
-    }
-}
-
-constexpr std::uint32_t Replace = MoveFileReplaceExisting;
 
 std::string StoredName(const CScratch& scratch, std::u16string_view name) {
     FindData data;
@@ -43,99 +14,90 @@ std::string StoredName(const CScratch& scratch, std::u16string_view name) {
 
 } // namespace
 
-TEST(NameConformance, DeletingAndFolders) {
-    // clang-format off
-    constexpr Row rows[] = {
-        {"delete", [](const CScratch& s) { return DeleteFile(s(u"FILE")) && !s.Has(u"file"); }, 0},
-        {"delete hidden", [](const CScratch& s) { return DeleteFile(s(u"hidden")); }, 0},
-        {"delete read-only", [](const CScratch& s) { return DeleteFile(s(u"readonly")); }, 5},
-        {"delete folder", [](const CScratch& s) { return DeleteFile(s(u"empty")); }, 5},
-        {"delete missing", [](const CScratch& s) { return DeleteFile(s(u"none")); }, 2},
-        {"delete in missing", [](const CScratch& s) { return DeleteFile(s(u"none\\in")); }, 3},
-        {"delete with separator", [](const CScratch& s) { return DeleteFile(s(u"file\\")); }, 123},
-        {"make folder", [](const CScratch& s) { return CreateDirectory(s(u"new\\"), nullptr) && s.Has(u"new"); }, 0},
-        {"make folder, there", [](const CScratch& s) { return CreateDirectory(s(u"Folder"), nullptr); }, 183},
-        {"make folder, file", [](const CScratch& s) { return CreateDirectory(s(u"file"), nullptr); }, 183},
-        {"make folder, no parent", [](const CScratch& s) { return CreateDirectory(s(u"a\\b"), nullptr); }, 3},
-        {"make folder below file", [](const CScratch& s) { return CreateDirectory(s(u"file\\b"), nullptr); }, 3},
-        {"make folder, bad name", [](const CScratch& s) { return CreateDirectory(s(u"a<b"), nullptr); }, 123},
-        {"make folder, name too long", [](const CScratch& s) { return CreateDirectory(s(std::u16string(256, u'x')),
-            nullptr); }, 206, Wine::Otherwise},
-        {"open, name too long", [](const CScratch& s) { return s.CanOpen(std::u16string(256, u'x'), GenericRead); }, 3,
-            Wine::Otherwise},
-        {"longest name", [](const CScratch& s) { return CreateDirectory(s(std::u16string(240, u'x')), nullptr); }, 0},
-        {"remove folder", [](const CScratch& s) { return RemoveDirectory(s(u"EMPTY")) && !s.Has(u"empty"); }, 0},
-        {"remove, not empty", [](const CScratch& s) { return RemoveDirectory(s(u"folder")); }, 145},
-        {"remove file", [](const CScratch& s) { return RemoveDirectory(s(u"file")); }, 267},
-        {"remove missing", [](const CScratch& s) { return RemoveDirectory(s(u"none")); }, 2},
-        {"remove in missing", [](const CScratch& s) { return RemoveDirectory(s(u"none\\in")); }, 3},
-        {"remove read-only", [](const CScratch& s) { return SetFileAttributes(s(u"empty"),
-            FileAttributeReadOnly) && s.Has(u"empty") && RemoveDirectory(s(u"empty")); }, 5, Wine::Otherwise},
-        {"make in read-only", [](const CScratch& s) { return SetFileAttributes(s(u"empty"),
-            FileAttributeReadOnly) && s.CanOpen(u"empty\\new", GenericWrite, 0, CreateNew); }, 0},
-        {"attributes of missing",
-            [](const CScratch& s) { return GetFileAttributes(s(u"none")) != InvalidFileAttributes; }, 2},
-        {"attributes in missing",
-            [](const CScratch& s) { return GetFileAttributes(s(u"none\\in")) != InvalidFileAttributes; }, 3},
-        {"attributes of folder with separator", [](const CScratch& s) { return s.Has(u"folder\\"); }, 0},
-        {"attributes of bad name", [](const CScratch& s) { return s.Has(u"a*b"); }, 123},
-        {"free space", [](const CScratch& s) { std::uint64_t free = 0; std::uint64_t total = 0;
-            return GetDiskFreeSpaceEx(s(u"folder"), &free, &total, nullptr) && free > 0 && free <= total; }, 0},
-        {"free space at a file", [](const CScratch& s) { return GetDiskFreeSpaceEx(s(u"file"), nullptr, nullptr,
-            nullptr); }, 267},
+TEST(NameConformance, CommandsAnswerAsWindows) {
+    const std::u16string tooLong(256, u'x');
+    const struct {
+        std::u16string commands;
+        std::uint32_t error;
+        Wine wine = Wine::AsWindows;
+    } rows[] = {
+        {u"delete FILE; gone file", 0},
+        {u"delete hidden; gone hidden", 0},
+        {u"delete readonly", 5},
+        {u"delete empty", 5},
+        {u"delete none", 2},
+        {u"delete none\\in", 3},
+        {u"delete file\\", 123},
+        {u"mkdir new\\; has new", 0},
+        {u"mkdir Folder", 183},
+        {u"mkdir file", 183},
+        {u"mkdir a\\b", 3},
+        {u"mkdir file\\b", 3},
+        {u"mkdir a<b", 123},
+        {u"mkdir " + tooLong, 206, Wine::Otherwise},
+        {u"open " + tooLong, 3, Wine::Otherwise},
+        {u"mkdir " + tooLong.substr(90), 0},
+        {u"rmdir EMPTY; gone empty", 0},
+        {u"rmdir folder", 145},
+        {u"rmdir file", 267},
+        {u"rmdir none", 2},
+        {u"rmdir none\\in", 3},
+        {u"protect empty; has empty; rmdir empty", 5, Wine::Otherwise},
+        {u"protect empty; make empty\\new", 0},
+        {u"has none", 2},
+        {u"has none\\in", 3},
+        {u"has folder\\", 0},
+        {u"has a*b", 123},
+        {u"copy file new; bytes new 3; bytes file 3", 0},
+        {u"over other file; bytes file 1", 0},
+        {u"copy file other", 80},
+        {u"over none new", 2},
+        {u"over file none\\new", 3},
+        {u"over file FILE", 32},
+        {u"over file folder", 5},
+        {u"over folder new", 5},
+        {u"over file readonly", 5, Wine::Otherwise},
+        {u"over file hidden", 5, Wine::Otherwise},
+        {u"over readonly new; delete new", 5},
+        {u"move file new; bytes new 3; gone file", 0},
+        {u"move folder f2; has f2\\in; gone folder", 0},
+        {u"move file Other", 183},
+        {u"move folder empty", 183},
+        {u"move none new", 2},
+        {u"move file none\\new", 3},
+        {u"move file file", 0},
+        {u"move readonly new", 0},
+        {u"replace file other; bytes other 3; gone file", 0},
+        {u"through file other; bytes other 3; gone file", 0},
+        {u"replace file readonly", 5, Wine::Otherwise},
+        {u"replace file empty", 5},
     };
-    // clang-format on
-    Try(rows);
+    for (const auto& row : rows) {
+        const CScratch scratch;
+        scratch.Make(u"file", "abc");
+        for (const char16_t* name : {u"other", u"readonly", u"hidden", u"folder\\in"}) {
+            scratch.Make(name);
+        }
+        EXPECT_TRUE(Do(scratch, u"mkdir empty; protect readonly; hide hidden"));
+        const std::string name = Readable(row.commands);
+        Claim(row.wine, name,
+              [&] { EXPECT_EQ(ErrorOf([&] { return Do(scratch, row.commands); }), row.error) << name; });
+    }
 }
 
-TEST(NameConformance, CopiesAndMoves) {
-    constexpr Row rows[] = {
-        {"copy", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"new"), true) && s.SizeOf(u"new") == 3; }, 0},
-        {"copy over",
-         [](const CScratch& s) { return CopyFile(s(u"other"), s(u"file"), false) && s.SizeOf(u"file") == 1; }, 0},
-        {"copy, there", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"other"), true); }, 80},
-        {"copy missing", [](const CScratch& s) { return CopyFile(s(u"none"), s(u"new"), false); }, 2},
-        {"copy to missing", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"none\\new"), false); }, 3},
-        {"copy onto itself", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"FILE"), false); }, 32},
-        {"copy onto folder", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"folder"), false); }, 5},
-        {"copy folder", [](const CScratch& s) { return CopyFile(s(u"folder"), s(u"new"), false); }, 5},
-        {"copy onto read-only", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"readonly"), false); }, 5,
-         Wine::Otherwise},
-        {"copy onto hidden", [](const CScratch& s) { return CopyFile(s(u"file"), s(u"hidden"), false); }, 5,
-         Wine::Otherwise},
-        {"copy takes attributes",
-         [](const CScratch& s) {
-             return CopyFile(s(u"hidden"), s(u"new"), false) && CopyFile(s(u"readonly"), s(u"new2"), false) &&
-                    (GetFileAttributes(s(u"new")) & FileAttributeHidden) != 0 &&
-                    (GetFileAttributes(s(u"new2")) & FileAttributeReadOnly) != 0;
-         },
-         0},
-        {"rename", [](const CScratch& s) { return MoveFile(s(u"file"), s(u"new")) && s.SizeOf(u"new") == 3; }, 0},
-        {"rename folder", [](const CScratch& s) { return MoveFile(s(u"folder"), s(u"f2")) && s.Has(u"f2\\in"); }, 0},
-        {"rename, there", [](const CScratch& s) { return MoveFile(s(u"file"), s(u"Other")); }, 183},
-        {"rename folder, there", [](const CScratch& s) { return MoveFile(s(u"folder"), s(u"empty")); }, 183},
-        {"rename missing", [](const CScratch& s) { return MoveFile(s(u"none"), s(u"new")); }, 2},
-        {"rename to missing", [](const CScratch& s) { return MoveFile(s(u"file"), s(u"none\\new")); }, 3},
-        {"rename to itself", [](const CScratch& s) { return MoveFile(s(u"file"), s(u"file")); }, 0},
-        {"rename read-only", [](const CScratch& s) { return MoveFile(s(u"readonly"), s(u"new")); }, 0},
-        {"change case",
-         [](const CScratch& s) { return MoveFile(s(u"file"), s(u"FiLe")) && StoredName(s, u"file") == "FiLe"; }, 0,
-         Wine::Otherwise},
-        {"replace",
-         [](const CScratch& s) {
-             return MoveFileEx(s(u"file"), s(u"other"), Replace) && s.SizeOf(u"other") == 3 && !s.Has(u"file");
-         },
-         0},
-        {"replace, written through",
-         [](const CScratch& s) {
-             return MoveFileEx(s(u"file"), s(u"other"), Replace | MoveFileCopyAllowed | MoveFileWriteThrough);
-         },
-         0},
-        {"replace read-only", [](const CScratch& s) { return MoveFileEx(s(u"file"), s(u"readonly"), Replace); }, 5,
-         Wine::Otherwise},
-        {"replace folder", [](const CScratch& s) { return MoveFileEx(s(u"file"), s(u"empty"), Replace); }, 5},
-    };
-    Try(rows);
+TEST(NameConformance, WhatCopiesAndMovesKeepOrChange) {
+    const CScratch scratch;
+    scratch.Make(u"file");
+    EXPECT_TRUE(Do(scratch, u"hide file; copy file new"));
+    EXPECT_NE(GetFileAttributes(scratch(u"new")) & FileAttributeHidden, 0U);
+    Claim(Wine::Otherwise, "change case", [&] {
+        EXPECT_TRUE(Do(scratch, u"move file FiLe"));
+        EXPECT_EQ(StoredName(scratch, u"file"), "FiLe");
+    });
+    std::uint64_t free = 0;
+    std::uint64_t total = 0;
+    EXPECT_TRUE(GetDiskFreeSpaceEx(scratch(u""), &free, &total, nullptr) && free > 0 && free <= total);
+    EXPECT_EQ(ErrorOf([&] { return GetDiskFreeSpaceEx(scratch(u"new"), nullptr, nullptr, nullptr); }), 267U);
 }
 
 TEST(NameConformance, AttributesReadBack) {
