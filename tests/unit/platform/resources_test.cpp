@@ -56,25 +56,41 @@ std::u16string ParametersOf(std::u16string_view text) {
 
 } // namespace
 
-TEST(Resources, EveryMessageIsFoundByNameAndById) {
-    auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID");
-    auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName");
-    ASSERT_TRUE(getResourceId && getMessageName);
-    EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages")()), std::size(Rows));
-    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion")(), 200U);
-    EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
-    EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
-    std::uint32_t id = FirstId;
-    for (const Row& row : Rows) {
-        EXPECT_EQ(getResourceId(row.name), id) << Readable(row.name);
-        EXPECT_EQ(Readable(getMessageName(static_cast<std::int32_t>(id - FirstId))), Readable(row.name));
+TEST(Resources, EveryModuleServesItsOwn) {
+    const CUnicodeString path = TestFile(GERMAN_LANGUAGE);
+    const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
+    ASSERT_TRUE(library);
+    const std::pair<Platform::Module, std::span<const Row>> modules[] = {{Platform::GetProgramModule(), Rows},
+                                                                         {library, German}};
+    for (const auto& [module, rows] : modules) {
+        auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID", module);
+        auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName", module);
+        ASSERT_TRUE(getResourceId && getMessageName);
+        EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages", module)()), rows.size());
+        EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion", module)(), 200U);
+        EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
+        EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
+        std::uint32_t id = FirstId;
         CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), id++)) << Readable(row.name);
-        EXPECT_EQ(text, row.text) << Readable(row.name);
+        for (const Row& row : rows) {
+            EXPECT_EQ(getResourceId(row.name), id) << Readable(row.name);
+            EXPECT_EQ(Readable(getMessageName(static_cast<std::int32_t>(id - FirstId))), Readable(row.name));
+            EXPECT_TRUE(text.LoadString(module, id++) && text == row.text) << Readable(row.name);
+        }
+        EXPECT_FALSE(text.LoadString(module, id));
+        EXPECT_TRUE(text.IsEmpty());
     }
-    CUnicodeString none(u"old");
-    EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), id));
-    EXPECT_TRUE(none.IsEmpty());
+    EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
+    EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
+    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceTypeNotFound);
+    CVersionInfo version;
+    version.Load(path);
+    EXPECT_EQ(version.GetString(u"FileDescription"), u"Resource DLL");
+    EXPECT_EQ(version.GetString(u"OriginalFilename"), u"corvane2.dll");
+    Platform::FixedFileInfo fixed{};
+    ASSERT_TRUE(version.GetFixedInfo(fixed));
+    EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
+    EXPECT_TRUE(Platform::FreeLibrary(library));
 }
 
 TEST(Resources, VersionRecord) {
@@ -115,33 +131,6 @@ TEST(Resources, TranslationsKeepNamesParametersAndLines) {
         EXPECT_EQ(translation.size(), std::size(Rows))
             << language << ": differs behind " << Readable(Rows[count - 1].name);
     }
-}
-
-TEST(Resources, ALibraryServesItsOwn) {
-    const CUnicodeString path = TestFile(GERMAN_LANGUAGE);
-    const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
-    ASSERT_TRUE(library);
-    EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages", library)()), std::size(German));
-    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion", library)(), 200U);
-    EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
-    std::uint32_t id = FirstId;
-    for (const Row& row : German) {
-        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), id) << Readable(row.name);
-        CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(library, id++)) << Readable(row.name);
-        EXPECT_EQ(text, row.text) << Readable(row.name);
-    }
-    EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
-    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceTypeNotFound);
-    CVersionInfo version;
-    version.Load(path);
-    EXPECT_EQ(version.GetString(u"FileDescription"), u"Resource DLL");
-    EXPECT_EQ(version.GetString(u"OriginalFilename"), u"corvane2.dll");
-    Platform::FixedFileInfo fixed{};
-    ASSERT_TRUE(version.GetFixedInfo(fixed));
-    EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
-    EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
-    EXPECT_TRUE(Platform::FreeLibrary(library));
 }
 
 TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {

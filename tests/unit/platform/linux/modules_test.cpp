@@ -1,26 +1,20 @@
-// What only this system's loader can be faced with.
+// What only this system's loader can be faced with, and the version records that it serves.
 #include "platform/inc/modules.h"
 
 #include "foundation/inc/filesystem.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/resources.h"
+#include "platform/linux/modules/versionblock.h"
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <random>
 #include <sys/stat.h>
 
 using namespace Tsx;
 
 namespace {
-
-std::string NativeOf(const CUnicodeString& path) {
-    std::string native = Readable(path.Mid(2).View());
-    std::replace(native.begin(), native.end(), '\\', '/');
-    return native;
-}
 
 std::string LibraryBytes() {
     std::ifstream file(TestFilePlace(SOME_LIBRARY), std::ios::binary);
@@ -61,7 +55,7 @@ TEST(Modules, ARefusedLibraryIsToldOfByItsReason) {
 TEST(Modules, APipeIsNotWaitedFor) {
     const CTestFolder folder;
     const CUnicodeString pipe = folder / u"pipe.dll";
-    ASSERT_EQ(mkfifo(NativeOf(pipe).c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo((folder.Place() / "pipe.dll").c_str(), 0600), 0);
     EXPECT_EQ(Platform::GetFileVersionInfoSize(pipe.Text()), 0U);
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceDataNotFound);
     EXPECT_FALSE(Platform::GetModuleHandle(pipe.Text()));
@@ -74,10 +68,60 @@ TEST(Modules, ALibraryWhoseFileIsGoneHasNoName) {
     const CUnicodeString path = folder.Write(u"gone.dll", LibraryBytes());
     const Platform::Module module = Platform::LoadLibraryEx(path.Text(), 0);
     ASSERT_TRUE(module);
-    std::filesystem::remove(NativeOf(path));
+    std::filesystem::remove(folder.Place() / "gone.dll");
     char16_t name[300] = {};
     EXPECT_EQ(Platform::GetModuleFileName(module, name, 300), 0U);
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorFileNotFound);
     EXPECT_TRUE(Platform::FreeLibrary(module));
     EXPECT_FALSE(Platform::FreeLibrary(nullptr));
+}
+
+namespace {
+
+constexpr Platform::VersionString Strings[] = {{u"A", u"first"}, {u"InternalName", u""}, {u"Odd", u"ab"}};
+
+std::vector<std::byte> Block() {
+    Platform::FixedFileInfo fixed{};
+    fixed.dwSignature = 0xFEEF04BD;
+    const auto bytes = Platform::VersionBlockBuilder<512>().Build(fixed, 0x040904B0, u"040904b0", Strings);
+    return {bytes.begin(), bytes.end()};
+}
+
+constexpr std::u16string_view Paths[] = {u"\\", u"\\VarFileInfo\\Translation", u"\\StringFileInfo\\040904B0\\Odd",
+                                         u"\\StringFileInfo\\040904b0\\A", u"\\StringFileInfo\\040904b0\\None"};
+
+} // namespace
+
+TEST(VersionBlock, FindsWhatWasBuilt) {
+    const std::vector<std::byte> block = Block();
+    const void* value = nullptr;
+    std::uint32_t length = 0;
+    ASSERT_TRUE(Platform::QueryVersionBlock(block, Paths[2], value, length));
+    EXPECT_EQ(length, 3U) << "the terminator counts";
+    EXPECT_EQ(std::u16string_view(static_cast<const char16_t*>(value)), u"ab");
+    ASSERT_TRUE(Platform::QueryVersionBlock(block, Paths[1], value, length));
+    EXPECT_EQ(*static_cast<const std::uint16_t*>(value), 0x0409) << "the language comes first";
+    EXPECT_FALSE(Platform::QueryVersionBlock(block, Paths[4], value, length));
+}
+
+TEST(VersionBlock, LengthsThatLieNeverLeadOutside) {
+    constexpr unsigned seed = 4711;
+    std::mt19937 random(seed);
+    for (int round = 0; round < 20000; ++round) {
+        std::vector<std::byte> block = Block();
+        for (unsigned changes = 1 + random() % 4; changes > 0; --changes) {
+            block[random() % block.size()] = static_cast<std::byte>(random() % 256);
+        }
+        block.resize(random() % (block.size() + 1));
+        block.shrink_to_fit();
+        for (const std::u16string_view path : Paths) {
+            const void* value = nullptr;
+            std::uint32_t length = 0;
+            if (Platform::QueryVersionBlock(block, path, value, length) && length > 0) {
+                const auto* first = static_cast<const std::byte*>(value);
+                ASSERT_TRUE(first >= block.data() && first + length <= block.data() + block.size())
+                    << "seed " << seed << " round " << round;
+            }
+        }
+    }
 }

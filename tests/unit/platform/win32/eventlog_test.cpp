@@ -2,7 +2,6 @@
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/registrykey.h"
-#include "platform/inc/eventlog.h"
 #include "tests/support/text.h"
 
 using namespace Tsx;
@@ -19,12 +18,4 @@ TEST(EventLog, TheHandlerWritesAndRegisters) {
     const CUnicodeString program = FileSystem::GetProgramPath();
     const CUnicodeString folder = program.Left(program.FindLast(u'\\') + 1);
     EXPECT_EQ(key.GetStringValue(u"EventMessageFile", u""), folder + u"TsxEventSrc.dll");
-}
-
-TEST(EventLog, TheSystemTakesEvents) {
-    Platform::Handle source = Platform::RegisterEventSource(nullptr, u"CorvaneTest");
-    ASSERT_TRUE(source);
-    const char16_t* const strings[] = {u"title", u"text"};
-    EXPECT_TRUE(Platform::ReportEvent(source, Platform::EventLogErrorType, 0, 1, 2, strings));
-    EXPECT_TRUE(Platform::DeregisterEventSource(source));
 }
