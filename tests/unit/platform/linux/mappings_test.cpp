@@ -3,6 +3,7 @@
 
 #include "platform/inc/faults.h"
 #include "platform/inc/files.h"
+#include "platform/inc/lasterror.h"
 #include "platform/inc/memory.h"
 #include <cstring>
 #include <filesystem>
@@ -68,12 +69,20 @@ TEST(PageFile, RangesAreUsedAgain) {
     EXPECT_FALSE(CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, 0, 17 * Unit, nullptr));
 }
 
-TEST(PageFile, StatusIsToldWithoutProc) {
+TEST(PageFile, NoMoreIsPromisedThanCouldEverBeFilled) {
     MemoryStatus status;
-    ArmFault("ReadAvailableMemory", 1, 2, FaultMode::Once);
-    EXPECT_TRUE(GlobalMemoryStatusEx(status));
-    DisarmFaults();
-    EXPECT_GT(status.availablePhysical, 0U);
-    EXPECT_LE(status.availablePhysical, status.totalPhysical);
-    EXPECT_LE(status.availablePageFile, status.totalPageFile);
+    for (const bool hasProc : {true, false}) {
+        ArmFault("ReadAvailableMemory", hasProc ? 2 : 1, 2, FaultMode::Once);
+        EXPECT_TRUE(GlobalMemoryStatusEx(status));
+        DisarmFaults();
+        EXPECT_GT(status.availablePhysical, 0U);
+        EXPECT_LE(status.availablePhysical, status.totalPhysical);
+        EXPECT_LE(status.availablePageFile, status.totalPageFile);
+    }
+    const auto create = [](std::uint64_t size) {
+        return CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, static_cast<std::uint32_t>(size >> 32),
+                                 static_cast<std::uint32_t>(size), nullptr);
+    };
+    EXPECT_FALSE(create(status.totalPageFile + 1));
+    EXPECT_EQ(GetLastError(), ErrorCommitmentLimit);
 }
