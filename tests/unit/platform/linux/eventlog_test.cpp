@@ -10,11 +10,13 @@
 #include "platform/inc/lasterror.h"
 #include "tests/support/text.h"
 #include <array>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <syslog.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Tsx;
@@ -23,13 +25,22 @@ namespace {
 
 std::string written; // "identity facility level text" in lines
 std::string identity;
+std::atomic<int> opened{0};
+std::atomic<bool> mixed{false};
 
 } // namespace
 
+// A second identity before the first one's line is out is what the lock is against; it is only counted.
 extern "C" void openlog(const char* name, int options, int facility) {
+    mixed = mixed || ++opened > 1;
+    std::this_thread::yield();
+    if (mixed) {
+        return;
+    }
     identity = std::string(name) + (options == LOG_PID ? " " : " without a process id ") + std::to_string(facility);
 }
 extern "C" void closelog() {
+    --opened;
     identity.clear();
 }
 __attribute__((format(printf, 2, 0))) static void Write(int level, const char* format, va_list arguments) {
@@ -81,6 +92,15 @@ TEST_F(EventLog, AnEventIsALineOfSyslog) {
     }
     EXPECT_EQ(written, "S\xC3\xB6urce 8 3 title: 100 %s\ndone\nS\xC3\xB6urce 8 4 title: 100 %s\ndone\n"
                        "S\xC3\xB6urce 8 6 title: 100 %s\ndone\nS\xC3\xB6urce 8 6 title: 100 %s\ndone\n");
+    const auto reportMany = [&] {
+        for (int i = 0; i < 50 && !mixed; ++i) {
+            Platform::ReportEvent(source, 1, 0, 1, 2, strings);
+        }
+    };
+    std::thread other(reportMany);
+    reportMany();
+    other.join();
+    EXPECT_FALSE(mixed) << "one thread at a time";
     EXPECT_TRUE(Platform::DeregisterEventSource(source));
     EXPECT_FALSE(Platform::ReportEvent(nullptr, 1, 0, 1, 2, strings));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorInvalidHandle);

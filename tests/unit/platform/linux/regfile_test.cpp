@@ -5,17 +5,19 @@
 #include "platform/inc/faults.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/registry.h"
+#include "platform/linux/registry/regfolders.h"
 #include "platform/linux/text/nativetext.h"
 #include "tests/support/registrychange.h"
 #include "tests/support/text.h"
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
-#include <set>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Platform;
@@ -76,15 +78,18 @@ protected:
         folder = mkdtemp(pattern.data());
         file = folder / "HKEY_CURRENT_USER.reg";
         setenv("TESSARIX_REGISTRY", folder.c_str(), 1);
+        home = std::getenv("HOME") ? std::getenv("HOME") : "";
     }
     ~Registry() override {
         DisarmFaults();
         for (const char* name : {"TESSARIX_REGISTRY", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"}) {
             unsetenv(name);
         }
+        setenv("HOME", home.c_str(), 1);
         fs::remove_all(folder);
     }
 
+    std::string home;
     fs::path folder;
     fs::path file;
 };
@@ -257,6 +262,19 @@ TEST_F(Registry, IsLookedForWhereTheEnvironmentSays) {
     EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"w"), "again");
     EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2") << "still removed";
     EXPECT_EQ(Query(HkeyUsers, u"K", u"v"), "2");
+    for (const char* dirs : {"", "relative", "/one::/two"}) {
+        setenv("XDG_CONFIG_DIRS", dirs, 1);
+        setenv("XDG_CONFIG_HOME", "relative", 1);
+        setenv("HOME", *dirs ? "/home/ann" : "relative", 1);
+        std::string folders;
+        for (const std::string& each : RegistryFolders(RegistryRoot::LocalMachine)) {
+            folders += each + ":";
+        }
+        const std::string ann = std::string("/home/ann/.config/") + in + ":";
+        const std::string two = std::string("/one/") + in + ":/two/" + in + ":";
+        EXPECT_EQ(folders, !*dirs ? std::string(":/etc/xdg/") + in + ":" : *dirs == '/' ? ann + two : ann) << dirs;
+        EXPECT_EQ(RegistryFolders(RegistryRoot::CurrentUser).size(), 1U);
+    }
 }
 
 TEST_F(Registry, AnswersWithTheCodesOfWindows) {
@@ -324,10 +342,10 @@ TEST_F(Registry, RightsAndLinksAreTheUsers) {
 
 // Each writer changes the whole file; no change of the other may be lost, and nobody may ever see less than a whole
 // file.
-TEST_F(Registry, TwoProcessesWriteAndAThirdReads) {
+TEST_F(Registry, TwoProcessesWriteAndThreadsOfAThirdRead) {
     constexpr int rounds = 40;
     ASSERT_EQ(Set(HkeyCurrentUser, u"K", u"fixed", u"x"), ErrorSuccess);
-    std::set<pid_t> writers;
+    std::vector<pid_t> writers;
     for (const char16_t letter : {u'a', u'b'}) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
@@ -339,15 +357,23 @@ TEST_F(Registry, TwoProcessesWriteAndAThirdReads) {
             }
             _exit(good ? 0 : 1);
         }
-        writers.insert(child);
+        writers.push_back(child);
     }
-    while (!writers.empty()) {
-        EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"fixed"), "x");
-        int status = 0;
-        const pid_t ended = waitpid(-1, &status, WNOHANG);
-        EXPECT_EQ(ended > 0 ? status : 0, 0);
-        writers.erase(ended);
+    std::atomic<bool> ended{false};
+    const auto readMany = [&] {
+        while (!ended) {
+            EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"fixed"), "x");
+        }
+    };
+    std::thread one(readMany);
+    std::thread other(readMany);
+    for (const pid_t writer : writers) {
+        int status = -1;
+        EXPECT_TRUE(waitpid(writer, &status, 0) == writer && status == 0);
     }
+    ended = true;
+    one.join();
+    other.join();
     for (const char letter : {'a', 'b'}) {
         for (int i = 0; i < rounds; ++i) {
             const std::string name = letter + std::to_string(i);
