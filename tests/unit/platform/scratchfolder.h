@@ -99,3 +99,29 @@ std::uint32_t ErrorOf(TOperation operation) {
     Platform::SetLastError(4711);
     return operation() ? 0 : Platform::GetLastError();
 }
+
+/// The names that a search tells, in its order, or its error.
+inline std::string Found(const CPath& pattern) {
+    Platform::FindData data;
+    const Platform::Handle search = Platform::FindFirstFile(pattern, data);
+    if (search == Platform::InvalidHandle()) {
+        return std::to_string(Platform::GetLastError());
+    }
+    std::string names = Readable(data.name);
+    while (Platform::FindNextFile(search, data)) {
+        names += " " + Readable(data.name);
+    }
+    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorNoMoreFiles) << Readable(pattern);
+    EXPECT_TRUE(Platform::FindClose(search));
+    return names;
+}
+
+/// Checks rows that are written "question -> answer": what `ask` makes of the question is the answer.
+template <class TAsk>
+void ExpectRows(TAsk ask, std::initializer_list<std::u16string> rows, Wine wine = Wine::AsWindows) {
+    for (const std::u16string& row : rows) {
+        const std::u16string question = row.substr(0, row.find(u" -> "));
+        const std::string name = Readable(question);
+        Claim(wine, name, [&] { EXPECT_EQ(name + " -> " + ask(question), Readable(row)); });
+    }
+}
