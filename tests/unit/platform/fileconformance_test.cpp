@@ -19,11 +19,10 @@ TEST(FileConformance, DispositionsDoWhatTheirNamesSay) {
     };
     const auto check = [](const Row& row, std::uint32_t attributes = FileAttributeNormal) {
         const CScratch scratch;
-        scratch.MakeFolder(u"folder");
         for (const char16_t* name : {u"file", u"readonly", u"hidden"}) {
             scratch.Make(name, "abc");
         }
-        EXPECT_TRUE(Do(scratch, u"protect readonly; hide hidden"));
+        EXPECT_TRUE(Do(scratch, u"mkdir folder; protect readonly; hide hidden"));
         Claim(*row.claim ? Wine::Otherwise : Wine::AsWindows, row.claim, [&] {
             const bool opened = scratch.CanOpen(row.path, row.access, 0, row.disposition, attributes);
             const std::string name = Readable(row.path) + " " + std::to_string(row.disposition);

@@ -10,28 +10,24 @@
 #include <algorithm>
 #include <set>
 #include <span>
-#include <string>
 
 using namespace Tsx;
 
 namespace {
 
 struct Row {
-    const char16_t* name;
-    const char16_t* text;
+    const char16_t *name, *text;
 };
 
+#define MESSAGE(name, text) {u## #name, u"" text},
 constexpr Row Rows[] = {
-#define MESSAGE(name, text) {u## #name, u"" text},
 #include "app/res/messages.inc"
-#undef MESSAGE
 };
-
 constexpr Row German[] = {
-#define MESSAGE(name, text) {u## #name, u"" text},
 #include "languages/german.inc"
-#undef MESSAGE
 };
+#undef MESSAGE
+constexpr std::span<const Row> Translations[] = {German}; // of every library in languages/
 
 constexpr std::uint32_t FirstId = 4096; // every module's rows are numbered from here on
 
@@ -40,18 +36,17 @@ TFunction* Export(const char* name, Platform::Module module = Platform::GetProgr
     return reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
 }
 
-// Of every library in languages/.
-constexpr std::span<const Row> Translations[] = {German};
-
-// The parameters that a text uses: "012" for three.
-std::u16string ParametersOf(std::u16string_view text) {
-    std::set<char16_t> used;
+// The parameters that a text uses and its line ends.
+std::multiset<char16_t> FormOf(std::u16string_view text) {
+    std::set<char16_t> parameters;
     for (std::size_t i = 0; i + 1 < text.size(); ++i) {
         if (text[i] == u'%') {
-            used.insert(text[i + 1]);
+            parameters.insert(text[i + 1]);
         }
     }
-    return {used.begin(), used.end()};
+    std::multiset<char16_t> form(parameters.begin(), parameters.end());
+    std::ranges::copy_if(text, std::inserter(form, form.end()), [](char16_t c) { return c == u'\n'; });
+    return form;
 }
 
 } // namespace
@@ -91,76 +86,46 @@ TEST(Resources, EveryModuleServesItsOwn) {
     ASSERT_TRUE(version.GetFixedInfo(fixed));
     EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
     EXPECT_TRUE(Platform::FreeLibrary(library));
-}
-
-TEST(Resources, VersionRecord) {
-    CVersionInfo version;
     version.Load(FileSystem::GetProgramPath());
-    EXPECT_EQ(version.GetString(u"InternalName"), u"Corvane");
-    EXPECT_EQ(version.GetString(u"FileDescription"), u"Corvane mail command");
-    const auto major = std::uint32_t{RESOURCE_FILE_VERSION_MAJOR};
-    const auto minor = std::uint32_t{RESOURCE_FILE_VERSION_MINOR};
-    EXPECT_EQ(version.GetString(u"ProductVersion"), CUnicodeString::Format(u"%u.%u", major, minor));
-    EXPECT_EQ(version.GetString(u"LegalCopyright"), u"Copyright (c) Ostrel");
     EXPECT_EQ(version.GetString(u"MessageHandler"), u"") << "a string that the record lacks";
-    Platform::FixedFileInfo fixed{};
     ASSERT_TRUE(version.GetFixedInfo(fixed));
     EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDU);
-    EXPECT_EQ(fixed.dwFileVersionMS, major << 16 | minor);
-    EXPECT_EQ(fixed.dwFileVersionLS,
-              std::uint32_t{RESOURCE_FILE_VERSION_PATCH} << 16 | std::uint32_t{RESOURCE_FILE_VERSION_BUILD});
-    CVersionInfo none;
-    none.Load(u"no such file");
-    EXPECT_EQ(none.GetString(u"InternalName"), u"");
-    EXPECT_FALSE(none.GetFixedInfo(fixed));
+    EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
+    EXPECT_EQ(fixed.dwFileVersionLS, std::uint32_t{RESOURCE_FILE_VERSION_PATCH} << 16 | RESOURCE_FILE_VERSION_BUILD);
 }
 
 TEST(Resources, TranslationsKeepNamesParametersAndLines) {
     for (const std::span<const Row> translation : Translations) {
         const std::string language = Readable(translation[0].text);
-        const std::size_t count = std::min(translation.size(), std::size(Rows));
-        for (std::size_t i = 0; i < count; ++i) {
-            ASSERT_EQ(Readable(translation[i].name), Readable(Rows[i].name)) << language << ": the first that differs";
-            const std::string name = language + " " + Readable(Rows[i].name);
-            const std::u16string_view english = Rows[i].text;
-            const std::u16string_view text = translation[i].text;
-            EXPECT_EQ(ParametersOf(text), ParametersOf(english)) << name;
-            EXPECT_EQ(std::ranges::count(text, u'\n'), std::ranges::count(english, u'\n')) << name;
-            EXPECT_FALSE(text.empty()) << name;
+        EXPECT_EQ(translation.size(), std::size(Rows)) << language;
+        for (std::size_t i = 0; i < std::min(translation.size(), std::size(Rows)); ++i) {
+            const std::string name = Readable(Rows[i].name);
+            ASSERT_EQ(Readable(translation[i].name), name) << language << ": the first that differs";
+            EXPECT_EQ(FormOf(translation[i].text), FormOf(Rows[i].text)) << language << " " << name;
+            EXPECT_NE(*translation[i].text, u'\0') << language << " " << name;
         }
-        EXPECT_EQ(translation.size(), std::size(Rows))
-            << language << ": differs behind " << Readable(Rows[count - 1].name);
     }
 }
 
 TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {
     const CUnicodeString path = TestFile(TEST_LANGUAGE);
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
-    ASSERT_TRUE(library);
-    struct Icon {
-        const char16_t* name;
-        std::uint32_t type;
-        std::uint32_t error; // 0 for one that is found
+    const auto find = [&](const char16_t* name, std::uint32_t type) {
+        return Platform::FindResource(library, name, type) ? 0 : Platform::GetLastError();
     };
-    for (const Icon& icon : {Icon{u"TESTICON", Platform::RtGroupIcon, 0}, Icon{u"TestIcon", Platform::RtGroupIcon, 0},
-                             Icon{u"ABSENT", Platform::RtGroupIcon, Platform::ErrorResourceNameNotFound},
-                             Icon{u"TESTICON", 12, Platform::ErrorResourceTypeNotFound}}) {
-        EXPECT_EQ(Platform::FindResource(library, icon.name, icon.type), icon.error == 0) << Readable(icon.name);
-        if (icon.error != 0) {
-            EXPECT_EQ(Platform::GetLastError(), icon.error) << Readable(icon.name);
-        }
-    }
-    char16_t buffer[300] = {};
-    EXPECT_GT(Platform::LoadString(library, FirstId, buffer, 300), 0);
+    EXPECT_EQ(find(u"TestIcon", Platform::RtGroupIcon), 0U);
+    EXPECT_EQ(find(u"ABSENT", Platform::RtGroupIcon), Platform::ErrorResourceNameNotFound);
+    EXPECT_EQ(find(u"TESTICON", 12), Platform::ErrorResourceTypeNotFound);
     // Twice loaded, it is there until it has been freed twice.
     EXPECT_EQ(Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath), library);
-    EXPECT_TRUE(Platform::FreeLibrary(library));
-    EXPECT_GT(Platform::GetModuleFileName(library, buffer, 300), 0U);
-    EXPECT_TRUE(Platform::FreeLibrary(library));
-    EXPECT_EQ(Platform::GetModuleFileName(library, buffer, 300), 0U);
-    EXPECT_EQ(Platform::LoadString(library, FirstId, buffer, 300), 0);
-    EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
-    EXPECT_FALSE(Platform::GetProcAddress(library, "GetResourceID"));
+    char16_t buffer[300] = {};
+    for (const bool isThere : {true, false}) {
+        EXPECT_TRUE(Platform::FreeLibrary(library));
+        EXPECT_EQ(Platform::GetModuleFileName(library, buffer, 300) > 0, isThere);
+        EXPECT_EQ(Platform::LoadString(library, FirstId, buffer, 300) > 0, isThere);
+        EXPECT_EQ(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon), isThere);
+        EXPECT_EQ(Platform::GetProcAddress(library, "GetResourceID") != nullptr, isThere);
+    }
     EXPECT_FALSE(Platform::FreeLibrary(library));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorModuleNotFound);
 }

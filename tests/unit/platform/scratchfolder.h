@@ -18,18 +18,23 @@ struct CPath : std::u16string {
     operator const char16_t*() const { return c_str(); }
 };
 
+/// What an operation that tells success leaves as its error: 0 for success.
+template <class TOperation>
+std::uint32_t ErrorOf(TOperation operation) {
+    Platform::SetLastError(4711);
+    return operation() ? 0 : Platform::GetLastError();
+}
+
 class CScratch : public CTestFolder {
 public:
     CPath operator()(std::u16string_view name) const {
         return CPath(std::u16string(Path().View()) + u'\\' + std::u16string(name));
     }
-
     Platform::Handle Open(std::u16string_view name, std::uint32_t access, std::uint32_t share,
                           std::uint32_t disposition = Platform::OpenExisting,
                           std::uint32_t attributes = Platform::FileAttributeNormal) const {
         return Platform::CreateFile((*this)(name), access, share, nullptr, disposition, attributes, nullptr);
     }
-
     /// Opens and closes again, keeping the last error.
     bool CanOpen(std::u16string_view name, std::uint32_t access, std::uint32_t share = 0,
                  std::uint32_t disposition = Platform::OpenExisting,
@@ -40,11 +45,7 @@ public:
         Platform::SetLastError(error);
         return opened;
     }
-
     void Make(const char16_t* name, std::string_view content = "x") const { Write(name, content); }
-    void MakeFolder(std::u16string_view name) const {
-        EXPECT_TRUE(Platform::CreateDirectory((*this)(name), nullptr)) << Readable(name);
-    }
     bool Has(std::u16string_view name) const {
         return Platform::GetFileAttributes((*this)(name)) != Platform::InvalidFileAttributes;
     }
@@ -61,43 +62,35 @@ inline bool Do(const CScratch& scratch, std::u16string_view commands) {
     const auto word = [](std::u16string_view& text, std::u16string_view end) {
         const std::u16string_view found = text.substr(0, text.find(end));
         text.remove_prefix(std::min(found.size() + end.size(), text.size()));
-        return std::u16string(found);
-    };
-    const auto done = [&](const std::u16string& verb, const CPath& one, const CPath& two, std::u16string_view name) {
-        return verb == u"delete"    ? DeleteFile(one)
-               : verb == u"mkdir"   ? CreateDirectory(one, nullptr)
-               : verb == u"rmdir"   ? RemoveDirectory(one)
-               : verb == u"copy"    ? CopyFile(one, two, true)
-               : verb == u"over"    ? CopyFile(one, two, false)
-               : verb == u"move"    ? MoveFile(one, two)
-               : verb == u"replace" ? MoveFileEx(one, two, MoveFileReplaceExisting)
-               : verb == u"through" ? MoveFileEx(one, two, MoveFileReplaceExisting | MoveFileWriteThrough)
-               : verb == u"hide"    ? SetFileAttributes(one, FileAttributeHidden)
-               : verb == u"protect" ? SetFileAttributes(one, FileAttributeReadOnly)
-               : verb == u"make"    ? scratch.CanOpen(name, GenericWrite, 0, CreateNew)
-               : verb == u"open"    ? scratch.CanOpen(name, GenericRead)
-               : verb == u"has"     ? scratch.Has(name)
-               : verb == u"gone"    ? !scratch.Has(name)
-               : verb == u"bytes"   ? std::to_string(scratch.SizeOf(name)) == Readable(two.substr(two.size() - 1))
-                                    : (ADD_FAILURE() << Readable(verb), false);
+        return found;
     };
     while (!commands.empty()) {
-        std::u16string command = word(commands, u"; ");
-        std::u16string_view rest = command;
-        const std::u16string verb = word(rest, u" ");
-        const std::u16string name = word(rest, u" ");
-        if (!done(verb, scratch(name), scratch(rest), name)) {
+        std::u16string_view rest = word(commands, u"; ");
+        const std::u16string_view verb = word(rest, u" ");
+        const std::u16string_view name = word(rest, u" ");
+        const CPath one = scratch(name);
+        const CPath two = scratch(rest);
+        const bool done = verb == u"delete"    ? DeleteFile(one)
+                          : verb == u"mkdir"   ? CreateDirectory(one, nullptr)
+                          : verb == u"rmdir"   ? RemoveDirectory(one)
+                          : verb == u"copy"    ? CopyFile(one, two, true)
+                          : verb == u"over"    ? CopyFile(one, two, false)
+                          : verb == u"move"    ? MoveFile(one, two)
+                          : verb == u"replace" ? MoveFileEx(one, two, MoveFileReplaceExisting)
+                          : verb == u"through" ? MoveFileEx(one, two, MoveFileReplaceExisting | MoveFileWriteThrough)
+                          : verb == u"hide"    ? SetFileAttributes(one, FileAttributeHidden)
+                          : verb == u"protect" ? SetFileAttributes(one, FileAttributeReadOnly)
+                          : verb == u"make"    ? scratch.CanOpen(name, GenericWrite, 0, CreateNew)
+                          : verb == u"open"    ? scratch.CanOpen(name, GenericRead)
+                          : verb == u"has"     ? scratch.Has(name)
+                          : verb == u"gone"    ? !scratch.Has(name)
+                          : verb == u"bytes"   ? std::to_string(scratch.SizeOf(name)) == Readable(rest)
+                                               : (ADD_FAILURE() << Readable(verb), false);
+        if (!done) {
             return false;
         }
     }
     return true;
-}
-
-/// What an operation that tells success leaves as its error: 0 for success.
-template <class TOperation>
-std::uint32_t ErrorOf(TOperation operation) {
-    Platform::SetLastError(4711);
-    return operation() ? 0 : Platform::GetLastError();
 }
 
 /// The names that a search tells, in its order, or its error.
