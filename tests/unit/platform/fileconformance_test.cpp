@@ -68,21 +68,21 @@ TEST(FileConformance, HandlesShareAFileOnlyIfBothAgree) {
     const auto checkSecond = [&](std::uint32_t firstUses, std::uint32_t firstShare) {
         bool emptied = false;
         for (std::uint32_t i = 0; i < 3 * 8 * 4; ++i) {
-            const auto& [access, accessUses] = uses[i / 32];
+            const std::uint32_t access = uses[i / 32].first;
             const std::uint32_t share = i / 4 % 8;
             const std::uint32_t disposition = i % 4 + CreateNew; // and CreateAlways, OpenExisting, OpenAlways
             const bool empties = disposition == CreateAlways;
             if (empties && access == R && !Applies(Wine::Otherwise)) {
                 continue; // emptying is no writing there
             }
-            const std::uint32_t secondUses = accessUses | (empties ? FileShareWrite : 0);
+            const std::uint32_t secondUses = uses[i / 32].second | (empties ? FileShareWrite : 0);
             const bool agree = (secondUses & ~firstShare) == 0 && (firstUses & ~share) == 0;
             emptied = emptied || (empties && agree);
             EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"FILE", access, share, disposition); }),
                       disposition == CreateNew ? ErrorFileExists
                       : agree                  ? ErrorSuccess
                                                : ErrorSharingViolation)
-                << firstUses << "/" << firstShare << " " << accessUses << "/" << share << " " << disposition;
+                << firstUses << "/" << firstShare << " " << access << "/" << share << " " << disposition;
         }
         EXPECT_EQ(scratch.SizeOf(u"file") == 0, emptied) << "what is refused leaves the content";
     };
