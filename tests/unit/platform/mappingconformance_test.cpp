@@ -111,12 +111,3 @@ TEST(Mappings, ViewsBeyondFourGibibytes) {
     EXPECT_FALSE(MapViewOfFile(mapping, FileMapRead, 1, Unit, Unit + 1));
     EXPECT_TRUE(UnmapViewOfFile(view) && UnmapViewOfFile(low) && UnmapViewOfFile(again) && CloseHandle(mapping));
 }
-
-TEST(Mappings, MemoryStatus) {
-    MemoryStatus status;
-    EXPECT_TRUE(GlobalMemoryStatusEx(status));
-    EXPECT_LE(status.availablePageFile, status.totalPageFile);
-    EXPECT_LE(status.availablePhysical, status.totalPhysical);
-    status.length = 0;
-    EXPECT_FALSE(GlobalMemoryStatusEx(status));
-}

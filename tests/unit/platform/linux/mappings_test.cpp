@@ -74,6 +74,8 @@ TEST(PageFile, NoMoreIsPromisedThanCouldEverBeFilled) {
         EXPECT_TRUE(status.availablePhysical > 0 && status.availablePhysical <= status.totalPhysical);
         EXPECT_LE(status.availablePageFile, status.totalPageFile);
     }
+    status.length = 0;
+    EXPECT_FALSE(GlobalMemoryStatusEx(status));
     const std::uint64_t size = status.totalPageFile + 1;
     EXPECT_FALSE(CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, static_cast<std::uint32_t>(size >> 32),
                                    static_cast<std::uint32_t>(size), nullptr));

@@ -9,7 +9,6 @@
 #include "tests/support/text.h"
 #include <fstream>
 #include <random>
-#include <sys/stat.h>
 
 using namespace Tsx;
 
@@ -43,17 +42,6 @@ TEST(Modules, ARefusedLibraryIsToldOfByItsReason) {
     EXPECT_FALSE(Platform::GetModuleHandle(u"no such library.dll"));
     EXPECT_EQ(GetLastErrorText(Platform::ErrorModuleNotFound), u"The specified module could not be found.\r\n")
         << "an earlier failure's reason is not this one's";
-}
-
-TEST(Modules, APipeIsNotWaitedFor) {
-    const CTestFolder folder;
-    const CUnicodeString pipe = folder / u"pipe.dll";
-    ASSERT_EQ(mkfifo((folder.Place() / "pipe.dll").c_str(), 0600), 0);
-    EXPECT_EQ(Platform::GetFileVersionInfoSize(pipe.Text()), 0U);
-    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceDataNotFound);
-    EXPECT_FALSE(Platform::GetModuleHandle(pipe.Text()));
-    EXPECT_FALSE(Platform::LoadLibraryEx(pipe.Text(), 0));
-    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorModuleNotFound);
 }
 
 TEST(VersionBlock, LengthsThatLieNeverLeadOutside) {

@@ -7,9 +7,8 @@
 #include "platform/inc/registry.h"
 #include "platform/linux/registry/regfolders.h"
 #include "platform/linux/text/nativetext.h"
-#include "tests/support/folder.h"
 #include "tests/support/registrychange.h"
-#include "tests/support/text.h"
+#include "tests/unit/platform/scratchfolder.h"
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -222,18 +221,16 @@ TEST_F(Registry, IsLookedForWhereTheEnvironmentSays) {
     folder.Write(own.c_str(), "[-HKEY_LOCAL_MACHINE\\K]\n");
     EXPECT_EQ(Set(HkeyLocalMachine, u"w", u"again"), ErrorSuccess);
     EXPECT_EQ(machine(), "2 again") << "still removed";
-    for (const char* dirs : {"", "relative", "/one::/two"}) {
+    for (const auto& [dirs, user, expected] :
+         {std::tuple{"", "relative", ":/etc/xdg:"}, {"/one:x:/two", "/ann", "/ann/.config:/one:/two:"}}) {
         setenv("XDG_CONFIG_DIRS", dirs, 1);
         setenv("XDG_CONFIG_HOME", "relative", 1);
-        setenv("HOME", *dirs ? "/home/ann" : "relative", 1);
+        setenv("HOME", user, 1);
         std::string folders;
         for (const std::string& each : RegistryFolders(RegistryRoot::LocalMachine)) {
             folders += each.substr(0, each.find("/tessarix/registry")) + ":";
         }
-        EXPECT_EQ(folders, !*dirs         ? ":/etc/xdg:"
-                           : *dirs == '/' ? "/home/ann/.config:/one:/two:"
-                                          : "/home/ann/.config:")
-            << dirs;
+        EXPECT_EQ(folders, expected);
         EXPECT_EQ(RegistryFolders(RegistryRoot::CurrentUser).size(), 1U);
     }
 }
@@ -258,39 +255,31 @@ TEST_F(Registry, AnswersWithTheCodesOfWindows) {
     }
 }
 
+// Commands in the folder that holds the registry's, `r`, and a file `outside`; what is read then, and the code of a
+// write.
 TEST_F(Registry, RightsAndLinksAreTheUsers) {
-    struct Row {
-        const char* name;
-        const char* command; // in the folder that holds the registry's, `r`, and a file `outside`
-        const char* read;
-        std::uint32_t written;
-    };
-    const Row rows[] = {
-        {"a file not to be read", "chmod 0 r/*.reg", "5", ErrorAccessDenied},
-        {"a file not to be written", "chmod 444 r/*.reg", "old", ErrorAccessDenied},
-        {"a folder not to be entered", "chmod 0 r", "5", ErrorAccessDenied},
-        {"a folder that is none", "rm -r r; touch r", "2", ErrorFileNotFound},
-        {"a link to the folder", "mv r there; ln -s there r", "old", ErrorSuccess},
-        {"a new file that is a link", "ln -s ../outside r/HKEY_CURRENT_USER.reg.new", "old", ErrorSuccess},
-        {"a lock that is a link", "ln -s ../outside r/registry.lock", "old", ErrorAccessDenied},
-    };
     const uid_t self = getuid();
     const uid_t user = self == 0 ? 65534 : self; // root may do anything
     const std::string place = folder.Place() / "place";
     setenv("TESSARIX_REGISTRY", (place + "/r").c_str(), 1);
-    for (const Row& row : rows) {
+    const auto answers = [&](const std::u16string& command) {
         Fill(u"place/r/", "HKEY_CURRENT_USER", "old");
         folder.Write(u"place/outside", "outside");
         const std::string give = "chown -R " + std::to_string(user) + " '" + folder.Place().string() + "' && ";
-        ASSERT_EQ(std::system((give + "cd '" + place + "' && " + row.command).c_str()), 0);
-        ASSERT_EQ(setresuid(user, user, self), 0);
-        EXPECT_EQ(Query(HkeyCurrentUser, u"v"), row.read) << row.name;
-        EXPECT_EQ(Set(HkeyCurrentUser, u"v", u"new"), row.written) << row.name;
-        ASSERT_EQ(setresuid(self, self, self), 0);
-        EXPECT_EQ(folder.Content(u"place/outside"), "outside") << row.name;
+        EXPECT_EQ(std::system((give + "cd '" + place + "' && " + NativeName(command)).c_str()), 0);
+        EXPECT_EQ(setresuid(user, user, self), 0);
+        const std::string read = Query(HkeyCurrentUser, u"v");
+        const std::uint32_t written = Set(HkeyCurrentUser, u"v", u"new");
+        EXPECT_EQ(setresuid(self, self, self), 0);
+        EXPECT_EQ(folder.Content(u"place/outside"), "outside") << Readable(command);
         fs::permissions(place + "/r", fs::perms::owner_all);
         fs::remove_all(place);
-    }
+        return read + " " + std::to_string(written);
+    };
+    ExpectRows(answers, {u"chmod 0 r/*.reg -> 5 5", u"chmod 444 r/*.reg -> old 5", u"chmod 0 r -> 5 5",
+                         u"rm -r r; touch r -> 2 2", u"mv r there; ln -s there r -> old 0",
+                         u"ln -s ../outside r/HKEY_CURRENT_USER.reg.new -> old 0",
+                         u"ln -s ../outside r/registry.lock -> old 5"});
 }
 
 // Each writer changes the whole file; no change of the other may be lost, and nobody may ever see less than a whole
