@@ -12,7 +12,6 @@
 #include <fstream>
 #include <functional>
 #include <grp.h>
-#include <sstream>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -118,6 +117,8 @@ TEST(LinuxFiles, NamesAndAttributesThatWindowsLacks) {
     EXPECT_TRUE(Do(scratch, u"open ab:b?\"c") && FindClose(FindFirstFile(scratch(u"ab:b?\"c"), data)));
     EXPECT_EQ(Readable(data.name), "ab:b?\"c");
     EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"a:c", GenericRead, 0, OpenAlways); }), ErrorInvalidName);
+    EXPECT_EQ(mkfifo((scratch.Place() / "fifo").c_str(), 0600), 0);
+    EXPECT_TRUE(scratch.Has(u"fifo") && scratch.CanOpen(u"fifo", 0)) << "nobody is waited for";
     for (const char* name : {"1\\2", "1:", "1:2"}) { // a separator to every path of ours, a drive to a search's reader
         std::ofstream(scratch.Place() / name) << "x";
         EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle()) << name;
@@ -275,30 +276,6 @@ TEST(LinuxFiles, PositionsEndAtTheLargestNumber) {
     EXPECT_EQ(ErrorOf([&] { return SetFilePointerEx(file, 1, position, FileCurrent); }), ErrorInvalidParameter);
     EXPECT_TRUE(SetFilePointerEx(file, 0, position, FileCurrent) && position == INT64_MAX);
     EXPECT_TRUE(CloseHandle(file));
-}
-
-TEST(LinuxFiles, WhatHasNoLengthIsReadToItsEnd) {
-    const CScratch scratch;
-    ASSERT_EQ(mkfifo((scratch.Place() / "fifo").c_str(), 0600), 0);
-    EXPECT_TRUE(Do(scratch, u"has fifo") && scratch.CanOpen(u"fifo", 0)) << "nobody is waited for";
-    EXPECT_TRUE(DeleteFile(scratch(u"fifo")));
-    std::ostringstream version;
-    version << std::ifstream("/proc/version").rdbuf();
-    const int unlinked = open((scratch.Place() / "unlinked").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    EXPECT_EQ(write(unlinked, "abc", 3), 3);
-    EXPECT_TRUE(DeleteFile(scratch(u"unlinked")));
-    const std::pair<std::string, std::string> rows[] = {
-        {"/proc/version", version.str()}, {"/dev/null", ""}, {"/dev/fd/" + std::to_string(unlinked), "abc"}};
-    for (const auto& [path, content] : rows) {
-        const CPath wide(path.begin(), path.end());
-        const Handle file = CreateFile(wide, GenericRead, 0, nullptr, OpenExisting, 0, nullptr);
-        std::string read(0x1000, ' ');
-        std::uint32_t count = 0;
-        EXPECT_EQ(GetFileSize(file, nullptr), content.size()) << path;
-        EXPECT_TRUE(ReadFile(file, read.data(), 0x1000, count) && read.substr(0, count) == content) << path;
-        EXPECT_TRUE(CloseHandle(file)) << path;
-    }
-    close(unlinked);
 }
 
 TEST(LinuxFiles, ACopyThatFailsLeavesNoTarget) {

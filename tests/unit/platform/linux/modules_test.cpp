@@ -1,14 +1,11 @@
-// What only this system's loader can be faced with, and the version records that it serves.
+// What only this system's loader can be faced with.
 #include "platform/inc/modules.h"
 
 #include "foundation/inc/errors.h"
 #include "platform/inc/lasterror.h"
-#include "platform/inc/resources.h"
-#include "platform/linux/modules/versionblock.h"
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <fstream>
-#include <random>
 
 using namespace Tsx;
 
@@ -42,28 +39,4 @@ TEST(Modules, ARefusedLibraryIsToldOfByItsReason) {
     EXPECT_FALSE(Platform::GetModuleHandle(u"no such library.dll"));
     EXPECT_EQ(GetLastErrorText(Platform::ErrorModuleNotFound), u"The specified module could not be found.\r\n")
         << "an earlier failure's reason is not this one's";
-}
-
-TEST(VersionBlock, LengthsThatLieNeverLeadOutside) {
-    constexpr Platform::VersionString strings[] = {{u"A", u"first"}, {u"InternalName", u""}, {u"Odd", u"ab"}};
-    const auto built = Platform::VersionBlockBuilder<512>().Build({}, 0x040904B0, u"040904b0", strings);
-    constexpr unsigned seed = 4711;
-    std::mt19937 random(seed);
-    for (int round = 0; round < 20000; ++round) {
-        std::vector<std::byte> block(built.begin(), built.end());
-        for (unsigned changes = 1 + random() % 4; changes > 0; --changes) {
-            block[random() % block.size()] = static_cast<std::byte>(random() % 256);
-        }
-        block.resize(random() % (block.size() + 1));
-        block.shrink_to_fit();
-        for (const char16_t* path : {u"\\", u"\\VarFileInfo\\Translation", u"\\StringFileInfo\\040904B0\\Odd"}) {
-            const void* value = nullptr;
-            std::uint32_t length = 0;
-            if (Platform::QueryVersionBlock(block, path, value, length) && length > 0) {
-                const auto* first = static_cast<const std::byte*>(value);
-                ASSERT_TRUE(first >= block.data() && first + length <= block.data() + block.size())
-                    << "seed " << seed << " round " << round;
-            }
-        }
-    }
 }

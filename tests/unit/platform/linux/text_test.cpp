@@ -9,7 +9,6 @@
 #include "platform/linux/text/errortexts.h"
 #include "platform/linux/text/lettercase.h"
 #include "platform/linux/text/nativetext.h"
-#include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <cerrno>
 #include <clocale>
@@ -44,21 +43,6 @@ TEST(LetterCase, PairsAreThoseOfUnicode) {
     if (unicode) {
         freelocale(unicode);
     }
-}
-
-TEST(LetterCase, TurkishLocaleChangesNoNames) {
-    const CTestFolder folder;
-    const std::string make = "localedef -i tr_TR -f UTF-8 " + folder.Place().string() + "/tr_TR.UTF-8";
-    setenv("LOCPATH", folder.Place().c_str(), 1);
-    setenv("LC_ALL", "tr_TR.UTF-8", 1);
-    if (std::system(make.c_str()) != 0 || !std::setlocale(LC_ALL, "") || std::towlower(L'I') != L'\u0131') {
-        GTEST_SKIP() << "localedef can't make a Turkish locale here";
-    }
-    SetUserLocale();
-    EXPECT_EQ(wcsicmp(u"RECIPIENT", u"recipient"), 0);
-    EXPECT_EQ(towupper(u'i'), u'I');
-    EXPECT_TRUE(NamesEqual(u"FILE.INI", u"file.ini"));
-    EXPECT_FALSE(NamesEqual(u"\u0130", u"i"));
 }
 
 // A shell's words must reach the program whole: joining and splitting are inverse for every list of words.
