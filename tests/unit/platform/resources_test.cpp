@@ -36,17 +36,13 @@ TFunction* Export(const char* name, Platform::Module module = Platform::GetProgr
     return reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
 }
 
-// The parameters that a text uses and its line ends.
-std::multiset<char16_t> FormOf(std::u16string_view text) {
+// The parameters that a text uses and the number of its line ends.
+std::pair<std::set<char16_t>, std::ptrdiff_t> FormOf(std::u16string_view text) {
     std::set<char16_t> parameters;
-    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-        if (text[i] == u'%') {
-            parameters.insert(text[i + 1]);
-        }
+    for (std::size_t i = text.find(u'%'); i < text.size() - 1; i = text.find(u'%', i + 1)) {
+        parameters.insert(text[i + 1]);
     }
-    std::multiset<char16_t> form(parameters.begin(), parameters.end());
-    std::ranges::copy_if(text, std::inserter(form, form.end()), [](char16_t c) { return c == u'\n'; });
-    return form;
+    return {parameters, std::ranges::count(text, u'\n')};
 }
 
 } // namespace

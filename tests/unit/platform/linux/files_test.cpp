@@ -119,6 +119,8 @@ TEST(LinuxFiles, NamesAndAttributesThatWindowsLacks) {
     EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"a:c", GenericRead, 0, OpenAlways); }), ErrorInvalidName);
     EXPECT_EQ(mkfifo((scratch.Place() / "fifo").c_str(), 0600), 0);
     EXPECT_TRUE(scratch.Has(u"fifo") && scratch.CanOpen(u"fifo", 0)) << "nobody is waited for";
+    const Handle version = CreateFile(u"/proc/version", GenericRead, 0, nullptr, OpenExisting, 0, nullptr);
+    EXPECT_TRUE(GetFileSize(version, nullptr) > 10 && CloseHandle(version)) << "generated as it is read";
     for (const char* name : {"1\\2", "1:", "1:2"}) { // a separator to every path of ours, a drive to a search's reader
         std::ofstream(scratch.Place() / name) << "x";
         EXPECT_EQ(FindFirstFile(scratch(u"1*"), data), InvalidHandle()) << name;
