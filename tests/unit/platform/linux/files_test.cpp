@@ -229,6 +229,7 @@ TEST(LinuxFiles, PermissionsBindAUserWhoIsNotRoot) {
     constexpr std::u16string_view rows[] = {
         u"over file blind\\mine; bytes blind\\mine 3; delete blind\\mine",
         u"over file sticky\\mine; over file sticky\\mine; bytes sticky\\mine 3",
+        u"over file sticky\\kept; protect sticky\\kept; hide sticky\\kept; delete sticky\\kept",
         u"over file link\\linked; has sticky\\linked", // those up to here are allowed
         u"over file blind\\theirs",
         u"over file fixed\\mine",
@@ -247,7 +248,7 @@ TEST(LinuxFiles, PermissionsBindAUserWhoIsNotRoot) {
     }
     FindData data;
     operations.emplace_back([&] { return FindFirstFile(scratch(u"blind\\*"), data) != InvalidHandle(); });
-    std::vector<std::uint32_t> expected(4, 0);
+    std::vector<std::uint32_t> expected(5, 0);
     expected.resize(operations.size(), ErrorAccessDenied);
     EXPECT_EQ(ErrorsElsewhere(operations, [] {}), expected) << "in the order of the rows";
     for (const auto& [name, mode] : folders) {
