@@ -49,9 +49,11 @@ private:
     int shown = 0;
 };
 
-// A failure inside the report of a failure, on a thread that must not throw.
-void DoubleError() {
+// A failure inside the report of a failure, on a thread that must not throw. The handler may raise while it shows the
+// end.
+void DoubleError(bool raisesLater) {
     CFailingHandler handler;
+    handler.raisesLater = raisesLater;
     const CMessageHandlerScope scope(&handler);
     ThreadErrorMode.Get()->NoExceptions = true;
     FailAssertion(u"src\\outer", 1);
@@ -78,7 +80,6 @@ void OnAbort(int) {
 
 // Memory exceptions that nobody gives back.
 void ExhaustPool() {
-    std::signal(SIGABRT, &OnAbort);
     for (int kept = 0;; ++kept) {
         try {
             std::printf("%d kept\n", kept);
@@ -89,42 +90,18 @@ void ExhaustPool() {
     }
 }
 
-// The handler raises while it shows the end.
-void DoubleErrorRaises() {
-    std::signal(SIGABRT, &OnAbort);
-    CFailingHandler handler;
-    handler.raisesLater = true;
-    const CMessageHandlerScope scope(&handler);
-    ThreadErrorMode.Get()->NoExceptions = true;
-    FailAssertion(u"src\\outer", 1);
-}
-
 void CallPure() {
-    std::signal(SIGABRT, &OnAbort);
     InitializeFoundation(nullptr, nullptr);
     const CBuilt object;
 }
 
 // A failure that nobody catches.
-void ThrowAway() {
-    std::signal(SIGABRT, &OnAbort);
+void LeaveUncaught(bool isStopped) {
+    InitializeFoundation(nullptr, nullptr);
+    if (isStopped) {
+        DeinitializeFoundation();
+    }
     throw 1;
-}
-
-void LeaveUncaught() {
-    InitializeFoundation(nullptr, nullptr);
-    ThrowAway();
-}
-
-void LeaveUncaughtWithoutBox() {
-    FatalNoMessageBox = true;
-    LeaveUncaught();
-}
-
-void LeaveUncaughtAfterTheStop() {
-    InitializeFoundation(nullptr, nullptr);
-    DeinitializeFoundation();
-    ThrowAway();
 }
 
 struct Row {
@@ -132,18 +109,19 @@ struct Row {
     void (*end)();
 };
 
-constexpr Row Rows[] = {{u"double", &DoubleError},
-                        {u"raising", &DoubleErrorRaises},
+constexpr Row Rows[] = {{u"double", [] { DoubleError(false); }},
+                        {u"raising", [] { DoubleError(true); }},
                         {u"exception", &DoubleErrorInException},
                         {u"pool", &ExhaustPool},
                         {u"purecall", &CallPure},
-                        {u"uncaught", &LeaveUncaught},
-                        {u"silent", &LeaveUncaughtWithoutBox},
-                        {u"late", &LeaveUncaughtAfterTheStop}};
+                        {u"uncaught", [] { LeaveUncaught(false); }},
+                        {u"silent", [] { FatalNoMessageBox = true, LeaveUncaught(false); }},
+                        {u"late", [] { LeaveUncaught(true); }}};
 
 } // namespace
 
 std::int32_t ProgramMain() {
+    std::signal(SIGABRT, &OnAbort);
     ThreadErrorMode.Get()->NoExceptions = false;
     const std::u16string_view line = Platform::GetCommandLine();
     for (const Row& row : Rows) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Processes that end on a failure: what they show and how they end. Natively or under Wine."""
+"""Processes that end on a failure: what they show and log and how they end. Natively or under Wine."""
 
 import argparse
 import os
@@ -15,82 +15,55 @@ STATIC = "Internal Program Error:\nAssertion failed: (  )\nsrc\\broken, 7.\n(  )
 OUTER = "Internal Program Error:\nAssertion failed: (  )\nsrc\\outer, 1.\n(  )."
 RAISED = "Internal Program Error:\nsrc\\outer, 1."
 DOUBLE = "Double internal error!\nApplication terminated."
+BOX = "box Tessarix: {} 1010\nabort\n"
+LAST = BOX.format(DOUBLE.replace("\n", "\\u000A"))
 ABORTED = "aborted"
+SETTINGS = r"""Windows Registry Editor Version 5.00
+[HKEY_LOCAL_MACHINE\Software\Ostrel\Tessarix]
+"WriteMessageLog"=" ON "
+"""
 
 
 def shown(*texts):
     return "".join(f"shown with style 4112: {text}\n" for text in texts)
 
 
-# name, program, words, standard output, exit code
+# name, word, standard output, the lines of the log (without those of a start)
 CASES = (
-    ("a static object fails", "static", ["-r:ann"], STATIC, -1),
-    ("a failure inside a failure", "endings", ["double"], shown(OUTER, DOUBLE), ABORTED),
-    ("a handler that raises in the end", "endings", ["raising"],
-     shown(OUTER, DOUBLE) + "box Tessarix: " + DOUBLE.replace("\n", "\\u000A") + " 1010\nabort\n", ABORTED),
-    ("a failure inside a report", "endings", ["exception"], shown(RAISED, DOUBLE), ABORTED),
-    ("the 65th memory exception", "endings", ["pool"],
-     "".join(f"{n} kept\n" for n in range(65)) + "box Tessarix: Not enough memory! 1010\nabort\n", ABORTED),
-    ("a call of a pure virtual function", "endings", ["purecall"], "box abort\n", ABORTED),
-    ("a failure that nobody catches", "endings", ["uncaught"], "box Tessarix: Unhandled Internal Error 1010\nabort\n", ABORTED),
-    ("the same without boxes", "endings", ["silent"], "box abort\n", ABORTED),
-    ("the same when the foundation has stopped", "endings", ["late"], "box abort\n", ABORTED),
+    ("a failure inside a failure", "double", shown(OUTER, DOUBLE) + LAST, [OUTER, DOUBLE]),
+    ("a handler that raises in the end", "raising", shown(OUTER, DOUBLE) + LAST, [OUTER, DOUBLE]),
+    # In the log as what was raised and as what was shown.
+    ("a failure inside a report", "exception", shown(RAISED, DOUBLE) + LAST, [RAISED, RAISED, DOUBLE]),
+    ("the 65th memory exception", "pool",
+     "".join(f"{n} kept\n" for n in range(65)) + BOX.format("Not enough memory!"), []),
+    ("a call of a pure virtual function", "purecall", "box abort\n", None),
+    ("a failure that nobody catches", "uncaught", BOX.format("Unhandled Internal Error"), None),
+    ("the same without boxes", "silent", "box abort\n", None),
+    ("the same when the foundation has stopped", "late", "box abort\n", None),
 )
 
-# The setting of the message log, whether its file can be written, the lines that a double error leaves.
-LOGS = ((" ON ", True, [OUTER, DOUBLE]), ("banana", True, []), ("1", False, []))
 
-
-def text_of(output):
-    return output.decode(errors="replace").replace("\r\n", "\n")
-
-
-def problems_of(case, options):
-    _, program, words, output, code = case
-    command = [getattr(options, program), *words]
-    aborted = -signal.SIGABRT
-    if options.wine:
-        command.insert(0, options.wine)
-        aborted = 3  # what the run-time's abort ends with
+def problems_of(program, word, output, code, wine, folder):
+    command = [*([wine] if wine else []), program, word]
     try:
-        result = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False)
+        result = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=LIMIT, check=False,
+                                env={**os.environ, "TESSARIX_REGISTRY": folder})
     except subprocess.TimeoutExpired as late:
-        yield f"killed after {LIMIT} seconds: {late.stdout!r} {late.stderr!r}"
-        return
-    wanted = aborted if code == ABORTED else code & 0xFF
-    if result.returncode != wanted:
-        yield f"exit code {result.returncode}, expected {wanted}"
-    if text_of(result.stdout) != output:
-        yield f"shown {text_of(result.stdout)!r}, expected {output!r}"
+        return [f"killed after {LIMIT} seconds: {late.stdout!r} {late.stderr!r}"]
+    if code == ABORTED:
+        code = 3 if wine else -signal.SIGABRT  # 3: what the run-time's abort ends with
+    found = (result.returncode, result.stdout.decode(errors="replace").replace("\r\n", "\n"))
+    return [] if found == (code, output) else [f"{found}, expected {(code, output)}"]
 
 
-def run_with_settings(program, word, root, settings, folder):
-    """Natively alone: under Wine the settings would be those of all tests that run meanwhile."""
-    with open(os.path.join(folder, root + ".reg"), "w", encoding="utf-16") as file:
-        rows = [f'"{name}"="{value}"' for name, value in settings.items()]
-        file.write("\n".join(["Windows Registry Editor Version 5.00", "",
-                              rf"[{root}\Software\Ostrel\Tessarix]", *rows, ""]))
-    return subprocess.run([program, word], env={**os.environ, "TESSARIX_REGISTRY": folder}, stdin=subprocess.DEVNULL,
-                          capture_output=True, timeout=LIMIT, check=False)
-
-
-def problems_of_log(setting, writable, lines, options):
-    """The log lies beside the program, so that this one gets a folder of its own."""
-    with tempfile.TemporaryDirectory() as folder:
-        program = shutil.copy(options.endings, folder)
-        log = os.path.join(folder, "TessarixLog.txt")
-        if not writable:
-            os.mkdir(log)
-        result = run_with_settings(program, "double", "HKEY_LOCAL_MACHINE", {"WriteMessageLog": setting}, folder)
-        found = ""
-        if os.path.isfile(log):
-            with open(log, encoding="utf-8", newline="") as file:
-                found = file.read()
-    if text_of(result.stdout) != shown(OUTER, DOUBLE):
-        yield f"shown {text_of(result.stdout)!r}"
-    pattern = "".join(r"\d\d:\d\d:\d\d ProcessID:\d+ " + re.escape(line) + "\r\n" for line in lines)
-    if not re.fullmatch(pattern, found):
-        yield f"logged {found!r}"
+def problems_of_log(log, lines):
+    found = ""
+    if os.path.exists(log):
+        with open(log, encoding="utf-8", newline="") as file:
+            found = file.read()
+        os.remove(log)
+    pattern = "".join(r"\d\d:\d\d:\d\d ProcessID:\d+ " + re.escape(line) + "\r\n" for line in lines or [])
+    return [] if lines is None or re.fullmatch(pattern, found) else [f"logged {found!r}"]
 
 
 def main():
@@ -99,13 +72,21 @@ def main():
     parser.add_argument("--endings", required=True)
     parser.add_argument("--wine", help="what runs a Windows program")
     options = parser.parse_args()
-    results = [(case[0], list(problems_of(case, options))) for case in CASES]
-    if not options.wine:
-        results += [(f"log {row}", list(problems_of_log(*row, options))) for row in LOGS]
-    for name, problems in results:
+    with tempfile.TemporaryDirectory() as folder:
+        results = {"a static object fails": problems_of(options.static, "-r:ann", STATIC, 0xFF, options.wine, folder)}
+        # The log lies beside the program. Under Wine the settings would be those of all tests that run meanwhile.
+        program = options.endings if options.wine else shutil.copy(options.endings, folder)
+        if not options.wine:
+            with open(os.path.join(folder, "HKEY_LOCAL_MACHINE.reg"), "w", encoding="utf-16") as file:
+                file.write(SETTINGS)
+        for name, word, output, lines in CASES:
+            results[name] = problems_of(program, word, output, ABORTED, options.wine, folder)
+            if not options.wine:
+                results[name] += problems_of_log(os.path.join(folder, "TessarixLog.txt"), lines)
+    for name, problems in results.items():
         if problems:
             print("\n    ".join([f"FAIL {name}", *problems]))
-    failed = sum(bool(problems) for _, problems in results)
+    failed = sum(map(bool, results.values()))
     print(f"{len(results) - failed} passed, {failed} failed")
     return 1 if failed else 0
 

@@ -1,8 +1,10 @@
-// What the Extended route decides without a MAPI library: which store, which names, what is read from records.
+// What is decided without a MAPI library: which store, which names, what is read from records, and what the record of
+// the Simple route holds.
 #include "mapi/AttachmentContent.h"
 #include "mapi/FaultCleanup.h"
 #include "mapi/MapiAddressList.h"
 #include "mapi/MapiProperties.h"
+#include "mapi/SimpleMapiMessage.h"
 
 #include "tests/support/folder.h"
 #include "tests/support/memoryfile.h"
@@ -227,4 +229,48 @@ TEST(MapiLogic, WhatIsNotGivenIsAFailure) {
     held.Receive([](CNothing**) { return 0; });
     const auto missing = Raised<CCOMException>([&] { static_cast<void>(held.operator->()); });
     EXPECT_TRUE(missing && missing->hresult == ResultPointer);
+}
+
+TEST(SimpleMapiMessage, NothingGivenIsNullAndNotEmptyText) {
+    CSimpleMapiMessage filled(u"", {}, u"", u"bob@example.org", u"", u"");
+    const MapiMessage& message = filled.Record();
+    EXPECT_TRUE(!message.lpszSubject && !message.lpszNoteText && !message.lpOriginator && !message.lpFiles);
+    EXPECT_TRUE(!message.lpRecips && message.nRecipCount == 0) << "an address without a name is no recipient";
+}
+
+TEST(SimpleMapiMessage, EveryTextOutlivesTheGrowthOfThePool) {
+    constexpr std::int32_t count = 100;
+    CArray<CNamedAddress> files;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const CUnicodeString number = CUnicodeString::FromInt(i);
+        files.Append({u"folder\\shown " + number, u"path " + number});
+    }
+    CSimpleMapiMessage filled(u"subject", files, u"body", u"ann@example.org", u"Ann", u"Me");
+    const MapiMessage& message = filled.Record();
+    EXPECT_STREQ(message.lpszSubject, "subject");
+    EXPECT_STREQ(message.lpszNoteText, "body");
+    ASSERT_NE(message.lpOriginator, nullptr);
+    EXPECT_STREQ(message.lpOriginator->lpszName, "Me");
+    EXPECT_EQ(message.lpOriginator->lpszAddress, nullptr);
+    EXPECT_EQ(message.lpOriginator->ulRecipClass, 0U);
+    ASSERT_EQ(message.nRecipCount, 1U);
+    EXPECT_EQ(message.lpRecips->ulRecipClass, 1U);
+    EXPECT_STREQ(message.lpRecips->lpszName, "Ann");
+    EXPECT_STREQ(message.lpRecips->lpszAddress, "ann@example.org");
+    ASSERT_EQ(message.nFileCount, 100U);
+    for (std::int32_t i = 0; i < count; ++i) {
+        const MapiFileDesc& file = message.lpFiles[i];
+        EXPECT_EQ(file.nPosition, 0xFFFFFFFFU);
+        EXPECT_EQ(file.lpszPathName, "path " + std::to_string(i));
+        EXPECT_EQ(file.lpszFileName, "shown " + std::to_string(i)) << "the folder is cut off";
+    }
+}
+
+TEST(SimpleMapiMessage, AnAttachmentNeedsNameAndPath) {
+    const auto fill = [](const CUnicodeString& name, const CUnicodeString& path) {
+        CArray<CNamedAddress> files;
+        files.Append({name, path});
+        CSimpleMapiMessage(u"", files, u"", u"", u"", u"");
+    };
+    ExpectInternalErrors("..\\Src\\MapiMailSender", {{191, [&] { fill(u"", u"x"); }}, {192, [&] { fill(u"x", u""); }}});
 }

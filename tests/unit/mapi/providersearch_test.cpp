@@ -1,9 +1,11 @@
 #include "mapi/ProviderSearch.h"
 
+#include "mapi/MapiEntries.h"
 #include "mapi/MapiProvider.h"
 #include "platform/inc/installer.h"
 #include "tests/unit/mapi/providerfixture.h"
 #include <atomic>
+#include <bit>
 #include <functional>
 #include <thread>
 
@@ -73,6 +75,7 @@ void Try(const Row& row, Platform::Module (*search)() = LoadMapiProvider) {
         expected.push_back("unload " + row.result);
     }
     EXPECT_EQ(fixture.TakeNotes(), expected);
+    EXPECT_EQ(Platform::LoadLibraryEx(u"olmapi32.dll", 0), nullptr) << "Outlook's folder is searched no more";
 }
 
 } // namespace
@@ -143,22 +146,22 @@ TEST(ProviderSearch, AsksTheInstallerForEachLanguage) {
         std::vector<Value> values;
         std::size_t answered; // the question that is answered, from 1
         std::vector<std::string> questions;
-        bool bringsProvider = false;
         std::string result = "component.dll";
+        bool bringsProvider = false;
     };
     const InstallerRow rows[] = {
-        {"first question", {component}, 1, {all[0]}},
-        {"sixth question", {component}, 6, {all.begin(), all.begin() + 6}},
-        {"no answer", {component}, 9, all, false, "system\\mapi32.dll"},
-        {"the user's key has no component", {GermanPlace, ofMachine}, 1, {}, false, "system\\mapi32.dll"},
-        {"too long", {longId}, 1, {}, false, "system\\mapi32.dll"},
-        {"the installer brings the library", {component}, 2, {all[0], all[1]}, true, "office\\olmapi32.dll"},
+        {"sixth question", {component, GermanPlace}, 6, {all.begin(), all.begin() + 6}},
+        {"no answer", {component, GermanPlace}, 9, all, "system\\mapi32.dll"},
+        {"the machine's key without the user's", {ofMachine}, 1, {all[1]}},
+        {"the user's key has no component", {GermanPlace, ofMachine}, 1, {}, "system\\mapi32.dll"},
+        {"too long", {longId}, 1, {}, "system\\mapi32.dll"},
+        {"the installer brings it", {component, GermanPlace}, 2, {all[0], all[1]}, "office\\olmapi32.dll", true},
     };
     for (const InstallerRow& row : rows) {
         SCOPED_TRACE(row.name);
         const CFixture fixture;
+        fixture.Make(u"Office\\beside.dll");
         fixture.Set(OutlookProgram);
-        fixture.Set(GermanPlace);
         fixture.Set(German);
         for (const Value& value : row.values) {
             fixture.Set(value);
@@ -166,6 +169,7 @@ TEST(ProviderSearch, AsksTheInstallerForEachLanguage) {
         std::vector<std::string> questions;
         installer = [&](const std::string& question, std::u16string& path) {
             questions.push_back(question);
+            EXPECT_EQ(fixture.Take(Platform::LoadLibraryEx(u"beside.dll", 0)), "office\\beside.dll");
             if (questions.size() != row.answered) {
                 return Platform::ErrorUnknownComponent;
             }
@@ -350,4 +354,65 @@ TEST(MapiProvider, OneOfSeveralThreadsSetsIt) {
     EXPECT_EQ(providerGeneration, generation + 4);
     Forget();
     EXPECT_EQ(Platform::GetModuleHandle(u"component.dll"), nullptr) << "what was loaded in vain is given back";
+}
+
+namespace {
+
+/// As a pointer of whatever type is asked for.
+struct CNumber {
+    std::uintptr_t value;
+    template <class T>
+    operator T*() const {
+        return std::bit_cast<T*>(value);
+    }
+};
+
+} // namespace
+
+TEST(MapiEntries, AreBoundWhenCalledAndAgainForANewLibrary) {
+    const CFixture fixture;
+    constexpr auto failed = static_cast<std::int32_t>(0x80004005);
+    constexpr CNumber one{1};
+    constexpr CNumber two{2};
+    constexpr CNumber three{3};
+    struct EntryRow {
+        std::string note;
+        std::function<std::int64_t()> call;
+        std::int64_t without;
+        std::int64_t with = 77;
+    };
+    const EntryRow rows[] = {
+        {"mapiinitialize 1", [&] { return MAPIInitialize(one); }, failed},
+        {"mapiuninitialize", [&] { return MAPIUninitialize(), 0; }, 0, 0},
+        {"mapilogonex 9 1 2 4 5", [&] { return MAPILogonEx(9, one, two, 4, CNumber{5}); }, failed},
+        {"mapiallocatebuffer 9 5", [&] { return MAPIAllocateBuffer(9, CNumber{5}); }, failed},
+        {"mapifreebuffer 2", [&] { return MAPIFreeBuffer(two); }, 0},
+        {"hrqueryallrows 1 2 3 4 5 6", [&] { return HrQueryAllRows(one, two, three, CNumber{4}, 5, CNumber{6}); },
+         failed},
+        {"freeprows 1", [&] { return FreeProws(one), 0; }, 0, 0},
+        {"freepadrlist 1", [&] { return FreePadrlist(one), 0; }, 0, 0},
+        {"hrgetoneprop 1 7 3", [&] { return HrGetOneProp(one, 7, three); }, failed},
+        {"hrsetoneprop 1 2", [&] { return HrSetOneProp(one, two); }, failed},
+    };
+    fixture.Set({Machine, AppPath, u"", RegDword, u""}); // ends every search
+    for (const EntryRow& row : rows) {
+        EXPECT_EQ(row.call(), row.without) << row.note;
+    }
+    fixture.Make(u"Client\\ex.dll");
+    fixture.Make(u"Client\\plain.dll");
+    fixture.Set(DefaultClient);
+    for (const Value& value : {ClientPath, ClientPathEx}) {
+        fixture.Set(value);
+        LocateMapiModule();
+        fixture.TakeNotes();
+        for (const EntryRow& row : rows) {
+            EXPECT_EQ(row.call(), row.with) << row.note;
+            EXPECT_EQ(fixture.TakeNotes(), std::vector{row.note});
+        }
+        Forget(); // the entries of the first library are gone now, and a call of one would not end well
+    }
+    for (const EntryRow& row : rows) {
+        fixture.Set({Machine, Mail, u"", RegSz, u"Gone"});
+        EXPECT_EQ(row.call(), row.without) << row.note;
+    }
 }

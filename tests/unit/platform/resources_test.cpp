@@ -10,28 +10,24 @@
 #include <algorithm>
 #include <set>
 #include <span>
-#include <string>
 
 using namespace Tsx;
 
 namespace {
 
 struct Row {
-    const char16_t* name;
-    const char16_t* text;
+    const char16_t *name, *text;
 };
 
+#define MESSAGE(name, text) {u## #name, u"" text},
 constexpr Row Rows[] = {
-#define MESSAGE(name, text) {u## #name, u"" text},
 #include "app/res/messages.inc"
-#undef MESSAGE
 };
-
 constexpr Row German[] = {
-#define MESSAGE(name, text) {u## #name, u"" text},
 #include "languages/german.inc"
-#undef MESSAGE
 };
+#undef MESSAGE
+constexpr std::span<const Row> Translations[] = {German}; // of every library in languages/
 
 constexpr std::uint32_t FirstId = 4096; // every module's rows are numbered from here on
 
@@ -40,97 +36,42 @@ TFunction* Export(const char* name, Platform::Module module = Platform::GetProgr
     return reinterpret_cast<TFunction*>(Platform::GetProcAddress(module, name));
 }
 
-// Of every library in languages/.
-constexpr std::span<const Row> Translations[] = {German};
-
-// The parameters that a text uses: "012" for three.
-std::u16string ParametersOf(std::u16string_view text) {
-    std::set<char16_t> used;
-    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
-        if (text[i] == u'%') {
-            used.insert(text[i + 1]);
-        }
+// The parameters that a text uses and the number of its line ends.
+std::pair<std::set<char16_t>, std::ptrdiff_t> FormOf(std::u16string_view text) {
+    std::set<char16_t> parameters;
+    for (std::size_t i = text.find(u'%'); i < text.size() - 1; i = text.find(u'%', i + 1)) {
+        parameters.insert(text[i + 1]);
     }
-    return {used.begin(), used.end()};
+    return {parameters, std::ranges::count(text, u'\n')};
 }
 
 } // namespace
 
-TEST(Resources, EveryMessageIsFoundByNameAndById) {
-    auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID");
-    auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName");
-    ASSERT_TRUE(getResourceId && getMessageName);
-    EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages")()), std::size(Rows));
-    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion")(), 200U);
-    EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
-    EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
-    std::uint32_t id = FirstId;
-    for (const Row& row : Rows) {
-        EXPECT_EQ(getResourceId(row.name), id) << Readable(row.name);
-        EXPECT_EQ(Readable(getMessageName(static_cast<std::int32_t>(id - FirstId))), Readable(row.name));
-        CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(Platform::GetProgramModule(), id++)) << Readable(row.name);
-        EXPECT_EQ(text, row.text) << Readable(row.name);
-    }
-    CUnicodeString none(u"old");
-    EXPECT_FALSE(none.LoadString(Platform::GetProgramModule(), id));
-    EXPECT_TRUE(none.IsEmpty());
-}
-
-TEST(Resources, VersionRecord) {
-    CVersionInfo version;
-    version.Load(FileSystem::GetProgramPath());
-    EXPECT_EQ(version.GetString(u"InternalName"), u"Corvane");
-    EXPECT_EQ(version.GetString(u"FileDescription"), u"Corvane mail command");
-    const auto major = std::uint32_t{RESOURCE_FILE_VERSION_MAJOR};
-    const auto minor = std::uint32_t{RESOURCE_FILE_VERSION_MINOR};
-    EXPECT_EQ(version.GetString(u"ProductVersion"), CUnicodeString::Format(u"%u.%u", major, minor));
-    EXPECT_EQ(version.GetString(u"LegalCopyright"), u"Copyright (c) Ostrel");
-    EXPECT_EQ(version.GetString(u"MessageHandler"), u"") << "a string that the record lacks";
-    Platform::FixedFileInfo fixed{};
-    ASSERT_TRUE(version.GetFixedInfo(fixed));
-    EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDU);
-    EXPECT_EQ(fixed.dwFileVersionMS, major << 16 | minor);
-    EXPECT_EQ(fixed.dwFileVersionLS,
-              std::uint32_t{RESOURCE_FILE_VERSION_PATCH} << 16 | std::uint32_t{RESOURCE_FILE_VERSION_BUILD});
-    CVersionInfo none;
-    none.Load(u"no such file");
-    EXPECT_EQ(none.GetString(u"InternalName"), u"");
-    EXPECT_FALSE(none.GetFixedInfo(fixed));
-}
-
-TEST(Resources, TranslationsKeepNamesParametersAndLines) {
-    for (const std::span<const Row> translation : Translations) {
-        const std::string language = Readable(translation[0].text);
-        const std::size_t count = std::min(translation.size(), std::size(Rows));
-        for (std::size_t i = 0; i < count; ++i) {
-            ASSERT_EQ(Readable(translation[i].name), Readable(Rows[i].name)) << language << ": the first that differs";
-            const std::string name = language + " " + Readable(Rows[i].name);
-            const std::u16string_view english = Rows[i].text;
-            const std::u16string_view text = translation[i].text;
-            EXPECT_EQ(ParametersOf(text), ParametersOf(english)) << name;
-            EXPECT_EQ(std::ranges::count(text, u'\n'), std::ranges::count(english, u'\n')) << name;
-            EXPECT_FALSE(text.empty()) << name;
-        }
-        EXPECT_EQ(translation.size(), std::size(Rows))
-            << language << ": differs behind " << Readable(Rows[count - 1].name);
-    }
-}
-
-TEST(Resources, ALibraryServesItsOwn) {
+TEST(Resources, EveryModuleServesItsOwn) {
     const CUnicodeString path = TestFile(GERMAN_LANGUAGE);
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
     ASSERT_TRUE(library);
-    EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages", library)()), std::size(German));
-    EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion", library)(), 200U);
-    EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
-    std::uint32_t id = FirstId;
-    for (const Row& row : German) {
-        EXPECT_EQ(Export<std::uint32_t(const char16_t*)>("GetResourceID", library)(row.name), id) << Readable(row.name);
+    const std::pair<Platform::Module, std::span<const Row>> modules[] = {{Platform::GetProgramModule(), Rows},
+                                                                         {library, German}};
+    for (const auto& [module, rows] : modules) {
+        auto* getResourceId = Export<std::uint32_t(const char16_t*)>("GetResourceID", module);
+        auto* getMessageName = Export<const char16_t*(std::int32_t)>("GetMessageName", module);
+        ASSERT_TRUE(getResourceId && getMessageName);
+        EXPECT_EQ(static_cast<std::size_t>(Export<std::int32_t()>("NumberOfMessages", module)()), rows.size());
+        EXPECT_EQ(Export<std::uint32_t()>("GetMessageSystemVersion", module)(), 200U);
+        EXPECT_EQ(getResourceId(u"err_bad_archive"), 0U) << "case counts";
+        EXPECT_EQ(getResourceId(u"ZZZ"), 0U);
+        std::uint32_t id = FirstId;
         CUnicodeString text;
-        EXPECT_TRUE(text.LoadString(library, id++)) << Readable(row.name);
-        EXPECT_EQ(text, row.text) << Readable(row.name);
+        for (const Row& row : rows) {
+            EXPECT_EQ(getResourceId(row.name), id) << Readable(row.name);
+            EXPECT_EQ(Readable(getMessageName(static_cast<std::int32_t>(id - FirstId))), Readable(row.name));
+            EXPECT_TRUE(text.LoadString(module, id++) && text == row.text) << Readable(row.name);
+        }
+        EXPECT_FALSE(text.LoadString(module, id));
+        EXPECT_TRUE(text.IsEmpty());
     }
+    EXPECT_FALSE(Export<int>("__TessarixUsed", library)) << "the mark is the program's alone";
     EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceTypeNotFound);
     CVersionInfo version;
@@ -140,38 +81,47 @@ TEST(Resources, ALibraryServesItsOwn) {
     Platform::FixedFileInfo fixed{};
     ASSERT_TRUE(version.GetFixedInfo(fixed));
     EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
-    EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
     EXPECT_TRUE(Platform::FreeLibrary(library));
+    version.Load(FileSystem::GetProgramPath());
+    EXPECT_EQ(version.GetString(u"MessageHandler"), u"") << "a string that the record lacks";
+    ASSERT_TRUE(version.GetFixedInfo(fixed));
+    EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDU);
+    EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
+    EXPECT_EQ(fixed.dwFileVersionLS, std::uint32_t{RESOURCE_FILE_VERSION_PATCH} << 16 | RESOURCE_FILE_VERSION_BUILD);
+}
+
+TEST(Resources, TranslationsKeepNamesParametersAndLines) {
+    for (const std::span<const Row> translation : Translations) {
+        const std::string language = Readable(translation[0].text);
+        EXPECT_EQ(translation.size(), std::size(Rows)) << language;
+        for (std::size_t i = 0; i < std::min(translation.size(), std::size(Rows)); ++i) {
+            const std::string name = Readable(Rows[i].name);
+            ASSERT_EQ(Readable(translation[i].name), name) << language << ": the first that differs";
+            EXPECT_EQ(FormOf(translation[i].text), FormOf(Rows[i].text)) << language << " " << name;
+            EXPECT_NE(*translation[i].text, u'\0') << language << " " << name;
+        }
+    }
 }
 
 TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {
     const CUnicodeString path = TestFile(TEST_LANGUAGE);
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
-    ASSERT_TRUE(library);
-    struct Icon {
-        const char16_t* name;
-        std::uint32_t type;
-        std::uint32_t error; // 0 for one that is found
+    const auto find = [&](const char16_t* name, std::uint32_t type) {
+        return Platform::FindResource(library, name, type) ? 0 : Platform::GetLastError();
     };
-    for (const Icon& icon : {Icon{u"TESTICON", Platform::RtGroupIcon, 0}, Icon{u"TestIcon", Platform::RtGroupIcon, 0},
-                             Icon{u"ABSENT", Platform::RtGroupIcon, Platform::ErrorResourceNameNotFound},
-                             Icon{u"TESTICON", 12, Platform::ErrorResourceTypeNotFound}}) {
-        EXPECT_EQ(Platform::FindResource(library, icon.name, icon.type), icon.error == 0) << Readable(icon.name);
-        if (icon.error != 0) {
-            EXPECT_EQ(Platform::GetLastError(), icon.error) << Readable(icon.name);
-        }
-    }
-    char16_t buffer[300] = {};
-    EXPECT_GT(Platform::LoadString(library, FirstId, buffer, 300), 0);
+    EXPECT_EQ(find(u"TestIcon", Platform::RtGroupIcon), 0U);
+    EXPECT_EQ(find(u"ABSENT", Platform::RtGroupIcon), Platform::ErrorResourceNameNotFound);
+    EXPECT_EQ(find(u"TESTICON", 12), Platform::ErrorResourceTypeNotFound);
     // Twice loaded, it is there until it has been freed twice.
     EXPECT_EQ(Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath), library);
-    EXPECT_TRUE(Platform::FreeLibrary(library));
-    EXPECT_GT(Platform::GetModuleFileName(library, buffer, 300), 0U);
-    EXPECT_TRUE(Platform::FreeLibrary(library));
-    EXPECT_EQ(Platform::GetModuleFileName(library, buffer, 300), 0U);
-    EXPECT_EQ(Platform::LoadString(library, FirstId, buffer, 300), 0);
-    EXPECT_FALSE(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon));
-    EXPECT_FALSE(Platform::GetProcAddress(library, "GetResourceID"));
+    char16_t buffer[300] = {};
+    for (const bool isThere : {true, false}) {
+        EXPECT_TRUE(Platform::FreeLibrary(library));
+        EXPECT_EQ(Platform::GetModuleFileName(library, buffer, 300) > 0, isThere);
+        EXPECT_EQ(Platform::LoadString(library, FirstId, buffer, 300) > 0, isThere);
+        EXPECT_EQ(Platform::FindResource(library, u"TESTICON", Platform::RtGroupIcon), isThere);
+        EXPECT_EQ(Platform::GetProcAddress(library, "GetResourceID") != nullptr, isThere);
+    }
     EXPECT_FALSE(Platform::FreeLibrary(library));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorModuleNotFound);
 }

@@ -1,14 +1,14 @@
-// A folder of a test's own, removed with all that is in it, and what else the conformance tables share.
+// A folder of a test's own as the platform functions see it, and what else the conformance tables share.
 #pragma once
 
 #include "platform/inc/directories.h"
 #include "platform/inc/filenames.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
-#include "platform/inc/modules.h"
 #include "tests/support/claims.h"
+#include "tests/support/folder.h"
 #include "tests/support/text.h"
-#include <filesystem>
+#include <algorithm>
 #include <string>
 
 /// A path that goes where a platform function wants a terminated one.
@@ -18,30 +18,23 @@ struct CPath : std::u16string {
     operator const char16_t*() const { return c_str(); }
 };
 
-class CScratch {
+/// What an operation that tells success leaves as its error: 0 for success.
+template <class TOperation>
+std::uint32_t ErrorOf(TOperation operation) {
+    Platform::SetLastError(4711);
+    return operation() ? 0 : Platform::GetLastError();
+}
+
+class CScratch : public CTestFolder {
 public:
-    CScratch() {
-        const std::u16string start = std::filesystem::temp_directory_path().u16string();
-        for (int number = 0; number < 10000; ++number) {
-            folder = start + u"\\scratch" + CPath(std::filesystem::path(std::to_string(number)).u16string());
-            if (Platform::CreateDirectory(folder.c_str(), nullptr)) {
-                return;
-            }
-        }
-        ADD_FAILURE() << "no folder to work in: " << Platform::GetLastError();
+    CPath operator()(std::u16string_view name) const {
+        return CPath(std::u16string(Path().View()) + u'\\' + std::u16string(name));
     }
-    ~CScratch() { Remove(folder); }
-    CScratch(const CScratch&) = delete;
-    CScratch& operator=(const CScratch&) = delete;
-
-    CPath operator()(std::u16string_view name) const { return CPath(folder + u'\\' + std::u16string(name)); }
-
     Platform::Handle Open(std::u16string_view name, std::uint32_t access, std::uint32_t share,
                           std::uint32_t disposition = Platform::OpenExisting,
                           std::uint32_t attributes = Platform::FileAttributeNormal) const {
         return Platform::CreateFile((*this)(name), access, share, nullptr, disposition, attributes, nullptr);
     }
-
     /// Opens and closes again, keeping the last error.
     bool CanOpen(std::u16string_view name, std::uint32_t access, std::uint32_t share = 0,
                  std::uint32_t disposition = Platform::OpenExisting,
@@ -52,18 +45,7 @@ public:
         Platform::SetLastError(error);
         return opened;
     }
-
-    /// Makes a file with that content.
-    void Make(std::u16string_view name, std::string_view content = "x") const {
-        const Platform::Handle file = Open(name, Platform::GenericWrite, 0, Platform::CreateNew);
-        ASSERT_NE(file, Platform::InvalidHandle()) << Readable(name) << " " << Platform::GetLastError();
-        std::uint32_t written = 0;
-        EXPECT_TRUE(Platform::WriteFile(file, content.data(), static_cast<std::uint32_t>(content.size()), written));
-        EXPECT_TRUE(Platform::CloseHandle(file));
-    }
-    void MakeFolder(std::u16string_view name) const {
-        EXPECT_TRUE(Platform::CreateDirectory((*this)(name), nullptr)) << Readable(name);
-    }
+    void Make(const char16_t* name, std::string_view content = "x") const { Write(name, content); }
     bool Has(std::u16string_view name) const {
         return Platform::GetFileAttributes((*this)(name)) != Platform::InvalidFileAttributes;
     }
@@ -71,41 +53,68 @@ public:
         Platform::FileAttributeData data;
         return Platform::GetFileAttributesEx((*this)(name), data) ? data.size : -1;
     }
-
-private:
-    static void Remove(const std::u16string& path) {
-        Platform::FindData data;
-        const Platform::Handle search = Platform::FindFirstFile((path + u"\\*").c_str(), data);
-        for (bool more = search != Platform::InvalidHandle(); more; more = Platform::FindNextFile(search, data)) {
-            const std::u16string name = data.name;
-            const std::u16string entry = u"\\\\?\\" + Whole(path) + u"\\" + name;
-            if (name == u"." || name == u"..") {
-                continue;
-            }
-            Platform::SetFileAttributes(entry.c_str(), Platform::FileAttributeNormal);
-            if ((data.attributes & Platform::FileAttributeDirectory) != 0 &&
-                (data.attributes & Platform::FileAttributeReparsePoint) == 0) {
-                Remove(entry);
-            } else if (!Platform::DeleteFile(entry.c_str())) {
-                Platform::RemoveDirectory(entry.c_str());
-            }
-        }
-        Platform::FindClose(search);
-        Platform::RemoveDirectory(path.c_str());
-    }
-    static std::u16string Whole(const std::u16string& path) {
-        char16_t buffer[1000] = {};
-        Platform::GetFullPathName(path.c_str(), 1000, buffer, nullptr);
-        const std::u16string whole = buffer;
-        return whole.starts_with(u"\\\\?\\") ? whole.substr(4) : whole;
-    }
-
-    std::u16string folder;
 };
 
-/// What an operation that tells success leaves as its error: 0 for success.
-template <class TOperation>
-std::uint32_t ErrorOf(TOperation operation) {
-    Platform::SetLastError(4711);
-    return operation() ? 0 : Platform::GetLastError();
+/// Does what a text says: commands, each a verb and names in the folder, with "; " between them, up to the first that
+/// fails. False then, with the last error.
+inline bool Do(const CScratch& scratch, std::u16string_view commands) {
+    using namespace Platform;
+    const auto word = [](std::u16string_view& text, std::u16string_view end) {
+        const std::u16string_view found = text.substr(0, text.find(end));
+        text.remove_prefix(std::min(found.size() + end.size(), text.size()));
+        return found;
+    };
+    while (!commands.empty()) {
+        std::u16string_view rest = word(commands, u"; ");
+        const std::u16string_view verb = word(rest, u" ");
+        const std::u16string_view name = word(rest, u" ");
+        const CPath one = scratch(name);
+        const CPath two = scratch(rest);
+        const bool done = verb == u"delete"    ? DeleteFile(one)
+                          : verb == u"mkdir"   ? CreateDirectory(one, nullptr)
+                          : verb == u"rmdir"   ? RemoveDirectory(one)
+                          : verb == u"copy"    ? CopyFile(one, two, true)
+                          : verb == u"over"    ? CopyFile(one, two, false)
+                          : verb == u"move"    ? MoveFile(one, two)
+                          : verb == u"replace" ? MoveFileEx(one, two, MoveFileReplaceExisting)
+                          : verb == u"through" ? MoveFileEx(one, two, MoveFileReplaceExisting | MoveFileWriteThrough)
+                          : verb == u"hide"    ? SetFileAttributes(one, FileAttributeHidden)
+                          : verb == u"protect" ? SetFileAttributes(one, FileAttributeReadOnly)
+                          : verb == u"make"    ? scratch.CanOpen(name, GenericWrite, 0, CreateNew)
+                          : verb == u"open"    ? scratch.CanOpen(name, GenericRead)
+                          : verb == u"has"     ? scratch.Has(name)
+                          : verb == u"gone"    ? !scratch.Has(name)
+                          : verb == u"bytes"   ? std::to_string(scratch.SizeOf(name)) == Readable(rest)
+                                               : (ADD_FAILURE() << Readable(verb), false);
+        if (!done) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The names that a search tells, in its order, or its error.
+inline std::string Found(const CPath& pattern) {
+    Platform::FindData data;
+    const Platform::Handle search = Platform::FindFirstFile(pattern, data);
+    if (search == Platform::InvalidHandle()) {
+        return std::to_string(Platform::GetLastError());
+    }
+    std::string names = Readable(data.name);
+    while (Platform::FindNextFile(search, data)) {
+        names += " " + Readable(data.name);
+    }
+    EXPECT_EQ(Platform::GetLastError(), Platform::ErrorNoMoreFiles) << Readable(pattern);
+    EXPECT_TRUE(Platform::FindClose(search));
+    return names;
+}
+
+/// Checks rows that are written "question -> answer": what `ask` makes of the question is the answer.
+template <class TAsk>
+void ExpectRows(TAsk ask, std::initializer_list<std::u16string> rows, Wine wine = Wine::AsWindows) {
+    for (const std::u16string& row : rows) {
+        const std::u16string question = row.substr(0, row.find(u" -> "));
+        const std::string name = Readable(question);
+        Claim(wine, name, [&] { EXPECT_EQ(name + " -> " + ask(question), Readable(row)); });
+    }
 }

@@ -3,13 +3,14 @@
 
 #include "platform/inc/faults.h"
 #include "platform/inc/files.h"
+#include "platform/inc/lasterror.h"
 #include "platform/inc/memory.h"
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <vector>
 
 using namespace Platform;
 
@@ -21,9 +22,8 @@ constexpr std::uint32_t Unit = 0x10000;
 Handle MakeFull(std::uint32_t bytes) {
     Handle mapping = CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, 0, bytes, nullptr);
     auto* view = static_cast<char*>(mapping ? MapViewOfFile(mapping, FileMapWrite, 0, 0, 0) : nullptr);
-    EXPECT_TRUE(view) << bytes;
+    EXPECT_TRUE(view && view[0] == 0 && view[bytes - 1] == 0) << bytes;
     if (view) {
-        EXPECT_TRUE(view[0] == 0 && view[bytes - 1] == 0) << bytes;
         std::memset(view, 'x', bytes);
         EXPECT_TRUE(UnmapViewOfFile(view));
     }
@@ -33,8 +33,8 @@ Handle MakeFull(std::uint32_t bytes) {
 /// The memory that the page file takes, in bytes.
 std::int64_t Taken() {
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        std::error_code gone;
         struct stat status {};
+        std::error_code gone;
         if (std::filesystem::read_symlink(entry, gone).string().starts_with("/memfd:tessarix") &&
             stat(entry.path().c_str(), &status) == 0) {
             return std::int64_t{status.st_blocks} * 512;
@@ -48,32 +48,36 @@ std::int64_t Taken() {
 TEST(PageFile, RangesAreUsedAgain) {
     const rlimit sixteenUnits{rlim_t{16} * Unit, rlim_t{16} * Unit}; // of any file, and no file grows before this line
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &sixteenUnits), 0);
-    for (int round = 0; round < 15; ++round) {
-        CloseHandle(MakeFull(5 * Unit));
-    }
     for (int i = 0; i < 1000; ++i) {
-        CloseHandle(MakeFull(100));
+        CloseHandle(MakeFull(i % 2 == 0 ? 5 * Unit : 100));
     }
     EXPECT_EQ(Taken(), 0) << "also the rest of each last page";
     // Given back in every order, neighbours become one again.
-    for (const std::vector<std::size_t>& order :
-         {std::vector<std::size_t>{0, 1, 2}, {2, 1, 0}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}}) {
+    std::size_t order[] = {0, 1, 2};
+    do {
         Handle parts[] = {MakeFull(4 * Unit + 1), MakeFull(10), MakeFull(10 * Unit)};
         for (const std::size_t part : order) {
             CloseHandle(parts[part]);
         }
         CloseHandle(MakeFull(16 * Unit));
-    }
+    } while (std::next_permutation(std::begin(order), std::end(order)));
     EXPECT_EQ(Taken(), 0);
     EXPECT_FALSE(CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, 0, 17 * Unit, nullptr));
 }
 
-TEST(PageFile, StatusIsToldWithoutProc) {
+TEST(PageFile, NoMoreIsPromisedThanCouldEverBeFilled) {
     MemoryStatus status;
-    ArmFault("ReadAvailableMemory", 1, 2, FaultMode::Once);
-    EXPECT_TRUE(GlobalMemoryStatusEx(status));
-    DisarmFaults();
-    EXPECT_GT(status.availablePhysical, 0U);
-    EXPECT_LE(status.availablePhysical, status.totalPhysical);
-    EXPECT_LE(status.availablePageFile, status.totalPageFile);
+    for (const std::int32_t call : {2, 1}) { // with /proc and without it
+        ArmFault("ReadAvailableMemory", call, 2, FaultMode::Once);
+        EXPECT_TRUE(GlobalMemoryStatusEx(status));
+        DisarmFaults();
+        EXPECT_TRUE(status.availablePhysical > 0 && status.availablePhysical <= status.totalPhysical);
+        EXPECT_LE(status.availablePageFile, status.totalPageFile);
+    }
+    status.length = 0;
+    EXPECT_FALSE(GlobalMemoryStatusEx(status));
+    const std::uint64_t size = status.totalPageFile + 1;
+    EXPECT_FALSE(CreateFileMapping(InvalidHandle(), nullptr, PageReadWrite, static_cast<std::uint32_t>(size >> 32),
+                                   static_cast<std::uint32_t>(size), nullptr));
+    EXPECT_EQ(GetLastError(), ErrorCommitmentLimit);
 }

@@ -5,17 +5,16 @@
 #include "platform/inc/faults.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/registry.h"
+#include "platform/linux/registry/regfolders.h"
 #include "platform/linux/text/nativetext.h"
 #include "tests/support/registrychange.h"
-#include "tests/support/text.h"
+#include "tests/unit/platform/scratchfolder.h"
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
-#include <set>
+#include <regex>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Platform;
@@ -23,104 +22,78 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::u16string Wide(std::string_view bytes) {
-    std::u16string text(bytes.size() / sizeof(char16_t), u'\0');
-    std::memcpy(text.data(), bytes.data(), bytes.size());
-    return text;
-}
-
-/// A tree, written key for key in the order of their names, in UTF-8 and with LF and without the header.
-void Write(const RegistryNode& node, std::vector<std::u16string>& path, std::string& bytes) {
+/// A tree as it is written, key for key in the order of their names.
+std::string Written(const RegistryNode& node, std::vector<std::u16string> path = {}, std::string bytes = "") {
     for (const auto& [name, key] : node.keys) {
         path.push_back(name);
         bytes = AddRegistryKey(bytes, path);
         for (const auto& [valueName, value] : key->values) {
             bytes = SetRegistryValue(bytes, path, valueName, value);
         }
-        Write(*key, path, bytes);
+        bytes = Written(*key, path, bytes);
         path.pop_back();
     }
+    return bytes;
 }
-std::string Written(std::string_view bytes) {
+
+/// What is read of a file and written again, in UTF-8 with LF and without the header.
+std::string ReadBack(const std::string& bytes) {
     RegistryNode top;
     ReadRegistryText(bytes, top);
-    std::vector<std::u16string> path;
-    std::string written;
-    Write(top, path, written);
-    return written;
-}
-std::string ReadBack(std::string_view bytes) {
-    const std::string written = Written(bytes);
-    EXPECT_EQ(Written(written), written) << "comes back as it was";
-    std::u16string text = Wide(written);
+    const std::string written = Written(top);
+    std::u16string text(written.size() / sizeof(char16_t), u'\0');
+    std::memcpy(text.data(), written.data(), written.size());
     std::erase(text, u'\r');
     constexpr std::u16string_view header = u"\uFEFFWindows Registry Editor Version 5.00\n\n";
-    EXPECT_TRUE(text.empty() || text.starts_with(header));
+    EXPECT_TRUE(text.starts_with(header));
     return Utf8Text(text.substr(std::min(text.size(), header.size())));
 }
 
-void WriteFile(const fs::path& path, std::string_view bytes) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
+/// The text of a value of the key K under a root, or the code of what failed.
+std::string Query(std::uint32_t root, const std::u16string& name) {
+    RegistryKey key = nullptr;
+    std::uint32_t result = RegOpenKeyEx(RootKey(root), u"K", 0, KeyRead, key);
+    char16_t text[64] = {};
+    std::uint32_t size = sizeof(text);
+    if (result == ErrorSuccess) {
+        result = RegQueryValueEx(key, name.c_str(), nullptr, text, &size);
+        RegCloseKey(key);
+    }
+    return result == ErrorSuccess ? Utf8Text(text) : std::to_string(result);
 }
 
-std::string BytesOfFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+std::uint32_t Set(std::uint32_t root, const std::u16string& name, const std::u16string& text) {
+    RegistryKey key = nullptr;
+    std::uint32_t result = RegCreateKeyEx(RootKey(root), u"K", 0, KeyReadWrite, key);
+    if (result == ErrorSuccess) {
+        result = RegSetValueEx(key, name.c_str(), RegSz, text.c_str(), static_cast<std::uint32_t>(2 * text.size() + 2));
+        RegCloseKey(key);
+    }
+    return result;
 }
 
+/// A registry of the test's own, at first with the value `v` of the user's key K.
 class Registry : public testing::Test {
 protected:
+    const CTestFolder folder;
+    const fs::path file = folder.Place() / "HKEY_CURRENT_USER.reg";
+    const std::string home = std::getenv("HOME") ? std::getenv("HOME") : "";
+
     Registry() {
-        std::string pattern = (fs::temp_directory_path() / "regfile_test_XXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        file = folder / "HKEY_CURRENT_USER.reg";
-        setenv("TESSARIX_REGISTRY", folder.c_str(), 1);
+        setenv("TESSARIX_REGISTRY", folder.Place().c_str(), 1);
+        Fill(u"", "HKEY_CURRENT_USER", "old");
     }
     ~Registry() override {
         DisarmFaults();
         for (const char* name : {"TESSARIX_REGISTRY", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"}) {
             unsetenv(name);
         }
-        fs::remove_all(folder);
+        setenv("HOME", home.c_str(), 1);
     }
-
-    fs::path folder;
-    fs::path file;
+    void Fill(const std::u16string& place, const std::string& root, const std::string& value) const {
+        folder.Write((place + WideName(root) + u".reg").c_str(), "[" + root + "\\K]\n\"v\"=\"" + value + "\"\n");
+    }
 };
-
-/// The text at `path` under a root, or the code of what failed.
-std::string Query(std::uint32_t root, const char16_t* path, const char16_t* name) {
-    RegistryKey key = nullptr;
-    std::uint32_t result = RegOpenKeyEx(RootKey(root), path, 0, KeyRead, key);
-    char16_t text[64] = {};
-    std::uint32_t size = sizeof(text);
-    if (result == ErrorSuccess) {
-        result = RegQueryValueEx(key, name, nullptr, text, &size);
-        RegCloseKey(key);
-    }
-    return result == ErrorSuccess ? Utf8Text(text) : std::to_string(result);
-}
-
-std::uint32_t Set(std::uint32_t root, const char16_t* path, const std::u16string& name, std::u16string_view text) {
-    RegistryKey key = nullptr;
-    std::uint32_t result = RegCreateKeyEx(RootKey(root), path, 0, KeyReadWrite, key);
-    if (result == ErrorSuccess) {
-        const std::u16string terminated(text);
-        const auto size = static_cast<std::uint32_t>(2 * (text.size() + 1));
-        result = RegSetValueEx(key, name.c_str(), RegSz, terminated.c_str(), size);
-        RegCloseKey(key);
-    }
-    return result;
-}
-
-std::string DeepPath() {
-    std::string path = "HKEY_USERS";
-    for (int i = 0; i < 512; ++i) {
-        path += "\\d";
-    }
-    return path;
-}
 
 struct Row {
     const char* name;
@@ -152,7 +125,7 @@ const Row Rows[] = {
     {"a key goes with all below", "[HKEY_USERS\\K\\L\\M]\n[-hkey_users\\k\\l]\n\"a\"=\"x\"\n[-HKEY_USERS\\K\\O\\P]\n[-HKEY_USERS]\n", ""},
     {"no key", "[HKEY_USERS\\\\K]\n@=\"x\"\n[HKEY_NONE\\K]\n@=\"x\"\n[HKEY_USERS\\K\n@=\"x\"\n[]\n@=\"x\"\n", ""},
     {"a name too long", "[HKEY_USERS\\" + std::string(256, 'n') + "]\n@=\"x\"\n", ""},
-    {"a path too deep", "[" + DeepPath() + "]\n@=\"x\"\n", ""},
+    {"a path too deep", "[HKEY_USERS" + std::regex_replace(std::string(512, 'd'), std::regex("d"), "\\d") + "]\n@=\"x\"\n", ""},
     {"separators and brackets", "[HKEY_USERS\\K\\\\L\\] c\n[HKEY_USERS\\k\\a]b]\n", "\n[HKEY_USERS\\K\\a]b]\n\n[HKEY_USERS\\K\\L]\n"},
     {"narrow texts", "REGEDIT4\n@=hex(2):61,62,00\n\"b\"=hex:61\n", "@=hex(2):61,00,62,00,00,00\n\"b\"=hex:61\n"},
     {"letters", "\"\xC3\x84\"=\"\xE2\x82\xAC\"\n\"\xC3\xA4\"=\"\xF0\x9F\x98\x80\"\n", "\"\xC3\x84\"=\"\xF0\x9F\x98\x80\"\n"},
@@ -165,9 +138,9 @@ TEST(RegFile, SkipsWhatMakesNoSenseAndReadsTheRest) {
     for (const Row& row : Rows) {
         const std::string whole = "[HKEY_USERS\\K]\n" + row.text;
         const std::string& remaining = row.remaining == "=" ? row.text : row.remaining;
-        const std::string expected = "[HKEY_USERS]\n\n[HKEY_USERS\\K]\n" + remaining;
-        EXPECT_EQ(ReadBack(whole), expected) << row.name;
-        EXPECT_EQ(ReadBack("\xEF\xBB\xBF" + whole), expected) << row.name << ", marked";
+        for (const char* mark : {"", "\xEF\xBB\xBF"}) {
+            EXPECT_EQ(ReadBack(mark + whole), "[HKEY_USERS]\n\n[HKEY_USERS\\K]\n" + remaining) << row.name << mark;
+        }
     }
 }
 
@@ -175,8 +148,7 @@ TEST(RegFile, AChangeLeavesAllElseAsItStands) {
     struct Change {
         const char* name;
         const char16_t* value;
-        std::string before;
-        std::string after; // with "x" as the value's text
+        std::string before, after; // with "x" as the value's text
     };
     const std::string key = "[HKEY_USERS\\K]\n";
     const Change changes[] = {
@@ -218,49 +190,52 @@ TEST(RegFile, AnyBytesStandAChange) {
             const char byte = likely[random() % likely.size()];
             bytes[random() % bytes.size()] = random() % 2 == 0 ? byte : static_cast<char>(random() % 256);
         }
-        SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
         const RegistryValue value{round % 3 == 0 ? RegSz : RegBinary, {"x\0\0\0", 4}};
         EXPECT_TRUE(ChangesThatAlone(round % 2 == 0 ? bytes : "\xFF\xFE" + bytes, {u"HKEY_USERS", u"K"},
-                                     random() % 2 == 0 ? u"" : u"a", value));
+                                     random() % 2 == 0 ? u"" : u"a", value))
+            << "seed " << seed << " round " << round;
     }
 }
 
 TEST_F(Registry, IsLookedForWhereTheEnvironmentSays) {
-    const auto text = [](const char* root, const char* value) {
-        return std::string("[") + root + "\\K]\n\"v\"=\"" + value + "\"\n";
-    };
-    const char* const in = "tessarix/registry";
-    WriteFile(file, text("HKEY_CURRENT_USER", "named"));
-    WriteFile(folder / "home" / in / "HKEY_CURRENT_USER.reg", text("HKEY_CURRENT_USER", "home"));
-    WriteFile(folder / "one" / in / "HKEY_CURRENT_USER.reg", text("HKEY_CURRENT_USER", "one"));
-    WriteFile(folder / "two" / in / "HKEY_LOCAL_MACHINE.reg", text("HKEY_LOCAL_MACHINE", "two"));
-    EXPECT_EQ(Query(HkeyCurrentUser, u"k", u"V"), "named");
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2") << "no other folder counts";
+    const auto in = [](const std::string& place) { return WideName(place + "/tessarix/registry/"); };
+    const auto machine = [] { return Query(HkeyLocalMachine, u"v") + " " + Query(HkeyLocalMachine, u"w"); };
+    Fill(in("home"), "HKEY_CURRENT_USER", "home");
+    Fill(in("one"), "HKEY_CURRENT_USER", "one");
+    Fill(in("two"), "HKEY_LOCAL_MACHINE", "two");
+    EXPECT_EQ(Query(HkeyCurrentUser, u"V") + " " + machine(), "old 2 2") << "no other folder counts";
     unsetenv("TESSARIX_REGISTRY");
-    setenv("XDG_CONFIG_HOME", (folder / "home").c_str(), 1);
-    setenv("XDG_CONFIG_DIRS", ("relative:" + (folder / "one").string() + ":" + (folder / "two").string()).c_str(), 1);
-    EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), "home");
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two");
-    EXPECT_EQ(Set(HkeyLocalMachine, u"K", u"w", u"new"), ErrorSuccess);
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "two");
-    WriteFile(folder / "two" / in / "HKEY_LOCAL_MACHINE.reg", text("HKEY_LOCAL_MACHINE", "later"));
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "later")
-        << "what the user's file doesn't say is the administrator's";
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"w"), "new");
-    WriteFile(folder / "one" / in / "HKEY_LOCAL_MACHINE.reg", text("HKEY_LOCAL_MACHINE", "one"));
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "one") << "the folders in their order";
-    const fs::path own = folder / "home" / in / "HKEY_LOCAL_MACHINE.reg";
-    WriteFile(own, "[HKEY_LOCAL_MACHINE\\k]\n\"V\"=-\n");
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2");
-    WriteFile(own, "[-HKEY_LOCAL_MACHINE\\K]\n");
-    EXPECT_EQ(Set(HkeyLocalMachine, u"K", u"w", u"again"), ErrorSuccess);
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"w"), "again");
-    EXPECT_EQ(Query(HkeyLocalMachine, u"K", u"v"), "2") << "still removed";
-    EXPECT_EQ(Query(HkeyUsers, u"K", u"v"), "2");
+    const std::string root = folder.Place().string() + "/";
+    setenv("XDG_CONFIG_HOME", (root + "home").c_str(), 1);
+    setenv("XDG_CONFIG_DIRS", ("relative:" + root + "one:" + root + "two").c_str(), 1);
+    EXPECT_EQ(Query(HkeyCurrentUser, u"v") + " " + machine(), "home two 2");
+    EXPECT_EQ(Set(HkeyLocalMachine, u"w", u"new"), ErrorSuccess);
+    EXPECT_EQ(machine(), "two new");
+    Fill(in("two"), "HKEY_LOCAL_MACHINE", "later");
+    EXPECT_EQ(machine(), "later new") << "what the user's file doesn't say is the administrator's";
+    Fill(in("one"), "HKEY_LOCAL_MACHINE", "one");
+    EXPECT_EQ(machine(), "one new") << "the folders in their order";
+    const std::u16string own = in("home") + u"HKEY_LOCAL_MACHINE.reg";
+    folder.Write(own.c_str(), "[HKEY_LOCAL_MACHINE\\k]\n\"V\"=-\n");
+    EXPECT_EQ(machine(), "2 2");
+    folder.Write(own.c_str(), "[-HKEY_LOCAL_MACHINE\\K]\n");
+    EXPECT_EQ(Set(HkeyLocalMachine, u"w", u"again"), ErrorSuccess);
+    EXPECT_EQ(machine(), "2 again") << "still removed";
+    for (const auto& [dirs, user, expected] :
+         {std::tuple{"", "relative", ":/etc/xdg:"}, {"/one:x:/two", "/ann", "/ann/.config:/one:/two:"}}) {
+        setenv("XDG_CONFIG_DIRS", dirs, 1);
+        setenv("XDG_CONFIG_HOME", "relative", 1);
+        setenv("HOME", user, 1);
+        std::string folders;
+        for (const std::string& each : RegistryFolders(RegistryRoot::LocalMachine)) {
+            folders += each.substr(0, each.find("/tessarix/registry")) + ":";
+        }
+        EXPECT_EQ(folders, expected);
+        EXPECT_EQ(RegistryFolders(RegistryRoot::CurrentUser).size(), 1U);
+    }
 }
 
 TEST_F(Registry, AnswersWithTheCodesOfWindows) {
-    WriteFile(file, "[HKEY_CURRENT_USER\\K]\n\"v\"=\"abc\"\n");
     RegistryKey key = nullptr;
     RegistryKey below = nullptr;
     ASSERT_EQ(RegOpenKeyEx(RootKey(HkeyCurrentUser), u"K", 0, KeyRead, key), ErrorSuccess);
@@ -270,102 +245,81 @@ TEST_F(Registry, AnswersWithTheCodesOfWindows) {
     EXPECT_EQ(size, 8U) << "what is needed";
     EXPECT_EQ(RegQueryValueEx(key, nullptr, nullptr, nullptr, nullptr), ErrorFileNotFound);
     EXPECT_EQ(RegSetValueEx(key, u"v", RegSz, u"", 2), ErrorAccessDenied) << "opened for reading";
-    EXPECT_EQ(RegOpenKeyEx(key, u"none", 0, KeyRead, below), ErrorFileNotFound);
     EXPECT_EQ(RegCreateKeyEx(key, u"a\nb", 0, KeyRead, below), ErrorInvalidParameter) << "a file can't hold that";
-    WriteFile(file, "[HKEY_CURRENT_USER\\Other]\n");
+    folder.Write(u"HKEY_CURRENT_USER.reg", "[HKEY_CURRENT_USER\\Other]\n");
     EXPECT_EQ(RegQueryValueEx(key, u"v", nullptr, nullptr, &size), ErrorKeyDeleted);
     EXPECT_EQ(RegCloseKey(key), ErrorSuccess);
     for (const RegistryKey handle : {key, RegistryKey{nullptr}, RegistryKey{text}}) {
         EXPECT_EQ(RegCloseKey(handle), ErrorInvalidHandle);
         EXPECT_EQ(RegQueryValueEx(handle, u"v", nullptr, nullptr, &size), ErrorInvalidHandle);
     }
-    fs::remove(file);
-    fs::create_directory(file);
-    EXPECT_EQ(RegOpenKeyEx(RootKey(HkeyCurrentUser), u"K", 0, KeyRead, key), ErrorAccessDenied) << "not readable";
-    EXPECT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"x"), ErrorAccessDenied);
 }
 
+// Commands in the folder that holds the registry's, `r`, and a file `outside`; what is read then, and the code of a
+// write.
 TEST_F(Registry, RightsAndLinksAreTheUsers) {
-    struct Row {
-        const char* name;
-        const char* command; // in the folder that holds the registry's, `r`, and a file `outside`
-        const char* read;
-        std::uint32_t written;
-    };
-    const Row rows[] = {
-        {"a file not to be read", "chmod 0 r/*.reg", "5", ErrorAccessDenied},
-        {"a file not to be written", "chmod 444 r/*.reg", "old", ErrorAccessDenied},
-        {"a folder not to be written", "chmod 555 r", "old", ErrorAccessDenied},
-        {"a folder not to be entered", "chmod 0 r", "5", ErrorAccessDenied},
-        {"a folder that is none", "rm -r r; touch r", "2", ErrorFileNotFound},
-        {"a link to the folder", "mv r there; ln -s there r", "old", ErrorSuccess},
-        {"a new file that is a link", "ln -s ../outside r/HKEY_CURRENT_USER.reg.new", "old", ErrorSuccess},
-        {"a lock that is a link", "ln -s ../outside r/registry.lock", "old", ErrorAccessDenied},
-    };
     const uid_t self = getuid();
     const uid_t user = self == 0 ? 65534 : self; // root may do anything
-    for (const Row& row : rows) {
-        const fs::path place = folder / "place";
-        setenv("TESSARIX_REGISTRY", (place / "r").c_str(), 1);
-        WriteFile(place / "r/HKEY_CURRENT_USER.reg", "[HKEY_CURRENT_USER\\K]\n\"v\"=\"old\"\n");
-        WriteFile(place / "outside", "outside");
-        const std::string enter = "cd '" + place.string() + "' && " + row.command;
-        ASSERT_EQ(std::system(("chown -R " + std::to_string(user) + " '" + folder.string() + "' && " + enter).c_str()),
-                  0);
-        ASSERT_EQ(setresuid(user, user, self), 0);
-        EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), row.read) << row.name;
-        EXPECT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"new"), row.written) << row.name;
-        ASSERT_EQ(setresuid(self, self, self), 0);
-        EXPECT_EQ(BytesOfFile(place / "outside"), "outside") << row.name;
-        fs::permissions(place / "r", fs::perms::owner_all);
+    const std::string place = folder.Place() / "place";
+    setenv("TESSARIX_REGISTRY", (place + "/r").c_str(), 1);
+    const auto answers = [&](const std::u16string& command) {
+        Fill(u"place/r/", "HKEY_CURRENT_USER", "old");
+        folder.Write(u"place/outside", "outside");
+        const std::string give = "chown -R " + std::to_string(user) + " '" + folder.Place().string() + "' && ";
+        EXPECT_EQ(std::system((give + "cd '" + place + "' && " + NativeName(command)).c_str()), 0);
+        EXPECT_EQ(setresuid(user, user, self), 0);
+        const std::string read = Query(HkeyCurrentUser, u"v");
+        const std::uint32_t written = Set(HkeyCurrentUser, u"v", u"new");
+        EXPECT_EQ(setresuid(self, self, self), 0);
+        EXPECT_EQ(folder.Content(u"place/outside"), "outside") << Readable(command);
+        fs::permissions(place + "/r", fs::perms::owner_all);
         fs::remove_all(place);
-    }
+        return read + " " + std::to_string(written);
+    };
+    ExpectRows(answers, {u"chmod 0 r/*.reg -> 5 5", u"chmod 444 r/*.reg -> old 5", u"chmod 0 r -> 5 5",
+                         u"rm -r r; touch r -> 2 2", u"mv r there; ln -s there r -> old 0",
+                         u"ln -s ../outside r/HKEY_CURRENT_USER.reg.new -> old 0",
+                         u"ln -s ../outside r/registry.lock -> old 5"});
 }
 
 // Each writer changes the whole file; no change of the other may be lost, and nobody may ever see less than a whole
 // file.
-TEST_F(Registry, TwoProcessesWriteAndAThirdReads) {
+// Each writer changes the whole file; no change of another may be lost, and nobody may ever see less than a whole file.
+TEST_F(Registry, ProcessesWriteAndThreadsRead) {
     constexpr int rounds = 40;
-    ASSERT_EQ(Set(HkeyCurrentUser, u"K", u"fixed", u"x"), ErrorSuccess);
-    std::set<pid_t> writers;
-    for (const char16_t letter : {u'a', u'b'}) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            bool good = true;
-            for (int i = 0; i < rounds; ++i) {
-                const std::u16string name = std::u16string(1, letter) + WideName(std::to_string(i));
-                good = Set(HkeyCurrentUser, u"K", name, name) == ErrorSuccess && good;
-            }
-            _exit(good ? 0 : 1);
-        }
-        writers.insert(child);
-    }
-    while (!writers.empty()) {
-        EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"fixed"), "x");
-        int status = 0;
-        const pid_t ended = waitpid(-1, &status, WNOHANG);
-        EXPECT_EQ(ended > 0 ? status : 0, 0);
-        writers.erase(ended);
-    }
-    for (const char letter : {'a', 'b'}) {
+    const auto write = [](char16_t letter) {
+        bool good = true;
         for (int i = 0; i < rounds; ++i) {
-            const std::string name = letter + std::to_string(i);
-            EXPECT_EQ(Query(HkeyCurrentUser, u"K", WideName(name).c_str()), name);
+            good = Set(HkeyCurrentUser, letter + WideName(std::to_string(i)), u"x") == ErrorSuccess && good;
         }
+        return good;
+    };
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(write(u'a') ? 0 : 1);
+    }
+    int status = -1;
+    std::thread reader([&] {
+        while (waitpid(child, &status, WNOHANG) == 0) {
+            EXPECT_EQ(Query(HkeyCurrentUser, u"v"), "old");
+        }
+    });
+    EXPECT_TRUE(write(u'b'));
+    reader.join();
+    EXPECT_EQ(status, 0);
+    for (int i = 0; i < 2 * rounds; ++i) {
+        EXPECT_EQ(Query(HkeyCurrentUser, (i % 2 ? u"a" : u"b") + WideName(std::to_string(i / 2))), "x") << i;
     }
 }
 
 TEST_F(Registry, AWriteThatFailsLeavesTheFileWhole) {
     SKIP_WITHOUT_FAULTS();
-    ASSERT_EQ(Set(HkeyCurrentUser, u"K", u"v", u"old"), ErrorSuccess);
-    const std::string old = BytesOfFile(file);
-    const fs::path fresh = folder / "HKEY_CURRENT_USER.reg.new";
-    WriteFile(fresh, "left by a writer that was killed");
+    const std::string old = folder.Content(u"HKEY_CURRENT_USER.reg");
+    folder.Write(u"HKEY_CURRENT_USER.reg.new", "left by a writer that was killed");
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     for (std::int32_t nth = 1;; ++nth) {
         ArmFault("*", nth, ErrorDiskFull, FaultMode::Once);
-        const std::uint32_t result = Set(HkeyCurrentUser, u"K", u"v", u"new");
+        const std::uint32_t result = Set(HkeyCurrentUser, u"v", u"new");
         const bool isReached = FaultCallsSeen() >= nth;
         DisarmFaults();
         if (!isReached) {
@@ -374,10 +328,13 @@ TEST_F(Registry, AWriteThatFailsLeavesTheFileWhole) {
             break;
         }
         // The last call is the closing of the key, whose result Set does not tell.
-        EXPECT_TRUE(result == ErrorSuccess || (result == ErrorDiskFull && BytesOfFile(file) == old)) << nth;
-        EXPECT_TRUE(!fs::exists(fresh) || BytesOfFile(fresh).starts_with("left by")) << nth;
+        EXPECT_TRUE(result == ErrorSuccess ||
+                    (result == ErrorDiskFull && folder.Content(u"HKEY_CURRENT_USER.reg") == old))
+            << nth;
+        const std::string fresh = folder.Content(u"HKEY_CURRENT_USER.reg.new");
+        EXPECT_TRUE(fresh == "(missing)" || fresh.starts_with("left by")) << nth;
     }
-    EXPECT_EQ(Query(HkeyCurrentUser, u"K", u"v"), "new");
-    EXPECT_FALSE(fs::exists(fresh));
+    EXPECT_EQ(Query(HkeyCurrentUser, u"v"), "new");
+    EXPECT_FALSE(fs::exists(folder.Place() / "HKEY_CURRENT_USER.reg.new"));
     EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write) << "kept";
 }

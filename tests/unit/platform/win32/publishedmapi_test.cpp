@@ -99,64 +99,35 @@ SAME_SIMPLE_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessa
 static_assert(sizeof(Platform::FixedFileInfo) == sizeof(VS_FIXEDFILEINFO));
 EACH(SAME_VALUE, SPropValue, l, ul, b, li, lpszA, lpszW, bin, err);
 
-#define SAME_CONSTANT(ours, published)                                                                                 \
-    EXPECT_EQ(static_cast<std::uint32_t>(Mapi::ours), static_cast<std::uint32_t>(published)) << #published
+#define SAME_CONSTANT(of, pair) SAME_CONSTANT_OF pair
+#define SAME_CONSTANT_OF(ours, published)                                                                              \
+    EXPECT_EQ(static_cast<std::uint32_t>(Mapi::ours), static_cast<std::uint32_t>(published)) << #ours;
 
 TEST(PublishedMapi, Constants) {
     // The macros speak of the headers' own types.
     using namespace Published;
-    SAME_CONSTANT(PropertyTypeMask, PROP_TYPE_MASK);
-    SAME_CONSTANT(PropertyTypeError, PT_ERROR);
-    SAME_CONSTANT(TagMessageClass, PR_MESSAGE_CLASS_W);
-    SAME_CONSTANT(TagSubject, PR_SUBJECT_W);
-    SAME_CONSTANT(TagRecipientType, PR_RECIPIENT_TYPE);
-    SAME_CONSTANT(TagDeleteAfterSubmit, PR_DELETE_AFTER_SUBMIT);
-    SAME_CONSTANT(TagMessageFlags, PR_MESSAGE_FLAGS);
-    SAME_CONSTANT(TagMessageStatus, PR_MSG_STATUS);
-    SAME_CONSTANT(TagAccess, PR_ACCESS);
-    SAME_CONSTANT(TagEntryId, PR_ENTRYID);
-    SAME_CONSTANT(TagBody, PR_BODY_W);
-    SAME_CONSTANT(TagDisplayName, PR_DISPLAY_NAME_W);
-    SAME_CONSTANT(TagResourceFlags, PR_RESOURCE_FLAGS);
-    SAME_CONSTANT(TagOutboxEntryId, PR_IPM_OUTBOX_ENTRYID);
-    SAME_CONSTANT(TagAttachmentData, PR_ATTACH_DATA_BIN);
-    SAME_CONSTANT(TagAttachmentFileName, PR_ATTACH_FILENAME_W);
-    SAME_CONSTANT(TagAttachmentMethod, PR_ATTACH_METHOD);
-    SAME_CONSTANT(TagResourceType, PR_RESOURCE_TYPE);
-    SAME_CONSTANT(LogonNewSession, MAPI_NEW_SESSION);
-    SAME_CONSTANT(LogonExtended, MAPI_EXTENDED);
-    SAME_CONSTANT(LogonUseDefault, MAPI_USE_DEFAULT);
-    SAME_CONSTANT(LogonNoMail, MAPI_NO_MAIL);
-    SAME_CONSTANT(FlagUnicode, MAPI_UNICODE);
-    SAME_CONSTANT(FlagModify, MAPI_MODIFY);
-    SAME_CONSTANT(FlagStoreWrite, MDB_WRITE);
-    SAME_CONSTANT(FlagNoAddressBookDialog, AB_NO_DIALOG);
-    SAME_CONSTANT(FlagKeepOpenReadWrite, KEEP_OPEN_READWRITE);
-    SAME_CONSTANT(FlagPostMessage, MAPI_POST_MESSAGE);
-    SAME_CONSTANT(FlushUpload, FLUSH_UPLOAD);
-    SAME_CONSTANT(FlushForce, FLUSH_FORCE);
-    SAME_CONSTANT(FlushNoUi, FLUSH_NO_UI);
-    SAME_CONSTANT(StatusDefaultStore, STATUS_DEFAULT_STORE);
-    SAME_CONSTANT(StatusPrimaryIdentity, STATUS_PRIMARY_IDENTITY);
-    SAME_CONSTANT(StatusPrimaryStore, STATUS_PRIMARY_STORE);
-    SAME_CONSTANT(ResourceTypeSpooler, MAPI_SPOOLER);
-    SAME_CONSTANT(AttachByValue, ATTACH_BY_VALUE);
-    SAME_CONSTANT(RecipientTypeTo, MAPI_TO);
-    SAME_CONSTANT(ResultUnexpected, E_UNEXPECTED);
-    SAME_CONSTANT(ResultPointer, E_POINTER);
-    SAME_CONSTANT(ResultFail, E_FAIL);
-    SAME_CONSTANT(ResultOutOfMemory, E_OUTOFMEMORY);
-    SAME_CONSTANT(ResultUserCancel, MAPI_E_USER_CANCEL);
-    SAME_CONSTANT(ResultErrorsReturned, MAPI_W_ERRORS_RETURNED);
-    SAME_CONSTANT(RecipientClassTo, MAPI_TO);
-    SAME_CONSTANT(FlagLogonUi, MAPI_LOGON_UI);
-    SAME_CONSTANT(FlagDialog, MAPI_DIALOG);
-    SAME_CONSTANT(ErrorUserAbort, MAPI_E_USER_ABORT);
-    SAME_CONSTANT(ErrorDiskFull, MAPI_E_DISK_FULL);
-    SAME_CONSTANT(ErrorInsufficientMemory, MAPI_E_INSUFFICIENT_MEMORY);
-    SAME_CONSTANT(ErrorAttachmentNotFound, MAPI_E_ATTACHMENT_NOT_FOUND);
-    SAME_CONSTANT(ErrorAttachmentOpenFailure, MAPI_E_ATTACHMENT_OPEN_FAILURE);
-    SAME_CONSTANT(ErrorAttachmentWriteFailure, MAPI_E_ATTACHMENT_WRITE_FAILURE);
+    EACH(SAME_CONSTANT, , (PropertyTypeMask, PROP_TYPE_MASK), (PropertyTypeError, PT_ERROR),
+         (TagMessageClass, PR_MESSAGE_CLASS_W), (TagSubject, PR_SUBJECT_W), (TagRecipientType, PR_RECIPIENT_TYPE),
+         (TagDeleteAfterSubmit, PR_DELETE_AFTER_SUBMIT), (TagMessageFlags, PR_MESSAGE_FLAGS),
+         (TagMessageStatus, PR_MSG_STATUS), (TagAccess, PR_ACCESS), (TagEntryId, PR_ENTRYID), (TagBody, PR_BODY_W),
+         (TagDisplayName, PR_DISPLAY_NAME_W), (TagResourceFlags, PR_RESOURCE_FLAGS),
+         (TagOutboxEntryId, PR_IPM_OUTBOX_ENTRYID), (TagAttachmentData, PR_ATTACH_DATA_BIN),
+         (TagAttachmentFileName, PR_ATTACH_FILENAME_W), (TagAttachmentMethod, PR_ATTACH_METHOD),
+         (TagResourceType, PR_RESOURCE_TYPE), (LogonNewSession, MAPI_NEW_SESSION), (LogonExtended, MAPI_EXTENDED),
+         (LogonUseDefault, MAPI_USE_DEFAULT), (LogonNoMail, MAPI_NO_MAIL), (FlagUnicode, MAPI_UNICODE),
+         (FlagModify, MAPI_MODIFY), (FlagStoreWrite, MDB_WRITE), (FlagNoAddressBookDialog, AB_NO_DIALOG),
+         (FlagKeepOpenReadWrite, KEEP_OPEN_READWRITE), (FlagPostMessage, MAPI_POST_MESSAGE),
+         (FlushUpload, FLUSH_UPLOAD), (FlushForce, FLUSH_FORCE), (FlushNoUi, FLUSH_NO_UI),
+         (StatusDefaultStore, STATUS_DEFAULT_STORE), (StatusPrimaryIdentity, STATUS_PRIMARY_IDENTITY),
+         (StatusPrimaryStore, STATUS_PRIMARY_STORE), (ResourceTypeSpooler, MAPI_SPOOLER),
+         (AttachByValue, ATTACH_BY_VALUE), (RecipientTypeTo, MAPI_TO), (ResultUnexpected, E_UNEXPECTED),
+         (ResultPointer, E_POINTER), (ResultFail, E_FAIL), (ResultOutOfMemory, E_OUTOFMEMORY),
+         (ResultUserCancel, MAPI_E_USER_CANCEL), (ResultErrorsReturned, MAPI_W_ERRORS_RETURNED),
+         (RecipientClassTo, MAPI_TO), (FlagLogonUi, MAPI_LOGON_UI), (FlagDialog, MAPI_DIALOG),
+         (ErrorUserAbort, MAPI_E_USER_ABORT), (ErrorDiskFull, MAPI_E_DISK_FULL),
+         (ErrorInsufficientMemory, MAPI_E_INSUFFICIENT_MEMORY), (ErrorAttachmentNotFound, MAPI_E_ATTACHMENT_NOT_FOUND),
+         (ErrorAttachmentOpenFailure, MAPI_E_ATTACHMENT_OPEN_FAILURE),
+         (ErrorAttachmentWriteFailure, MAPI_E_ATTACHMENT_WRITE_FAILURE))
 }
 
 // The header has it at 32 bits, which is what it was when pointers were of that size.

@@ -1,5 +1,7 @@
+// What the program decides by itself: names of options, addresses, and the form of its output.
 #include "app/ConsoleTools.h"
 
+#include "app/CorvaneApplication.h"
 #include "platform/inc/console.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
@@ -8,6 +10,7 @@
 #include "tests/support/standardoutput.h"
 #include "tests/support/text.h"
 #include <string>
+#include <thread>
 
 using namespace Tsx;
 using namespace Console;
@@ -110,14 +113,78 @@ TEST(ConsoleTools, AHandleThatWasNeverThereIsAnInternalError) {
     EXPECT_TRUE(Raised<CInternalError>([] { WriteBytes(Platform::GetStdHandle(Platform::StdErrorHandle), "x", -1); }));
 }
 
-TEST(ConsoleTools, ALongTextArrivesUnbroken) {
-    CUnicodeString text;
-    for (int i = 0; i < 3000; ++i) {
-        text += CUnicodeString::FromInt(i);
+TEST(ConsoleTools, LongTextsOfTwoThreadsDoNotMix) {
+    constexpr int rounds = 20;
+    const auto text = [](char16_t letter) { return std::u16string(10'000, letter); }; // several writes long
+    const CTestFolder folder;
+    folder.Write(u"file", "");
+    {
+        const Platform::Handle file = Platform::CreateFile((folder / u"file").Text(), Platform::GenericWrite, 0,
+                                                           nullptr, Platform::OpenExisting, 0, nullptr);
+        const CHandleScope scope(file);
+        ConsoleWrite(u"");
+        std::thread other([&] {
+            for (int i = 0; i < rounds; ++i) {
+                ConsoleWrite(text(u'a').c_str());
+            }
+        });
+        for (int i = 0; i < rounds; ++i) {
+            ConsoleWrite(text(u'b').c_str());
+        }
+        other.join();
+        Platform::CloseHandle(file);
     }
-    CStandardOutput output(EOutput::File);
     ForgetHandle();
-    ConsoleWrite(text);
-    ConsoleWrite(u"end");
-    EXPECT_EQ(output.Finish(), Mark + Wide(text.View()) + Wide(u"end"));
+    std::string rest = folder.Content(u"file").substr(Mark.size());
+    EXPECT_EQ(rest.size(), 2 * rounds * Wide(text(u'a')).size());
+    while (!rest.empty()) {
+        const std::string whole = Wide(text(static_cast<char16_t>(rest[0])));
+        ASSERT_TRUE(rest.starts_with(whole)) << rest.size() << " bytes from the end";
+        rest.erase(0, whole.size());
+    }
+}
+
+TEST(ConsoleApplication, OptionNames) {
+    struct Row {
+        const char16_t *name, *fullName, *shortName;
+        bool matches;
+    };
+    constexpr Row rows[] = {
+        {u"s", u"subject", u"s", true},         {u"su", u"subject", u"s", true},   {u"SUBJECT", u"subject", u"s", true},
+        {u"subjects", u"subject", u"s", false}, {u"", u"subject", u"s", false},    {u"b", u"subject", u"s", false},
+        {u"sx", u"subject", u"s", false},       {u"NOLOGO", u"NoLogo", u"", true}, {u"NoLog", u"NoLogo", u"", false},
+        {u"", u"NoLogo", u"", false},           {u"s", u"subject", u"sub", false}, {u"Sub", u"subject", u"sub", true}};
+    for (const Row& row : rows) {
+        EXPECT_EQ(CConsoleApplication::IsOptionName(row.name, row.fullName, row.shortName), row.matches)
+            << Readable(row.name);
+    }
+    EXPECT_TRUE(Raised<CInternalError>([] { CConsoleApplication::IsOptionName(u"x", u"", u""); }));
+    EXPECT_TRUE(Raised<CInternalError>([] { CConsoleApplication::IsOptionName(u"x", u"subject", u"b"); }));
+    EXPECT_TRUE(Raised<CInternalError>([] { CConsoleApplication::IsOptionName(u"x", u"su", u"sub"); }));
+}
+
+TEST(CorvaneApplication, SplitsAddresses) {
+    struct Row {
+        const char16_t *text, *name, *address;
+    };
+    constexpr Row rows[] = {{u"Ann Lee <ann>", u"Ann Lee", u"ann"},
+                            {u"Ann < ann >", u"Ann", u"ann"},
+                            {u"Ann < ann > ", u"", u"Ann < ann > "},
+                            {u"<ann>", u"", u"ann"},
+                            {u"a <b> <c>", u"a <b>", u"c"},
+                            {u"ann", u"", u"ann"},
+                            {u"Ann <ann", u"", u"Ann <ann"},
+                            {u"ann>", u"", u"ann>"},
+                            {u">", u"", u">"},
+                            {u"<>", u"", u""},
+                            {u"\u3000Ann\t<\u00A0ann\u2003>", u"Ann", u"ann"}};
+    for (const Row& row : rows) {
+        CUnicodeString name(u"old");
+        CUnicodeString address(u"old");
+        CCorvaneApplication::SplitAddress(row.text, name, address);
+        EXPECT_EQ(name, row.name) << Readable(row.text);
+        EXPECT_EQ(address, row.address) << Readable(row.text);
+    }
+    CUnicodeString unused;
+    EXPECT_TRUE(Raised<CInternalError>([&] { CCorvaneApplication::SplitAddress(u"", unused, unused); }));
 }

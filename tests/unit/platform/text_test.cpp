@@ -1,12 +1,12 @@
-// The conversions between UTF-16 and the code pages, and what the run-time knows of characters. Everything here holds
-// on both systems but for the rows that say otherwise.
+// What both systems make of texts: code pages, letters, references to the environment.
+#include "platform/inc/environment.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/text.h"
 #include "tests/support/claims.h"
 #include "tests/support/text.h"
+#include <clocale>
+#include <cstdlib>
 #include <random>
-#include <string>
-#include <string_view>
 #include <vector>
 
 using namespace Platform;
@@ -30,26 +30,20 @@ std::int32_t Convert(std::uint32_t page, std::uint32_t flags, std::string_view t
 
 // Asks for the size, converts into exactly that, and sees one unit less refused. Empty with the error on failure.
 template <class TTo, class TFrom>
-std::basic_string<TTo> Converted(std::uint32_t page, std::uint32_t flags, std::basic_string_view<TFrom> text,
-                                 std::uint32_t& error) {
+std::string Converted(std::uint32_t page, std::uint32_t flags, std::basic_string_view<TFrom> text,
+                      std::uint32_t& error) {
     SetLastError(ErrorSuccess);
     const std::int32_t size = Convert(page, flags, text, static_cast<TTo*>(nullptr), 0);
     error = GetLastError();
-    std::basic_string<TTo> result(static_cast<std::size_t>(size), TTo{});
-    TTo unused[1024];
-    EXPECT_EQ(Convert(page, flags, text, size > 0 ? result.data() : unused, size > 0 ? size : 1024), size);
+    std::vector<TTo> result(1024);
+    EXPECT_EQ(Convert(page, flags, text, result.data(), size > 0 ? size : 1024), size);
     EXPECT_EQ(GetLastError(), error);
+    EXPECT_TRUE(size == 0 || (size < 1024 && result[static_cast<std::size_t>(size)] == TTo{}));
     if (size > 1) {
-        std::vector<TTo> small(static_cast<std::size_t>(size - 1));
-        EXPECT_EQ(Convert(page, flags, text, small.data(), size - 1), 0);
+        EXPECT_EQ(Convert(page, flags, text, std::vector<TTo>(result.size()).data(), size - 1), 0);
         EXPECT_EQ(GetLastError(), ErrorInsufficientBuffer);
     }
-    return result;
-}
-
-template <class TUnit>
-std::string Shown(const std::basic_string<TUnit>& text) {
-    return Readable(std::u16string(text.begin(), text.end()));
+    return Readable(std::u16string(result.begin(), result.begin() + size));
 }
 
 template <class TFrom, class TTo>
@@ -64,7 +58,8 @@ struct Row {
     void Check() const {
         Claim(wine, name, [this] {
             std::uint32_t found = 0;
-            EXPECT_EQ(Shown(Converted<TTo>(page, flags, text, found)), Shown(std::basic_string<TTo>(result))) << name;
+            EXPECT_EQ(Converted<TTo>(page, flags, text, found), Readable(std::u16string(result.begin(), result.end())))
+                << name;
             EXPECT_EQ(found, error) << name;
         });
     }
@@ -86,6 +81,22 @@ constexpr Row<char16_t, char> ToBytesRows[] = {
     {"unknown page", 4711, 0, u"a", "", ErrorInvalidParameter},
     {"JIS of what it lacks", 50220, 0, u"\u3042\u0E01\u3042", "\x1B$B$\"\x1B(B?\x1B$B$\"\x1B(B", 0, Wine::Otherwise},
     {"GB 18030", 54936, 0, u"\u4E2D\U0001F600\xD800", "\xD6\xD0\x94\x39\xFC\x36?", 0, Wine::Otherwise},
+    {"GB 18030 refuses", 54936, InvalidUnits, u"\xD800", "", ErrorNoUnicodeTranslation, Wine::Otherwise},
+    {"Macintosh", 2, 0, u"\u00C4", "\x80", 0, Wine::Otherwise},
+    {"ASCII", 20127, 0, u"a\u3042", "a?", 0, Wine::Otherwise},
+    {"KOI8-R", 20866, 0, u"\u044E\u2553", "\xC0\xA4", 0, Wine::Otherwise},
+    {"KOI8-U", 21866, 0, u"\u044E\u0454", "\xC0\xA4", 0, Wine::Otherwise},
+    {"EUC-JP", 51932, 0, u"\u3042", "\xA4\xA2", 0, Wine::Otherwise},
+    {"EUC-CN", 51936, 0, u"\u4E2D", "\xD6\xD0", 0, Wine::Otherwise},
+    {"EUC-KR", 51949, 0, u"\uAC00", "\xB0\xA1", 0, Wine::Otherwise},
+    {"half-width kana in JIS", 50221, 0, u"\uFF71", "\x1B(I1\x1B(B", 0, Wine::Otherwise},
+    {"ISO 2022 of Korea", 50225, 0, u"\uAC00", "\x1B$)C\x0E" "0!\x0F", 0, Wine::Otherwise},
+    {"ISO 2022 of China", 50227, 0, u"\u4E2D", "\x1B$)A\x0EVP\x0F", 0, Wine::Otherwise},
+    {"Latin 1", 28591, 0, u"\u00A4\u00D0", "\xA4\xD0", 0, Wine::Otherwise},
+    {"Latin 2", 28592, 0, u"\u0104", "\xA1", 0, Wine::Otherwise},
+    {"Latin 9", 28605, 0, u"\u20AC", "\xA4", 0, Wine::Otherwise},
+    {"Latin 10", 28606, 0, u"\u0218", "\xAA", 0, Wine::Otherwise},
+    {"behind them", 28607, 0, u"a", "", ErrorInvalidParameter},
 };
 constexpr Row<char, char16_t> ToWideRows[] = {
     {"letters", 1251, ToWide, "\xCF\xF0\xE8 \x88", u"\u041F\u0440\u0438 \u20AC"},
@@ -111,23 +122,13 @@ TEST(CodePages, ConvertBothWays) {
     for (const auto& row : ToWideRows) {
         row.Check();
     }
-}
-
-TEST(CodePages, ArgumentsAndTerminators) {
     char bytes[8] = {};
     char16_t units[8] = {};
     EXPECT_EQ(WideCharToMultiByte(1252, 0, u"ab", -1, bytes, 8), 3);
     EXPECT_STREQ(bytes, "ab");
-    EXPECT_EQ(MultiByteToWideChar(65001, 0, "\xC3\xA9", -1, units, 8), 2);
-    EXPECT_EQ(units[0], u'\u00E9');
-    const std::int32_t refused[] = {
-        WideCharToMultiByte(1252, 0, nullptr, 1, bytes, 8), WideCharToMultiByte(1252, 0, u"a", 1, nullptr, 8),
-        WideCharToMultiByte(65001, 0, u"a", 1, bytes, -1),  MultiByteToWideChar(1252, 0, nullptr, 1, units, 8),
-        MultiByteToWideChar(65001, 0, "a", 1, nullptr, 8),  MultiByteToWideChar(1252, 0, "a", 1, units, -1),
-    };
-    for (const std::int32_t result : refused) {
-        EXPECT_EQ(result, 0);
-    }
+    EXPECT_TRUE(MultiByteToWideChar(65001, 0, "\xC3\xA9", -1, units, 8) == 2 && units[0] == u'\u00E9');
+    EXPECT_EQ(WideCharToMultiByte(1252, 0, nullptr, 1, bytes, 8), 0);
+    EXPECT_EQ(MultiByteToWideChar(65001, 0, "a", 1, nullptr, 8) + MultiByteToWideChar(1252, 0, "a", 1, units, -1), 0);
     EXPECT_EQ(GetLastError(), ErrorInvalidParameter);
     // Invalid text is what counts, not that it wouldn't fit.
     EXPECT_EQ(MultiByteToWideChar(1253, Invalid, "abc\xD2", 4, units, 1), 0);
@@ -163,54 +164,72 @@ constexpr Piece Pieces[] = {
 TEST(CodePages, Utf8OfRandomRuns) {
     constexpr unsigned seed = 20260;
     std::mt19937 random(seed);
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
         const Way way = round % 2 ? Way::ToText : Way::ToUtf8;
         std::string bytes;
         std::u16string text;
         bool malformed = false;
         for (auto runs = 1 + random() % 12; runs > 0; --runs) {
             const Piece& piece = Pieces[random() % std::size(Pieces)];
-            const bool taken = piece.way == Way::Both || piece.way == way;
             malformed = malformed || piece.way == way;
-            for (auto count = taken ? 1 + random() % 9 : 0; count > 0; --count) {
+            for (auto count = piece.way == Way::Both || piece.way == way ? 1 + random() % 9 : 0; count > 0; --count) {
                 bytes += piece.bytes;
                 text += piece.text;
             }
         }
         bytes += "..."; // Wine takes what follows a lead byte for cut off when the text ends within its length
         text += u"...";
-        std::uint32_t error = 0;
-        if (way == Way::ToText) {
-            ASSERT_EQ(Shown(Converted<char16_t>(CodePageUtf8, 0, std::string_view(bytes), error)), Shown(text))
-                << round;
-            Converted<char16_t>(CodePageUtf8, Invalid, std::string_view(bytes), error);
-        } else {
-            ASSERT_EQ(Shown(Converted<char>(CodePageUtf8, 0, std::u16string_view(text), error)), Shown(bytes)) << round;
-            Converted<char>(CodePageUtf8, InvalidUnits, std::u16string_view(text), error);
+        for (const bool strict : {false, true}) {
+            const std::uint32_t error = strict && malformed ? ErrorNoUnicodeTranslation : 0;
+            if (way == Way::ToText) {
+                Row<char, char16_t>{"to text", 65001, strict ? Invalid : 0, bytes, error ? std::u16string_view() : text,
+                                    error}
+                    .Check();
+            } else {
+                Row<char16_t, char>{
+                    "to UTF-8", 65001, strict ? InvalidUnits : 0, text, error ? std::string_view() : bytes, error}
+                    .Check();
+            }
         }
-        ASSERT_EQ(error, malformed ? ErrorNoUnicodeTranslation : 0) << round;
     }
 }
 
 TEST(Characters, FoldAsInTheInvariantTables) {
-    EXPECT_EQ(towlower(u'Q'), u'q');
+    std::setlocale(LC_ALL, "C");
     EXPECT_EQ(towlower(u'\u00C4'), u'\u00C4') << "before a locale is set";
     SetUserLocale();
     constexpr std::u16string_view pairs = u"Ii\u00C4\u00E4\u0178\u00FF\u01C4\u01C6\u0391\u03B1\u0411\u0431\u10A0\u2D00"
                                           u"\u1F59\u1F51\u2160\u2170\uA77D\u1D79\uFF21\uFF41";
     for (std::size_t i = 0; i < pairs.size(); i += 2) {
-        EXPECT_EQ(towlower(pairs[i]), pairs[i + 1]) << i;
-        EXPECT_EQ(towupper(pairs[i + 1]), pairs[i]) << i;
+        EXPECT_TRUE(towlower(pairs[i]) == pairs[i + 1] && towupper(pairs[i + 1]) == pairs[i]) << i;
     }
     for (const char16_t c : u"\u00B5\u00D7\u00DF\u0130\u0131\u017F\u01C5\u03C2\u1E9E\u1F58\u212A"sv) {
-        EXPECT_EQ(towlower(c), c) << std::uint32_t{c};
-        EXPECT_EQ(towupper(c), c) << std::uint32_t{c};
+        EXPECT_TRUE(towlower(c) == c && towupper(c) == c) << std::uint32_t{c};
     }
     EXPECT_EQ(wcsicmp(u"stra\u00DFe \u00D6", u"STRA\u00DFE \u00F6"), 0);
-    EXPECT_LT(wcsicmp(u"A", u"b"), 0);
-    EXPECT_GT(wcsnicmp(u"ab", u"A", 2), 0);
-    EXPECT_EQ(wcsnicmp(u"abc", u"ABd", 2), 0);
+    EXPECT_TRUE(wcsicmp(u"A", u"b") < 0 && wcsnicmp(u"ab", u"A", 2) > 0 && wcsnicmp(u"abc", u"ABd", 2) == 0);
     for (const char16_t c : u"\t \u00A0\u2007\u202F\u3000x\u200B\u2060"sv) {
         EXPECT_EQ(iswspace(c), c != u'x' && c != u'\u200B' && c != u'\u2060') << std::uint32_t{c};
+    }
+}
+
+TEST(Environment, ReferencesAreExpanded) {
+#ifdef _WIN32
+    _putenv_s("TEST_NAME", "C:\\a b");
+#else
+    setenv("TEST_NAME", "C:\\a b", 1);
+#endif
+    constexpr std::u16string_view rows[][2] = {{u"%TEST_NAME%\\c", u"C:\\a b\\c"},
+                                               {u"%test_Name%%TEST_NAME%", u"C:\\a bC:\\a b"},
+                                               {u"%TEST_NONE%\\%TEST_NAME%", u"%TEST_NONE%\\C:\\a b"},
+                                               {u"100% of %TEST_NAME%", u"100% of %TEST_NAME%"},
+                                               {u"100%% of %TEST_NAME%", u"100%% of C:\\a b"},
+                                               {u"a%", u"a%"},
+                                               {u"", u""}};
+    for (const auto& [text, expanded] : rows) {
+        char16_t buffer[100] = {};
+        EXPECT_EQ(ExpandEnvironmentStrings(text.data(), buffer, 100), expanded.size() + 1) << Readable(text);
+        EXPECT_EQ(Readable(buffer), Readable(expanded));
+        EXPECT_GE(ExpandEnvironmentStrings(text.data(), buffer, 1), expanded.size() + 1) << Readable(text);
     }
 }
