@@ -120,8 +120,8 @@ TEST(ConsoleApplication, OptionNames) {
     EXPECT_TRUE(is(u"sUb", u"subject", u"sub") && is(u"Subject", u"subject", u"sub") && is(u"NOLOGO", u"NoLogo", u""));
     EXPECT_FALSE(is(u"su", u"subject", u"sub") || is(u"subjects", u"subject", u"sub") || is(u"", u"subject", u"s") ||
                  is(u"sx", u"subject", u"s") || is(u"NoLog", u"NoLogo", u"") || is(u"", u"NoLogo", u""));
-    for (const auto& [full, shortest] : {std::pair{u"", u""}, {u"subject", u"b"}, {u"su", u"sub"}}) {
-        EXPECT_TRUE(Raised<CInternalError>([&] { is(u"x", full, shortest); })) << Readable(full);
+    for (const auto& names : {std::pair{u"", u""}, {u"subject", u"b"}, {u"su", u"sub"}}) {
+        EXPECT_TRUE(Raised<CInternalError>([&] { is(u"x", names.first, names.second); })) << Readable(names.first);
     }
 }
 
