@@ -9,6 +9,7 @@ keeps its message as a draft, and what is in there is compared with what was giv
 import argparse
 import ctypes
 import os
+import pathlib
 import shutil
 import signal
 import subprocess
@@ -37,31 +38,13 @@ def environment_of(home):
             "MOZ_LEGACY_PROFILES": "1"}
 
 
-def children():
-    """Every process that descends from this one; orphans do too, for this process adopts them."""
-    parents = {}
-    for name in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{name}/stat", encoding="utf-8", errors="replace") as file:
-                parents[int(name)] = int(file.read().rpartition(")")[2].split()[1])
-        except OSError:
-            pass  # it has ended
-    found, count = {os.getpid()}, 0
-    while count != len(found):
-        count = len(found)
-        found |= {process for process, parent in parents.items() if parent in found}
-    return found - {os.getpid()}
-
-
 def end_children():
-    """Politely at first: the display's server takes its lock away, and databases are closed."""
+    """Politely at first: the display's server takes its lock away, and databases are closed. Whoever loses its parent
+    becomes a child of this process, so that in the end nobody is left."""
     started = time.monotonic()
-    while left := children():
-        for process in left:
-            try:
-                os.kill(process, signal.SIGTERM if time.monotonic() < started + POLITE_LIMIT else signal.SIGKILL)
-            except ProcessLookupError:
-                pass
+    while True:
+        for child in pathlib.Path("/proc/thread-self/children").read_text(encoding="ascii").split():
+            os.kill(int(child), signal.SIGTERM if time.monotonic() < started + POLITE_LIMIT else signal.SIGKILL)
         try:
             while os.waitpid(-1, os.WNOHANG)[0]:
                 pass
