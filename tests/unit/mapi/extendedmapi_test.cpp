@@ -1,8 +1,12 @@
-// The Extended route against the recording MAPI library, in one process with it.
+// What no run against the recording MAPI library shows of the way of a message: failures of our own in its midst, files
+// that change, and the growth of records.
 #include "mapi/ExtendedMapi.h"
 
+#include "mapi/AttachmentContent.h"
+#include "mapi/SimpleMapiMessage.h"
 #include "platform/inc/modules.h"
 #include "tests/support/folder.h"
+#include "tests/support/memoryfile.h"
 #include "tests/support/text.h"
 
 using namespace Tsx;
@@ -33,11 +37,14 @@ struct CMail {
     }
 };
 
+std::string Bytes(const SBinary& data) {
+    return data.lpb ? std::string(reinterpret_cast<const char*>(data.lpb), data.cb) : "(null)";
+}
+
 } // namespace
 
 TEST(ExtendedMapi, TheContextIsFilledOnceAndEmptiedByTheSend) {
     EXPECT_EQ(ThingsOut(), 0U);
-    EXPECT_TRUE(IsExtendedMapiAvailable());
     CMapiContext context;
     context.Open();
     const CMapiSession* session = context.Session.Get();
@@ -75,5 +82,61 @@ TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
             ASSERT_TRUE(reached || (text.IsEmpty() && result == 0)) << "the run that nothing disturbs";
         }
         EXPECT_GT(nth, 15) << function;
+    }
+}
+
+TEST(AttachmentContent, NobodyWritesToAFileThatIsHeld) {
+    const CTestFolder folder;
+    const CUnicodeString path = folder.Write(u"file", "12345678");
+    CFile file;
+    {
+        const CAttachmentContent content(path);
+        EXPECT_EQ(Bytes(content.Data()), "12345678");
+        file.Open(path, OM_Read | OM_ShareDenyNone);
+        file.Close();
+        EXPECT_TRUE(Raised<CFileException>([&] { file.Open(path, OM_Write | OM_ShareDenyNone); }));
+    }
+    file.Open(path, OM_Write | OM_ShareExclusive);
+}
+
+TEST(AttachmentContent, AFileThatChangesWhileItIsRead) {
+    struct CChangingFile : CMemoryFile {
+        std::int64_t told = 0;
+        std::int64_t GetLength() const override { return told; }
+    } file;
+    const auto read = [&file](std::int64_t told, const char* content) {
+        file.told = told;
+        file.bytes = content;
+        file.position = 0;
+        return Bytes(ReadWholeFile(file).Data());
+    };
+    EXPECT_EQ(read(4, "1234"), "1234");
+    EXPECT_EQ(read(4, "123456"), "1234");
+    EXPECT_EQ(read(0, "12"), "(null)");
+    EXPECT_EQ(file.reads, 3) << "one call each";
+    for (const char* shrunk : {"123", ""}) {
+        const auto end = Raised<CFileException>([&] { read(4, shrunk); });
+        EXPECT_TRUE(end && end->cause == 14 && end->fileName == u"memory.bin") << shrunk;
+    }
+    for (const std::int64_t told : {std::int64_t{1} << 31, std::int64_t{-1}}) {
+        EXPECT_EQ(InternalErrorOf([&] { read(told, ""); }), "inc\\basefile 56") << told;
+    }
+}
+
+TEST(SimpleMapiMessage, EveryTextOutlivesTheGrowthOfThePool) {
+    CArray<CNamedAddress> files;
+    for (std::int32_t i = 0; i < 100; ++i) {
+        const CUnicodeString number = CUnicodeString::FromInt(i);
+        files.Append({u"folder\\shown " + number, u"path " + number});
+    }
+    CSimpleMapiMessage filled(u"subject", files, u"body", u"ann@example.org", u"Ann", u"Me");
+    const MapiMessage& message = filled.Record();
+    const MapiRecipDesc& originator = *message.lpOriginator;
+    EXPECT_EQ(std::string(message.lpszSubject) + '|' + message.lpszNoteText + '|' + originator.lpszName,
+              "subject|body|Me");
+    EXPECT_TRUE(!originator.lpszAddress && originator.ulRecipClass == 0 && message.nFileCount == 100);
+    for (std::uint32_t i = 0; i < message.nFileCount; ++i) {
+        EXPECT_EQ(std::string(message.lpFiles[i].lpszPathName) + '|' + message.lpFiles[i].lpszFileName,
+                  "path " + std::to_string(i) + "|shown " + std::to_string(i));
     }
 }
