@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""usage: clients_test.py PROGRAM [LIBRARY]
+"""usage: clients_test.py PROGRAM
 
 Runs the program with small programs in the places of mail clients, and takes the words that these are started with
 apart as the clients do.
@@ -268,4 +268,4 @@ class ClientTest(DraftTest):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1] + sys.argv[3:])
+    unittest.main(argv=sys.argv[:1])
