@@ -10,23 +10,8 @@
 
 using namespace Tsx;
 
-// Outside the unnamed namespace: the compiler must not know that there is one override alone.
-struct CHalfBuilt;
-CHalfBuilt* volatile underConstruction = nullptr; // the compiler must not see whom the call below meets
-
-struct CHalfBuilt {
-    CHalfBuilt() {
-        underConstruction = this;
-        CHalfBuilt* const object = underConstruction;
-        object->Answer();
-    }
-    virtual ~CHalfBuilt() = default;
-    virtual void Answer() = 0;
-};
-
-struct CBuilt : CHalfBuilt {
-    void Answer() override {}
-};
+// What a compiler calls in the place of a function that nobody has overridden.
+extern "C" [[noreturn]] void __cxa_pure_virtual(); // NOLINT(bugprone-reserved-identifier): the name is the run-time's
 
 namespace {
 
@@ -45,19 +30,13 @@ struct CFailingHandler : CMessageHandler {
     }
 };
 
-// A failure inside the report of a failure, on a thread that must not throw. The handler may raise while it shows the
-// end.
-void DoubleError(bool raisesLater) {
+// A failure inside the report of a failure: on a thread that must not throw, or of an exception. The handler may raise
+// while it shows the end.
+void FailTwice(bool throws, bool raisesLater) {
     CFailingHandler handler;
     handler.raisesLater = raisesLater;
     const CMessageHandlerScope scope(&handler);
-    ThreadErrorMode.Get()->NoExceptions = true;
-    FailAssertion(u"src\\outer", 1);
-}
-
-void DoubleErrorInException() {
-    CFailingHandler handler;
-    const CMessageHandlerScope scope(&handler);
+    ThreadErrorMode.Get()->NoExceptions = !throws;
     try {
         FailAssertion(u"src\\outer", 1);
     } catch (CException* exception) {
@@ -78,17 +57,10 @@ void ExhaustPool() {
     }
 }
 
-void CallPure() {
+// With a failure that nobody catches, for one.
+void Leave(void (*end)()) {
     InitializeFoundation(nullptr, nullptr);
-    const CBuilt object;
-}
-
-// A failure that nobody catches.
-void LeaveUncaught(bool isStopped) {
-    InitializeFoundation(nullptr, nullptr);
-    if (isStopped) {
-        DeinitializeFoundation();
-    }
+    end();
     throw 1;
 }
 
@@ -99,18 +71,16 @@ std::int32_t ProgramMain() {
     std::signal(SIGABRT, [](int) { std::printf("box %sabort\n", ShownBoxes.c_str()); });
     ThreadErrorMode.Get()->NoExceptions = false;
     const std::u16string line = Platform::GetCommandLine();
-    const std::map<std::u16string, void (*)()> ends = {{u"double", [] { DoubleError(false); }},
-                                                       {u"raising", [] { DoubleError(true); }},
-                                                       {u"exception", &DoubleErrorInException},
-                                                       {u"pool", &ExhaustPool},
-                                                       {u"purecall", &CallPure},
-                                                       {u"uncaught", [] { LeaveUncaught(false); }},
-                                                       {u"silent",
-                                                        [] {
-                                                            FatalNoMessageBox = true;
-                                                            LeaveUncaught(false);
-                                                        }},
-                                                       {u"late", [] { LeaveUncaught(true); }}};
+    const std::map<std::u16string, void (*)()> ends = {
+        {u"double", [] { FailTwice(false, false); }},
+        {u"raising", [] { FailTwice(false, true); }},
+        {u"exception", [] { FailTwice(true, false); }},
+        {u"pool", &ExhaustPool},
+        {u"purecall", [] { Leave(&__cxa_pure_virtual); }},
+        {u"uncaught", [] { Leave([] {}); }},
+        {u"silent", [] { Leave([] { FatalNoMessageBox = true; }); }},
+        {u"late", [] { Leave(&DeinitializeFoundation); }},
+    };
     ends.at(line.substr(line.rfind(u' ') + 1))();
     return 1; // none of them comes back
 }
