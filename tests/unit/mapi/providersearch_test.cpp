@@ -50,27 +50,21 @@ void SetVariable(const char* name, const std::string& value) {
     ::SetEnvironmentVariableA(name, value.c_str());
 }
 
-/// A registry of the test's own in the place of both roots.
-class CScratchRegistry {
-public:
-    explicit CScratchRegistry(const std::filesystem::path&) {
-        for (const std::uint32_t root : {Machine, User}) { // the user's last: both lie there
-            const char16_t* path = root == User ? u"Software\\TessarixTest\\User" : u"Software\\TessarixTest\\Machine";
-            Platform::RegistryKey key = nullptr;
+/// Puts a registry of the test's own in the place of both roots, or takes it away again.
+void ReplaceRegistry(const std::filesystem::path&, bool isReplaced) {
+    for (const std::uint32_t root : {Machine, User}) { // the user's last: both lie there
+        const char16_t* path = root == User ? u"Software\\TessarixTest\\User" : u"Software\\TessarixTest\\Machine";
+        Platform::RegistryKey key = nullptr;
+        if (isReplaced) {
             Platform::RegCreateKeyEx(Platform::RootKey(User), path, 0, Platform::KeyReadWrite, key);
-            ::RegOverridePredefKey(static_cast<HKEY>(Platform::RootKey(root)), static_cast<HKEY>(key));
-            Platform::RegCloseKey(key);
         }
+        ::RegOverridePredefKey(static_cast<HKEY>(Platform::RootKey(root)), static_cast<HKEY>(key));
+        Platform::RegCloseKey(key);
     }
-    ~CScratchRegistry() {
-        for (const std::uint32_t root : {Machine, User}) {
-            ::RegOverridePredefKey(static_cast<HKEY>(Platform::RootKey(root)), nullptr);
-        }
+    if (!isReplaced) {
         ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TessarixTest");
     }
-    CScratchRegistry(const CScratchRegistry&) = delete;
-    CScratchRegistry& operator=(const CScratchRegistry&) = delete;
-};
+}
 #else
 constexpr bool HasOwnSystemLibrary = false;
 
@@ -78,15 +72,10 @@ void SetVariable(const char* name, const std::string& value) {
     setenv(name, value.c_str(), 1);
 }
 
-struct CScratchRegistry {
-    explicit CScratchRegistry(const std::filesystem::path& folder) {
-        SetVariable("TESSARIX_REGISTRY", folder / "registry");
-        const std::filesystem::path system = TestFilePlace(u"../lib/corvane/mapi32.dll");
-        std::filesystem::create_directories(folder / "registry");
-        std::filesystem::create_directories(system.parent_path());
-        std::ofstream(system, std::ios::binary) << Library;
-    }
-};
+void ReplaceRegistry(const std::filesystem::path& folder, bool) {
+    SetVariable("TESSARIX_REGISTRY", folder / "registry");
+    std::filesystem::create_directories(folder / "registry");
+}
 #endif
 
 std::string Lower(std::u16string_view text) {
@@ -114,7 +103,12 @@ std::function<std::uint32_t(const std::string& question, std::u16string& path)> 
 class CFixture {
 public:
     explicit CFixture(const std::vector<Value>& values = {}, const Paths& libraries = {})
-        : root((folder / u"").Text()), registry(folder.Place()) {
+        : root((folder / u"").Text()) {
+        ReplaceRegistry(folder.Place(), true);
+        if (!HasOwnSystemLibrary) {
+            std::filesystem::create_directories(TestFilePlace(u"../lib/corvane"));
+            std::ofstream(TestFilePlace(u"../lib/corvane/mapi32.dll"), std::ios::binary) << Library;
+        }
         folder.Write(u"notes", "");
         SetVariable("PROVIDER_NOTES", (folder.Place() / "notes").string());
         SetVariable("PROVIDER_ROOT", folder.Place().string());
@@ -123,7 +117,10 @@ public:
         Set(values);
         std::for_each(libraries.begin(), libraries.end(), [this](const auto* name) { Make(name); });
     }
-    ~CFixture() { installer = nullptr; }
+    ~CFixture() {
+        installer = nullptr;
+        ReplaceRegistry(folder.Place(), false);
+    }
     CFixture(const CFixture&) = delete;
     CFixture& operator=(const CFixture&) = delete;
 
@@ -175,7 +172,6 @@ public:
 private:
     CTestFolder folder;
     std::u16string root;
-    CScratchRegistry registry;
 };
 
 constexpr const char16_t* Mail = u"Software\\Clients\\Mail";
