@@ -4,6 +4,7 @@ No account needs a network: messages are kept in folders below the home, and not
 """
 
 import dataclasses
+import json
 
 
 @dataclasses.dataclass(frozen=True)
@@ -20,123 +21,54 @@ class Client:
     terminal: bool = False  # the client isn't started: the line that is printed is typed into a terminal
 
 
-THUNDERBIRD_PREFERENCES = """
-user_pref("mail.accountmanager.accounts", "account1,account2");
-user_pref("mail.accountmanager.defaultaccount", "account2");
-user_pref("mail.accountmanager.localfoldersserver", "server1");
-user_pref("mail.account.account1.server", "server1");
-user_pref("mail.account.account2.server", "server2");
-user_pref("mail.account.account2.identities", "id1");
-user_pref("mail.server.server1.type", "none");
-user_pref("mail.server.server1.hostname", "Local Folders");
-user_pref("mail.server.server1.userName", "nobody");
-user_pref("mail.server.server1.directory-rel", "[ProfD]Mail/Local Folders");
-user_pref("mail.server.server2.type", "pop3");
-user_pref("mail.server.server2.hostname", "localhost");
-user_pref("mail.server.server2.userName", "tester");
-user_pref("mail.server.server2.login_at_startup", false);
-user_pref("mail.server.server2.check_new_mail", false);
-user_pref("mail.server.server2.directory-rel", "[ProfD]Mail/localhost");
-user_pref("mail.identity.id1.fullName", "Tester");
-user_pref("mail.identity.id1.useremail", "tester@example.org");
-user_pref("mail.identity.id1.valid", true);
-user_pref("mail.identity.id1.compose_html", false);
-user_pref("mail.identity.id1.draft_folder", "mailbox://nobody@Local%20Folders/Drafts");
-user_pref("mail.shell.checkDefaultClient", false);
-user_pref("mailnews.start_page.enabled", false);
-user_pref("mail.provider.enabled", false);
-"""
+def sections(*rows):
+    """A file of settings: the name of each section, and its lines."""
+    return "".join(f"[{name}]\n" + "".join(line + "\n" for line in lines) for name, *lines in rows)
 
-EVOLUTION_ACCOUNT = """
-[Data Source]
-DisplayName=Tester
 
-[Mail Account]
-BackendName=none
-IdentityUid=tester-identity
-"""
+def preferences(groups):
+    return "".join(f"user_pref({json.dumps(group + name)}, {json.dumps(value)});\n"
+                   for group, values in groups.items() for name, value in values.items())
 
-EVOLUTION_IDENTITY = """
-[Data Source]
-DisplayName=Tester
-Parent=tester
 
-[Mail Identity]
-Address=tester@example.org
-Name=Tester
+THUNDERBIRD_PREFERENCES = preferences({
+    "mail.accountmanager.": {"accounts": "account1,account2", "defaultaccount": "account2",
+                             "localfoldersserver": "server1"},
+    "mail.account.": {"account1.server": "server1", "account2.server": "server2", "account2.identities": "id1"},
+    "mail.server.server1.": {"type": "none", "hostname": "Local Folders", "userName": "nobody",
+                             "directory-rel": "[ProfD]Mail/Local Folders"},
+    "mail.server.server2.": {"type": "pop3", "hostname": "localhost", "userName": "tester", "login_at_startup": False,
+                             "check_new_mail": False, "directory-rel": "[ProfD]Mail/localhost"},
+    "mail.identity.id1.": {"fullName": "Tester", "useremail": "tester@example.org", "valid": True,
+                           "compose_html": False, "draft_folder": "mailbox://nobody@Local%20Folders/Drafts"},
+    "mail.": {"shell.checkDefaultClient": False, "provider.enabled": False},
+    "mailnews.": {"start_page.enabled": False}})
 
-[Mail Composition]
-DraftsFolder=folder://local/Drafts
+EVOLUTION_ACCOUNT = sections(("Data Source", "DisplayName=Tester"),
+                             ("Mail Account", "BackendName=none", "IdentityUid=tester-identity"))
+EVOLUTION_IDENTITY = sections(("Data Source", "DisplayName=Tester", "Parent=tester"),
+                              ("Mail Identity", "Address=tester@example.org", "Name=Tester"),
+                              ("Mail Composition", "DraftsFolder=folder://local/Drafts"),
+                              ("Mail Submission", "TransportUid=tester-transport"))
+EVOLUTION_TRANSPORT = sections(("Data Source", "DisplayName=Tester", "Parent=tester"),
+                               ("Mail Transport", "BackendName=smtp"),
+                               ("Authentication", "Host=localhost", "Method=none", "Port=25"))
 
-[Mail Submission]
-TransportUid=tester-transport
-"""
+GEARY_ACCOUNT = sections(
+    ("Metadata", "version=1", "status=enabled"),
+    ("Account", "ordinal=1", "label=Tester", "save_drafts=true", "sender_mailboxes=Tester <tester@example.org>;",
+     "service_provider=other"),
+    ("Folders",),
+    ("Incoming", "login=tester", "remember_password=false", "host=localhost", "port={imap}",
+     "transport_security=none", "credentials=custom"),
+    ("Outgoing", "host=localhost", "port=1025", "transport_security=none", "credentials=none"))
 
-EVOLUTION_TRANSPORT = """
-[Data Source]
-DisplayName=Tester
-Parent=tester
+KMAIL_IDENTITY = sections(("General", "Default Identity=1"), ("Identity #0", "Email Address=tester@example.org",
+                                                              "Identity=Tester", "Name=Tester", "uoid=1"))
+KMAIL_FOLDERS = "akonadi_maildir_resource"
 
-[Mail Transport]
-BackendName=smtp
-
-[Authentication]
-Host=localhost
-Method=none
-Port=25
-"""
-
-GEARY_ACCOUNT = """
-[Metadata]
-version=1
-status=enabled
-
-[Account]
-ordinal=1
-label=Tester
-save_drafts=true
-sender_mailboxes=Tester <tester@example.org>;
-service_provider=other
-
-[Folders]
-
-[Incoming]
-login=tester
-remember_password=false
-host=localhost
-port={imap}
-transport_security=none
-credentials=custom
-
-[Outgoing]
-host=localhost
-port=1025
-transport_security=none
-credentials=none
-"""
-
-KMAIL_IDENTITY = """
-[General]
-Default Identity=1
-
-[Identity #0]
-Email Address=tester@example.org
-Identity=Tester
-Name=Tester
-uoid=1
-"""
-
-MH_ACCOUNT = """
-[Account: 1]
-account_name=Tester
-is_default=1
-name=Tester
-address=tester@example.org
-protocol=5
-receive_at_get_all=0
-smtp_server=localhost
-"""
-
+MH_ACCOUNT = sections(("Account: 1", "account_name=Tester", "is_default=1", "name=Tester", "address=tester@example.org",
+                       "protocol=5", "receive_at_get_all=0", "smtp_server=localhost"))
 MH_FOLDERS = """<?xml version="1.0" encoding="UTF-8"?>
 <folderlist><folder type="mh" name="Mail" path="Mail"/></folderlist>
 """
@@ -147,10 +79,17 @@ set realname=Tester from=tester@example.org folder=~ postponed=~/postponed confi
 set editor=true autoedit edit_headers
 """
 
+
+def mutt(name):
+    return Client(packages=name, entry=name + ".desktop", window="^terminal$", account={f".{name}rc": MUTT_SETTINGS},
+                  drafts="postponed", save="P", terminal=True)
+
+
 CLIENTS = {
     "thunderbird": Client(
         packages="thunderbird", entry="thunderbird.desktop", window="^Write: ",
-        account={".thunderbird/profiles.ini": "[Profile0]\nName=default\nIsRelative=1\nPath=tester\nDefault=1\n",
+        account={".thunderbird/profiles.ini": sections(("Profile0", "Name=default", "IsRelative=1", "Path=tester",
+                                                        "Default=1")),
                  ".thunderbird/tester/prefs.js": THUNDERBIRD_PREFERENCES},
         drafts=".thunderbird/tester/Mail/Local Folders/Drafts"),
     "evolution": Client(
@@ -166,29 +105,24 @@ CLIENTS = {
     "kmail": Client(
         packages="kmail akonadi-backend-sqlite", entry="org.kde.kmail2.desktop", window="^KMail|^It's ",
         account={".config/emailidentities": KMAIL_IDENTITY,
-                 ".config/akonadi/akonadiserverrc": "[%General]\nDriver=QSQLITE\n",
+                 ".config/akonadi/akonadiserverrc": sections(("%General", "Driver=QSQLITE")),
                  # Else it makes its folders when the composer is there already, and may lose what it keeps then.
-                 ".config/akonadi/agentsrc":
-                     "[Instances]\nakonadi_maildir_resource_0\\AgentType=akonadi_maildir_resource\n",
-                 ".config/akonadi_maildir_resource_0rc": "[General]\nPath[$e]=$HOME/.local/share/local-mail/\n",
-                 ".config/specialmailcollectionsrc":
-                     "[SpecialCollections]\nDefaultResourceId=akonadi_maildir_resource_0\n"},
+                 ".config/akonadi/agentsrc": sections(("Instances", f"{KMAIL_FOLDERS}_0\\AgentType={KMAIL_FOLDERS}")),
+                 f".config/{KMAIL_FOLDERS}_0rc": sections(("General", "Path[$e]=$HOME/.local/share/local-mail/")),
+                 ".config/specialmailcollectionsrc": sections(("SpecialCollections",
+                                                               f"DefaultResourceId={KMAIL_FOLDERS}_0"))},
         drafts=".local/share/*local-mail*/drafts/*/*"),
     "claws": Client(
         packages="claws-mail", entry="claws-mail.desktop", window=" - Compose message",
         account={".claws-mail/accountrc": MH_ACCOUNT, ".claws-mail/folderlist.xml": MH_FOLDERS,
-                 ".claws-mail/clawsrc": "[Common]\nenable_aspell=0\ncompose_notebook_height=240\n"},
+                 ".claws-mail/clawsrc": sections(("Common", "enable_aspell=0", "compose_notebook_height=240"))},
         drafts="Mail/draft/[0-9]*"),
     "sylpheed": Client(
         packages="sylpheed", entry="sylpheed.desktop", window=" - Compose",
         account={".sylpheed-2.0/accountrc": MH_ACCOUNT, ".sylpheed-2.0/folderlist.xml": MH_FOLDERS,
-                 ".sylpheed-2.0/sylpheedrc": "[Common]\n"},
+                 ".sylpheed-2.0/sylpheedrc": sections(("Common",))},
         drafts="Mail/draft/[0-9]*"),
-    "mutt": Client(
-        packages="mutt", entry="mutt.desktop", window="^terminal$", account={".muttrc": MUTT_SETTINGS},
-        drafts="postponed", save="P", terminal=True),
-    "neomutt": Client(
-        packages="neomutt", entry="neomutt.desktop", window="^terminal$", account={".neomuttrc": MUTT_SETTINGS},
-        drafts="postponed", save="P", terminal=True),
+    "mutt": mutt("mutt"),
+    "neomutt": mutt("neomutt"),
     "balsa": Client(packages="balsa", entry="balsa-mailto-handler.desktop"),
 }

@@ -9,16 +9,15 @@ keeps its message as a draft, and what is in there is compared with what was giv
 import argparse
 import ctypes
 import os
-import shutil
+import pathlib
 import signal
 import subprocess
 import sys
 import tempfile
 import time
 
-sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-from accounts import CLIENTS  # noqa: E402
-import desktop  # noqa: E402
+import desktop
+from accounts import CLIENTS
 
 DESKTOP_PACKAGES = "xvfb dbus openbox xdotool imagemagick xdg-utils xterm fonts-dejavu-core fonts-noto-color-emoji"
 CLIENT_LIMIT = 180  # seconds, for both runs
@@ -29,39 +28,20 @@ PR_SET_CHILD_SUBREAPER = 36  # sys/prctl.h
 def environment_of(home):
     """Nothing of the maintainer's own desktop reaches the client."""
     kept = {name: os.environ[name] for name in ("PATH", "USER", "LOGNAME") if name in os.environ}
-    return {**kept, "HOME": home, "LANG": "C.UTF-8", "TMPDIR": home + "/tmp",
-            "XDG_CONFIG_HOME": home + "/.config", "XDG_DATA_HOME": home + "/.local/share",
-            "XDG_CACHE_HOME": home + "/.cache", "XDG_RUNTIME_DIR": home + "/run",
-            "GSETTINGS_BACKEND": "memory", "NO_AT_BRIDGE": "1",
-            # Thunderbird would make a profile of its own for each folder that it is installed in.
-            "MOZ_LEGACY_PROFILES": "1"}
-
-
-def children():
-    """Every process that descends from this one; orphans do too, for this process adopts them."""
-    parents = {}
-    for name in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{name}/stat", encoding="utf-8", errors="replace") as file:
-                parents[int(name)] = int(file.read().rpartition(")")[2].split()[1])
-        except OSError:
-            pass  # it has ended
-    found, count = {os.getpid()}, 0
-    while count != len(found):
-        count = len(found)
-        found |= {process for process, parent in parents.items() if parent in found}
-    return found - {os.getpid()}
+    places = {"HOME": "", "TMPDIR": "tmp", "XDG_RUNTIME_DIR": "run", "XDG_CONFIG_HOME": ".config",
+              "XDG_DATA_HOME": ".local/share", "XDG_CACHE_HOME": ".cache"}
+    # Thunderbird would make a profile of its own for each folder that it is installed in.
+    return {**kept, **{name: os.path.join(home, place).rstrip("/") for name, place in places.items()},
+            "LANG": "C.UTF-8", "GSETTINGS_BACKEND": "memory", "NO_AT_BRIDGE": "1", "MOZ_LEGACY_PROFILES": "1"}
 
 
 def end_children():
-    """Politely at first: the display's server takes its lock away, and databases are closed."""
+    """Politely at first: the display's server takes its lock away, and databases are closed. Whoever loses its parent
+    becomes a child of this process, so that in the end nobody is left."""
     started = time.monotonic()
-    while left := children():
-        for process in left:
-            try:
-                os.kill(process, signal.SIGTERM if time.monotonic() < started + POLITE_LIMIT else signal.SIGKILL)
-            except ProcessLookupError:
-                pass
+    while True:
+        for child in pathlib.Path("/proc/thread-self/children").read_text(encoding="ascii").split():
+            os.kill(int(child), signal.SIGTERM if time.monotonic() < started + POLITE_LIMIT else signal.SIGKILL)
         try:
             while os.waitpid(-1, os.WNOHANG)[0]:
                 pass
@@ -72,29 +52,27 @@ def end_children():
 
 def try_client(name):
     """Runs this script again inside the client's own desktop; true when all was right."""
-    home = tempfile.mkdtemp(prefix="corvane-client-")
-    try:
-        for folder in ("run", "tmp"):
-            os.mkdir(os.path.join(home, folder), 0o700)
-        # The server itself finds a number that is free.
-        server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
-                                  stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        environment = {**environment_of(home), "DISPLAY": ":" + server.stdout.readline().decode().strip()}
-        # Whatever runs inside chatters on the usual streams; the report comes through one of its own.
-        report = os.dup(sys.stdout.fileno())
-        command = ["dbus-run-session", "--", sys.executable, os.path.abspath(__file__), "--inside", str(report), name]
-        os.makedirs(desktop.PICTURES, exist_ok=True)
-        with open(os.path.join(desktop.PICTURES, f"{name}.log"), "wb") as log:
-            session = subprocess.Popen(command, cwd=home, env=environment, pass_fds=(report,), stdout=log, stderr=log)
-        os.close(report)
+    os.makedirs(desktop.PICTURES, exist_ok=True)
+    # Whatever runs inside chatters on the usual streams; the report comes through one of its own.
+    report = os.dup(sys.stdout.fileno())
+    with tempfile.TemporaryDirectory(prefix="corvane-client-", ignore_cleanup_errors=True) as home, \
+            open(os.path.join(desktop.PICTURES, f"{name}.log"), "wb") as log:
         try:
-            return session.wait(CLIENT_LIMIT) == 0
+            for folder in ("run", "tmp"):
+                os.mkdir(os.path.join(home, folder), 0o700)
+            # The server itself finds a number that is free.
+            server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp"],
+                                      stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            environment = {**environment_of(home), "DISPLAY": ":" + server.stdout.readline().decode().strip()}
+            command = ["dbus-run-session", "--", sys.executable, os.path.abspath(__file__), f"--inside={report}", name]
+            return subprocess.Popen(command, cwd=home, env=environment, pass_fds=(report,), stdout=log,
+                                    stderr=log).wait(CLIENT_LIMIT) == 0
         except subprocess.TimeoutExpired:
             print(f"{name}: not done after {CLIENT_LIMIT} seconds")
             return False
-    finally:
-        end_children()
-        shutil.rmtree(home, ignore_errors=True)
+        finally:
+            os.close(report)
+            end_children()
 
 
 def main():

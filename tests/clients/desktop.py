@@ -1,15 +1,19 @@
 """What is done inside a client's own desktop: the account, the runs of the program, the composers, their drafts."""
 
+import email.header
+import email.policy
+import email.utils
 import glob
 import mailbox
 import os
+import pathlib
 import re
+import socketserver
 import subprocess
+import threading
 import time
 
 from accounts import CLIENTS
-import imap
-import message
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 PROGRAM = os.path.join(ROOT, "build/linux-release/bin/corvane")
@@ -20,6 +24,97 @@ SETTLE_LIMIT = 10
 ALONE_TIME = 5
 QUIET_PICTURES = 4  # half a second lies between two
 
+# The message that every client is handed.
+RECIPIENTS = [('Lee, Ann "Q"', "ann@example.org"), ("Jürgen O'Neil", "juergen@example.org"), ("", "bare@example.org")]
+SUBJECT = "It's 100%25 \"done\", ok? ü € 😀 +a&b"
+BODY = "He said \"no\" and 'yes' at 100%.\n%41 <b>bold</b> &amp; ü € 😀\n',subject='HACK'\n\nLast line,"
+FOLDER = "my dir, it's Übung %41 #1"
+CONTENTS = {name: f"This is {name}." for name in (
+    "two words.txt", "a,b.txt", "it's.txt", 'say "hi".txt', "50%25 & more.txt", "Übung.txt", "smile 😀.txt")}
+
+# What a server with an empty inbox answers, for clients that open no composer before they have met their server.
+SELECTED = "* FLAGS (\\Draft \\Deleted)\r\n* 0 EXISTS\r\n* 0 RECENT\r\n* OK [UIDVALIDITY 1]\r\n* OK [UIDNEXT 1]"
+ANSWERS = {
+    "CAPABILITY": "* CAPABILITY IMAP4rev1 UIDPLUS",
+    "LIST": '* LIST (\\HasNoChildren) "/" INBOX\r\n* LIST (\\HasNoChildren \\Drafts) "/" Drafts',
+    "STATUS": "* STATUS {folder} (MESSAGES 0 RECENT 0 UNSEEN 0 UIDNEXT 1 UIDVALIDITY 1)",
+    "SELECT": SELECTED, "EXAMINE": SELECTED, "LOGOUT": "* BYE",
+}
+
+
+class ImapSession(socketserver.StreamRequestHandler):
+    """Keeps the messages that it is given in a folder: the drafts."""
+
+    def handle(self):
+        self.say("* OK ready")
+        while line := self.rfile.readline().decode():
+            tag, command, *words = line.split()
+            command = command.upper()
+            if command in ANSWERS:
+                self.say(ANSWERS[command].format(folder=words[0] if words else ""))
+            if command == "APPEND":
+                self.say("+ go on")
+                data = self.rfile.read(int(re.search(r"\{(\d+)", line)[1]))
+                self.rfile.readline()
+                folder = self.server.folder
+                (folder / f"{len(os.listdir(folder))}.eml").write_bytes(data)
+            self.say(f"{tag} OK [READ-WRITE] done" if command == "SELECT" else f"{tag} OK done")
+
+    def say(self, line):
+        self.wfile.write(line.encode() + b"\r\n")
+
+
+def serve_imap(folder):
+    """Serves on the loopback address for as long as this process lives, at the port that it returns."""
+    folder.mkdir()
+    server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), ImapSession)
+    server.folder = folder
+    server.daemon_threads = True
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    return server.server_address[1]
+
+
+def make_account(client):
+    home = pathlib.Path(os.environ["HOME"])
+    port = serve_imap(home / "imap")
+    files = {name: text.replace("{imap}", str(port)) for name, text in client.account.items()}
+    files[".config/mimeapps.list"] = f"[Default Applications]\nx-scheme-handler/mailto={client.entry}\n"
+    for name, text in {**files, **{f"{FOLDER}/{name}": text + "\n" for name, text in CONTENTS.items()}}.items():
+        (home / name).parent.mkdir(parents=True, exist_ok=True)
+        (home / name).write_text(text, encoding="utf-8")
+
+
+def decoded(text):
+    return str(email.header.make_header(email.header.decode_header(text)))
+
+
+def file_name(part):
+    """Some clients leave quotes in a quoted name as they are, and encode words in it: both are read as meant."""
+    plain = re.search(r'filename="(.*)"', str(part.get("Content-Disposition", "")))
+    return decoded(plain[1].replace('\\"', '"')) if plain else decoded(part.get_filename() or "")
+
+
+def text_of(part):
+    return part.get_payload(decode=True).decode(part.get_content_charset("utf-8")).replace("\r\n", "\n").rstrip()
+
+
+def differences(data, run, dropped):
+    """Which fields of a kept draft aren't as given, and how; empty when all are. Blank ends are the client's own. The
+    old policy hands headers over as they are written: the new one repairs them."""
+    draft = email.message_from_bytes(data, policy=email.policy.compat32)
+    to, subject = (" ".join(str(draft.get(field, "")).split()) for field in ("To", "Subject"))
+    found = {"to": [(decoded(name), address) for name, address in email.utils.getaddresses([to])],
+             "subject": " ".join(decoded(subject).split()), "attachments": {}}
+    for part in draft.walk():
+        if part.get_content_disposition() == "attachment":
+            found["attachments"][file_name(part)] = text_of(part)
+        elif part.get_content_type() == "text/plain":
+            found.setdefault("body", text_of(part))
+    taken_out = str.maketrans("", "", dropped)
+    given = {"to": [(name.translate(taken_out), address) for name, address in RECIPIENTS], "subject": SUBJECT,
+             "body": f"{BODY} {run}", "attachments": CONTENTS}
+    return [f"{name} {found.get(name)!r}" for name in given if found.get(name) != given[name]]
+
 
 def tool(*words):
     """What a small program of the desktop prints; nothing where it fails or hangs."""
@@ -27,13 +122,6 @@ def tool(*words):
         return subprocess.run(words, stdout=subprocess.PIPE, timeout=10, check=False, text=True).stdout
     except subprocess.TimeoutExpired:
         return ""
-
-
-def write(path, text):
-    path = os.path.join(os.environ["HOME"], path)
-    os.makedirs(os.path.dirname(path), exist_ok=True)
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
 
 
 def windows(title):
@@ -64,8 +152,7 @@ def picture(path):
 
     def settled():
         tool("import", "-window", "root", path)
-        with open(path, "rb") as file:
-            last.append(file.read())
+        last.append(pathlib.Path(path).read_bytes())
         return len(last) > QUIET_PICTURES and len(set(last[-QUIET_PICTURES:])) == 1
 
     awaited(SETTLE_LIMIT, settled)
@@ -75,32 +162,28 @@ def kept(pattern):
     """The drafts that the client has kept: a file each, or all in one mailbox."""
     found = []
     for path in glob.glob(os.path.join(os.environ["HOME"], pattern), include_hidden=True):
-        with open(path, "rb") as file:
-            data = file.read()
+        data = pathlib.Path(path).read_bytes()
         found += [bytes(draft) for draft in mailbox.mbox(path)] if data.startswith(b"From ") else [data]
     return found
 
 
 def run_program(run):
-    """All that the program says."""
-    command = [PROGRAM, *message.arguments(os.environ["HOME"], run)]
-    done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=30, check=False, text=True)
+    """All that the program says. The body names the run: no draft of one is taken for that of another."""
+    words = [f"-r:{name} <{address}>" if name else f"-r:{address}" for name, address in RECIPIENTS]
+    words += [f"-s:{SUBJECT}", f"-b:{BODY} {run}", *(f"-a:{os.environ['HOME']}/{FOLDER}/{name}" for name in CONTENTS)]
+    done = subprocess.run([PROGRAM, "-nologo", *words], stdin=subprocess.DEVNULL, capture_output=True, timeout=30,
+                          check=False, text=True)
     return done.stderr + done.stdout + (f"exit code {done.returncode}" if done.returncode else "")
 
 
-def type_line(said, program):
-    """Runs the line that was printed for the user in a terminal, as a user would."""
-    if line := re.search(rf"\b{program} -H .*", said):
-        subprocess.Popen(["xterm", "-T", "terminal", "-fa", "DejaVu Sans Mono", "-e", "sh", "-c", line[0]])
-
-
 def open_composer(name, run):
-    """Runs the program and keeps a picture; the composer's window, or None."""
+    """Runs the program and keeps a picture; the composer's window, or None. The line that is printed for the user is
+    run in a terminal, as a user would."""
     client = CLIENTS[name]
     before = windows(client.window)
     said = run_program(run)
-    if client.terminal:
-        type_line(said, name)
+    if client.terminal and (line := re.search(rf"\b{name} -H .*", said)):
+        subprocess.Popen(["xterm", "-T", "terminal", "-fa", "DejaVu Sans Mono", "-e", "sh", "-c", line[0]])
     window = new_window(client, before)
     if window:
         # Large, and without the pointer over it: what it has to say about a button hides a field.
@@ -119,7 +202,7 @@ def verdict(client, run, window):
 
     def all_right():
         nonlocal nearest
-        found = [message.differences(draft, run, client.drops) for draft in kept(client.drafts)]
+        found = [differences(draft, run, client.drops) for draft in kept(client.drafts)]
         nearest = min(found, key=len, default=nearest)
         return not nearest
 
@@ -127,29 +210,17 @@ def verdict(client, run, window):
     return "; ".join(nearest)
 
 
-def make_account(client):
-    port = imap.serve(os.path.join(os.environ["HOME"], "imap"))
-    for path, text in client.account.items():
-        write(path, text.replace("{imap}", str(port)))
-    write(".config/mimeapps.list", f"[Default Applications]\nx-scheme-handler/mailto={client.entry}\n")
-    message.make_files(os.environ["HOME"])
-
-
-def left_alone(name):
-    """For a client that must not be started: true when the program says so, and no window comes."""
-    said = run_program("cold")
-    alone = "Mail client not started" in said and not awaited(ALONE_TIME, lambda: windows("."))
-    print(f"{name} cold: {'left alone, and the user is told what to do' if alone else said}")
-    return alone
-
-
 def look_at(name):
-    """Runs from cold and warm, and prints a line for each; true when all was right."""
+    """Runs from cold and warm, and prints a line for each; true when all was right. A client that must not be started
+    is left alone: the program says so, and no window comes."""
     client = CLIENTS[name]
     make_account(client)
     subprocess.Popen(["openbox"])
     if not client.window:
-        return left_alone(name)
+        said = run_program("cold")
+        alone = "Mail client not started" in said and not awaited(ALONE_TIME, lambda: windows("."))
+        print(f"{name} cold: {'left alone, and the user is told what to do' if alone else said}")
+        return alone
     # Some close a composer that has kept its draft, and end with the last one: both are open before that.
     composers = {run: open_composer(name, run) for run in (("cold",) if client.terminal else ("cold", "warm"))}
     right = True

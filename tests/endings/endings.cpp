@@ -6,63 +6,37 @@
 #include "tests/support/boxes.h"
 #include <csignal>
 #include <cstdio>
-#include <string_view>
+#include <map>
 
 using namespace Tsx;
 
-// Outside the unnamed namespace: the compiler must not know that there is one override alone.
-struct CHalfBuilt;
-CHalfBuilt* volatile underConstruction = nullptr; // the compiler must not see whom the call below meets
-
-struct CHalfBuilt {
-    CHalfBuilt() {
-        underConstruction = this;
-        CHalfBuilt* const object = underConstruction;
-        object->Answer();
-    }
-    virtual ~CHalfBuilt() = default;
-    virtual void Answer() = 0;
-};
-
-struct CBuilt : CHalfBuilt {
-    void Answer() override {}
-};
+// What a compiler calls in the place of a function that nobody has overridden.
+extern "C" [[noreturn]] void __cxa_pure_virtual(); // NOLINT(bugprone-reserved-identifier): the name is the run-time's
 
 namespace {
 
 /// Prints what it is shown, and fails each time.
-class CFailingHandler : public CMessageHandler {
-public:
+struct CFailingHandler : CMessageHandler {
+    bool raisesLater = false;
+    int shown = 0;
+
     std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
         std::printf("shown with style %u: %s\n", style, CUnicodeString(text).ToNarrow(0).Text());
-        std::fflush(stdout);
         if (raisesLater && ++shown > 1) {
             GenerateUserException();
         }
         FailAssertion(u"src\\inner", 2);
         return 0;
     }
-
-    bool raisesLater = false;
-
-private:
-    int shown = 0;
 };
 
-// A failure inside the report of a failure, on a thread that must not throw. The handler may raise while it shows the
-// end.
-void DoubleError(bool raisesLater) {
+// A failure inside the report of a failure: on a thread that must not throw, or of an exception. The handler may raise
+// while it shows the end.
+void FailTwice(bool throws, bool raisesLater) {
     CFailingHandler handler;
     handler.raisesLater = raisesLater;
     const CMessageHandlerScope scope(&handler);
-    ThreadErrorMode.Get()->NoExceptions = true;
-    FailAssertion(u"src\\outer", 1);
-}
-
-// A failure inside the report of an exception.
-void DoubleErrorInException() {
-    CFailingHandler handler;
-    const CMessageHandlerScope scope(&handler);
+    ThreadErrorMode.Get()->NoExceptions = !throws;
     try {
         FailAssertion(u"src\\outer", 1);
     } catch (CException* exception) {
@@ -72,62 +46,41 @@ void DoubleErrorInException() {
     }
 }
 
-// The process is about to end: what its boxes said, and that it ends in this way.
-void OnAbort(int) {
-    std::printf("box %sabort\n", ShownBoxes.c_str());
-    std::fflush(stdout);
-}
-
 // Memory exceptions that nobody gives back.
 void ExhaustPool() {
     for (int kept = 0;; ++kept) {
         try {
             std::printf("%d kept\n", kept);
-            std::fflush(stdout);
             GenerateMemoryException();
         } catch (CMemoryException*) {
         }
     }
 }
 
-void CallPure() {
+// With a failure that nobody catches, for one.
+void Leave(void (*end)()) {
     InitializeFoundation(nullptr, nullptr);
-    const CBuilt object;
-}
-
-// A failure that nobody catches.
-void LeaveUncaught(bool isStopped) {
-    InitializeFoundation(nullptr, nullptr);
-    if (isStopped) {
-        DeinitializeFoundation();
-    }
+    end();
     throw 1;
 }
-
-struct Row {
-    std::u16string_view name;
-    void (*end)();
-};
-
-constexpr Row Rows[] = {{u"double", [] { DoubleError(false); }},
-                        {u"raising", [] { DoubleError(true); }},
-                        {u"exception", &DoubleErrorInException},
-                        {u"pool", &ExhaustPool},
-                        {u"purecall", &CallPure},
-                        {u"uncaught", [] { LeaveUncaught(false); }},
-                        {u"silent", [] { FatalNoMessageBox = true, LeaveUncaught(false); }},
-                        {u"late", [] { LeaveUncaught(true); }}};
 
 } // namespace
 
 std::int32_t ProgramMain() {
-    std::signal(SIGABRT, &OnAbort);
+    std::setvbuf(stdout, nullptr, _IONBF, 0); // nothing is lost by an abort
+    std::signal(SIGABRT, [](int) { std::printf("box %sabort\n", ShownBoxes.c_str()); });
     ThreadErrorMode.Get()->NoExceptions = false;
-    const std::u16string_view line = Platform::GetCommandLine();
-    for (const Row& row : Rows) {
-        if (line.ends_with(row.name)) {
-            row.end();
-        }
-    }
+    const std::u16string line = Platform::GetCommandLine();
+    const std::map<std::u16string, void (*)()> ends = {
+        {u"double", [] { FailTwice(false, false); }},
+        {u"raising", [] { FailTwice(false, true); }},
+        {u"exception", [] { FailTwice(true, false); }},
+        {u"pool", &ExhaustPool},
+        {u"purecall", [] { Leave(&__cxa_pure_virtual); }},
+        {u"uncaught", [] { Leave([] {}); }},
+        {u"silent", [] { Leave([] { FatalNoMessageBox = true; }); }},
+        {u"late", [] { Leave(&DeinitializeFoundation); }},
+    };
+    ends.at(line.substr(line.rfind(u' ') + 1))();
     return 1; // none of them comes back
 }

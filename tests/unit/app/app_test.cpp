@@ -1,13 +1,11 @@
-// What the program decides by itself: names of options, addresses, and the form of its output.
+// What the program decides by itself where no run of it shows that: names of options, and the state of its output.
 #include "app/ConsoleTools.h"
 
 #include "app/CorvaneApplication.h"
 #include "platform/inc/console.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
-#include "platform/inc/text.h"
 #include "tests/support/folder.h"
-#include "tests/support/standardoutput.h"
 #include "tests/support/text.h"
 #include <string>
 #include <thread>
@@ -17,7 +15,7 @@ using namespace Console;
 
 namespace {
 
-/// Characters as the bytes of UTF-16.
+/// A text into a new file, as the bytes of UTF-16.
 std::string Wide(std::u16string_view text) {
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
 }
@@ -47,144 +45,75 @@ void ForgetHandle() {
     EXPECT_EQ(failure->code, Platform::ErrorInvalidHandle);
 }
 
-} // namespace
-
-TEST(ConsoleTools, WritesForWhatTheOutputIs) {
-    struct Row {
-        const char* name;
-        EOutput kind;
-        std::string before;
-        const char16_t* text;
-        std::string after;
-    };
-    const Row rows[] = {{"new file", EOutput::File, "", u"a\nb", Mark + Wide(u"a\r\nb")},
-                        {"nothing into a new file", EOutput::File, "", u"", Mark},
-                        {"file with content", EOutput::File, "old", u"\nb\r\n", "\r\nb\r\n"},
-                        {"nothing into a file with content", EOutput::File, "old", u"", ""},
-                        {"pipe", EOutput::Pipe, "", u"\n\n", "\r\n\r\n"},
-                        {"terminal", EOutput::Terminal, "", u"a\u00E4\n", "a\xC3\xA4\r\n"},
-                        {"null device", EOutput::NullDevice, "", u"a", ""}};
-    for (const Row& row : rows) {
-        if (row.kind == EOutput::Terminal && !CStandardOutput::HasTerminals) {
-            continue; // the end-to-end tests have one
-        }
-        CStandardOutput output(row.kind, row.before);
-        ForgetHandle();
-        ConsolePrintf(u"%s", row.text);
-        EXPECT_EQ(output.Finish(), row.before + row.after) << row.name;
-    }
+Platform::Handle Open(const CUnicodeString& path) {
+    return Platform::CreateFile(path.Text(), Platform::GenericWrite, Platform::FileShareRead, nullptr,
+                                Platform::OpenAlways, Platform::FileAttributeNormal, nullptr);
 }
+
+} // namespace
 
 TEST(ConsoleTools, EachNewHandleIsDecidedAnew) {
     const CTestFolder folder;
-    folder.Write(u"old", "old");
-    const auto open = [&folder](const char16_t* name) {
-        return Platform::CreateFile((folder / name).Text(), Platform::GenericWrite, Platform::FileShareRead, nullptr,
-                                    Platform::OpenAlways, Platform::FileAttributeNormal, nullptr);
-    };
-    const Platform::Handle fresh = open(u"fresh");
-    const Platform::Handle old = open(u"old");
+    const Platform::Handle fresh = Open(folder / u"fresh");
+    const Platform::Handle old = Open(folder.Write(u"old", "old"));
     std::int64_t position = 0;
     ASSERT_TRUE(Platform::SetFilePointerEx(old, 0, position, Platform::FileEnd));
     ForgetHandle(); // a closed one may have had the value of one of these
     for (const Platform::Handle handle : {fresh, old, fresh}) {
         const CHandleScope scope(handle);
         ConsoleWrite(u"a");
-        ConsoleWrite(u"b");
+        ConsoleWrite(u"");
+        ConsolePrintf(u"%s", u"\u00E4\n");
     }
     ForgetHandle();
-    EXPECT_TRUE(Platform::CloseHandle(fresh));
-    EXPECT_TRUE(Platform::CloseHandle(old));
+    EXPECT_TRUE(Platform::CloseHandle(fresh) && Platform::CloseHandle(old));
     // A file that was left has content when it comes back, and so goes on in bytes.
-    EXPECT_EQ(folder.Content(u"fresh"), Mark + Wide(u"ab") + "ab");
-    EXPECT_EQ(folder.Content(u"old"), "oldab");
-}
-
-TEST(ConsoleTools, AHandleThatWasNeverThereIsAnInternalError) {
-    // As at the first call of a process: there is no change to look at.
-    const CHandleScope invalid(Platform::InvalidHandle());
-    const auto failure = Raised<CLastErrorException>([] {
-        Platform::SetLastError(Platform::ErrorInvalidHandle);
-        ConsoleWrite(u"x");
-    });
-    EXPECT_TRUE(failure) << "the handle has changed";
-    EXPECT_TRUE(Raised<CInternalError>([] { ConsoleWrite(u"x"); })) << "it has not changed";
-    EXPECT_TRUE(Raised<CInternalError>([] { WriteBytes(nullptr, "x", 1); }));
-    EXPECT_TRUE(Raised<CInternalError>([] { WriteBytes(Platform::GetStdHandle(Platform::StdErrorHandle), "x", -1); }));
+    const std::string bytes =
+        "a" + std::string(CUnicodeString(u"\u00E4").ToNarrow(Platform::GetConsoleOutputCP()).Text());
+    EXPECT_EQ(folder.Content(u"fresh"), Mark + Wide(u"a\u00E4\r\n") + bytes + "\r\n");
+    EXPECT_EQ(folder.Content(u"old"), "old" + bytes + "\r\n");
 }
 
 TEST(ConsoleTools, LongTextsOfTwoThreadsDoNotMix) {
-    constexpr int rounds = 20;
-    const auto text = [](char16_t letter) { return std::u16string(10'000, letter); }; // several writes long
     const CTestFolder folder;
-    folder.Write(u"file", "");
+    const Platform::Handle file = Open(folder / u"file");
     {
-        const Platform::Handle file = Platform::CreateFile((folder / u"file").Text(), Platform::GenericWrite, 0,
-                                                           nullptr, Platform::OpenExisting, 0, nullptr);
         const CHandleScope scope(file);
-        ConsoleWrite(u"");
-        std::thread other([&] {
-            for (int i = 0; i < rounds; ++i) {
-                ConsoleWrite(text(u'a').c_str());
+        const auto write = [](char16_t letter) {
+            for (int i = 0; i < 20; ++i) {
+                ConsoleWrite(std::u16string(10'000, letter).c_str()); // several writes long
             }
-        });
-        for (int i = 0; i < rounds; ++i) {
-            ConsoleWrite(text(u'b').c_str());
-        }
+        };
+        std::thread other(write, u'a');
+        write(u'b');
         other.join();
-        Platform::CloseHandle(file);
     }
+    Platform::CloseHandle(file);
     ForgetHandle();
-    std::string rest = folder.Content(u"file").substr(Mark.size());
-    EXPECT_EQ(rest.size(), 2 * rounds * Wide(text(u'a')).size());
-    while (!rest.empty()) {
-        const std::string whole = Wide(text(static_cast<char16_t>(rest[0])));
-        ASSERT_TRUE(rest.starts_with(whole)) << rest.size() << " bytes from the end";
-        rest.erase(0, whole.size());
+    const std::string content = folder.Content(u"file");
+    EXPECT_EQ(content.size(), Mark.size() + 40 * 20'000);
+    for (std::size_t at = Mark.size(); at < content.size(); at += 20'000) {
+        const auto letter = static_cast<char16_t>(content[at]);
+        ASSERT_EQ(content.compare(at, 20'000, Wide(std::u16string(10'000, letter))), 0) << at;
     }
 }
 
 TEST(ConsoleApplication, OptionNames) {
-    struct Row {
-        const char16_t *name, *fullName, *shortName;
-        bool matches;
-    };
-    constexpr Row rows[] = {
-        {u"s", u"subject", u"s", true},         {u"su", u"subject", u"s", true},   {u"SUBJECT", u"subject", u"s", true},
-        {u"subjects", u"subject", u"s", false}, {u"", u"subject", u"s", false},    {u"b", u"subject", u"s", false},
-        {u"sx", u"subject", u"s", false},       {u"NOLOGO", u"NoLogo", u"", true}, {u"NoLog", u"NoLogo", u"", false},
-        {u"", u"NoLogo", u"", false},           {u"s", u"subject", u"sub", false}, {u"Sub", u"subject", u"sub", true}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(CConsoleApplication::IsOptionName(row.name, row.fullName, row.shortName), row.matches)
-            << Readable(row.name);
+    constexpr auto is = &CConsoleApplication::IsOptionName;
+    EXPECT_TRUE(is(u"sUb", u"subject", u"sub") && is(u"Subject", u"subject", u"sub") && is(u"NOLOGO", u"NoLogo", u""));
+    EXPECT_FALSE(is(u"su", u"subject", u"sub") || is(u"subjects", u"subject", u"sub") || is(u"", u"subject", u"s") ||
+                 is(u"sx", u"subject", u"s") || is(u"NoLog", u"NoLogo", u"") || is(u"", u"NoLogo", u""));
+    for (const auto& names : {std::pair{u"", u""}, {u"subject", u"b"}, {u"su", u"sub"}}) {
+        EXPECT_TRUE(Raised<CInternalError>([&] { is(u"x", names.first, names.second); })) << Readable(names.first);
     }
-    EXPECT_TRUE(Raised<CInternalError>([] { CConsoleApplication::IsOptionName(u"x", u"", u""); }));
-    EXPECT_TRUE(Raised<CInternalError>([] { CConsoleApplication::IsOptionName(u"x", u"subject", u"b"); }));
-    EXPECT_TRUE(Raised<CInternalError>([] { CConsoleApplication::IsOptionName(u"x", u"su", u"sub"); }));
 }
 
 TEST(CorvaneApplication, SplitsAddresses) {
-    struct Row {
-        const char16_t *text, *name, *address;
-    };
-    constexpr Row rows[] = {{u"Ann Lee <ann>", u"Ann Lee", u"ann"},
-                            {u"Ann < ann >", u"Ann", u"ann"},
-                            {u"Ann < ann > ", u"", u"Ann < ann > "},
-                            {u"<ann>", u"", u"ann"},
-                            {u"a <b> <c>", u"a <b>", u"c"},
-                            {u"ann", u"", u"ann"},
-                            {u"Ann <ann", u"", u"Ann <ann"},
-                            {u"ann>", u"", u"ann>"},
-                            {u">", u"", u">"},
-                            {u"<>", u"", u""},
-                            {u"\u3000Ann\t<\u00A0ann\u2003>", u"Ann", u"ann"}};
-    for (const Row& row : rows) {
-        CUnicodeString name(u"old");
-        CUnicodeString address(u"old");
-        CCorvaneApplication::SplitAddress(row.text, name, address);
-        EXPECT_EQ(name, row.name) << Readable(row.text);
-        EXPECT_EQ(address, row.address) << Readable(row.text);
-    }
-    CUnicodeString unused;
-    EXPECT_TRUE(Raised<CInternalError>([&] { CCorvaneApplication::SplitAddress(u"", unused, unused); }));
+    CUnicodeString name(u"old");
+    CUnicodeString address(u"old");
+    CCorvaneApplication::SplitAddress(u"\u3000Ann\t<\u00A0ann\u2003>", name, address);
+    EXPECT_EQ(name + u"|" + address, u"Ann|ann");
+    CCorvaneApplication::SplitAddress(u">", name, address);
+    EXPECT_EQ(name + u"|" + address, u"|>");
+    EXPECT_TRUE(Raised<CInternalError>([&] { CCorvaneApplication::SplitAddress(u"", name, address); }));
 }

@@ -1,45 +1,24 @@
-// The Extended route against the recording MAPI library, in one process with it.
+// What no run against the recording MAPI library shows of the way of a message: failures of our own in its midst, files
+// that change, and the growth of records.
 #include "mapi/ExtendedMapi.h"
 
-#include "platform/inc/faults.h"
+#include "mapi/AttachmentContent.h"
+#include "mapi/SimpleMapiMessage.h"
 #include "platform/inc/modules.h"
 #include "tests/support/folder.h"
+#include "tests/support/memoryfile.h"
 #include "tests/support/text.h"
-#include <functional>
-#include <memory>
 
 using namespace Tsx;
 using namespace Mapi;
 
 namespace {
 
-/// The recording library, under a name that the search finds among the loaded ones; it stays loaded to the end.
-class CRecordingLibrary {
-public:
-    CRecordingLibrary() : module(Platform::LoadLibraryEx(TestFile(RECORDING_LIBRARY).Text(), 0)) {}
-    bool IsLoaded() const { return module != nullptr; }
-    std::uint32_t ThingsOut() const {
-        return reinterpret_cast<std::uint32_t (*)()>(Platform::GetProcAddress(module, "CorvaneThingsOut"))();
-    }
-
-private:
-    Platform::Module module;
-};
-
-const CRecordingLibrary& RecordingLibrary() {
-    static const CRecordingLibrary library;
-    return library;
-}
-
-/// The text of what the action raised; empty for nothing.
-CUnicodeString TextOfRaised(const std::function<void()>& action) {
-    try {
-        action();
-        return {};
-    } catch (CException* exception) {
-        const std::unique_ptr<CException> owner(exception);
-        return exception->GetMessageText();
-    }
+/// What the library has given out and not got back. It has a name that the search finds among the loaded ones, and
+/// stays loaded to the end.
+std::uint32_t ThingsOut() {
+    static const Platform::Module library = Platform::LoadLibraryEx(TestFile(RECORDING_LIBRARY).Text(), 0);
+    return reinterpret_cast<std::uint32_t (*)()>(Platform::GetProcAddress(library, "CorvaneThingsOut"))();
 }
 
 struct CMail {
@@ -51,56 +30,36 @@ struct CMail {
         for (std::int32_t i = 0; i < 9; ++i) {
             recipients.Append({u"Ann", u"ann@example.org"});
         }
-        folder.Write(u"x.txt", "content");
-        paths.Append(folder / u"x.txt");
+        paths.Append(folder.Write(u"x.txt"));
     }
     std::int32_t Send(CMapiContext& context) const {
         return SendThroughExtendedMapi(context, u"subject", u"body", recipients, paths);
     }
 };
 
-} // namespace
-
-TEST(ExtendedMapi, AWrapperOfNothingFailsAtItsFirstUse) {
-    CMapiSession session(nullptr);
-    CMapiMessageStore store(nullptr);
-    CMapiFolder folder(nullptr);
-    CMapiMessage message(nullptr);
-    const struct {
-        const char* name;
-        std::function<void()> use;
-    } table[] = {
-        {"OpenDefaultMessageStore", [&] { session.OpenDefaultMessageStore(); }},
-        {"OpenReceiveFolder", [&] { store.OpenReceiveFolder(); }},
-        {"CreateMessage", [&] { folder.CreateMessage(); }},
-        {"SetSubject", [&] { message.SetSubject(u"x"); }},
-        {"ShowForm", [&] { message.ShowForm(session, store, folder); }},
-    };
-    for (const auto& row : table) {
-        const auto raised = Raised<CCOMException>(row.use);
-        EXPECT_TRUE(raised && raised->hresult == ResultPointer) << row.name;
-    }
+std::string Bytes(const SBinary& data) {
+    return data.lpb ? std::string(reinterpret_cast<const char*>(data.lpb), data.cb) : "(null)";
 }
 
+} // namespace
+
 TEST(ExtendedMapi, TheContextIsFilledOnceAndEmptiedByTheSend) {
-    ASSERT_TRUE(RecordingLibrary().IsLoaded());
-    EXPECT_TRUE(IsExtendedMapiAvailable());
-    EXPECT_EQ(RecordingLibrary().ThingsOut(), 0U);
+    EXPECT_EQ(ThingsOut(), 0U);
     CMapiContext context;
     context.Open();
     const CMapiSession* session = context.Session.Get();
     context.Open();
     EXPECT_EQ(context.Session.Get(), session);
-    EXPECT_EQ(RecordingLibrary().ThingsOut(), 5U) << "session, store, two folders, address book";
+    EXPECT_EQ(ThingsOut(), 5U) << "session, store, two folders, address book";
     EXPECT_EQ(CMail().Send(context), 0);
     EXPECT_TRUE(context.Library.IsEmpty() && context.Session.IsEmpty() && context.AddressBook.IsEmpty());
-    EXPECT_EQ(RecordingLibrary().ThingsOut(), 0U);
+    EXPECT_EQ(ThingsOut(), 0U);
 }
 
 // Whatever of ours fails on the way (memory, a file, a text): the library gets back all that it gave.
 TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
     SKIP_WITHOUT_FAULTS();
-    ASSERT_TRUE(RecordingLibrary().IsLoaded());
+    ASSERT_EQ(ThingsOut(), 0U);
     const CMail mail;
     CMapiContext first; // binds the entries: what gives back must be known before anything is given out
     ASSERT_EQ(mail.Send(first), 0);
@@ -109,16 +68,75 @@ TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
         for (bool reached = true; reached; ++nth) {
             CUnicodeString text;
             std::int32_t result = 0;
-            {
+            try {
                 CMapiContext context;
                 Platform::ArmFault(function, nth, 8, Platform::FaultMode::Once);
-                text = TextOfRaised([&] { result = mail.Send(context); });
+                result = mail.Send(context);
+            } catch (CException* exception) {
+                text = exception->GetMessageText();
+                delete exception;
             }
             reached = Platform::FaultCallsSeen() >= nth;
             Platform::DisarmFaults();
-            ASSERT_EQ(RecordingLibrary().ThingsOut(), 0U) << function << ' ' << nth << ": " << Readable(text.View());
+            ASSERT_EQ(ThingsOut(), 0U) << function << ' ' << nth << ": " << Readable(text.View());
             ASSERT_TRUE(reached || (text.IsEmpty() && result == 0)) << "the run that nothing disturbs";
         }
         EXPECT_GT(nth, 15) << function;
+    }
+}
+
+TEST(AttachmentContent, NobodyWritesToAFileThatIsHeld) {
+    const CTestFolder folder;
+    const CUnicodeString path = folder.Write(u"file", "12345678");
+    CFile file;
+    {
+        const CAttachmentContent content(path);
+        EXPECT_EQ(Bytes(content.Data()), "12345678");
+        file.Open(path, OM_Read | OM_ShareDenyNone);
+        file.Close();
+        EXPECT_TRUE(Raised<CFileException>([&] { file.Open(path, OM_Write | OM_ShareDenyNone); }));
+    }
+    file.Open(path, OM_Write | OM_ShareExclusive);
+}
+
+TEST(AttachmentContent, AFileThatChangesWhileItIsRead) {
+    struct CChangingFile : CMemoryFile {
+        std::int64_t told = 0;
+        std::int64_t GetLength() const override { return told; }
+    } file;
+    const auto read = [&file](std::int64_t told, const char* content) {
+        file.told = told;
+        file.bytes = content;
+        file.position = 0;
+        return Bytes(ReadWholeFile(file).Data());
+    };
+    EXPECT_EQ(read(4, "1234"), "1234");
+    EXPECT_EQ(read(4, "123456"), "1234");
+    EXPECT_EQ(read(0, "12"), "(null)");
+    EXPECT_EQ(file.reads, 3) << "one call each";
+    for (const char* shrunk : {"123", ""}) {
+        const auto end = Raised<CFileException>([&] { read(4, shrunk); });
+        EXPECT_TRUE(end && end->cause == 14 && end->fileName == u"memory.bin") << shrunk;
+    }
+    for (const std::int64_t told : {std::int64_t{1} << 31, std::int64_t{-1}}) {
+        EXPECT_EQ(InternalErrorOf([&] { read(told, ""); }), "inc\\basefile 56") << told;
+    }
+}
+
+TEST(SimpleMapiMessage, EveryTextOutlivesTheGrowthOfThePool) {
+    CArray<CNamedAddress> files;
+    for (std::int32_t i = 0; i < 100; ++i) {
+        const CUnicodeString number = CUnicodeString::FromInt(i);
+        files.Append({u"folder\\shown " + number, u"path " + number});
+    }
+    CSimpleMapiMessage filled(u"subject", files, u"body", u"ann@example.org", u"Ann", u"Me");
+    const MapiMessage& message = filled.Record();
+    const MapiRecipDesc& originator = *message.lpOriginator;
+    EXPECT_EQ(std::string(message.lpszSubject) + '|' + message.lpszNoteText + '|' + originator.lpszName,
+              "subject|body|Me");
+    EXPECT_TRUE(!originator.lpszAddress && originator.ulRecipClass == 0 && message.nFileCount == 100);
+    for (std::uint32_t i = 0; i < message.nFileCount; ++i) {
+        EXPECT_EQ(std::string(message.lpFiles[i].lpszPathName) + '|' + message.lpFiles[i].lpszFileName,
+                  "path " + std::to_string(i) + "|shown " + std::to_string(i));
     }
 }
