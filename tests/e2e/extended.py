@@ -6,7 +6,7 @@ import re
 import zlib
 
 from cases import FAILED, Case, in_folder
-from expect import Mail, failure, internal_error, quoted
+from expect import Mail, failure, internal_error, number, quoted
 
 FAIL, CANCEL, NO_MEMORY = 0x80040700, 0x80040113, 0x8007000E
 POINTER, UNEXPECTED = 0x80004003, 0x8000FFFF
@@ -16,8 +16,6 @@ ERRORS_RETURNED = "0x40380"
 
 CRASHES = {
     "read": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be read.",
-    "write": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be written.",
-    "callback": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be written.",
     "divide": f"Integer division by zero.\nException address: {ADDRESS}",
     "overflow": f"Stack overflow. A new guard page for the stack cannot be created.\nException address: {ADDRESS}\n\n"
                 "Exception has following parameters:(\n\t0x[0-9A-F]{8})+",
@@ -35,10 +33,6 @@ class Lines:
 
     def transcript(self):
         return "".join(line + "\n" for line in self.lines)
-
-
-def number(value):
-    return str(value) if value < 10 else f"0x{value:X}"
 
 
 def data(content):

@@ -148,11 +148,9 @@ class Windows(Place):
         """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
         goes once in a run, however many deliveries it has."""
         text = super().transcript(case)
-        delivers = case.sends or case.mail != "recording"
-        if self.options.extended or not delivers:
+        if self.options.extended or not case.sends and case.mail == "recording":
             return text
-        ends = "" if case.code == CRASHED else "detach\n"
-        return "attach\n" + re.sub("(?m)^(at|de)tach\n", "", text) + ends
+        return text.replace("end:\n", "") + ("" if case.code == CRASHED else "end:\n")
 
     def exit_code(self, code):
         return code & 0xFFFFFFFF

@@ -57,8 +57,6 @@ def check(place, case, folder):
     with open(transcript_file, "wb"):
         os.chmod(transcript_file, 0o666)
     environment = {"CORVANE_TRANSCRIPT": place.library_path(transcript_file), **case.settings}
-    if case.answer:
-        environment["CORVANE_MAPI_ANSWER"] = case.answer
     result = place.run(case, folder, environment)
     if case.unprivileged:
         os.chmod(os.path.join(folder, LOCKED), 0o700)

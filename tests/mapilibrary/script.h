@@ -1,5 +1,5 @@
-// What the Extended side of the recording MAPI library does at a call, as environment variables tell. Without any it is
-// a library that does all that it is asked.
+// What a recording MAPI library does at a call, as environment variables tell. Without any it is a library that does
+// all that it is asked.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +19,8 @@ struct Action {
 ///
 ///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
-///   IAttach::SaveChanges=read          dies: read, write, divide, overflow; callback: of a write in a qsort
-///   IAttach::SaveChanges=read:dying    dies so, and from then on of a write in whatever gives something back
+///   IAttach::SaveChanges=read          dies: read, divide, overflow
+///   IAttach::SaveChanges=read:dying    dies so, and from then on whenever something is given back
 ///   IMAPIFolder::CreateMessage=unlink:x.txt    removes that file and goes on
 ///   any other word                     is the call's own
 Action ActionOf(std::string_view call);

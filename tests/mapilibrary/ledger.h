@@ -1,0 +1,76 @@
+// The books of a recording MAPI library: each call as one line of the file that CORVANE_TRANSCRIPT names, and all that
+// the library has given out and not got back. The line "end:" is written when the library goes. Nothing is open between
+// two calls, since the process may end in any of them. For one thread.
+#pragma once
+
+#include "mapi/MapiInterfaces.h"
+#include "tests/mapilibrary/script.h"
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// The standard library's own conversion has a table of which a process keeps one for all libraries, and a library that
+/// shares it is never unloaded.
+std::string Decimal(std::uint64_t value);
+/// A terminated text in quotes, controls, quotes and backslashes as "\x0A"; "null" for null. Narrow text is in the ANSI
+/// code page.
+std::string Quoted(const char* text);
+std::string Quoted(const char16_t* text);
+
+/// An identifier: shown as its length and its bytes.
+struct EntryId {
+    std::uint32_t size;
+    const void* bytes;
+};
+
+/// One argument as the transcript has it: a number below 10 in decimal, any other in hexadecimal digits after "0x".
+std::string Shown(std::uint64_t number);
+std::string Shown(const EntryId& id);
+/// "null", or "given": addresses differ from run to run.
+std::string Shown(const void* pointer);
+/// By its name, as those that are given out have one.
+std::string Shown(const Mapi::IUnknown* object);
+std::string Shown(const Mapi::ADRLIST* list);
+std::string Shown(const Mapi::SPropTagArray* tags);
+/// A property with its value. More than 64 bytes are told by their number and their Adler-32 checksum.
+std::string Shown(const Mapi::SPropValue& property);
+std::string Shown(const std::string& text);
+
+template <class TFirst, class... T>
+std::string List(const TFirst& first, const T&... more) {
+    return (Shown(first) + ... + (", " + Shown(more)));
+}
+
+/// The line "NAME(ARGUMENTS) = RESULT", and what is to become of the call. A crash leaves the line without an end.
+class Call {
+public:
+    /// `rule` is what the script calls it, the name as a rule.
+    Call(std::string_view name, const std::string& arguments, std::string_view rule = {});
+
+    /// Whether it does what it is for, with its own word.
+    bool Performs() const { return action.performs; }
+    bool Is(std::string_view word) const { return action.word == word; }
+    /// Ends the line with the result of a call that performs, or what the script tells; without one for a call that has
+    /// none.
+    std::int32_t End(std::int32_t result = 0);
+    void EndWithoutResult();
+
+private:
+    Action action;
+};
+
+/// What is given out, by what it is called in the transcript. Returning something that is not out, or under no name of
+/// ours, ends the process with a line on standard error.
+void GiveOut(const void* thing, const std::string& name);
+std::string NameOf(const void* thing);
+void TakeBack(const void* thing);
+std::uint32_t ThingsOut();
+
+/// Memory that counts as given out until FreeBuffer.
+template <class T>
+T* AllocateBuffer(std::size_t size, const std::string& name) {
+    void* buffer = ::operator new(size);
+    GiveOut(buffer, name);
+    return static_cast<T*>(buffer);
+}
+void FreeBuffer(void* buffer);
