@@ -99,8 +99,7 @@ def table_lines(table, on_extended_route):
             yield f"skip {case.skip or 'Windows has a MAPI library of its own'}"
         elif case.mail in places.Wine.overrides:
             yield "wine skip it takes its own library if it isn't told otherwise before it starts"
-        settings = dict(case.settings, **({"CORVANE_MAPI_ANSWER": case.answer} if case.answer else {}))
-        yield from (f"env {name}={escaped(value)}" for name, value in settings.items())
+        yield from (f"env {name}={escaped(value)}" for name, value in case.settings.items())
         for name, content in case.files.items():
             yield from file_lines(name, content)
         answers = answer_lines(windows, case)
@@ -136,8 +135,6 @@ def all_lines(build):
         program = {"static": "staticfailure"}.get(program, program)
         code = ABORTED if code == endings.ABORTED else code & 0xFFFFFFFF
         yield from program_lines(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
-    program = FOLDER + "\\program\\corvane.exe"
-    yield from program_lines("message table", "tests\\exportsprobe.exe", [program], life.LIMIT)
     for name, command, user, machine, told, stops in life.probe_rows():
         code = life.BREAKPOINT if stops else 0
         yield from program_lines(name, "tests\\lifeprobe.exe", [command], life.LIMIT, code, told)
@@ -152,7 +149,7 @@ def files(build):
     for pattern in ("*.exe", "*.reg", "providersearch/*.exe", "languages/*.dll", "mapilibrary/**/*.dll"):
         for file in (build / "tests").glob(pattern):
             yield file, str(file.relative_to(build))
-    for name in ("staticfailure", "endings", "exportsprobe"):
+    for name in ("staticfailure", "endings"):
         yield build / "bin" / f"{name}.exe", f"tests/{name}.exe"
     yield build / "tests/e2e/life/lifeprobe.exe", "tests/lifeprobe.exe"
     yield build / "tests/bundle/runtests.exe", "runtests.exe"

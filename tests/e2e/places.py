@@ -23,7 +23,7 @@ CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
 @dataclasses.dataclass
 class Result:
-    code: int  # of all 32 bits under Windows; negative for a signal; None if there is none
+    code: int  # negative for a signal
     output: bytes
     errors: bytes
     late: bool = False
@@ -169,6 +169,8 @@ class Windows(Place):
 
 
 class Wine(Windows):
+    """Runs what needs a MAPI library that the bundle can't have; its runner makes all the others, also under Wine."""
+
     wine = True
     # Where Wine takes the MAPI library from, if not from its own: from nowhere, or from the program's folder.
     overrides = {"missing": "mapi32=", "no entry": "mapi32=n"}
@@ -178,8 +180,6 @@ class Wine(Windows):
         self.copy_program("recording", "corvane.exe")
         self.copy_program("missing", "corvane.exe")
         self.copy_program("no entry", "corvane.exe", options.no_entry_library)
-        self.line_file = os.path.join(root, "line")
-        self.code_file = os.path.join(root, "code")
 
     def __enter__(self):
         extended = {"DllPathEx": self.options.extended_library} if self.options.extended else {}
@@ -202,22 +202,10 @@ class Wine(Windows):
     def library_path(self, native):
         return windows_path(native)
 
-    def crashed(self, code):
-        return code == ACCESS_VIOLATION
+    def exit_code(self, code):
+        return code & 0xFF
 
     def run(self, case, folder, environment):
-        if os.path.exists(self.code_file):
-            os.unlink(self.code_file)
-        with open(self.line_file, "wb") as file:
-            file.write(self.line(case).encode("utf-16-le", "surrogatepass"))
-        files = map(windows_path, (self.programs[case.mail], self.line_file, self.code_file))
-        command = [self.options.wine, self.options.launcher, *files]
-        overrides = {"WINEDLLOVERRIDES": self.overrides[case.mail]} if case.mail in self.overrides else {}
-        result = execute(command, folder, {**self.environment, **environment, **overrides}, case.limit)
-        launched, result.code = result.code, None
-        if os.path.exists(self.code_file):
-            with open(self.code_file, encoding="ascii") as file:
-                result.code = int(file.read())
-        elif not result.late:
-            result.errors += b"the launcher left no exit code and ended with %d itself" % launched
-        return result
+        overrides = {"WINEDLLOVERRIDES": self.overrides[case.mail]}
+        command = [self.options.wine, self.programs[case.mail], *case.words]
+        return execute(command, folder, {**self.environment, **environment, **overrides}, case.limit)

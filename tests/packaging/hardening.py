@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """usage: hardening.py OBJDUMP READELF FILE...
 
-Whether the protections that the build asks for are in the files that it made.
+Whether the protections that the build asks for are in the files that it made, and the program exports exactly the names
+that tools ask for.
 """
 
 import re
@@ -13,6 +14,9 @@ WANTED_ON_WINDOWS = 0x20 | 0x40 | 0x100
 # What a program would do to threads and processes of others: scanners distrust one that imports these.
 UNWANTED_ON_WINDOWS = {"SuspendThread", "GetThreadContext", "SetThreadContext", "AddVectoredExceptionHandler",
                        "OpenProcess", "SetProcessAffinityMask", "CreateRemoteThread", "WriteProcessMemory"}
+IMPORTED = {"KERNEL32.dll", "msvcrt.dll"}
+EXPORTED = {"GetMessageName", "GetMessageSystemVersion", "GetResourceID", "NumberOfMessages", "__TessarixUsed"}
+RESOURCES = "TessarixModuleResources"  # by which the Linux program's strings and version record are found
 
 
 def output(*command):
@@ -30,12 +34,17 @@ def windows_faults(objdump, file):
     if "ReadFile" not in imports:
         yield "its imports could not be read"
     yield from (f"imports {name}" for name in sorted(imports & UNWANTED_ON_WINDOWS))
+    exports = header.partition("[Ordinal/Name Pointer] Table")[2].partition("\n\n")[0]
+    for wanted, found in (EXPORTED, re.findall(r"\] (\S+)", exports)), (IMPORTED, re.findall(r"DLL Name: (\S+)", header)):
+        if set(found) != wanted:
+            yield f"{sorted(found)}, expected {sorted(wanted)}"
 
 
 def linux_faults(objdump, readelf, file):
     headers, dynamic = output(readelf, "-hlW", file), output(readelf, "-dW", file)
     symbols, code = output(readelf, "--dyn-syms", "-W", file), output(objdump, "-d", "--no-show-raw-insn", file)
     flags = re.findall(r"\(FLAGS(?:_1)?\)\s+(?:Flags: )?(.*)", dynamic)
+    exports = set(re.findall(r" DEFAULT +\d+ (\w+)$", symbols, re.MULTILINE))
     wanted = ["NOW"] + (["PIE"] if ".so" not in file else [])
     for fault, absent in [
         ("not position-independent", not re.search(r"Type:\s+DYN", headers)),
@@ -47,6 +56,7 @@ def linux_faults(objdump, readelf, file):
         ("no checked calls", not re.search(r"__\w+_chk(@| |$)", symbols)),
         ("no marks for indirect branches", "Machine:                           Advanced Micro Devices X86-64" in headers
          and code.count("endbr64") < 100),
+        (f"exports {sorted(exports)}", ".so" not in file and exports != EXPORTED | {RESOURCES}),
     ]:
         if absent:
             yield fault
