@@ -1,5 +1,5 @@
-// lifeprobe COMMAND [PATH]: starts the foundation and tells what came of it, for the suite that looks at its life from
-// outside.
+// lifeprobe COMMAND [FOLDER]: starts the foundation and tells what came of it, for the suite that looks at its life
+// from outside.
 #include "foundation/inc/commandlinefo.h"
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/failureguard.h"
@@ -88,16 +88,6 @@ void StartAndStop(TAction action) {
     }
 }
 
-/// Keeps everybody else from a file until the standard input ends.
-void Hold(const CUnicodeString& path) {
-    CFile file;
-    file.Open(path, OM_Write | OM_ShareDenyRead | OM_ShareDenyWrite | OM_Create | OM_NoTruncate);
-    std::puts("held");
-    std::fflush(stdout);
-    while (std::getchar() != EOF) {
-    }
-}
-
 /// A text in the language of the one library in a folder.
 void TellInLanguage(const CUnicodeString& folder) {
     GetResourceBase().AddPrefix(folder, u"corvane");
@@ -124,26 +114,19 @@ void UseMemoryFiles() {
 std::int32_t RunCommand() {
     CArray<CUnicodeString> words;
     SplitCommandLine(words, Platform::GetCommandLine());
-    if (words.Size() == 3 && words[1] == u"hold") {
-        Hold(words[2]);
-        return 0;
-    }
     if (words.Size() == 3 && words[1] == u"language") {
         TellInLanguage(words[2]);
         return 0;
     }
-    struct Row {
-        const char16_t* name;
-        void (*action)();
-    };
-    constexpr Row rows[] = {{u"settings", &TellSettings},
-                            {u"folders", &TellFolders},
-                            {u"modes", &TellStopModes},
-                            {u"badmodule", &FailToStart},
-                            {u"files", &UseMemoryFiles}};
-    for (const Row& row : rows) {
-        if (words.Size() == 2 && words[1] == row.name) {
-            row.action();
+    using Action = void (*)();
+    constexpr std::pair<const char16_t*, Action> rows[] = {{u"settings", &TellSettings},
+                                                           {u"folders", &TellFolders},
+                                                           {u"modes", &TellStopModes},
+                                                           {u"badmodule", &FailToStart},
+                                                           {u"files", &UseMemoryFiles}};
+    for (const auto& [name, action] : rows) {
+        if (words.Size() == 2 && words[1] == name) {
+            action();
             return 0;
         }
     }

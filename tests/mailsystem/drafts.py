@@ -44,20 +44,21 @@ class DraftTest(unittest.TestCase):
         os.chmod(path, mode)
         return path
 
-    def run_program(self, *arguments, limits=(), user=None, given=None, **variables):
+    def run_program(self, *arguments, limits=(), user=None, given=None, prepare=lambda: None, **variables):
         """What the program says on standard output and, line by line, on standard error. It ends with 0 whatever
-        becomes of the draft. It is `given` a text through a pipe as its standard input."""
+        becomes of the draft. It is `given` a text through a pipe as its standard input, and its process prepares."""
 
-        def prepare():
+        def prepare_process():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             signal.signal(signal.SIGPIPE, signal.SIG_IGN)  # no client may inherit that
             for kind, limit in limits:
                 resource.setrlimit(kind, (limit, limit))
+            prepare()
 
         environment = {**os.environ, "XDG_DATA_HOME": self.home, "HOME": self.folder,
                        "TESSARIX_REGISTRY": os.path.join(self.folder, "settings"), "CORVANE_MAIL_CLIENT": "draft",
                        **variables}
-        result = subprocess.run([PROGRAM, "-nologo", *arguments], env=environment, cwd=self.folder, preexec_fn=prepare,
+        result = subprocess.run([PROGRAM, "-nologo", *arguments], env=environment, cwd=self.folder, preexec_fn=prepare_process,
                                 input=given, capture_output=True, encoding="utf-8", timeout=60, user=user)
         self.assertEqual(result.returncode, 0, result.stderr)
         return result.stdout, result.stderr.splitlines()

@@ -5,17 +5,17 @@ Runs the program with a data folder of its own, and reads back the drafts that i
 the library by itself for the codes of the Simple side.
 """
 
-import _ctypes
 import base64
 import ctypes
 import os
 import resource
 import shutil
 import sys
+import tempfile
 import time
 import unittest
+from ctypes import POINTER, c_char_p, c_uint32, c_void_p
 
-import simplemail
 from drafts import LIBRARY, NOBODY, DraftTest, mailboxes
 
 FIELDS = {"X-Unsent", "Date", "Message-Id", "Subject", "To", "MIME-Version", "Content-Type",
@@ -153,6 +153,23 @@ class ContentTest(DraftTest):
 
 
 class PlaceTest(DraftTest):
+    def test_names_in_use(self):
+        os.makedirs(self.drafts)
+
+        def take():
+            """In the program's process: the names that it would take first belong to somebody else."""
+            for second in range(-1, 20):
+                start = time.strftime("%Y%m%d-%H%M%S", time.localtime(time.time() + second))
+                for number in (1, 2, 4):
+                    with open(f"{self.drafts}/{start}-{os.getpid()}-{number}.eml", "w") as file:
+                        file.write("mine")
+
+        _, (line,) = self.run_program(ANN, prepare=take)
+        self.read(line)
+        self.assertTrue(line.endswith("-3.eml"))
+        others = [name for name in os.listdir(self.drafts) if not name.endswith("-3.eml")]
+        self.assertEqual({os.path.getsize(os.path.join(self.drafts, name)) for name in others}, {len("mine")})
+
     def test_data_folder(self):
         home_folder = os.path.join(self.folder, ".local/share/corvane/drafts/")
         for given in ("", "relative/folder"):
@@ -210,89 +227,92 @@ class PlaceTest(DraftTest):
                 shutil.rmtree(self.home)
 
 
+class Recipient(ctypes.Structure):
+    _fields_ = [("reserved", c_uint32), ("recipientClass", c_uint32), ("name", c_char_p), ("address", c_char_p),
+                ("idSize", c_uint32), ("id", c_void_p)]
+
+
+class File(ctypes.Structure):
+    _fields_ = [("reserved", c_uint32), ("flags", c_uint32), ("position", c_uint32), ("path", c_char_p),
+                ("name", c_char_p), ("type", c_void_p)]
+
+
+class Message(ctypes.Structure):
+    _fields_ = [("reserved", c_uint32), ("subject", c_char_p), ("text", c_char_p), ("type", c_char_p),
+                ("received", c_char_p), ("conversation", c_char_p), ("flags", c_uint32),
+                ("originator", POINTER(Recipient)), ("recipientCount", c_uint32), ("recipients", POINTER(Recipient)),
+                ("fileCount", c_uint32), ("files", POINTER(File))]
+
+
+def message(originator=None, recipients=(), files=(), **texts):
+    """A record with (name, address) as originator, (class, name, address) as recipients, (path, name) as files."""
+    given = [Recipient(0, *row) for row in recipients], [File(0, 0, 0, *row) for row in files]
+    arrays = [(type(rows[0]) * len(rows))(*rows) if rows else None for rows in given]
+    sender = originator and ctypes.pointer(Recipient(0, 0, *originator))
+    return Message(originator=sender, recipientCount=len(recipients), recipients=arrays[0], fileCount=len(files),
+                   files=arrays[1], **texts)
+
+
 @unittest.skipUnless(LIBRARY, "the library is built for a sanitizer")
 class SimpleSideTest(DraftTest):
     """What differs there: records, codes, and files that are named rather than handed over."""
 
-    def setUp(self):
-        super().setUp()
-        os.makedirs(self.home)
-        os.chmod(self.home, 0o777)
-
-    def send(self, record, prepare=lambda: None):
-        def prepare_all():
-            os.environ["XDG_DATA_HOME"] = self.home
-            prepare()
-
-        return simplemail.send(LIBRARY, record, prepare_all)
+    def send(self, record):
+        """The code that MAPISendMail returns, and what it says on standard error."""
+        os.environ["XDG_DATA_HOME"] = self.home
+        with tempfile.TemporaryFile() as said:
+            errors = os.dup(2)
+            os.dup2(said.fileno(), 2)
+            try:
+                code = ctypes.CDLL(LIBRARY).MAPISendMail(None, None, record and ctypes.byref(record), 0, 0)
+            finally:
+                os.dup2(errors, 2)
+                os.close(errors)
+            said.seek(0)
+            return code, said.read().decode()
 
     def test_codes(self):
+        root = os.geteuid() == 0  # whom permissions do not bind
         secret, big = self.file("secret", mode=0).encode(), self.file("big", bytes(MEBIBYTE)).encode()
-        folder = self.folder.encode()
-        closed = lambda: (os.chmod(self.home, 0o500), simplemail.drop_root())
-        full = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 19, 1 << 19))
-        message = simplemail.message
-        for name, record, prepare, expected in [
-            ("no message", None, simplemail.drop_root, 2),
-            ("missing", message(files=[(folder + b"/missing", None)]), simplemail.drop_root, 11),
-            ("no path", message(files=[(None, b"name")]), simplemail.drop_root, 11),
-            ("unmapped drive", message(files=[(b"Q:\\x", None)]), simplemail.drop_root, 11),
-            ("no permission", message(files=[(secret, None)]), simplemail.drop_root, 12),
-            ("folder", message(files=[(folder, None)]), simplemail.drop_root, 12),
-            ("endless device", message(files=[(b"/dev/zero", None)]), simplemail.drop_root, 12),
-            ("closed data folder", message(), closed, 2),
-            ("disk full", message(files=[(big, None)]), full, 4),
+        for name, record, mode, expected in [
+            ("no message", None, 0o777, 2),
+            ("missing", message(files=[(b"/missing", None)]), 0o777, 11),
+            ("no path", message(files=[(None, b"name")]), 0o777, 11),
+            ("unmapped drive", message(files=[(b"Q:\\x", None)]), 0o777, 11),
+            ("no permission", message(files=[(secret, None)]), 0o777, 12),
+            ("folder", message(files=[(self.folder.encode(), None)]), 0o777, 12),
+            ("endless device", message(files=[(b"/dev/zero", None)]), 0o777, 12),
+            ("closed data folder", message(), 0o555, 2),
+            ("disk full", message(files=[(big, None)]), 0o777, 4),
         ]:
             with self.subTest(name):
-                code, said = self.send(record, prepare)
+                shutil.rmtree(self.home, ignore_errors=True)
+                os.mkdir(self.home)
+                os.chmod(self.home, mode)
+                limit = MEBIBYTE // 2 if name == "disk full" else resource.RLIM_INFINITY
+                before = resource.getrlimit(resource.RLIMIT_FSIZE)
+                os.seteuid(NOBODY if root else os.geteuid())
+                resource.setrlimit(resource.RLIMIT_FSIZE, (limit, before[1]))
+                code, said = self.send(record)
+                resource.setrlimit(resource.RLIMIT_FSIZE, before)
+                os.seteuid(0 if root else os.geteuid())
                 self.assertEqual(code, expected, said)
                 self.assertRegex(said, r"^Draft not saved: .*\n$")
-                os.chmod(self.home, 0o777)
                 self.assert_nothing_left()
 
     def test_record(self):
-        record = simplemail.message(
-            b"S\xff", b"T", (b"me@example.org", b""),
+        code, said = self.send(message(
+            (b"me@example.org", b""),
             [(1, b"A", b"SMTP:a@example.org"), (2, b"B", b"b@b\xc3\xbc.example"), (3, None, b"c@example.org"),
              (1, b"Ann Lee", None), (1, None, None)],
-            [(self.file("f.txt").encode(), b"..\\x/Shown.txt"), (self.folder.encode() + b"/F.TXT", None)])
-        code, said = self.send(record)
+            [(self.file("f.txt").encode(), b"..\\x/Shown.txt"), (self.folder.encode() + b"/F.TXT", None)],
+            subject=b"S\xff", text=b"T"))
         self.assertEqual(code, 0)
         draft = self.read(said.strip())
         self.assertEqual([draft[field] for field in ("Subject", "From", "To", "Cc", "Bcc")],
                          ["S\ufffd", "me@example.org", 'A <a@example.org>, "Ann Lee"', "B <b@xn--b-eha.example>",
                           "c@example.org"])
         self.assertEqual([part.get_filename() for part in draft.iter_attachments()], ["Shown.txt", "f.txt"])
-
-    def test_names_in_use_and_reloading(self):
-        """Loads, calls and unloads again and again, with the next names taken by files of someone else."""
-        os.makedirs(self.drafts)
-
-        def work():
-            now = time.time()
-            for second in range(-1, 20):
-                start = time.strftime("%Y%m%d-%H%M%S", time.localtime(now + second))
-                for number in range(1, 20, 3):
-                    with open(f"{self.drafts}/{start}-{os.getpid()}-{number}.eml", "w") as file:
-                        file.write("mine")
-            for _ in range(10):
-                library = ctypes.CDLL(LIBRARY)
-                if simplemail.entry(library)(None, None, simplemail.message(b"Hello"), 0, 0) != 0:
-                    return 1
-                _ctypes.dlclose(library._handle)
-            return 0
-
-        os.environ["XDG_DATA_HOME"] = self.home
-        code, said = simplemail.in_child(work, lambda: None)
-        self.assertEqual(code, 0, said)
-        lines = said.splitlines()
-        paths = {line.removeprefix("Draft saved: ") for line in lines}
-        self.assertEqual(len(paths), 10)
-        for line in lines:
-            self.assertEqual(self.read(line)["Subject"], "Hello")
-        others = {os.path.join(self.drafts, name) for name in os.listdir(self.drafts)} - paths
-        self.assertEqual(len(others), 21 * 7)
-        self.assertEqual({os.path.getsize(path) for path in others}, {len("mine")})
 
 
 if __name__ == "__main__":
