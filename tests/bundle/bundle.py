@@ -1,21 +1,21 @@
 #!/usr/bin/env python3
-"""Makes the test bundle for Windows: the built test programs with the files they need, and every table of cases as one
-text file, which a program of ours reads where there is no Python.
+"""Makes the test bundle for Windows: the built test programs with the files they need, and every table of cases as two
+files, for Windows and for Wine, which a program of ours reads where there is no Python.
 
-That file has a block for each run, of lines `key value`; `\\XXXX` stands for the UTF-16 unit or the byte of that number.
+They are in UTF-16. Each field is `key value`, with U+E000 between it and the next:
 
-    case NAME                  ends the block before
+    case NAME                  ends the run before
     program PATH               from the bundle's folder
     line TEXT                  the whole command line
     limit SECONDS
     client simple, extended    the recording library that must be registered as mail client
     user, machine NAME=VALUE   settings of the foundation
     env NAME=VALUE             environment variables
-    file NAME, content BYTES, times N    a file in the run's folder; N (1 by default) copies of its content
+    files NUMBER               the folder below `files` whose content the run's folder has
     code N, output TEXT, transcript TEXT    what is expected; output and transcript may be missing
-    ... like PATTERN           the same with a pattern
-    wine ...                   what Wine answers instead of the line of the same key
-    skip REASON                it cannot be tried; behind `wine` there alone
+    output~, transcript~ PATTERN            the same with a pattern
+    claim                      Wine answers otherwise
+    skip REASON                it cannot be tried
 """
 
 import argparse
@@ -38,7 +38,6 @@ import places
 
 
 FOLDER = "{bundle}"  # the runner puts its own folder there
-LARGE = 1000  # bytes
 ABORTED = 3  # what the run-time's abort ends with
 
 
@@ -56,69 +55,53 @@ class Bundle(places.Windows):
         return {}
 
 
-def escaped(value):
-    """Text as UTF-16, bytes as they are, in printable ASCII."""
-    units = value if isinstance(value, bytes) else memoryview(value.encode("utf-16-le", "surrogatepass")).cast("H")
-    return "".join(chr(unit) if 32 <= unit < 127 and unit != 92 else f"\\{unit:04X}" for unit in units)
-
-
 def expected(key, wanted):
-    """A line of the run's answer: a text, or a pattern in the dialect of the C++ library."""
+    """A field of the run's answer: a text, or a pattern in the dialect of the C++ library."""
     if not isinstance(wanted, re.Pattern):
-        return f"{key} {escaped(wanted.encode())}"
+        return f"{key} {wanted}"
     text = wanted.pattern
     if text.startswith("(?s)"):
         text = re.sub(r"\\.|\.", lambda match: match[0] if len(match[0]) > 1 else r"[\s\S]", text[4:])
-    return f"{key} like {escaped(text.encode())}"
+    return f"{key}~ {text}"
 
 
-def file_lines(name, content):
-    yield f"file {escaped(name)}"
-    unit = content[:4]
-    if len(content) > LARGE and content == unit * (len(content) // len(unit)):
-        yield f"content {escaped(unit)}"
-        yield f"times {len(content) // len(unit)}"
-    else:
-        yield f"content {escaped(content)}"
-
-
-def answer_lines(place, case):
+def answer(place, case):
     """What comes of a case in that place."""
     code = places.ACCESS_VIOLATION if case.code == places.CRASHED else place.exit_code(case.code)
     return [f"code {code}", expected("output", case.output), expected("transcript", place.transcript(case))]
 
 
-def table_lines(table, on_extended_route):
-    """A table of the end-to-end suite."""
+def table_fields(table, on_extended_route, wine, kept):
+    """A table of the end-to-end suite. What the runs' folders have is kept, by the number of the folder."""
     programs = {"recording": "program", "missing": "program", "no entry": "noentry"}
-    windows, wine = Bundle(False, on_extended_route), Bundle(True, on_extended_route)
-    for case, under_wine in zip(table(windows), table(wine), strict=True):
-        yield from ("", f"case {case.name}", f"program {programs[case.mail]}\\corvane.exe", f"limit {case.limit}",
-                    f"line {escaped(windows.line(case))}", f"client {'extended' if on_extended_route else 'simple'}")
+    here, there = Bundle(wine, on_extended_route), Bundle(not wine, on_extended_route)
+    for case, other in zip(table(here), table(there), strict=True):
+        yield from (f"case {case.name}", f"program {programs[case.mail]}\\corvane.exe", f"limit {case.limit}",
+                    f"line {here.line(case)}", f"client {'extended' if on_extended_route else 'simple'}")
         if case.skip or case.mail == "missing":
             yield f"skip {case.skip or 'Windows has a MAPI library of its own'}"
-        elif case.mail in places.Wine.overrides:
-            yield "wine skip it takes its own library if it isn't told otherwise before it starts"
-        yield from (f"env {name}={escaped(value)}" for name, value in case.settings.items())
-        for name, content in case.files.items():
-            yield from file_lines(name, content)
-        answers = answer_lines(windows, case)
-        yield from answers
-        yield from (f"wine {line}" for line in answer_lines(wine, under_wine) if line not in answers)
+        elif wine and case.mail in places.Wine.overrides:
+            yield "skip it takes its own library if it isn't told otherwise before it starts"
+        yield from (f"env {name}={value}" for name, value in case.settings.items())
+        if case.files:
+            kept += [] if case.files in kept else [case.files]
+            yield f"files {kept.index(case.files)}"
+        yield from answer(here, case)
+        if not wine and answer(here, case) != answer(there, other):
+            yield "claim "
 
 
-def program_lines(name, program, words, limit, code=0, output=None):
-    """A run that needs nothing but its program. Its text is compared with line ends of either kind."""
-    line = " ".join(f'"{word}"' if FOLDER in word else Bundle.quote(word) for word in [program, *words])
-    yield from ("", f"case {name}", f"program {program}", f"limit {limit}", f"line {escaped(line)}", f"code {code}")
+def program_fields(name, program, words, limit, code=0, output=None, reports=False):
+    """A run that needs nothing but its program. Its text is compared with line ends of either kind; Wine's debugger
+    reports behind it."""
+    line = " ".join(Bundle.quote(word) for word in [program, *words])
+    yield from (f"case {name}", f"program {program}", f"limit {limit}", f"line {line}", f"code {code}")
     if output is not None:
         pattern = re.escape(output).replace("\\\n", "\r?\n")
-        yield expected("output", re.compile(pattern))
-        if code == life.BREAKPOINT:
-            yield "wine " + expected("output", re.compile("(?s)" + pattern + ".*"))  # its debugger reports behind it
+        yield expected("output", re.compile("(?s)" + pattern + ".*" if reports else pattern))
 
 
-def unit_lines(build):
+def unit_fields(build):
     """The test programs, as the build starts them."""
     listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, stdout=subprocess.PIPE, check=True).stdout
     for test in json.loads(listing)["tests"]:
@@ -126,22 +109,22 @@ def unit_lines(build):
         if words[0].startswith(str(build / "tests")) and words[0].endswith(".exe"):
             limit = next(entry["value"] for entry in test["properties"] if entry["name"] == "TIMEOUT")
             program = words[0][len(str(build)) + 1:].replace("/", "\\")
-            yield from program_lines(test["name"], program, words[1:], int(limit))
+            yield from program_fields(test["name"], program, words[1:], int(limit))
 
 
-def all_lines(build):
-    yield from unit_lines(build)
+def all_fields(build, wine, kept):
+    yield from unit_fields(build)
     for name, program, words, output, code in endings.CASES:
         program = {"static": "staticfailure"}.get(program, program)
         code = ABORTED if code == endings.ABORTED else code & 0xFFFFFFFF
-        yield from program_lines(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
+        yield from program_fields(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
     for name, command, user, machine, told, stops in life.probe_rows():
         code = life.BREAKPOINT if stops else 0
-        yield from program_lines(name, "tests\\lifeprobe.exe", [command], life.LIMIT, code, told)
-        yield from (f"user {key}={escaped(value)}" for key, value in user.items())
-        yield from (f"machine {key}={escaped(value)}" for key, value in machine.items())
-    yield from table_lines(cases.all_cases, False)
-    yield from table_lines(extended.all_cases, True)
+        yield from program_fields(name, "tests\\lifeprobe.exe", [command], life.LIMIT, code, told, wine and stops)
+        yield from (f"user {key}={value}" for key, value in user.items())
+        yield from (f"machine {key}={value}" for key, value in machine.items())
+    yield from table_fields(cases.all_cases, False, wine, kept)
+    yield from table_fields(extended.all_cases, True, wine, kept)
 
 
 def files(build):
@@ -162,7 +145,6 @@ def files(build):
 def make(build, folder):
     """Writes the bundle into the folder and returns its path. The programs go without symbols, which name our folders."""
     cache = dict(re.findall(r"^(\w+):\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.M))
-    content = f"version {cache['CMAKE_PROJECT_VERSION']}\n" + "\n".join(all_lines(build)) + "\n"
     target = folder / f"corvane-{cache['CMAKE_PROJECT_VERSION']}-windows-tests.zip"
     stripped = folder / "stripped.tmp"
     with zipfile.ZipFile(target, "w") as archive:
@@ -170,7 +152,13 @@ def make(build, folder):
             # Without the time, so that two bundles of one commit are the same bytes.
             archive.writestr(zipfile.ZipInfo("corvane-tests/" + place), data, zipfile.ZIP_DEFLATED)
 
-        add("cases.txt", content)
+        for name, wine in ("cases.txt", False), ("cases-wine.txt", True):
+            kept = []
+            text = "\ue000".join(all_fields(build, wine, kept))
+            add(name, text.encode("utf-16-le", "surrogatepass"))
+        for number, contents in enumerate(kept):  # the same in both
+            for name, content in contents.items():
+                add(f"files/{number}/{name}", content)
         for file, place in sorted(files(build), key=lambda entry: entry[1]):
             if file.suffix in (".exe", ".dll"):
                 subprocess.run([cache["CMAKE_OBJCOPY"], "--preserve-dates", "--strip-all", file, stripped], check=True)

@@ -1,16 +1,13 @@
 // runtests [PART]: runs the bundle that this program lies in, or the runs whose names have that part, and writes what
 // came of it into results.txt beside itself. Nothing else need be installed. Ends with 1 if a run failed.
-#include "tests/bundle/caselist.h"
-#include "tests/bundle/childprocess.h"
 #include "tests/bundle/machinechanges.h"
 #include "tests/bundle/text.h"
 #include <atomic>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <fstream>
+#include <regex>
 #include <sstream>
-#include <string>
+#include <thread>
 #include <vector>
 
 #define WIN32_LEAN_AND_MEAN
@@ -36,96 +33,157 @@ std::string SystemText() {
     const FARPROC ask = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
     reinterpret_cast<LONG(WINAPI*)(OSVERSIONINFOW*)>(reinterpret_cast<void*>(ask))(&version);
     std::ostringstream text;
-    text << "Windows " << version.dwMajorVersion << '.' << version.dwMinorVersion << '.' << version.dwBuildNumber;
-    if (const std::string wine = WineVersion(); !wine.empty()) {
-        text << " as Wine " << wine << " shows it";
-    }
-    text << ", code pages " << GetACP() << " and " << GetOEMCP() << ", language " << std::hex
-         << GetUserDefaultUILanguage();
+    text << "Windows " << version.dwMajorVersion << '.' << version.dwMinorVersion << '.' << version.dwBuildNumber
+         << (WineVersion().empty() ? "" : " as Wine " + WineVersion() + " shows it") << ", code pages " << GetACP()
+         << " and " << GetOEMCP() << ", language " << std::hex << GetUserDefaultUILanguage();
     return text.str();
+}
+
+std::wstring ValueOf(const TestCase& row, const wchar_t* key) {
+    const auto found = row.find(key);
+    return found == row.end() ? std::wstring() : found->second;
+}
+
+// The list's fields have the form "KEY VALUE", and a character between them that no text has.
+std::vector<TestCase> ReadCases(const fs::path& bundle) {
+    const fs::path file = bundle / (WineVersion().empty() ? "cases.txt" : "cases-wine.txt");
+    std::vector<TestCase> rows;
+    std::wistringstream fields(Replaced<std::wstring>(ReadText(file), L"{bundle}", bundle.wstring()));
+    for (std::wstring field; std::getline(fields, field, L'\uE000');) {
+        const std::size_t blank = field.find(L' ');
+        if (field.starts_with(L"case ")) {
+            rows.emplace_back();
+        }
+        rows.back().emplace(field.substr(0, blank), field.substr(blank + 1));
+    }
+    return rows;
 }
 
 // A text in one line of the results.
 std::string Shown(const std::string& text) {
     constexpr std::size_t most = 2000;
-    std::string line = Replaced(Replaced(Replaced(text, "\\", "\\\\"), "\r", "\\r"), "\n", "\\n");
+    std::string line = text;
+    for (const auto& [from, to] : {std::pair("\\", "\\\\"), std::pair("\r", "\\r"), std::pair("\n", "\\n")}) {
+        line = Replaced<std::string>(line, from, to);
+    }
     return line.size() <= most ? '"' + line + '"'
                                : '"' + line.substr(0, most) + "\"... of " + std::to_string(text.size()) + " bytes";
 }
 
-struct Found {
-    RunResult run;
-    std::string transcript;
+struct Result {
+    bool ended = false; // otherwise it was not started, or ended when its time was up, with all that it had started
+    DWORD code = 0;
+    std::string output, transcript;
+
+    /// Where it was otherwise than the row says.
+    std::string DifferenceFrom(const TestCase& row) const;
 };
 
-void Compare(std::vector<std::string>& problems, const char* what, const std::optional<Expectation>& wanted,
-             const std::string& found) {
-    if (wanted && !wanted->IsMetBy(found)) {
-        problems.push_back(std::string(what) + ": answered " + Shown(found) + ", claimed " +
-                           (wanted->isPattern ? "a text like " : "") + Shown(wanted->text));
-    }
-}
-
-// Where the run was otherwise than the answer says.
-std::vector<std::string> Differences(const Answer& answer, const Found& found) {
-    std::vector<std::string> problems;
-    if (!found.run.started || found.run.late) {
-        problems.emplace_back(found.run.late ? "ended when its time was up" : "could not be started");
-    }
-    if (answer.code && *answer.code != found.run.code) {
-        problems.push_back("exit code: answered " + std::to_string(found.run.code) + ", claimed " +
-                           std::to_string(*answer.code));
-    }
-    Compare(problems, "output", answer.output, found.run.output);
-    Compare(problems, "transcript", answer.transcript, found.transcript);
-    return problems;
-}
-
-std::string Joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const std::string& text : texts) {
-        all += (all.empty() ? "" : "; ") + text;
+std::string Result::DifferenceFrom(const TestCase& row) const {
+    std::string all = ended ? "" : "not started, or not ended in time; ";
+    const std::pair<std::wstring, std::string> answers[] = {
+        {L"code", std::to_string(code)}, {L"output", output}, {L"transcript", transcript}};
+    for (const auto& [key, found] : answers) {
+        const std::string pattern = Utf8(ValueOf(row, (key + L"~").c_str()));
+        const std::string wanted = Utf8(ValueOf(row, key.c_str()));
+        const bool fits =
+            !pattern.empty() ? std::regex_match(found, std::regex(pattern)) : found == wanted || !row.contains(key);
+        if (!fits) {
+            all += Utf8(key) + ": answered " + Shown(found) + ", claimed " + Shown(pattern + wanted) + "; ";
+        }
     }
     return all;
 }
 
+// What ends with its last handle ends whatever the child has left running.
+HANDLE NewJob() {
+    HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags =
+        JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_DIE_ON_UNHANDLED_EXCEPTION;
+    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
+    return job;
+}
+
+// Reads a pipe until its last writer is gone.
+std::string ReadAll(HANDLE pipe) {
+    std::string content;
+    char piece[0x10000];
+    DWORD count = 0;
+    while (ReadFile(pipe, piece, sizeof(piece), &count, nullptr) && count > 0) {
+        content.append(piece, count);
+    }
+    CloseHandle(pipe);
+    return content;
+}
+
+// With exactly the row's command line; standard input is empty, errors go where ours go, and no fault shows a box.
+Result RunProgram(const TestCase& row, const fs::path& program, const fs::path& folder) {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    Result result;
+    SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+    HANDLE reading = nullptr;
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    CreatePipe(&reading, &start.hStdOutput, &inherited, 0);
+    SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+    start.hStdInput = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING, 0, nullptr);
+    start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    std::wstring line = ValueOf(row, L"line");
+    PROCESS_INFORMATION process{};
+    const bool started = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                                        folder.c_str(), &start, &process);
+    CloseHandle(start.hStdOutput);
+    CloseHandle(start.hStdInput);
+    std::thread reader([&] { result.output = ReadAll(reading); });
+    if (started) {
+        const HANDLE job = NewJob();
+        AssignProcessToJobObject(job, process.hProcess);
+        ResumeThread(process.hThread);
+        const auto limit = static_cast<DWORD>(std::stoul(ValueOf(row, L"limit")));
+        result.ended = WaitForSingleObject(process.hProcess, limit * 1000) == WAIT_OBJECT_0;
+        GetExitCodeProcess(process.hProcess, &result.code);
+        for (const HANDLE handle : {job, process.hThread, process.hProcess}) {
+            CloseHandle(handle);
+        }
+    }
+    reader.join();
+    return result;
+}
+
 class CTestRun {
 public:
-    CTestRun(fs::path bundleFolder, CaseList list);
+    explicit CTestRun(fs::path bundleFolder);
     ~CTestRun();
     CTestRun(const CTestRun&) = delete;
     CTestRun& operator=(const CTestRun&) = delete;
 
     /// Whether nothing failed.
-    bool Run(const std::string& part);
+    bool Run(const std::wstring& part);
 
 private:
-    std::string WhyNotRun(const TestCase& row) const;
+    std::wstring WhyNotRun(const TestCase& row) const;
     void Prepare(const TestCase& row);
-    Found Execute(const TestCase& row);
-    void Judge(const TestCase& row, const Found& found);
+    Result Execute(const TestCase& row);
+    void Judge(const TestCase& row, const Result& result);
     void Tell(const std::string& line);
-    void Summarise();
 
     const fs::path bundle;
-    const CaseList list;
-    const bool isWine = !WineVersion().empty();
     const fs::path work; // everything that is made on the way
     CMachineChanges machine;
     std::ofstream results;
     std::vector<std::string> claims;
     int passed = 0, failed = 0, notRun = 0;
-    std::string client; // that is registered
+    std::wstring client; // that is registered
 };
 
-CTestRun::CTestRun(fs::path bundleFolder, CaseList caseList)
-    : bundle(std::move(bundleFolder)), list(std::move(caseList)),
+CTestRun::CTestRun(fs::path bundleFolder)
+    : bundle(std::move(bundleFolder)),
       work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
-      machine((bundle / "to-restore.txt").wstring()), results(bundle / "results.txt", std::ios::binary) {
-    Tell("corvane " + list.version + " on " + SystemText());
+      machine(bundle / "to-restore.txt"), results(bundle / "results.txt", std::ios::binary) {
     // What is set for the user's own runs must not reach these.
-    for (const char* name :
-         {"TESSARIX_REGISTRY", "CORVANE_MAPI_ANSWER", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
+    for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
         SetEnvironmentVariableA(name, nullptr);
     }
 }
@@ -141,110 +199,89 @@ void CTestRun::Tell(const std::string& line) {
     results << line << "\r\n" << std::flush;
 }
 
-std::string CTestRun::WhyNotRun(const TestCase& row) const {
-    if (!row.skipped.empty() || (isWine && !row.skippedUnderWine.empty())) {
-        return row.skipped + row.skippedUnderWine;
-    }
-    const bool needsSettings = row.program.ends_with(L"lifeprobe.exe");
-    return !row.client.empty() ? machine.WhyNoClient() : needsSettings ? machine.WhyNoSettings() : "";
+std::wstring CTestRun::WhyNotRun(const TestCase& row) const {
+    return row.contains(L"skip")                                  ? ValueOf(row, L"skip")
+           : row.contains(L"client")                              ? machine.WhyNoClient()
+           : ValueOf(row, L"program").ends_with(L"lifeprobe.exe") ? machine.WhyNoSettings()
+                                                                  : L"";
 }
 
 void CTestRun::Prepare(const TestCase& row) {
     fs::remove_all(work);
     fs::create_directories(work / "folder");
     std::ofstream(work / "transcript", std::ios::binary).flush();
-    for (const TestFile& file : row.files) {
-        const fs::path path = work / "folder" / file.name;
-        fs::create_directories(path.parent_path());
-        std::ofstream stream(path, std::ios::binary);
-        for (std::size_t i = 0; i < file.times; ++i) {
-            stream << file.content;
-        }
+    if (row.contains(L"files")) {
+        fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
     }
-    if (!row.client.empty() && row.client != client) {
-        client = row.client;
+    if (row.contains(L"client") && ValueOf(row, L"client") != client) {
+        client = ValueOf(row, L"client");
         const fs::path libraries = bundle / "tests" / "mapilibrary";
         machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
-                               client == "extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
+                               client == L"extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
     }
     if (machine.WhyNoSettings().empty()) {
-        machine.SetSettings(row.user, row.machine);
+        machine.SetSettings(row);
     }
 }
 
-Found CTestRun::Execute(const TestCase& row) {
+Result CTestRun::Execute(const TestCase& row) {
     Prepare(row);
-    Values variables = row.environment;
-    variables.emplace_back(L"CORVANE_TRANSCRIPT", (work / "transcript").wstring());
-    for (const auto& [name, value] : variables) {
-        SetEnvironmentVariableW(name.c_str(), value.c_str());
+    std::vector<std::wstring> variables{L"CORVANE_TRANSCRIPT=" + (work / "transcript").wstring()};
+    const auto [first, last] = row.equal_range(L"env");
+    std::for_each(first, last, [&](const auto& field) { variables.push_back(field.second); });
+    for (const std::wstring& text : variables) {
+        SetEnvironmentVariableW(text.substr(0, text.find(L'=')).c_str(), text.c_str() + text.find(L'=') + 1);
     }
-    const std::wstring program = (bundle / row.program).wstring();
-    Found found{RunProgram(program, row.line, (work / "folder").wstring(), row.limit), {}};
-    for (const auto& [name, value] : variables) {
-        SetEnvironmentVariableW(name.c_str(), nullptr);
+    Result result = RunProgram(row, bundle / ValueOf(row, L"program"), work / "folder");
+    for (const std::wstring& text : variables) {
+        SetEnvironmentVariableW(text.substr(0, text.find(L'=')).c_str(), nullptr);
     }
-    found.transcript = ReadWhole((work / "transcript").wstring());
-    return found;
+    result.transcript = ReadBytes(work / "transcript");
+    return result;
 }
 
-void CTestRun::Judge(const TestCase& row, const Found& found) {
-    const Answer& other = row.underWine;
-    const std::vector<std::string> asWindows = Differences(row.expected, found);
-    std::vector<std::string> problems = asWindows;
-    if (other.code || other.output || other.transcript) {
-        claims.push_back(row.name + ": " + (asWindows.empty() ? "as claimed" : Joined(asWindows)));
-        if (isWine) {
-            problems = Differences({other.code ? other.code : row.expected.code,
-                                    other.output ? other.output : row.expected.output,
-                                    other.transcript ? other.transcript : row.expected.transcript},
-                                   found);
-        }
+void CTestRun::Judge(const TestCase& row, const Result& result) {
+    const std::string name = Utf8(ValueOf(row, L"case"));
+    const std::string problems = result.DifferenceFrom(row);
+    if (row.contains(L"claim")) {
+        claims.push_back(name + ": " + (problems.empty() ? "as claimed" : problems));
     }
-    std::istringstream lines(found.run.output);
+    std::istringstream lines(result.output);
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with(ClaimMark)) {
-            claims.push_back(Replaced(line.substr(ClaimMark.size()), "\r", ""));
+            claims.push_back(Replaced<std::string>(line.substr(ClaimMark.size()), "\r", ""));
         }
     }
     ++(problems.empty() ? passed : failed);
-    Tell((problems.empty() ? "passed   " : "FAILED   ") + row.name);
-    for (const std::string& problem : problems) {
-        Tell("         " + problem);
-    }
-    if (!problems.empty() && !row.expected.output) {
-        Tell(found.run.output + found.run.errors);
+    Tell((problems.empty() ? "passed   " : "FAILED   ") + name);
+    if (!problems.empty()) {
+        Tell("         " + problems + (row.contains(L"output") ? "" : '\n' + result.output));
     }
 }
 
-void CTestRun::Summarise() {
-    Tell("");
-    Tell("What we claim of Windows, having seen Wine answer otherwise, and what this system answered:");
-    for (const std::string& claim : claims) {
-        Tell("claim    " + claim);
-    }
-    Tell("");
-    Tell(std::to_string(passed) + " passed, " + std::to_string(failed) + " failed, " + std::to_string(notRun) +
-         " not run, " + std::to_string(claims.size()) + " claims asked");
-}
-
-bool CTestRun::Run(const std::string& part) {
-    for (const TestCase& row : list.cases) {
+bool CTestRun::Run(const std::wstring& part) {
+    Tell("corvane " VERSION " on " + SystemText());
+    for (const TestCase& row : ReadCases(bundle)) {
         if (interrupted) {
             Tell("interrupted");
             break;
         }
-        if (row.name.find(part) == std::string::npos) {
+        if (ValueOf(row, L"case").find(part) == std::wstring::npos) {
             continue;
         }
-        if (const std::string reason = WhyNotRun(row); !reason.empty()) {
+        if (const std::wstring reason = WhyNotRun(row); !reason.empty()) {
             ++notRun;
-            Tell("not run  " + row.name + ": " + reason);
+            Tell("not run  " + Utf8(ValueOf(row, L"case") + L": " + reason));
         } else {
             Judge(row, Execute(row));
         }
     }
-    Summarise();
+    Tell("\r\nWhat we claim of Windows, having seen Wine answer otherwise, and what this system answered:");
+    for (const std::string& claim : claims) {
+        Tell("claim    " + claim);
+    }
+    Tell("\r\n" + std::to_string(passed) + " passed, " + std::to_string(failed) + " failed, " + std::to_string(notRun) +
+         " not run, " + std::to_string(claims.size()) + " claims asked");
     return failed == 0 && passed > 0 && !interrupted;
 }
 
@@ -253,15 +290,9 @@ bool CTestRun::Run(const std::string& part) {
 extern "C" int wmain(int count, wchar_t** arguments) {
     wchar_t program[1000] = {};
     GetModuleFileNameW(nullptr, program, 1000);
-    const fs::path bundle = fs::path(program).parent_path();
-    CaseList list = ReadCases((bundle / "cases.txt").wstring(), Narrow(bundle.wstring()));
-    if (list.cases.empty()) {
-        std::fprintf(stderr, "runtests: cases.txt, which belongs beside this program, is missing\n");
-        return 2;
-    }
     SetConsoleCtrlHandler([](DWORD) -> BOOL { return interrupted = true; }, TRUE);
     try {
-        return CTestRun(bundle, std::move(list)).Run(count > 1 ? Narrow(arguments[1]) : "") ? 0 : 1;
+        return CTestRun(fs::path(program).parent_path()).Run(count > 1 ? arguments[1] : L"") ? 0 : 1;
     } catch (const std::exception& failure) { // caught, so that the machine is restored
         std::fprintf(stderr, "runtests: %s\n", failure.what());
         return 2;

@@ -85,17 +85,12 @@ def run_all(options, root):
     passed = failed = 0
     with (Wine if options.wine else Native)(options, root) as place:
         table = extended.all_cases if options.extended else cases.all_cases
-        for number, case in enumerate(table(place) if not options.life else ()):
-            if not fnmatch.fnmatch(case.name, options.only) or place.wine and case.mail == "recording":
-                continue  # under Wine the runner of the bundle has it
-            if case.skip:
-                print(f"SKIP {case.name}: {case.skip}")
-                continue
-            problems = check(place, case, os.path.join(root, str(number)))
-            passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
-            if problems:
-                print("\n    ".join([f"FAIL {case.name}", *problems]))
-    for name, problems in further_checks(place, options, root) if options.only == "*" else ():
+        # Under Wine the runner of the bundle has what needs the recording library.
+        rows = [case for case in (table(place) if not options.life else ()) if not case.skip
+                and fnmatch.fnmatch(case.name, options.only) and not (place.wine and case.mail == "recording")]
+        results = [(case.name, check(place, case, os.path.join(root, str(i)))) for i, case in enumerate(rows)]
+        results += further_checks(place, options, root) if options.only == "*" else []
+    for name, problems in results:
         passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
         if problems:
             print("\n    ".join([f"FAIL {name}", *problems]))
@@ -105,13 +100,10 @@ def run_all(options, root):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", required=True)
-    parser.add_argument("--library", required=True, help="the recording MAPI library")
-    parser.add_argument("--extended-library", required=True, help="the recording library of Extended MAPI")
+    for name in ("program", "library", "extended-library", "no-entry-library", "life-probe"):
+        parser.add_argument(f"--{name}", required=True)
     parser.add_argument("--extended", action="store_true", help="run the cases of the Extended route alone")
     parser.add_argument("--life", action="store_true", help="look at the start and the stop of the foundation alone")
-    parser.add_argument("--life-probe", required=True, help="what starts and stops it")
-    parser.add_argument("--no-entry-library", required=True, help="a MAPI library that cannot send")
     parser.add_argument("--faults", action="store_true", help="the program has the fault hook")
     parser.add_argument("--wine", help="what runs a Windows program")
     parser.add_argument("--only", default="*", help="a pattern of case names")
