@@ -50,26 +50,24 @@ def options(place):
     help_page = printed(LOGO, usage)
     yield fails("no arguments", [], failure("No recipients specified"))
     yield fails("no recipient", ["-s:Hello"], failure("No recipients specified"))
-    for word in ("-?", "/?", "-HELP", "/help"):
+    for word in ("-?", "/HELP"):
         yield fails(f"help by {word}", [word], help_page)
     yield fails("help without logo", ["-nologo", "-?"], printed(usage))
-    yield fails("help after a recipient", ["-r:ann", "-?"], help_page)
     yield fails("no logo before an error", ["-nologo", "-x"], printed("The argument -x is invalid."))
     yield invalid("-x", "-nologo")
-    for word in ("-h", "-he", "/hel", "-s=One", "-subjects:x", "--x", "-:x", "-", "/", "word", "", "/UiLanguage=1"):
-        yield invalid(word)
-    for value in ("", "99999", "1033x", "99999999999"):
+    for word in ("/hel", "-s=One", "-subjects:x", "-:x", "-", "word", "", "@@x"):
+        yield invalid(word, report="@x" if word == "@@x" else None)
+    for value in ("", "1033x"):
         text = failure(f"The argument {value} specifies an invalid language code.")
         yield fails(f"language '{value}'", [f"/UiLanguage:{value}"], text)
-    for word in ("-r:", "-r", "-a:", "-a"):
+    for word in ("-r:", "-a"):
         yield fails(f"empty value {word}", [word], internal_error("Corvane"))
     yield fails("an error stops the rest", ["-r:ann", "-x", "-?"], failure("The argument -x is invalid."))
-    for subject in ("-su:x", "-SUBJECT:x", "/Subj:x"):
+    for subject in ("-su:x", "/SUBJECT:x"):
         yield Case(f"subject by {subject}", ("-r:ann", subject), [Mail(subject="x")])
     turkish = place.locale("tr_TR")
     yield Case("options and files of a Turk", ("-RECIPIENT:ann", "-ATTACHMENT:IN.TXT"), [Mail(files=("IN.TXT",))],
                files={"in.txt": b"x"}, settings=turkish, skip=None if turkish else "no Turkish locale can be made here")
-    yield Case("the last subject counts", ("-r:ann", "-s:One", "-s:Two"), [Mail(subject="Two")])
     yield Case("empty subject and body", ("-r:ann", "-s:", "-b"), [Mail()])
     yield Case("subject and body", ("/Recipient:A <a@b>", "-body:Text", "-s:a:b"), [Mail("A", "a@b", "a:b", "Text")])
 
@@ -105,21 +103,16 @@ def attachments(place):
     yield one("attachment with a shown name", "Report <x.txt>", ("x.txt", "Report"), files=x)
     yield one("folder in the shown name", "dir/Report.a <x.txt>", ("x.txt", "Report.a"), files=x)
     yield one("attachment in a folder", r"sub\x.txt", (r"sub\x.txt", "x.txt"), files=sub)
-    yield one("attachment in a folder, other separator", "sub/x.txt", ("sub/x.txt", "x.txt"), files=sub)
     yield one("attachment in other case", "X.TXT", "X.TXT", files=x)
     yield one("attachment value with a colon", "b:c")  # neither a drive nor a file of that name
     yield one("attachment that is a folder", "sub", "sub", files=sub)
-    yield one("attachment that is a folder, closed", "sub/", "sub", files=sub)
-    yield one("attachment beyond a missing folder", "none/x.txt")
     yield one("attachment in a locked folder", "locked/x.txt", files={"locked/x.txt": b"x"}, unprivileged=True,
               skip="Wine runs as the owner of its prefix alone" if place.windows else None)
-    yield one("attachment of 300 letters", "a" * 300)
 
 
 def texts(place):
     yield Case("quotes and blanks", ("-r:ann", '-s:say "no" ', "-b: two  words"),
                [Mail(subject='say "no" ', body=" two  words")])
-    yield Case("only quotes", ("-r:ann", '-s:""', '-b:"'), [Mail(subject='""', body='"')])
     yield Case("backslashes stay", ("-r:ann", "-s:a\\", r'-b:\\a\" b\\'), [Mail(subject="a\\", body=r'\\a\" b\\')])
     yield Case("lines and controls", ("-r:ann", "-b:1\n2\r\n3\t\x01\x7f"), [Mail(body="1\n2\r\n3\t\x01\x7f")])
     # Code page 1252 has the first of these alone.
@@ -128,8 +121,6 @@ def texts(place):
     letters = "Ünïcödé – 5 €"
     yield Case("letters of Western Europe", (f"-r:{letters} <{letters}>", f"-s:{letters}", f"-b:{letters}"),
                [Mail(letters, letters, letters, letters)])
-    name = "Ünï.txt"
-    yield Case("attachment beyond ASCII", ("-r:ann", f"-a:{name}"), [Mail(files=(name,))], files={name: b""})
     # The ANSI code page is 1252 under Wine and lacks these; it is UTF-8 natively. The last one takes two UTF-16 units.
     wide = "Ж 漢 😀"
     yield Case("letters of the world", ("-r:ann", f"-s:{wide}", f"-b:{wide}"),
@@ -157,7 +148,6 @@ def response_files(place):
     nested = {"my files/outer.txt": b'-b:first "@my files/inner.txt"', "my files/inner.txt": b'"-r:Ann <ann>" -s:Two'}
     yield Case("nested response files", ("-s:One", "@my files/outer.txt", "-b:last"),
                [Mail("Ann", "ann", "Two", "last")], files=nested)
-    yield Case("empty response file", ("-r:ann", "@args.txt"), [Mail()], files={"args.txt": b""})
     yield Case("large response file", ("@args.txt",), [Mail(body="x" * 1000000)],
                files={"args.txt": b"-r:ann -b:" + b"x" * 1000000})
     if not place.windows:
@@ -166,12 +156,8 @@ def response_files(place):
         yield fails("endless response file", ["@/dev/zero"], failure(
             "An error occurred while accessing Z:\\dev\\zero: \r\n"
             "The file size exceeds the limit allowed and cannot be saved.\r\n"))
-    for word, report in (("@@x", "@x"), ("@", "@"), ("@@@x", "@@x"), ("@@", "@")):
-        yield invalid(word, report=report)
     yield fails("missing response file", ["-r:ann", "@none.txt"], in_folder("\\none.txt was not found."))
-    yield fails("response file in a missing folder", ["@none/x.txt"], in_folder("\\none\\x.txt contains an invalid path."))
     yield fails("response file that is a folder", ["@sub"], in_folder("\\sub was denied.", "Access to "), files={"sub/x": b""})
-    yield fails("no logo comes too late", ["-nologo", "@none.txt"], in_folder("\\none.txt was not found."))
 
 
 def deliveries(place):
@@ -185,7 +171,6 @@ def deliveries(place):
     # Each system's own text for the code, which brings its own line end.
     missing = "Module not found.\r\n" if place.wine else "The specified module could not be found.\r\n"
     yield fails("no MAPI library", two, failure(missing), mail="missing")
-    yield fails("no MAPI library and no logo", ["-nologo", *two], printed(missing), mail="missing")
     if not place.windows:
         with open(place.options.library, "rb") as library:
             content = library.read()

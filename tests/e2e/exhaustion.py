@@ -19,6 +19,7 @@ import email
 import email.policy
 import glob
 import os
+import pathlib
 import shutil
 import signal
 import subprocess
@@ -83,6 +84,11 @@ class Outcome:
     calls: int  # that count for the plan, in the module that made most
 
 
+def text_of(path):
+    """Empty without the file."""
+    return pathlib.Path(path).read_text(encoding="utf-8") if os.path.exists(path) else ""
+
+
 class Bench:
     """Makes runs, each with a folder of its own: what a run leaves belongs to it alone."""
 
@@ -104,7 +110,8 @@ class Bench:
         process = subprocess.run([program, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL, timeout=LIMIT,
                                  check=False, **(streams or {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}))
         text = lambda data: (data or b"").decode(errors="replace").replace("\r\n", "\n").replace(folder, "")
-        calls = self.calls(folder)
+        # Pairs of the number of calls that a module made and the one that failed.
+        calls = [line.split() for line in text_of(os.path.join(folder, "calls")).splitlines()]
         outcome = Outcome(process.returncode, text(process.stdout), text(process.stderr), self.delivered(folder),
                           "".join(name for _, name in calls if name != "none"), max((int(n) for n, _ in calls), default=0))
         shutil.rmtree(folder)
@@ -115,8 +122,7 @@ class Bench:
         for name in ("bin", "registry", "home", "lib/corvane"):
             os.makedirs(os.path.join(folder, name))
         for name, content in FILES.items():
-            with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
-                file.write(content)
+            pathlib.Path(folder, name).write_text(content, encoding="utf-8")
         program = os.path.join(folder, "bin", "corvane")
         os.link(self.options.life_probe if scenario.probe else self.options.program, program)
         rows = {"HKEY_CURRENT_USER": [], "HKEY_LOCAL_MACHINE": []}
@@ -130,8 +136,7 @@ class Bench:
         else:
             os.link(self.options.library, os.path.join(folder, "bin/mapi32.so"))
         for root, lines in rows.items():
-            with open(os.path.join(folder, "registry", root + ".reg"), "w", encoding="utf-8") as file:
-                file.write(settings_text(*lines))
+            pathlib.Path(folder, "registry", root + ".reg").write_text(settings_text(*lines), encoding="utf-8")
         return program, {
             "PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8", "HOME": os.path.join(folder, "home"), "XDG_DATA_DIRS": "/usr/share",
             "TESSARIX_REGISTRY": os.path.join(folder, "registry"), "CORVANE_MAIL_CLIENT": "draft",
@@ -141,20 +146,9 @@ class Bench:
             "ASAN_OPTIONS": f"detect_leaks={int(not scenario.script)}"}
 
     @staticmethod
-    def calls(folder):
-        """Pairs of the number of calls that a module made and the one that failed."""
-        path = os.path.join(folder, "calls")
-        if not os.path.exists(path):
-            return []
-        with open(path, encoding="ascii") as file:
-            return [line.split() for line in file]
-
-    def delivered(self, folder):
+    def delivered(folder):
         """What the library was handed: the lines that it noted, and the drafts in words."""
-        lines = []
-        if os.path.exists(os.path.join(folder, "transcript")):
-            with open(os.path.join(folder, "transcript"), encoding="utf-8") as file:
-                lines = [line for line in file.read().splitlines() if not line.startswith(("attach", "detach"))]
+        lines = [line for line in text_of(os.path.join(folder, "transcript")).splitlines() if line != "end:"]
         for path in glob.glob(os.path.join(folder, "home/.local/share/corvane/drafts/*")):
             with open(path, "rb") as file:
                 message = email.message_from_binary_file(file, policy=email.policy.default)
