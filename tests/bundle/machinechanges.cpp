@@ -39,15 +39,10 @@ bool Exists(HKEY root, const wchar_t* path) {
     return RegOpenKeyExW(root, path, 0, KEY_READ, &key) == ERROR_SUCCESS && RegCloseKey(key) == ERROR_SUCCESS;
 }
 
-// Tries it: only the system knows whom it lets.
-bool CanChange(HKEY root, const wchar_t* path) {
-    HKEY key = nullptr;
-    return RegCreateKeyExW(root, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) == ERROR_SUCCESS &&
-           RegCloseKey(key) == ERROR_SUCCESS;
-}
-
-void SetText(HKEY root, const wchar_t* path, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
-    RegSetKeyValueW(root, path, name, type, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+// Whether the system let us.
+bool SetText(HKEY root, const wchar_t* path, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
+    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    return RegSetKeyValueW(root, path, name, type, text.c_str(), size) == ERROR_SUCCESS;
 }
 
 // The default mail client of a root, behind the character of its type's number; empty without one.
@@ -105,7 +100,7 @@ CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(st
     if (Exists(HKEY_CURRENT_USER, Settings) || Exists(HKEY_LOCAL_MACHINE, Settings)) {
         noSettings = L"this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
     }
-    if (!CanChange(HKEY_LOCAL_MACHINE, ClientKey)) {
+    if (!SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", L"")) {
         noClient = L"it changes the machine's registry: start this from an elevated prompt";
         noSettings = noClient;
     }
@@ -136,12 +131,13 @@ void CMachineChanges::SetSettings(const TestCase& row) {
 
 void CMachineChanges::Restore() {
     std::wistringstream file(ReadText(journal));
-    std::wstring known, machineClient, userClient;
-    if (!std::getline(file, known) || !std::getline(file, machineClient) || !std::getline(file, userClient)) {
+    std::wstring known;
+    std::wstring client[2];
+    if (!std::getline(file, known) || !std::getline(file, client[0]) || !std::getline(file, client[1])) {
         return; // nothing has been changed
     }
-    RestoreDefaultClient(HKEY_LOCAL_MACHINE, machineClient);
-    RestoreDefaultClient(HKEY_CURRENT_USER, userClient);
+    RestoreDefaultClient(HKEY_LOCAL_MACHINE, client[0]);
+    RestoreDefaultClient(HKEY_CURRENT_USER, client[1]);
     for (std::size_t i = 0; i < std::min(known.size(), std::size(Touched)); ++i) {
         if (known[i] == L'n') {
             Remove(Touched[i]);

@@ -17,21 +17,28 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// What came of a run, by the keys of what is expected.
+using Answers = std::map<std::wstring, std::string>;
+
 std::atomic<bool> interrupted = false; // by Control-C: the machine is restored first
 
 constexpr std::string_view ClaimMark = "claim: "; // what a test program's line begins with
 
-// Of the whole run; empty on Windows.
+template <class TFunction>
+TFunction NativeFunction(const char* name) {
+    return reinterpret_cast<TFunction>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+// Empty on Windows.
 std::string WineVersion() {
-    const FARPROC version = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version");
-    return version ? reinterpret_cast<const char* (*)()>(reinterpret_cast<void*>(version))() : "";
+    const auto version = NativeFunction<const char* (*)()>("wine_get_version");
+    return version ? version() : "";
 }
 
 std::string SystemText() {
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof(version);
-    const FARPROC ask = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
-    reinterpret_cast<LONG(WINAPI*)(OSVERSIONINFOW*)>(reinterpret_cast<void*>(ask))(&version);
+    NativeFunction<LONG(WINAPI*)(OSVERSIONINFOW*)>("RtlGetVersion")(&version);
     std::ostringstream text;
     text << "Windows " << version.dwMajorVersion << '.' << version.dwMinorVersion << '.' << version.dwBuildNumber
          << (WineVersion().empty() ? "" : " as Wine " + WineVersion() + " shows it") << ", code pages " << GetACP()
@@ -39,7 +46,7 @@ std::string SystemText() {
     return text.str();
 }
 
-std::wstring ValueOf(const TestCase& row, const wchar_t* key) {
+std::wstring ValueOf(const TestCase& row, const std::wstring& key) {
     const auto found = row.find(key);
     return found == row.end() ? std::wstring() : found->second;
 }
@@ -60,32 +67,20 @@ std::vector<TestCase> ReadCases(const fs::path& bundle) {
 }
 
 // A text in one line of the results.
-std::string Shown(const std::string& text) {
+std::string Shown(std::string line) {
     constexpr std::size_t most = 2000;
-    std::string line = text;
     for (const auto& [from, to] : {std::pair("\\", "\\\\"), std::pair("\r", "\\r"), std::pair("\n", "\\n")}) {
         line = Replaced<std::string>(line, from, to);
     }
-    return line.size() <= most ? '"' + line + '"'
-                               : '"' + line.substr(0, most) + "\"... of " + std::to_string(text.size()) + " bytes";
+    return '"' + (line.size() <= most ? line : line.substr(0, most) + "...") + '"';
 }
 
-struct Result {
-    bool ended = false; // otherwise it was not started, or ended when its time was up, with all that it had started
-    DWORD code = 0;
-    std::string output, transcript;
-
-    /// Where it was otherwise than the row says.
-    std::string DifferenceFrom(const TestCase& row) const;
-};
-
-std::string Result::DifferenceFrom(const TestCase& row) const {
-    std::string all = ended ? "" : "not started, or not ended in time; ";
-    const std::pair<std::wstring, std::string> answers[] = {
-        {L"code", std::to_string(code)}, {L"output", output}, {L"transcript", transcript}};
+// Where the answers are otherwise than the row says.
+std::string Difference(const TestCase& row, const Answers& answers) {
+    std::string all;
     for (const auto& [key, found] : answers) {
-        const std::string pattern = Utf8(ValueOf(row, (key + L"~").c_str()));
-        const std::string wanted = Utf8(ValueOf(row, key.c_str()));
+        const std::string pattern = Utf8(ValueOf(row, key + L"~"));
+        const std::string wanted = Utf8(ValueOf(row, key));
         const bool fits =
             !pattern.empty() ? std::regex_match(found, std::regex(pattern)) : found == wanted || !row.contains(key);
         if (!fits) {
@@ -106,21 +101,18 @@ HANDLE NewJob() {
 }
 
 // Reads a pipe until its last writer is gone.
-std::string ReadAll(HANDLE pipe) {
-    std::string content;
+void ReadAll(HANDLE pipe, std::string& content) {
     char piece[0x10000];
-    DWORD count = 0;
-    while (ReadFile(pipe, piece, sizeof(piece), &count, nullptr) && count > 0) {
+    for (DWORD count = 0; ReadFile(pipe, piece, sizeof(piece), &count, nullptr) && count > 0;) {
         content.append(piece, count);
     }
     CloseHandle(pipe);
-    return content;
 }
 
 // With exactly the row's command line; standard input is empty, errors go where ours go, and no fault shows a box.
-Result RunProgram(const TestCase& row, const fs::path& program, const fs::path& folder) {
+Answers RunProgram(const TestCase& row, const fs::path& program, const fs::path& folder) {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-    Result result;
+    Answers answers{{L"code", "none, not started"}, {L"output", ""}};
     SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
     HANDLE reading = nullptr;
     STARTUPINFOW start{};
@@ -136,20 +128,22 @@ Result RunProgram(const TestCase& row, const fs::path& program, const fs::path& 
                                         folder.c_str(), &start, &process);
     CloseHandle(start.hStdOutput);
     CloseHandle(start.hStdInput);
-    std::thread reader([&] { result.output = ReadAll(reading); });
+    std::thread reader([&] { ReadAll(reading, answers[L"output"]); });
     if (started) {
         const HANDLE job = NewJob();
         AssignProcessToJobObject(job, process.hProcess);
         ResumeThread(process.hThread);
         const auto limit = static_cast<DWORD>(std::stoul(ValueOf(row, L"limit")));
-        result.ended = WaitForSingleObject(process.hProcess, limit * 1000) == WAIT_OBJECT_0;
-        GetExitCodeProcess(process.hProcess, &result.code);
+        const bool ended = WaitForSingleObject(process.hProcess, limit * 1000) == WAIT_OBJECT_0;
+        DWORD code = 0;
+        GetExitCodeProcess(process.hProcess, &code);
+        answers[L"code"] = ended ? std::to_string(code) : "none in time";
         for (const HANDLE handle : {job, process.hThread, process.hProcess}) {
             CloseHandle(handle);
         }
     }
     reader.join();
-    return result;
+    return answers;
 }
 
 class CTestRun {
@@ -165,8 +159,8 @@ public:
 private:
     std::wstring WhyNotRun(const TestCase& row) const;
     void Prepare(const TestCase& row);
-    Result Execute(const TestCase& row);
-    void Judge(const TestCase& row, const Result& result);
+    Answers Execute(const TestCase& row);
+    void Judge(const TestCase& row, const Answers& answers);
     void Tell(const std::string& line);
 
     const fs::path bundle;
@@ -200,16 +194,17 @@ void CTestRun::Tell(const std::string& line) {
 }
 
 std::wstring CTestRun::WhyNotRun(const TestCase& row) const {
-    return row.contains(L"skip")                                  ? ValueOf(row, L"skip")
-           : row.contains(L"client")                              ? machine.WhyNoClient()
-           : ValueOf(row, L"program").ends_with(L"lifeprobe.exe") ? machine.WhyNoSettings()
-                                                                  : L"";
+    const bool needsSettings =
+        row.contains(L"user") || row.contains(L"machine") || ValueOf(row, L"program").ends_with(L"lifeprobe.exe");
+    return row.contains(L"skip")     ? ValueOf(row, L"skip")
+           : row.contains(L"client") ? machine.WhyNoClient()
+           : needsSettings           ? machine.WhyNoSettings()
+                                     : L"";
 }
 
 void CTestRun::Prepare(const TestCase& row) {
     fs::remove_all(work);
     fs::create_directories(work / "folder");
-    std::ofstream(work / "transcript", std::ios::binary).flush();
     if (row.contains(L"files")) {
         fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
     }
@@ -224,29 +219,35 @@ void CTestRun::Prepare(const TestCase& row) {
     }
 }
 
-Result CTestRun::Execute(const TestCase& row) {
+Answers CTestRun::Execute(const TestCase& row) {
     Prepare(row);
     std::vector<std::wstring> variables{L"CORVANE_TRANSCRIPT=" + (work / "transcript").wstring()};
     const auto [first, last] = row.equal_range(L"env");
     std::for_each(first, last, [&](const auto& field) { variables.push_back(field.second); });
-    for (const std::wstring& text : variables) {
-        SetEnvironmentVariableW(text.substr(0, text.find(L'=')).c_str(), text.c_str() + text.find(L'=') + 1);
-    }
-    Result result = RunProgram(row, bundle / ValueOf(row, L"program"), work / "folder");
-    for (const std::wstring& text : variables) {
-        SetEnvironmentVariableW(text.substr(0, text.find(L'=')).c_str(), nullptr);
-    }
-    result.transcript = ReadBytes(work / "transcript");
-    return result;
+    const auto setAll = [&variables](bool given) {
+        for (const std::wstring& text : variables) {
+            const std::size_t sign = text.find(L'=');
+            SetEnvironmentVariableW(text.substr(0, sign).c_str(), given ? text.c_str() + sign + 1 : nullptr);
+        }
+    };
+    const fs::path program = bundle / ValueOf(row, L"program");
+    const fs::path log = program.parent_path() / "TessarixLog.txt";
+    fs::remove(log);
+    setAll(true);
+    Answers answers = RunProgram(row, program, work / "folder");
+    setAll(false);
+    answers[L"transcript"] = ReadBytes(work / "transcript");
+    answers[L"log"] = ReadBytes(log);
+    return answers;
 }
 
-void CTestRun::Judge(const TestCase& row, const Result& result) {
+void CTestRun::Judge(const TestCase& row, const Answers& answers) {
     const std::string name = Utf8(ValueOf(row, L"case"));
-    const std::string problems = result.DifferenceFrom(row);
+    const std::string problems = Difference(row, answers);
     if (row.contains(L"claim")) {
         claims.push_back(name + ": " + (problems.empty() ? "as claimed" : problems));
     }
-    std::istringstream lines(result.output);
+    std::istringstream lines(answers.at(L"output"));
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with(ClaimMark)) {
             claims.push_back(Replaced<std::string>(line.substr(ClaimMark.size()), "\r", ""));
@@ -255,25 +256,23 @@ void CTestRun::Judge(const TestCase& row, const Result& result) {
     ++(problems.empty() ? passed : failed);
     Tell((problems.empty() ? "passed   " : "FAILED   ") + name);
     if (!problems.empty()) {
-        Tell("         " + problems + (row.contains(L"output") ? "" : '\n' + result.output));
+        Tell("         " + problems + (row.contains(L"output") ? "" : '\n' + answers.at(L"output")));
     }
 }
 
 bool CTestRun::Run(const std::wstring& part) {
     Tell("corvane " VERSION " on " + SystemText());
     for (const TestCase& row : ReadCases(bundle)) {
-        if (interrupted) {
-            Tell("interrupted");
-            break;
-        }
-        if (ValueOf(row, L"case").find(part) == std::wstring::npos) {
+        const std::wstring name = ValueOf(row, L"case");
+        const std::wstring reason = interrupted ? L"interrupted" : WhyNotRun(row);
+        if (name.find(part) == std::wstring::npos) {
             continue;
         }
-        if (const std::wstring reason = WhyNotRun(row); !reason.empty()) {
-            ++notRun;
-            Tell("not run  " + Utf8(ValueOf(row, L"case") + L": " + reason));
-        } else {
+        if (reason.empty()) {
             Judge(row, Execute(row));
+        } else {
+            ++notRun;
+            Tell("not run  " + Utf8(name + L": " + reason));
         }
     }
     Tell("\r\nWhat we claim of Windows, having seen Wine answer otherwise, and what this system answered:");

@@ -1,4 +1,4 @@
-// lifeprobe COMMAND [FOLDER]: starts the foundation and tells what came of it, for the suite that looks at its life
+// lifeprobe COMMAND [FOLDER]: starts the foundation and tells what came of it, for the suites that look at its life
 // from outside.
 #include "foundation/inc/commandlinefo.h"
 #include "foundation/inc/debugflags.h"
@@ -13,7 +13,6 @@
 #include "platform/inc/process.h"
 #include <clocale>
 #include <cstdio>
-#include <cstdlib>
 
 using namespace Tsx;
 
@@ -32,21 +31,14 @@ void Print(const char* what, const CUnicodeString& text) {
     std::printf("%s %s\n", what, text.ToNarrow(AnsiCodePage).Text());
 }
 
-/// What the settings came to.
 void TellSettings() {
-    InitializeFoundation(nullptr, nullptr);
     const std::string_view locale = std::setlocale(LC_ALL, nullptr);
     std::printf("flags %x, locale %s\n", GetDebugFlags(), locale == "C" ? "kept" : "changed");
     Print("temp", TemporaryFolder);
-    DeinitializeFoundation();
 }
 
-void TellFolders() {
-    InitializeFoundation(nullptr, nullptr);
-    Print("local", LocalApplicationFolder);
-    Print("roaming", ApplicationFolder);
-    Print("common", CommonApplicationFolder);
-    DeinitializeFoundation();
+void Fail() {
+    GenerateLastErrorException(5);
 }
 
 /// The stop modes as they are read, and a failure that may stop.
@@ -54,14 +46,10 @@ void TellStopModes() {
     std::printf("%u %u\n", GetAssertStopMode(), GetErrorStopMode());
     std::fflush(stdout);
     try {
-        GenerateLastErrorException(5);
+        Fail();
     } catch (CException* exception) {
         delete exception;
     }
-}
-
-void Fail() {
-    GenerateLastErrorException(5);
 }
 
 /// A module that is linked in and can't start: that is final.
@@ -75,62 +63,42 @@ void FailToStart() {
     std::printf("state %d\n", GetFoundationState());
 }
 
-/// What is done between a start and a stop. A start that fails has been shown and ends as a failure.
-template <class TAction>
-void StartAndStop(TAction action) {
+/// Files in memory: made, copied, listed, and left behind for the stop to sweep.
+void UseMemoryFiles() {
+    const CUnicodeString root = CVirtualFileSystem::GetRootName();
+    CFile file;
+    file.Open(root + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
+    file.Write("text", 4);
+    file.Close();
+    FileSystem::GetFileSystem(root).CopyFile(root + u"c.txt", root + u"a\\b.txt");
+    CArray<CFileStatus> found;
+    FileSystem::GetFileSystem(root).FindFiles(root, found, u"*");
+    for (const CFileStatus& status : found) {
+        Print("found", CUnicodeString::Format(u"%s %d", status.Name, status.Size));
+    }
+}
+
+/// A start that fails has been shown and ends as a failure, and so does an action that fails.
+void RunCommand(const CUnicodeString& command, const CUnicodeString& folder) {
+    if (command == u"badmodule") {
+        return FailToStart();
+    }
+    if (command == u"language") {
+        GetResourceBase().AddPrefix(folder, u"corvane");
+    }
     if (!InitializeFoundation(nullptr, nullptr)) {
         GenerateUserException();
     }
-    const bool done = RunAndShowFailure(action);
+    const bool done = RunAndShowFailure([&command] {
+        command == u"settings" ? TellSettings()
+        : command == u"modes"  ? TellStopModes()
+        : command == u"files"  ? UseMemoryFiles()
+                               : Print("help", GetMessage(MSG_INTERNAL_ERROR));
+    });
     DeinitializeFoundation();
     if (!done) {
         GenerateUserException();
     }
-}
-
-/// A text in the language of the one library in a folder.
-void TellInLanguage(const CUnicodeString& folder) {
-    GetResourceBase().AddPrefix(folder, u"corvane");
-    StartAndStop([] { Print("help", GetMessage(MSG_INTERNAL_ERROR)); });
-}
-
-/// Files in memory: made, copied, listed, and left behind for the stop to sweep.
-void UseMemoryFiles() {
-    StartAndStop([] {
-        const CUnicodeString root = CVirtualFileSystem::GetRootName();
-        CFile file;
-        file.Open(root + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
-        file.Write("text", 4);
-        file.Close();
-        FileSystem::GetFileSystem(root).CopyFile(root + u"c.txt", root + u"a\\b.txt");
-        CArray<CFileStatus> found;
-        FileSystem::GetFileSystem(root).FindFiles(root, found, u"*");
-        for (const CFileStatus& status : found) {
-            Print("found", CUnicodeString::Format(u"%s %d", status.Name, status.Size));
-        }
-    });
-}
-
-std::int32_t RunCommand() {
-    CArray<CUnicodeString> words;
-    SplitCommandLine(words, Platform::GetCommandLine());
-    if (words.Size() == 3 && words[1] == u"language") {
-        TellInLanguage(words[2]);
-        return 0;
-    }
-    using Action = void (*)();
-    constexpr std::pair<const char16_t*, Action> rows[] = {{u"settings", &TellSettings},
-                                                           {u"folders", &TellFolders},
-                                                           {u"modes", &TellStopModes},
-                                                           {u"badmodule", &FailToStart},
-                                                           {u"files", &UseMemoryFiles}};
-    for (const auto& [name, action] : rows) {
-        if (words.Size() == 2 && words[1] == name) {
-            action();
-            return 0;
-        }
-    }
-    return 1;
 }
 
 } // namespace
@@ -143,7 +111,10 @@ std::int32_t ProgramMain() {
     mode.NoExceptions = false;
     CPrintingHandler handler;
     const CMessageHandlerScope scope(&handler);
-    std::int32_t exitCode = -1;
-    RunAndShowFailure([&exitCode] { exitCode = RunCommand(); });
-    return exitCode;
+    const bool done = RunAndShowFailure([] {
+        CArray<CUnicodeString> words;
+        SplitCommandLine(words, Platform::GetCommandLine());
+        RunCommand(words[1], words.Size() > 2 ? words[2] : u"");
+    });
+    return done ? 0 : -1;
 }

@@ -1,120 +1,101 @@
 #!/usr/bin/env python3
-"""Runs the table of cases against the built program, natively or under Wine. Ends with 1 if a case fails."""
+"""Runs the table of cases against the built native program. Ends with 1 if a case fails."""
 
 import argparse
 import difflib
-import fnmatch
 import os
+import pathlib
 import re
-import shutil
+import signal
+import subprocess
 import sys
 import tempfile
 
 import cases
 import extended
 import life
-import outputs
-from places import Native, Wine
+from places import Native
 
-LOCKED = "locked"  # the folder that an unprivileged case may not enter
-
-
-def prepare(case, folder):
-    """The case's working folder with its files."""
-    os.mkdir(folder)
-    for name, content in case.files.items():
-        path = os.path.join(os.fsencode(folder), os.fsencode(name))
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "wb") as file:
-            file.write(content)
-    if case.unprivileged:
-        os.chmod(os.path.join(folder, LOCKED), 0)
+LIMIT = 90  # seconds
 
 
-def shown(text):
-    """Lines to compare, with carriage returns and cut where they are huge."""
-    lines = text.replace("\r", "\\r").splitlines() or ["(nothing)"]
-    return [line if len(line) < 500 else f"{line[:200]}... ({len(line)} characters)" for line in lines]
+def start(place, case, folder, transcript):
+    """The run's exit code, output and errors, and the files that it leaves beside the program: name -> text."""
+    program = pathlib.Path(place.programs[case.mail])
+    there = set(program.parent.iterdir())
+    environment = {**place.environment, "CORVANE_TRANSCRIPT": str(transcript), **case.environment}
+    command = [*(["sh", "-c", case.shell] if case.shell else []), program, *case.words]
+    with subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, start_new_session=True) as process:
+        try:
+            output, errors = process.communicate(timeout=LIMIT)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)  # whatever is left of it
+            return f"none within {LIMIT} seconds", *process.communicate(), {}
+    left = {path.name: path.read_bytes() for path in set(program.parent.iterdir()) - there}
+    for name in left:
+        (program.parent / name).unlink()
+    return process.returncode, output, errors, {
+        name: content.decode("utf-16-le" if content.startswith(b"\xff\xfe") else "utf-8") for name, content in left.items()}
 
 
 def difference(what, wanted, found):
     """Nothing if they agree, else the lines that tell how they don't."""
-    if isinstance(wanted, re.Pattern):
-        if wanted.fullmatch(found):
-            return []
-        wanted = f"(a pattern) {wanted.pattern}"
-    if wanted == found:
+    if wanted == found or isinstance(wanted, re.Pattern) and wanted.fullmatch(found):
         return []
-    lines = list(difflib.unified_diff(shown(wanted), shown(found), f"{what} expected", f"{what} found", "", "", 2, ""))
-    return lines or [f"{what}: differs beyond what is shown here"]
+    wanted = wanted.pattern if isinstance(wanted, re.Pattern) else wanted
+    # Huge lines are cut.
+    lines = [[line if len(line) < 500 else f"{line[:200]}... ({len(line)} characters)"
+              for line in text.replace("\r", "\\r").splitlines() or ["(nothing)"]] for text in (wanted, found)]
+    return list(difflib.unified_diff(*lines, f"{what} expected", f"{what} found", "", "", 2, "")) or [f"{what} differs"]
 
 
 def check(place, case, folder):
     """What is wrong with the case, in lines."""
-    prepare(case, folder)
-    transcript_file = folder + ".transcript"
-    with open(transcript_file, "wb"):
-        os.chmod(transcript_file, 0o666)
-    environment = {"CORVANE_TRANSCRIPT": place.library_path(transcript_file), **case.settings}
-    result = place.run(case, folder, environment)
-    if case.unprivileged:
-        os.chmod(os.path.join(folder, LOCKED), 0o700)
-    with open(transcript_file, encoding="utf-8") as file:
-        transcript = file.read()
-    problems = [f"killed after {case.limit} seconds"] if result.late else []
-    if case.code == cases.CRASHED:
-        if not place.crashed(result.code):
-            problems.append(f"exit code {result.code}, expected that of a crash")
-    else:
-        wanted = place.exit_code(case.code)
-        problems += [] if result.code == wanted else [f"exit code {result.code}, expected {wanted}"]
-        problems += difference("standard error", "", result.errors.decode(errors="replace"))
-    problems += difference("standard output", case.output, result.output.decode(errors="replace"))
-    return problems + difference("transcript", place.transcript(case), transcript)
-
-
-def further_checks(place, options, root):
-    """What the program does beside handing mail over."""
-    if options.life:
-        yield from life.checks(place)
-    elif not options.extended:
-        yield from outputs.checks(place, root)
+    for name, content in case.files.items():
+        path = folder / os.fsdecode(name)
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(content)
+    rows = {root: ["[{}\\Software\\Ostrel\\Tessarix]".format(key),
+                   *('"{}"="{}"'.format(name, value.replace("\\", "\\\\")) for name, value in values.items())]
+            for root, key, values in (("user", "HKEY_CURRENT_USER", case.user), ("machine", "HKEY_LOCAL_MACHINE", case.machine))}
+    place.set_registry(case.mail == "extended", **rows)
+    transcript = folder / ".transcript"
+    transcript.touch()
+    code, output, errors, left = start(place, case, folder, transcript)
+    problems = [] if place.ends(case, code) else [f"exit code {code}, expected {case.code}"]
+    problems += difference("standard error", "", errors.decode(errors="replace")) if case.code != cases.CRASHED else []
+    problems += difference("standard output", case.output, output.decode(errors="replace"))
+    for name in sorted({*left, *case.left}):
+        problems += difference(name, case.left.get(name, "(no such file)"), left.get(name, "(no such file)"))
+    return problems + difference("transcript", place.transcript(case), transcript.read_text(encoding="utf-8"))
 
 
 def run_all(options, root):
-    passed = failed = 0
-    with (Wine if options.wine else Native)(options, root) as place:
-        table = extended.all_cases if options.extended else cases.all_cases
-        # Under Wine the runner of the bundle has what needs the recording library.
-        rows = [case for case in (table(place) if not options.life else ()) if not case.skip
-                and fnmatch.fnmatch(case.name, options.only) and not (place.wine and case.mail == "recording")]
-        results = [(case.name, check(place, case, os.path.join(root, str(i)))) for i, case in enumerate(rows)]
-        results += further_checks(place, options, root) if options.only == "*" else []
-    for name, problems in results:
-        passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
-        if problems:
-            print("\n    ".join([f"FAIL {name}", *problems]))
-    print(f"{passed} passed, {failed} failed")
-    return failed == 0 and passed > 0
+    failed = count = 0
+    with Native(options, root) as place:
+        place.copy_others()
+        for table in (cases, life, extended):
+            for case in table.all_cases(place):
+                if options.only in case.name:
+                    count += 1
+                    folder = pathlib.Path(root, str(count))
+                    folder.mkdir()
+                    problems = check(place, case, folder)
+                    failed += bool(problems)
+                    print("".join(f"{problem}\n    " for problem in [f"FAIL {case.name}", *problems] if problems), end="")
+    print(f"{count - failed} passed, {failed} failed")
+    return failed == 0 and count > 0
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     for name in ("program", "library", "extended-library", "no-entry-library", "life-probe"):
         parser.add_argument(f"--{name}", required=True)
-    parser.add_argument("--extended", action="store_true", help="run the cases of the Extended route alone")
-    parser.add_argument("--life", action="store_true", help="look at the start and the stop of the foundation alone")
-    parser.add_argument("--faults", action="store_true", help="the program has the fault hook")
-    parser.add_argument("--wine", help="what runs a Windows program")
-    parser.add_argument("--only", default="*", help="a pattern of case names")
-    options = parser.parse_args()
-    root = tempfile.mkdtemp(prefix="corvane-e2e-")
-    os.chmod(root, 0o755)  # an unprivileged case runs as another user
-    os.umask(0o022)
-    try:
-        return 0 if run_all(options, root) else 1
-    finally:
-        shutil.rmtree(root)
+    parser.add_argument("--only", default="", help="a part of the cases' names")
+    parser.set_defaults(extended=False)
+    with tempfile.TemporaryDirectory(prefix="corvane-e2e-") as root:
+        return 0 if run_all(parser.parse_args(), root) else 1
 
 
 if __name__ == "__main__":
