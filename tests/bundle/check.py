@@ -18,7 +18,7 @@ import bundle
 
 SOURCE = bundle.TESTS.parent
 LEFT = re.compile(r"^\[.*(?:CorvaneTest|Ostrel|TessarixTest|Clients\\\\Mail).*\]", re.M | re.I)
-DEFAULT_CLIENT = re.compile(r"^\[Software\\\\Clients\\\\Mail\].*\n(?:#.*\n)*((?:[^\[].*\n)*)", re.M)
+DEFAULT_CLIENT = re.compile(r"^\[Software\\\\Clients\\\\Mail\].*\n(?:#.*\n)*(@=.*)?", re.M)
 # Where Wine takes the MAPI library from, if not from its own: from the program's folder, or from nowhere.
 LIBRARY = {"noentry": "native", "missing": ""}
 

@@ -272,7 +272,7 @@ bool CTestRun::Run(const std::wstring& part) {
             Judge(row, Execute(row));
         } else {
             ++notRun;
-            Tell("not run  " + Utf8(name + L": " + reason));
+            Tell("not run  " + Utf8(name) + ": " + Utf8(reason));
         }
     }
     Tell("\r\nWhat we claim of Windows, having seen Wine answer otherwise, and what this system answered:");

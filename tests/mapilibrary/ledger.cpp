@@ -1,6 +1,7 @@
 #include "tests/mapilibrary/ledger.h"
 
 #include "platform/inc/text.h"
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -15,11 +16,10 @@ std::map<const void*, std::string>& Things() {
 }
 
 // A transcript with a gap would be believed: the process ends where the file cannot be written.
-void WriteText(std::string_view text, bool ends) {
+void WriteText(const std::string& text, bool ends) {
     if (const char* path = std::getenv("CORVANE_TRANSCRIPT")) {
         std::FILE* file = std::fopen(path, "ab");
-        if (!file || std::fwrite(text.data(), 1, text.size(), file) != text.size() ||
-            (ends && std::fputc('\n', file) == EOF) || std::fclose(file) != 0) {
+        if (!file || std::fputs(text.c_str(), file) < 0 || (ends && std::fputc('\n', file) < 0) || std::fclose(file)) {
             std::abort();
         }
     }
@@ -36,11 +36,11 @@ std::map<const void*, std::string>::iterator Find(const void* thing) {
 }
 
 std::string Hex(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        text += {digits[byte >> 4], digits[byte & 0xF]};
+        char digits[3] = {};
+        std::snprintf(digits, sizeof(digits), "%02X", static_cast<unsigned char>(c));
+        text += digits;
     }
     return text;
 }
@@ -61,19 +61,6 @@ std::string ShownBytes(const Mapi::SBinary& bytes) {
     return Shown(bytes.cb) + " bytes " + Shown(std::uint64_t{high} << 16 | low);
 }
 
-std::string QuotedUtf16(std::u16string_view text) {
-    std::string bytes(4 * text.size(), '\0');
-    bytes.resize(static_cast<std::size_t>(
-        Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, text.data(), static_cast<std::int32_t>(text.size()),
-                                      bytes.data(), static_cast<std::int32_t>(bytes.size()))));
-    std::string quoted = "\"";
-    for (const char c : bytes) {
-        const bool plain = static_cast<unsigned char>(c) >= 0x20 && c != 0x7F && c != '"' && c != '\\';
-        quoted += plain ? std::string(1, c) : "\\x" + Hex({&c, 1});
-    }
-    return quoted + '"';
-}
-
 // What was not given back is told when the library goes.
 struct EndOfLibrary {
     EndOfLibrary() { Things(); } // is there before, and goes after
@@ -90,35 +77,98 @@ struct EndOfLibrary {
 
 const EndOfLibrary End;
 
+// The sanitizers must leave these to the processor.
+#define RAW __attribute__((no_sanitize("address", "undefined"), noinline))
+
+volatile int* volatile nowhere = reinterpret_cast<volatile int*>(16);
+volatile int one = 1;
+volatile int zero = 0;
+volatile bool endless = true;
+
+RAW int Descend(int depth) {
+    volatile char room[200] = {};
+    room[0] = static_cast<char>(endless ? Descend(depth + 1) : depth);
+    return room[0] + depth;
+}
+
+// Each crashes, or does nothing for a word of the call's own.
+RAW void Obey(const std::string& word) {
+    if (word == "read") {
+        static_cast<void>(*nowhere);
+    } else if (word == "divide") {
+        one = one / zero;
+    } else if (word == "overflow") {
+        Descend(0);
+    } else if (word.starts_with("unlink:")) {
+        std::remove(word.c_str() + word.find(':') + 1);
+    }
+}
+
+std::string WordOf(std::string_view call) {
+    static std::vector<std::string> calls; // a map's [] would keep the library loaded
+    calls.emplace_back(call);
+    const auto number = static_cast<std::uint64_t>(std::count(calls.begin(), calls.end(), call));
+    for (const std::string& rule : Words("CORVANE_MAPI_SCRIPT", "")) {
+        const std::string name = rule.substr(0, rule.find('='));
+        if (name == call || name == std::string(call) + '#' + Decimal(number)) {
+            return rule.substr(name.size() + 1);
+        }
+    }
+    return {};
+}
+
 } // namespace
 
+std::vector<std::string> Words(const char* variable, const char* otherwise) {
+    const char* value = std::getenv(variable);
+    std::vector<std::string> words(1);
+    for (const char c : std::string_view(value ? value : otherwise)) {
+        if (c == ' ') {
+            words.emplace_back();
+        } else {
+            words.back() += c;
+        }
+    }
+    return words;
+}
+
+// Not by the standard library's own conversion, which has a table of which a process keeps one for all libraries: a
+// library that shares it is never unloaded.
 std::string Decimal(std::uint64_t value) {
-    const std::string digit(1, static_cast<char>('0' + value % 10));
-    return value < 10 ? digit : Decimal(value / 10) + digit;
+    char text[24] = {};
+    std::snprintf(text, sizeof(text), "%llu", static_cast<unsigned long long>(value));
+    return text;
 }
 
 std::string Quoted(const char* text) {
     const std::string_view bytes = text ? text : "";
-    std::u16string wide(bytes.size(), u'\0'); // no page takes more units than bytes
-    wide.resize(static_cast<std::size_t>(
-        Platform::MultiByteToWideChar(Platform::GetACP(), 0, bytes.data(), static_cast<std::int32_t>(bytes.size()),
-                                      wide.data(), static_cast<std::int32_t>(wide.size()))));
-    return text ? QuotedUtf16(wide) : "null";
+    std::u16string wide(bytes.size() + 1, u'\0'); // no page takes more units than bytes
+    Platform::MultiByteToWideChar(Platform::GetACP(), 0, bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                                  wide.data(), static_cast<std::int32_t>(bytes.size()));
+    return Quoted(text ? wide.c_str() : nullptr);
 }
 
 std::string Quoted(const char16_t* text) {
-    return text ? QuotedUtf16(text) : "null";
+    if (!text) {
+        return "null";
+    }
+    const std::u16string_view wide(text);
+    std::string bytes(4 * wide.size(), '\0');
+    bytes.resize(static_cast<std::size_t>(
+        Platform::WideCharToMultiByte(Platform::CodePageUtf8, 0, text, static_cast<std::int32_t>(wide.size()),
+                                      bytes.data(), static_cast<std::int32_t>(bytes.size()))));
+    std::string quoted = "\"";
+    for (const char c : bytes) {
+        const bool plain = static_cast<unsigned char>(c) >= 0x20 && c != 0x7F && c != '"' && c != '\\';
+        quoted += plain ? std::string(1, c) : "\\x" + Hex({&c, 1});
+    }
+    return quoted + '"';
 }
 
 std::string Shown(std::uint64_t number) {
-    if (number < 10) {
-        return Decimal(number);
-    }
-    std::string digits;
-    for (; number != 0; number >>= 4) {
-        digits.insert(digits.begin(), "0123456789ABCDEF"[number & 0xF]);
-    }
-    return "0x" + digits;
+    char text[24] = {};
+    std::snprintf(text, sizeof(text), number < 10 ? "%llu" : "0x%llX", static_cast<unsigned long long>(number));
+    return text;
 }
 
 std::string Shown(const EntryId& id) {
@@ -166,12 +216,24 @@ std::string Shown(const std::string& text) {
 }
 
 Call::Call(std::string_view name, const std::string& arguments, std::string_view rule) {
+    static bool dying = false;
     WriteText((lineIsOpen ? "\n" : "") + std::string(name) + '(' + arguments + ')', false);
-    action = ActionOf(rule.empty() ? name : rule);
+    if (dying && (name.ends_with("::Release") || name.find("Free") != name.npos || name == "MAPIUninitialize")) {
+        Obey("read");
+    }
+    word = WordOf(rule.empty() ? name : rule);
+    if (const std::size_t end = word.find(":dying"); end != std::string::npos) {
+        dying = true;
+        word.resize(end);
+    }
+    char* end = nullptr;
+    refusal = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::strtoull(word.c_str(), &end, 16)));
+    performs = word != "nothing" && (word.empty() || *end != '\0');
+    Obey(word);
 }
 
 std::int32_t Call::End(std::int32_t result) {
-    const std::int32_t told = action.performs ? result : action.result;
+    const std::int32_t told = performs ? result : refusal;
     WriteText(" = " + Shown(static_cast<std::uint32_t>(told)), true);
     return told;
 }

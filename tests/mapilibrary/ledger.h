@@ -1,16 +1,17 @@
-// The books of a recording MAPI library: each call as one line of the file that CORVANE_TRANSCRIPT names, and all that
-// the library has given out and not got back. The line "end:" is written when the library goes. Nothing is open between
-// two calls, since the process may end in any of them. For one thread.
+// The books of a recording MAPI library: each call as one line of the file that CORVANE_TRANSCRIPT names, what is to
+// become of it, and all that the library has given out and not got back. The line "end:" is written when the library
+// goes. Nothing is open between two calls, since the process may end in any of them. For one thread.
 #pragma once
 
 #include "mapi/MapiInterfaces.h"
-#include "tests/mapilibrary/script.h"
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// The standard library's own conversion has a table of which a process keeps one for all libraries, and a library that
-/// shares it is never unloaded.
+/// The words of an environment variable, or of another text without it.
+std::vector<std::string> Words(const char* variable, const char* otherwise);
+
 std::string Decimal(std::uint64_t value);
 /// A terminated text in quotes, controls, quotes and backslashes as "\x0A"; "null" for null. Narrow text is in the ANSI
 /// code page.
@@ -42,21 +43,33 @@ std::string List(const TFirst& first, const T&... more) {
 }
 
 /// The line "NAME(ARGUMENTS) = RESULT", and what is to become of the call. A crash leaves the line without an end.
+///
+/// CORVANE_MAPI_SCRIPT holds rules "CALL=ACTION" or "CALL#n=ACTION" (the n-th call of that name alone), separated by
+/// blanks. Without a rule a call does what it is for.
+///
+///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
+///   MAPILogonEx#2=nothing              succeeds and gives nothing
+///   IAttach::SaveChanges=read          dies: read, divide, overflow
+///   IAttach::SaveChanges=read:dying    dies so, and from then on whenever something is given back
+///   IMAPIFolder::CreateMessage=unlink:x.txt    removes that file and goes on
+///   any other word                     is the call's own
 class Call {
 public:
     /// `rule` is what the script calls it, the name as a rule.
     Call(std::string_view name, const std::string& arguments, std::string_view rule = {});
 
     /// Whether it does what it is for, with its own word.
-    bool Performs() const { return action.performs; }
-    bool Is(std::string_view word) const { return action.word == word; }
+    bool Performs() const { return performs; }
+    bool Is(std::string_view own) const { return word == own; }
     /// Ends the line with the result of a call that performs, or what the script tells; without one for a call that has
     /// none.
     std::int32_t End(std::int32_t result = 0);
     void EndWithoutResult();
 
 private:
-    Action action;
+    bool performs = true;
+    std::int32_t refusal = 0;
+    std::string word;
 };
 
 /// What is given out, by what it is called in the transcript. Returning something that is not out, or under no name of

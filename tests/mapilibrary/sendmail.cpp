@@ -7,38 +7,31 @@
 
 namespace {
 
-std::string ShownRecord(const MapiRecipDesc& recipient) {
-    return '{' +
-           List(recipient.ulReserved, recipient.ulRecipClass, Quoted(recipient.lpszName), Quoted(recipient.lpszAddress),
-                EntryId{recipient.ulEIDSize, recipient.lpEntryID}) +
-           '}';
+std::string Record(const MapiRecipDesc& one) {
+    return List(one.ulReserved, one.ulRecipClass, Quoted(one.lpszName), Quoted(one.lpszAddress),
+                EntryId{one.ulEIDSize, one.lpEntryID});
 }
 
-std::string ShownRecord(const MapiFileDesc& file) {
-    return '{' +
-           List(file.ulReserved, file.flFlags, file.nPosition, Quoted(file.lpszPathName), Quoted(file.lpszFileName),
-                Shown(static_cast<const void*>(file.lpFileType))) +
-           '}';
+std::string Record(const MapiFileDesc& one) {
+    return List(one.ulReserved, one.flFlags, one.nPosition, Quoted(one.lpszPathName), Quoted(one.lpszFileName),
+                static_cast<const void*>(one.lpFileType));
 }
 
 // The records of an array that is there at all, whatever the count says.
 template <class TRecord>
-std::string ShownRecords(std::uint32_t count, const TRecord* records) {
+std::string Records(std::uint32_t count, const TRecord* records) {
     std::string text = Decimal(count) + (records ? "" : " null");
     for (std::uint32_t i = 0; records && i < count; ++i) {
-        text += ' ' + ShownRecord(records[i]);
+        text += " {" + Record(records[i]) + '}';
     }
     return text;
 }
 
-std::string ShownMessage(const MapiMessage& message) {
-    return '{' +
-           List(message.ulReserved, Quoted(message.lpszSubject), Quoted(message.lpszNoteText),
-                Quoted(message.lpszMessageType), Quoted(message.lpszDateReceived), Quoted(message.lpszConversationID),
-                message.flFlags, static_cast<const void*>(message.lpOriginator),
-                ShownRecords(message.nRecipCount, message.lpRecips),
-                ShownRecords(message.nFileCount, message.lpFiles)) +
-           '}';
+std::string Record(const MapiMessage& one) {
+    return List(one.ulReserved, Quoted(one.lpszSubject), Quoted(one.lpszNoteText), Quoted(one.lpszMessageType),
+                Quoted(one.lpszDateReceived), Quoted(one.lpszConversationID), one.flFlags,
+                static_cast<const void*>(one.lpOriginator), Records(one.nRecipCount, one.lpRecips),
+                Records(one.nFileCount, one.lpFiles));
 }
 
 } // namespace
@@ -48,8 +41,8 @@ extern "C" PLATFORM_EXPORT std::uint32_t MAPISendMail(std::uintptr_t session, st
                                                       std::uint32_t reserved) {
     static_assert(std::is_same_v<decltype(MAPISendMail), Mapi::SendMailEntry>);
     Platform::DisarmFaults(); // the program is what is tested
-    const char* name = message && message->lpRecips ? message->lpRecips->lpszName : nullptr;
-    Call call("MAPISendMail", List(session, uiParameter, message ? ShownMessage(*message) : "null", flags, reserved),
+    const char* name = message->lpRecips ? message->lpRecips->lpszName : nullptr;
+    Call call("MAPISendMail", List(session, uiParameter, '{' + Record(*message) + '}', flags, reserved),
               std::string("MAPISendMail:") + (name ? name : ""));
     return static_cast<std::uint32_t>(call.End());
 }
