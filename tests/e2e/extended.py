@@ -3,7 +3,6 @@ refuses, crashes or gives nothing. The probe's calls stand at the head of every 
 
 import dataclasses
 import re
-import zlib
 
 from cases import FAILED, Case, in_folder
 from expect import Mail, failure, internal_error, number, quoted
@@ -16,7 +15,6 @@ ERRORS_RETURNED = "0x40380"
 
 CRASHES = {
     "read": f"Access violation. The instruction at {ADDRESS} referenced memory at 0x0+10.The memory could not be read.",
-    "divide": f"Integer division by zero.\nException address: {ADDRESS}",
     "overflow": f"Stack overflow. A new guard page for the stack cannot be created.\nException address: {ADDRESS}\n\n"
                 "Exception has following parameters:(\n\t0x[0-9A-F]{8})+",
 }
@@ -33,9 +31,8 @@ class Lines(tuple):
 
 
 def data(content):
-    if len(content) <= 64:
-        return f"{len(content)}:{content.hex().upper() if content else 'null'}"
-    return f"{number(len(content))} bytes {number(zlib.adler32(content))}"
+    shown = content.hex() if len(content) <= 64 else f"{content[:32].hex()}...{content[-32:].hex()}"
+    return f"{len(content)}:{shown.upper() or 'null'}"
 
 
 def ole(place):
@@ -144,22 +141,19 @@ def messages(place):
     yield sends("each file that exists goes in once, under its own name",
                 ["-r:a", "-a:Shown <x.txt>", "-a:none.txt", "-a:y"], place, names=["[a]"],
                 files=[("x.txt", b"x"), ("y", b"yy")], disk={"x.txt": b"x", "y": b"yy"})
-    yield sends("the book puts entries of its own in the list", ["-r:a", "-r:b", "-r:c"], place,
-                names=["[a]", "[b]", "[c]"], script="IAddrBook::ResolveName=replace")
     narrow = "N\u00f6te"
     yield sends("each property of the message goes to its own place in the form", ["-r:a"], place, names=["[a]"],
                 script="IMessage::GetProps=odd", form=f'0x104, 0x100, 0x102, "IPM.{narrow}"')
 
 
 def tables(place):
-    for name, rows, row in (("two primary", "1004 2 1004", 2), ("misleading rows", "4 1000 error bare noid:0 2 2", 5)):
-        yield sends(f"stores: {name}", ["-r:a"], place, rows=rows, names=["[a]"], row=row)
+    yield sends("the last of two primary stores", ["-r:a"], place, rows="1004 noid:0 1004", names=["[a]"], row=2)
     yield sends("stores of the spooler's type", ["-r:a"], place, rows="2 0/25 0/24 0/25", names=["[a]"],
                 spoolers=[1, 3])
     lines = [*probe(place), *opening(place, 0)[:7], "FreeProws(rows)", "IMAPITable::Release() = 0",
              "IMAPISession::Release() = 0", f"MAPIUninitialize({ole(place)})", "end:"]
-    for name, rows in (("none", "none"), ("none that will do", "4 1000 error bare"), ("one without an identifier", "noid:2")):
-        yield Case(f"stores: {name}", ("-r:a",), [Lines(lines)], output=com_text(place, UNEXPECTED),
+    for name, rows in (("no store that will do", "4 1000"), ("a store without an identifier", "noid:2")):
+        yield Case(name, ("-r:a",), [Lines(lines)], output=com_text(place, UNEXPECTED),
                    environment={"CORVANE_MAPI_STORES": rows})
 
 
@@ -233,8 +227,8 @@ def oddities(place, good):
         yield scripted(rule, balanced, com_text(place, UNEXPECTED))
     yield scripted("IMessage::GetProps=nothing", balanced,
                    re.compile(internal_error("ExtendedMapi").pattern.replace(r"\d+", "309")), FAILED)
-    for rule in ("HrQueryAllRows#2=nothing", "IMsgStore::OpenEntry#2=nothing", "IMessage::GetProps=short",
-                 "IMsgStore::GetReceiveFolder=root", "IMsgStore::GetReceiveFolder=nothing"):
+    for rule in ("HrQueryAllRows#2=nothing", "IMsgStore::OpenEntry#2=nothing", "IMsgStore::GetReceiveFolder=root",
+                 "IMsgStore::GetReceiveFolder=nothing"):
         yield scripted(rule, balanced)
     yield scripted("IMessage::GetProps=errors", [Lines(line.replace('"IPM.Note"', '""') for line in good)])
     # What crashes is not given back; the rest is.

@@ -100,14 +100,6 @@ class Native(Place):
     def library_path(self, native):
         return native
 
-    def locale(self, name):
-        """The variables that choose a locale, made for this run; none where that can't be done."""
-        folder = os.path.join(self.root, "locales")
-        command = ["localedef", "-i", name, "-f", "UTF-8", os.path.join(folder, name + ".UTF-8")]
-        os.makedirs(folder, exist_ok=True)
-        made = shutil.which("localedef") and subprocess.run(command, check=False).returncode == 0
-        return {"LC_ALL": name + ".UTF-8", "LOCPATH": folder} if made else {}
-
     def ends(self, case, code):
         """Whether that is the case's end. A crash ends by a signal, or with the code of a sanitizer."""
         return code not in (0, 255) if case.code == CRASHED else code == (

@@ -77,12 +77,7 @@ Result Give(TInterface** object, Call call, const char* name) {
 }
 
 /// The table of stores. CORVANE_MAPI_STORES lists its rows, separated by blanks, as "FLAGS" or "FLAGS/TYPE" in
-/// hexadecimal digits. It has the columns that it is told to have.
-///
-///   error    a row whose flags are an error that looks like the best of flags
-///   noid:4   a row without an identifier
-///   bare     a row without any property
-///   none     no row at all
+/// hexadecimal digits, behind "noid:" where a row has no identifier. It has the columns that it is told to have.
 class StoresTable final : public Counted<StoresTable, Slots::TableSlots<Noted>> {
 public:
     using Counted::Counted;
@@ -98,17 +93,14 @@ public:
         const std::vector<std::string> rows = Words("CORVANE_MAPI_STORES", "2/21");
         auto* set = AllocateBuffer<SRowSet>(sizeof(SRowSet) + rows.size() * sizeof(SRow), "rows");
         set->cRows = 0;
-        for (std::size_t i = 0; i < rows.size() && rows[0] != "none"; ++i) {
-            SRow& out = set->aRow[set->cRows++] = {0, 0, nullptr};
-            if (rows[i] != "bare") {
-                // Identifiers are of odd lengths, and told apart by their bytes.
-                const std::string id(2 * i + 3, static_cast<char>(0x10 + i));
-                const std::size_t size = columns.size() * sizeof(SPropValue);
-                out.lpProps = AllocateBuffer<SPropValue>(size + id.size(), "properties of a row");
-                std::uint8_t* bytes = Append(reinterpret_cast<std::uint8_t*>(out.lpProps) + size, id);
-                for (const Number tag : columns) {
-                    out.lpProps[out.cValues++] = ColumnOf(rows[i], tag, {static_cast<Number>(id.size()), bytes});
-                }
+        for (const std::string& row : rows) {
+            // Identifiers are of odd lengths, and told apart by their bytes.
+            const std::string id(2 * set->cRows + 3, static_cast<char>(0x10 + set->cRows));
+            const std::size_t size = columns.size() * sizeof(SPropValue);
+            SRow& out = set->aRow[set->cRows++] = {0, 0, AllocateBuffer<SPropValue>(size + id.size(), "row")};
+            std::uint8_t* bytes = Append(reinterpret_cast<std::uint8_t*>(out.lpProps) + size, id);
+            for (const Number tag : columns) {
+                out.lpProps[out.cValues++] = ColumnOf(row, tag, {static_cast<Number>(id.size()), bytes});
             }
         }
         return set;
@@ -126,10 +118,10 @@ private:
         } else if (tag == TagResourceType) {
             constexpr Number storeProvider = 33; // MAPI_STORE_PROVIDER
             property.Value.ul = *end == '/' ? static_cast<Number>(std::strtoul(end + 1, nullptr, 16)) : storeProvider;
-        } else if (tag == TagResourceFlags && row != "error") {
+        } else if (tag == TagResourceFlags) {
             property.Value.ul = flags;
         } else {
-            return Error(tag, 0x80041006); // the flags of the best store among it
+            return Error(tag, 0x80041006);
         }
         return property;
     }
@@ -147,8 +139,8 @@ struct Attachment final : Counted<Attachment, Slots::PropSlots<IAttach, Noted>> 
     Result SaveChanges(Number flags) override { return Call("IAttach::SaveChanges", List(flags)).End(); }
 };
 
-/// GetProps knows the words "short" (one property in place of five), "errors" (each is an error) and "odd" (values that
-/// show whether each goes to its own place in ShowForm, and a class beyond ASCII).
+/// GetProps knows the words "errors" (each property is one) and "odd" (values that show whether each goes to its own
+/// place in ShowForm, and a class beyond ASCII).
 struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
     using Counted::Counted;
     Result GetProps(SPropTagArray* tags, Number flags, Number* count, SPropValue** values) override {
@@ -157,7 +149,7 @@ struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
             static char16_t plainClass[] = u"IPM.Note";
             static char16_t oddClass[] = u"IPM.N\u00F6te";
             *values = AllocateBuffer<SPropValue>(tags->cValues * sizeof(SPropValue), "properties of the message");
-            *count = call.Is("short") ? 1 : tags->cValues;
+            *count = tags->cValues;
             for (Number i = 0; i < *count; ++i) {
                 SPropValue& property = (*values)[i] = {tags->aulPropTag[i], 0, {}};
                 property.Value.ul = call.Is("odd") ? 0x100 + i : 0;
@@ -209,7 +201,6 @@ struct Store final : Counted<Store, Slots::StoreSlots<Noted>> {
     }
 };
 
-/// ResolveName knows the word "replace": every second entry gets properties of the book's own.
 struct AddressBook final : Counted<AddressBook, Slots::AddressBookSlots<Noted>> {
     using Counted::Counted;
     Result ResolveName(WindowParameter window, Number flags, TextPointer title, ADRLIST* list) override {
@@ -222,15 +213,7 @@ struct AddressBook final : Counted<AddressBook, Slots::AddressBookSlots<Noted>> 
             }
             entries += '}';
         }
-        Call call("IAddrBook::ResolveName", List(window, flags, title, list, '[' + entries + ']'));
-        for (Number i = 0; call.Is("replace") && i < list->cEntries; i += 2) {
-            ADRENTRY& entry = list->aEntries[i];
-            FreeBuffer(entry.rgPropVals);
-            entry.rgPropVals = AllocateBuffer<SPropValue>(sizeof(SPropValue), "entry of the book");
-            entry.rgPropVals[0] = {TagRecipientType, 0, {}};
-            entry.cValues = 1;
-        }
-        return call.End();
+        return Call("IAddrBook::ResolveName", List(window, flags, title, list, '[' + entries + ']')).End();
     }
 };
 

@@ -18,7 +18,7 @@ std::string Decimal(std::uint64_t value);
 std::string Quoted(const char* text);
 std::string Quoted(const char16_t* text);
 
-/// An identifier: shown as its length and its bytes.
+/// An identifier or other bytes: shown as their number and their content, of more than 64 the first and the last 32.
 struct EntryId {
     std::uint32_t size;
     const void* bytes;
@@ -33,7 +33,6 @@ std::string Shown(const void* pointer);
 std::string Shown(const Mapi::IUnknown* object);
 std::string Shown(const Mapi::ADRLIST* list);
 std::string Shown(const Mapi::SPropTagArray* tags);
-/// A property with its value. More than 64 bytes are told by their number and their Adler-32 checksum.
 std::string Shown(const Mapi::SPropValue& property);
 std::string Shown(const std::string& text);
 
@@ -49,7 +48,7 @@ std::string List(const TFirst& first, const T&... more) {
 ///
 ///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
-///   IAttach::SaveChanges=read          dies: read, divide, overflow
+///   IAttach::SaveChanges=read          dies: read, overflow
 ///   IAttach::SaveChanges=read:dying    dies so, and from then on whenever something is given back
 ///   IMAPIFolder::CreateMessage=unlink:x.txt    removes that file and goes on
 ///   any other word                     is the call's own
