@@ -9,35 +9,12 @@
 
 namespace {
 
+constexpr HKEY Roots[] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER};
 constexpr const wchar_t* Clients = L"Software\\Clients\\Mail";
 constexpr const wchar_t* ClientKey = L"Software\\Clients\\Mail\\CorvaneTest";
 constexpr const wchar_t* ClientName = L"CorvaneTest";
 constexpr const wchar_t* Settings = L"Software\\Ostrel\\Tessarix";
-
-struct Key {
-    HKEY root;
-    const wchar_t* path;
-    bool mayHoldOthers = false; // it is removed only if nothing is in it
-};
-
-// Keys that a run makes, or the test programs in it: removed at the end, unless they were there before.
-const Key Touched[] = {
-    {HKEY_LOCAL_MACHINE, ClientKey},
-    {HKEY_LOCAL_MACHINE, Clients, true},
-    {HKEY_CURRENT_USER, Clients, true},
-    {HKEY_CURRENT_USER, L"Software\\Clients", true},
-    {HKEY_LOCAL_MACHINE, Settings},
-    {HKEY_CURRENT_USER, Settings},
-    {HKEY_LOCAL_MACHINE, L"Software\\Ostrel", true},
-    {HKEY_CURRENT_USER, L"Software\\Ostrel", true},
-    {HKEY_CURRENT_USER, L"Software\\TessarixTest"},
-    {HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest"},
-};
-
-bool Exists(HKEY root, const wchar_t* path) {
-    HKEY key = nullptr;
-    return RegOpenKeyExW(root, path, 0, KEY_READ, &key) == ERROR_SUCCESS && RegCloseKey(key) == ERROR_SUCCESS;
-}
+constexpr const wchar_t* OwnSettings = L"own";
 
 // Whether the system let us.
 bool SetText(HKEY root, const wchar_t* path, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
@@ -67,17 +44,17 @@ void RestoreDefaultClient(HKEY root, const std::wstring& former) {
     }
 }
 
-void Remove(const Key& key) {
-    DWORD keys = 0;
-    DWORD values = 0;
-    HKEY opened = nullptr;
-    if (key.mayHoldOthers && RegOpenKeyExW(key.root, key.path, 0, KEY_READ, &opened) == ERROR_SUCCESS) {
-        RegQueryInfoKeyW(opened, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
-                         nullptr);
-        RegCloseKey(opened);
-    }
+// Of a key that is not there the numbers stay, and nothing is removed.
+void RemoveIfEmpty(HKEY root, const wchar_t* path) {
+    HKEY key = nullptr;
+    DWORD keys = 1;
+    DWORD values = 1;
+    RegOpenKeyExW(root, path, 0, KEY_READ, &key);
+    RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
+                     nullptr);
+    RegCloseKey(key);
     if (keys == 0 && values == 0) {
-        RegDeleteTreeW(key.root, key.path);
+        RegDeleteKeyW(root, path);
     }
 }
 
@@ -85,11 +62,16 @@ void Remove(const Key& key) {
 
 CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(std::move(journalPath)) {
     Restore();
-    std::wstring known;
-    for (const Key& key : Touched) {
-        known += Exists(key.root, key.path) ? L'k' : L'n'; // kept, new
+    std::wstring known = L"\n";
+    for (HKEY root : Roots) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(root, Settings, 0, KEY_READ, &key) == ERROR_SUCCESS) {
+            RegCloseKey(key);
+            known = OwnSettings + std::wstring(L"\n");
+            noSettings = L"this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
+        }
     }
-    known += L'\n' + DefaultClient(HKEY_LOCAL_MACHINE) + L'\n' + DefaultClient(HKEY_CURRENT_USER) + L'\n';
+    known += DefaultClient(HKEY_LOCAL_MACHINE) + L'\n' + DefaultClient(HKEY_CURRENT_USER) + L'\n';
     std::ofstream file(journal, std::ios::binary);
     file.write(reinterpret_cast<const char*>(known.data()),
                static_cast<std::streamsize>(known.size() * sizeof(wchar_t)));
@@ -97,10 +79,7 @@ CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(st
     if (!file) {
         throw std::runtime_error("its folder cannot be written, and nothing is changed that could not be restored");
     }
-    if (Exists(HKEY_CURRENT_USER, Settings) || Exists(HKEY_LOCAL_MACHINE, Settings)) {
-        noSettings = L"this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
-    }
-    if (!SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", L"")) {
+    if (!SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", L"")) { // only the system knows whom it lets
         noClient = L"it changes the machine's registry: start this from an elevated prompt";
         noSettings = noClient;
     }
@@ -113,13 +92,13 @@ void CMachineChanges::RegisterClient(const std::wstring& simple, const std::wstr
         SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DllPathEx", extended);
     }
     // The user's choice, if there is one, comes before the machine's.
-    for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+    for (HKEY root : Roots) {
         SetText(root, Clients, nullptr, ClientName);
     }
 }
 
 void CMachineChanges::SetSettings(const TestCase& row) {
-    for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    for (HKEY root : Roots) {
         RegDeleteTreeW(root, Settings);
         const auto [first, last] = row.equal_range(root == HKEY_CURRENT_USER ? L"user" : L"machine");
         for (auto at = first; at != last; ++at) {
@@ -131,16 +110,22 @@ void CMachineChanges::SetSettings(const TestCase& row) {
 
 void CMachineChanges::Restore() {
     std::wistringstream file(ReadText(journal));
-    std::wstring known;
-    std::wstring client[2];
-    if (!std::getline(file, known) || !std::getline(file, client[0]) || !std::getline(file, client[1])) {
+    std::wstring settings;
+    std::wstring clients[2];
+    if (!std::getline(file, settings) || !std::getline(file, clients[0]) || !std::getline(file, clients[1])) {
         return; // nothing has been changed
     }
-    RestoreDefaultClient(HKEY_LOCAL_MACHINE, client[0]);
-    RestoreDefaultClient(HKEY_CURRENT_USER, client[1]);
-    for (std::size_t i = 0; i < std::min(known.size(), std::size(Touched)); ++i) {
-        if (known[i] == L'n') {
-            Remove(Touched[i]);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
+    // What the test programs make.
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest");
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TessarixTest");
+    for (std::size_t i = 0; i < std::size(Roots); ++i) {
+        RestoreDefaultClient(Roots[i], clients[i]);
+        if (settings != OwnSettings) {
+            RegDeleteTreeW(Roots[i], Settings);
+        }
+        for (const wchar_t* path : {Clients, L"Software\\Clients", L"Software\\Ostrel"}) {
+            RemoveIfEmpty(Roots[i], path);
         }
     }
     DeleteFileW(journal.c_str());

@@ -66,15 +66,6 @@ std::vector<TestCase> ReadCases(const fs::path& bundle) {
     return rows;
 }
 
-// A text in one line of the results.
-std::string Shown(std::string line) {
-    constexpr std::size_t most = 2000;
-    for (const auto& [from, to] : {std::pair("\\", "\\\\"), std::pair("\r", "\\r"), std::pair("\n", "\\n")}) {
-        line = Replaced<std::string>(line, from, to);
-    }
-    return '"' + (line.size() <= most ? line : line.substr(0, most) + "...") + '"';
-}
-
 // Where the answers are otherwise than the row says.
 std::string Difference(const TestCase& row, const Answers& answers) {
     std::string all;
@@ -84,7 +75,7 @@ std::string Difference(const TestCase& row, const Answers& answers) {
         const bool fits =
             !pattern.empty() ? std::regex_match(found, std::regex(pattern)) : found == wanted || !row.contains(key);
         if (!fits) {
-            all += Utf8(key) + ": answered " + Shown(found) + ", claimed " + Shown(pattern + wanted) + "; ";
+            all += Utf8(key) + ": answered \"" + found + "\", claimed \"" + pattern + wanted + "\"; ";
         }
     }
     return all;
@@ -148,20 +139,120 @@ Answers RunProgram(const TestCase& row, const fs::path& program, const fs::path&
 
 class CTestRun {
 public:
-    explicit CTestRun(fs::path bundleFolder);
-    ~CTestRun();
+    explicit CTestRun(fs::path bundleFolder)
+        : bundle(std::move(bundleFolder)),
+          work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
+          machine(bundle / "to-restore.txt"), results(bundle / "results.txt", std::ios::binary) {
+        // What is set for the user's own runs must not reach these.
+        for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
+            SetEnvironmentVariableA(name, nullptr);
+        }
+    }
+    ~CTestRun() {
+        std::error_code ignored;
+        fs::remove_all(work, ignored);
+    }
     CTestRun(const CTestRun&) = delete;
     CTestRun& operator=(const CTestRun&) = delete;
 
     /// Whether nothing failed.
-    bool Run(const std::wstring& part);
+    bool Run(const std::wstring& part) {
+        Tell("corvane " VERSION " on " + SystemText());
+        for (const TestCase& row : ReadCases(bundle)) {
+            const std::wstring name = ValueOf(row, L"case");
+            const std::wstring reason = interrupted ? L"interrupted" : WhyNotRun(row);
+            if (name.find(part) == std::wstring::npos) {
+                continue;
+            }
+            if (reason.empty()) {
+                Prepare(row);
+                Judge(row, Execute(row));
+            } else {
+                ++notRun;
+                Tell("not run  " + Utf8(name) + ": " + Utf8(reason));
+            }
+        }
+        Tell("\r\nWhat we claim of Windows, having seen Wine answer otherwise, and what this system answered:");
+        for (const std::string& claim : claims) {
+            Tell("claim    " + claim);
+        }
+        Tell("\r\n" + std::to_string(passed) + " passed, " + std::to_string(failed) + " failed, " +
+             std::to_string(notRun) + " not run, " + std::to_string(claims.size()) + " claims asked");
+        return failed == 0 && passed > 0 && !interrupted;
+    }
 
 private:
-    std::wstring WhyNotRun(const TestCase& row) const;
-    void Prepare(const TestCase& row);
-    Answers Execute(const TestCase& row);
-    void Judge(const TestCase& row, const Answers& answers);
-    void Tell(const std::string& line);
+    void Tell(const std::string& line) {
+        std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
+        results << line << "\r\n" << std::flush;
+    }
+
+    std::wstring WhyNotRun(const TestCase& row) const {
+        const bool needsSettings =
+            row.contains(L"user") || row.contains(L"machine") || ValueOf(row, L"program").ends_with(L"lifeprobe.exe");
+        return row.contains(L"skip")     ? ValueOf(row, L"skip")
+               : row.contains(L"client") ? machine.WhyNoClient()
+               : needsSettings           ? machine.WhyNoSettings()
+                                         : L"";
+    }
+
+    void Prepare(const TestCase& row) {
+        fs::remove_all(work);
+        fs::create_directories(work / "folder");
+        if (row.contains(L"files")) {
+            fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
+        }
+        if (row.contains(L"client") && ValueOf(row, L"client") != client) {
+            client = ValueOf(row, L"client");
+            const fs::path libraries = bundle / "tests" / "mapilibrary";
+            machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
+                                   client == L"extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
+        }
+        if (machine.WhyNoSettings().empty()) {
+            machine.SetSettings(row);
+        }
+    }
+
+    Answers Execute(const TestCase& row) const {
+        std::vector<std::wstring> variables{L"CORVANE_TRANSCRIPT=" + (work / "transcript").wstring()};
+        const auto [first, last] = row.equal_range(L"env");
+        std::for_each(first, last, [&](const auto& field) { variables.push_back(field.second); });
+        const auto setAll = [&variables](bool given) {
+            for (const std::wstring& text : variables) {
+                const std::size_t sign = text.find(L'=');
+                SetEnvironmentVariableW(text.substr(0, sign).c_str(), given ? text.c_str() + sign + 1 : nullptr);
+            }
+        };
+        const fs::path program = bundle / ValueOf(row, L"program");
+        const fs::path log = program.parent_path() / "TessarixLog.txt";
+        fs::remove(log);
+        setAll(true);
+        Answers answers = RunProgram(row, program, work / "folder");
+        setAll(false);
+        answers[L"transcript"] = ReadBytes(work / "transcript");
+        answers[L"log"] = ReadBytes(log);
+        return answers;
+    }
+
+    void Judge(const TestCase& row, const Answers& answers) {
+        const std::string name = Utf8(ValueOf(row, L"case"));
+        const std::string problems = Difference(row, answers);
+        if (row.contains(L"claim")) {
+            claims.push_back(name + ": " + (problems.empty() ? "as claimed" : problems));
+        }
+        std::istringstream lines(answers.at(L"output"));
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with(ClaimMark)) {
+                claims.push_back(Replaced<std::string>(line.substr(ClaimMark.size()), "\r", ""));
+            }
+        }
+        ++(problems.empty() ? passed : failed);
+        Tell((problems.empty() ? "passed   " + name : "FAILED   " + name + ": " + problems));
+        if (!problems.empty() && !row.contains(L"output")) {
+            Tell(answers.at(L"output"));
+        }
+    }
 
     const fs::path bundle;
     const fs::path work; // everything that is made on the way
@@ -171,118 +262,6 @@ private:
     int passed = 0, failed = 0, notRun = 0;
     std::wstring client; // that is registered
 };
-
-CTestRun::CTestRun(fs::path bundleFolder)
-    : bundle(std::move(bundleFolder)),
-      work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
-      machine(bundle / "to-restore.txt"), results(bundle / "results.txt", std::ios::binary) {
-    // What is set for the user's own runs must not reach these.
-    for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
-        SetEnvironmentVariableA(name, nullptr);
-    }
-}
-
-CTestRun::~CTestRun() {
-    std::error_code ignored;
-    fs::remove_all(work, ignored);
-}
-
-void CTestRun::Tell(const std::string& line) {
-    std::printf("%s\n", line.c_str());
-    std::fflush(stdout);
-    results << line << "\r\n" << std::flush;
-}
-
-std::wstring CTestRun::WhyNotRun(const TestCase& row) const {
-    const bool needsSettings =
-        row.contains(L"user") || row.contains(L"machine") || ValueOf(row, L"program").ends_with(L"lifeprobe.exe");
-    return row.contains(L"skip")     ? ValueOf(row, L"skip")
-           : row.contains(L"client") ? machine.WhyNoClient()
-           : needsSettings           ? machine.WhyNoSettings()
-                                     : L"";
-}
-
-void CTestRun::Prepare(const TestCase& row) {
-    fs::remove_all(work);
-    fs::create_directories(work / "folder");
-    if (row.contains(L"files")) {
-        fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
-    }
-    if (row.contains(L"client") && ValueOf(row, L"client") != client) {
-        client = ValueOf(row, L"client");
-        const fs::path libraries = bundle / "tests" / "mapilibrary";
-        machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
-                               client == L"extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
-    }
-    if (machine.WhyNoSettings().empty()) {
-        machine.SetSettings(row);
-    }
-}
-
-Answers CTestRun::Execute(const TestCase& row) {
-    Prepare(row);
-    std::vector<std::wstring> variables{L"CORVANE_TRANSCRIPT=" + (work / "transcript").wstring()};
-    const auto [first, last] = row.equal_range(L"env");
-    std::for_each(first, last, [&](const auto& field) { variables.push_back(field.second); });
-    const auto setAll = [&variables](bool given) {
-        for (const std::wstring& text : variables) {
-            const std::size_t sign = text.find(L'=');
-            SetEnvironmentVariableW(text.substr(0, sign).c_str(), given ? text.c_str() + sign + 1 : nullptr);
-        }
-    };
-    const fs::path program = bundle / ValueOf(row, L"program");
-    const fs::path log = program.parent_path() / "TessarixLog.txt";
-    fs::remove(log);
-    setAll(true);
-    Answers answers = RunProgram(row, program, work / "folder");
-    setAll(false);
-    answers[L"transcript"] = ReadBytes(work / "transcript");
-    answers[L"log"] = ReadBytes(log);
-    return answers;
-}
-
-void CTestRun::Judge(const TestCase& row, const Answers& answers) {
-    const std::string name = Utf8(ValueOf(row, L"case"));
-    const std::string problems = Difference(row, answers);
-    if (row.contains(L"claim")) {
-        claims.push_back(name + ": " + (problems.empty() ? "as claimed" : problems));
-    }
-    std::istringstream lines(answers.at(L"output"));
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with(ClaimMark)) {
-            claims.push_back(Replaced<std::string>(line.substr(ClaimMark.size()), "\r", ""));
-        }
-    }
-    ++(problems.empty() ? passed : failed);
-    Tell((problems.empty() ? "passed   " : "FAILED   ") + name);
-    if (!problems.empty()) {
-        Tell("         " + problems + (row.contains(L"output") ? "" : '\n' + answers.at(L"output")));
-    }
-}
-
-bool CTestRun::Run(const std::wstring& part) {
-    Tell("corvane " VERSION " on " + SystemText());
-    for (const TestCase& row : ReadCases(bundle)) {
-        const std::wstring name = ValueOf(row, L"case");
-        const std::wstring reason = interrupted ? L"interrupted" : WhyNotRun(row);
-        if (name.find(part) == std::wstring::npos) {
-            continue;
-        }
-        if (reason.empty()) {
-            Judge(row, Execute(row));
-        } else {
-            ++notRun;
-            Tell("not run  " + Utf8(name) + ": " + Utf8(reason));
-        }
-    }
-    Tell("\r\nWhat we claim of Windows, having seen Wine answer otherwise, and what this system answered:");
-    for (const std::string& claim : claims) {
-        Tell("claim    " + claim);
-    }
-    Tell("\r\n" + std::to_string(passed) + " passed, " + std::to_string(failed) + " failed, " + std::to_string(notRun) +
-         " not run, " + std::to_string(claims.size()) + " claims asked");
-    return failed == 0 && passed > 0 && !interrupted;
-}
 
 } // namespace
 

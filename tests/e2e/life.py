@@ -62,7 +62,7 @@ def probes(place):
     for user, modes, code in STOP_MODES:
         yield Case(f"stop modes {user}", ("modes",), mail="probe", code=code, output=told(modes, code), user=user)
     yield Case("a module that can't start", ("badmodule",), mail="probe", output=re.compile(
-        "shown: .*\\s+failed, state 3\\s+failed, state 3\\s+state 3\\s+"))
+        "Acc.*\\s+failed, state 3\\s+failed, state 3\\s+state 3\\s+"))
     if not place.windows:
         left = "".join(f"Undeleted object in virtual file sustem: \\\\Ostrel\\Tessarix\\VirtualFiles$\\{name}\n"
                        for name in ("c.txt", "a", "a\\b.txt"))

@@ -18,15 +18,6 @@ using namespace Tsx;
 
 namespace {
 
-/// Prints what it is shown.
-class CPrintingHandler : public CMessageHandler {
-public:
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
-        std::printf("shown: %s\n", CUnicodeString(text).ToNarrow(AnsiCodePage).Text());
-        return GetDefaultButton(style);
-    }
-};
-
 void Print(const char* what, const CUnicodeString& text) {
     std::printf("%s %s\n", what, text.ToNarrow(AnsiCodePage).Text());
 }
@@ -109,8 +100,6 @@ std::int32_t ProgramMain() {
         return -1;
     }
     mode.NoExceptions = false;
-    CPrintingHandler handler;
-    const CMessageHandlerScope scope(&handler);
     const bool done = RunAndShowFailure([] {
         CArray<CUnicodeString> words;
         SplitCommandLine(words, Platform::GetCommandLine());

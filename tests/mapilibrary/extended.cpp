@@ -39,7 +39,8 @@ SPropValue Error(Number tag, Number code) {
 template <class TObject, class TBase>
 class Counted : public TBase {
 public:
-    explicit Counted(std::string objectName) : name(std::move(objectName)) { GiveOut(this, name); }
+    /// What the transcript calls it.
+    void Name(const char* objectName) { GiveOut(this, name = objectName); }
     Result QueryInterface(const Guid&, void**) override { return Noted::Call("IUnknown::QueryInterface"); }
     Number AddRef() override { return Changed("AddRef", references + 1); }
     Number Release() override {
@@ -54,16 +55,14 @@ public:
 protected:
     ~Counted() = default;
 
-    const std::string name;
+    std::string name;
 
 private:
     Number references = 1;
 
     Number Changed(const char* call, Number count) {
-        NameOf(this);
-        Call line(name + "::" + call, {});
         references = count;
-        return static_cast<Number>(line.End(static_cast<Result>(count)));
+        return static_cast<Number>(Call(NameOf(this) + "::" + call, {}).End(static_cast<Result>(count)));
     }
 };
 
@@ -71,7 +70,9 @@ private:
 template <class TObject, class TInterface>
 Result Give(TInterface** object, Call call, const char* name) {
     if (call.Performs()) {
-        *object = new TObject(name);
+        auto* made = new TObject;
+        made->Name(name);
+        *object = made;
     }
     return call.End();
 }
@@ -80,7 +81,6 @@ Result Give(TInterface** object, Call call, const char* name) {
 /// hexadecimal digits, behind "noid:" where a row has no identifier. It has the columns that it is told to have.
 class StoresTable final : public Counted<StoresTable, Slots::TableSlots<Noted>> {
 public:
-    using Counted::Counted;
     Result SetColumns(SPropTagArray* tags, Number flags) override {
         Call call("IMAPITable::SetColumns", List(tags, flags));
         if (call.Performs()) {
@@ -111,7 +111,7 @@ private:
 
     static SPropValue ColumnOf(const std::string& row, Number tag, const SBinary& id) {
         char* end = nullptr;
-        const auto flags = static_cast<Number>(std::strtoul(row.c_str() + row.find(':') + 1, &end, 16));
+        const auto flags = static_cast<Number>(std::strtoul(row.c_str() + (row.find(':') + 1), &end, 16));
         SPropValue property{tag, 0, {}};
         if (tag == TagEntryId && !row.starts_with("noid:")) {
             property.Value.bin = id;
@@ -128,21 +128,18 @@ private:
 };
 
 struct Spooler final : Counted<Spooler, Slots::StatusSlots<Noted>> {
-    using Counted::Counted;
     Result FlushQueues(WindowParameter window, Number targetSize, ENTRYID* target, Number flags) override {
         return Call("IMAPIStatus::FlushQueues", List(window, targetSize, static_cast<void*>(target), flags)).End();
     }
 };
 
 struct Attachment final : Counted<Attachment, Slots::PropSlots<IAttach, Noted>> {
-    using Counted::Counted;
     Result SaveChanges(Number flags) override { return Call("IAttach::SaveChanges", List(flags)).End(); }
 };
 
-/// GetProps knows the words "errors" (each property is one) and "odd" (values that show whether each goes to its own
-/// place in ShowForm, and a class beyond ASCII).
+/// GetProps knows the word "odd": values that show whether each goes to its own place in ShowForm, and a class beyond
+/// ASCII.
 struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
-    using Counted::Counted;
     Result GetProps(SPropTagArray* tags, Number flags, Number* count, SPropValue** values) override {
         Call call("IMessage::GetProps", List(tags, flags));
         if (call.Performs()) {
@@ -153,7 +150,7 @@ struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
             for (Number i = 0; i < *count; ++i) {
                 SPropValue& property = (*values)[i] = {tags->aulPropTag[i], 0, {}};
                 property.Value.ul = call.Is("odd") ? 0x100 + i : 0;
-                if (call.Is("errors") || property.ulPropTag == TagEntryId) {
+                if (property.ulPropTag == TagEntryId) {
                     property = Error(property.ulPropTag, 0x8004010F); // MAPI_E_NOT_FOUND
                 } else if (property.ulPropTag == TagMessageClass) {
                     property.Value.lpszW = call.Is("odd") ? oddClass : plainClass;
@@ -171,7 +168,6 @@ struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
 };
 
 struct Folder final : Counted<Folder, Slots::FolderSlots<Noted>> {
-    using Counted::Counted;
     Result CreateMessage(const Guid* interfaceId, Number flags, IMessage** message) override {
         return Give<Message>(message, {name + "::CreateMessage", List(interfaceId, flags)}, "IMessage");
     }
@@ -179,14 +175,10 @@ struct Folder final : Counted<Folder, Slots::FolderSlots<Noted>> {
 
 /// GetReceiveFolder knows the word "root": a null identifier, which stands for the root folder.
 struct Store final : Counted<Store, Slots::StoreSlots<Noted>> {
-    using Counted::Counted;
     Result OpenEntry(Number size, ENTRYID* id, const Guid* interfaceId, Number flags, Number*,
                      IUnknown** object) override {
         const std::string bytes(reinterpret_cast<const char*>(id), id ? size : 0);
         Call call("IMsgStore::OpenEntry", List(EntryId{size, id}, interfaceId, flags));
-        if (call.Performs() && bytes != OutboxId && bytes != ReceiveId && !bytes.empty()) {
-            return call.End(static_cast<Result>(0x80040107)); // MAPI_E_INVALID_ENTRYID
-        }
         return Give<Folder>(object, call, bytes == OutboxId ? "Outbox" : "Inbox");
     }
     Result GetReceiveFolder(TextPointer messageClass, Number flags, Number* size, ENTRYID** id,
@@ -202,7 +194,6 @@ struct Store final : Counted<Store, Slots::StoreSlots<Noted>> {
 };
 
 struct AddressBook final : Counted<AddressBook, Slots::AddressBookSlots<Noted>> {
-    using Counted::Counted;
     Result ResolveName(WindowParameter window, Number flags, TextPointer title, ADRLIST* list) override {
         std::string entries;
         for (Number i = 0; i < list->cEntries; ++i) {
@@ -218,7 +209,6 @@ struct AddressBook final : Counted<AddressBook, Slots::AddressBookSlots<Noted>> 
 };
 
 struct Session final : Counted<Session, Slots::SessionSlots<Noted>> {
-    using Counted::Counted;
     Result GetMsgStoresTable(Number flags, IMAPITable** table) override {
         return Give<StoresTable>(table, {"IMAPISession::GetMsgStoresTable", List(flags)}, "IMAPITable");
     }
@@ -324,7 +314,7 @@ PLATFORM_EXPORT Result HrGetOneProp(IMAPIProp* object, Number tag, SPropValue** 
     Call call("HrGetOneProp", List(object, tag));
     if (call.Performs()) {
         *property = AllocateBuffer<SPropValue>(sizeof(SPropValue) + OutboxId.size(), "property");
-        **property = call.Is("error") ? Error(TagOutboxEntryId, 0) : SPropValue{TagOutboxEntryId, 0, {}};
+        **property = {TagOutboxEntryId, 0, {}};
         (*property)->Value.bin = {static_cast<Number>(OutboxId.size()), Append(*property + 1, OutboxId)};
     }
     return call.End();

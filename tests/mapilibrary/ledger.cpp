@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <map>
+#include <sstream>
 
 namespace {
 
@@ -101,15 +103,8 @@ std::string WordOf(std::string_view call) {
 
 std::vector<std::string> Words(const char* variable, const char* otherwise) {
     const char* value = std::getenv(variable);
-    std::vector<std::string> words(1);
-    for (const char c : std::string_view(value ? value : otherwise)) {
-        if (c == ' ') {
-            words.emplace_back();
-        } else {
-            words.back() += c;
-        }
-    }
-    return words;
+    std::istringstream text(value ? value : otherwise);
+    return {std::istream_iterator<std::string>(text), {}};
 }
 
 // Not by the standard library's own conversion, which has a table of which a process keeps one for all libraries: a
@@ -158,18 +153,6 @@ std::string Shown(const EntryId& id) {
     return Decimal(id.size) + ':' + (id.bytes ? shown : "null");
 }
 
-std::string Shown(const void* pointer) {
-    return pointer ? "given" : "null";
-}
-
-std::string Shown(const Mapi::IUnknown* object) {
-    return NameOf(object);
-}
-
-std::string Shown(const Mapi::ADRLIST* list) {
-    return NameOf(list);
-}
-
 std::string Shown(const Mapi::SPropTagArray* tags) {
     std::string text = "[";
     for (std::uint32_t i = 0; i < tags->cValues; ++i) {
@@ -192,10 +175,6 @@ std::string Shown(const Mapi::SPropValue& property) {
     default:
         return tag + "of a type that is not expected";
     }
-}
-
-std::string Shown(const std::string& text) {
-    return text;
 }
 
 Call::Call(std::string_view name, const std::string& arguments, std::string_view rule) {

@@ -1,6 +1,6 @@
-// The books of a recording MAPI library: each call as one line of the file that CORVANE_TRANSCRIPT names, what is to
-// become of it, and all that the library has given out and not got back. The line "end:" is written when the library
-// goes. Nothing is open between two calls, since the process may end in any of them. For one thread.
+// The books of a recording MAPI library: each call as one line of the file that CORVANE_TRANSCRIPT names, and all that
+// the library has given out and not got back. The line "end:" is written when the library goes. Nothing is open between
+// two calls, since the process may end in any of them. For one thread.
 #pragma once
 
 #include "mapi/MapiInterfaces.h"
@@ -8,6 +8,13 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+/// What is given out, by what it is called in the transcript. Returning something that is not out, or under no name of
+/// ours, ends the process with a line on standard error.
+void GiveOut(const void* thing, const std::string& name);
+std::string NameOf(const void* thing);
+void TakeBack(const void* thing);
+std::uint32_t ThingsOut();
 
 /// The words of an environment variable, or of another text without it.
 std::vector<std::string> Words(const char* variable, const char* otherwise);
@@ -27,14 +34,22 @@ struct EntryId {
 /// One argument as the transcript has it: a number below 10 in decimal, any other in hexadecimal digits after "0x".
 std::string Shown(std::uint64_t number);
 std::string Shown(const EntryId& id);
-/// "null", or "given": addresses differ from run to run.
-std::string Shown(const void* pointer);
-/// By its name, as those that are given out have one.
-std::string Shown(const Mapi::IUnknown* object);
-std::string Shown(const Mapi::ADRLIST* list);
 std::string Shown(const Mapi::SPropTagArray* tags);
 std::string Shown(const Mapi::SPropValue& property);
-std::string Shown(const std::string& text);
+/// "null", or "given": addresses differ from run to run.
+inline std::string Shown(const void* pointer) {
+    return pointer ? "given" : "null";
+}
+/// Objects and lists by their names.
+inline std::string Shown(const Mapi::IUnknown* object) {
+    return NameOf(object);
+}
+inline std::string Shown(const Mapi::ADRLIST* list) {
+    return NameOf(list);
+}
+inline std::string Shown(const std::string& text) {
+    return text;
+}
 
 template <class TFirst, class... T>
 std::string List(const TFirst& first, const T&... more) {
@@ -70,13 +85,6 @@ private:
     std::int32_t refusal = 0;
     std::string word;
 };
-
-/// What is given out, by what it is called in the transcript. Returning something that is not out, or under no name of
-/// ours, ends the process with a line on standard error.
-void GiveOut(const void* thing, const std::string& name);
-std::string NameOf(const void* thing);
-void TakeBack(const void* thing);
-std::uint32_t ThingsOut();
 
 /// Memory that counts as given out until FreeBuffer.
 template <class T>

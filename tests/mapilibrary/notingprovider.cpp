@@ -70,36 +70,21 @@ PLATFORM_EXPORT Result FGetComponentPath(const char* component, const char* qual
     return path[0] != '\0';
 }
 
-PLATFORM_EXPORT Result MAPIInitialize(void* a) {
-    return Handed("MAPIInitialize", a);
-}
-PLATFORM_EXPORT void MAPIUninitialize() {
-    Handed("MAPIUninitialize");
-}
-PLATFORM_EXPORT Result MAPILogonEx(WindowParameter a, TextPointer b, TextPointer c, Number d, IMAPISession** e) {
-    return Handed("MAPILogonEx", a, b, c, d, e);
-}
-PLATFORM_EXPORT Result MAPIAllocateBuffer(Number a, void** b) {
-    return Handed("MAPIAllocateBuffer", a, b);
-}
-PLATFORM_EXPORT Number MAPIFreeBuffer(void* a) {
-    return static_cast<Number>(Handed("MAPIFreeBuffer", a));
-}
-PLATFORM_EXPORT Result HrQueryAllRows(IMAPITable* a, SPropTagArray* b, SRestriction* c, SSortOrderSet* d, Result e,
-                                      SRowSet** f) {
-    return Handed("HrQueryAllRows", a, b, c, d, static_cast<Number>(e), f);
-}
-PLATFORM_EXPORT void FreeProws(SRowSet* a) {
-    Handed("FreeProws", a);
-}
-PLATFORM_EXPORT void FreePadrlist(ADRLIST* a) {
-    Handed("FreePadrlist", a);
-}
-PLATFORM_EXPORT Result HrGetOneProp(IMAPIProp* a, Number b, SPropValue** c) {
-    return Handed("HrGetOneProp", a, b, c);
-}
-PLATFORM_EXPORT Result HrSetOneProp(IMAPIProp* a, SPropValue* b) {
-    return Handed("HrSetOneProp", a, b);
-}
+// An entry notes its arguments, whatever its pointers point to.
+#define ENTRY(TYPE, NAME, PARAMETERS, ...)                                                                             \
+    PLATFORM_EXPORT TYPE NAME PARAMETERS {                                                                             \
+        return static_cast<TYPE>(Handed(#NAME __VA_OPT__(, ) __VA_ARGS__));                                            \
+    }
+
+ENTRY(Result, MAPIInitialize, (void* a), a)
+ENTRY(void, MAPIUninitialize, ())
+ENTRY(Result, MAPILogonEx, (WindowParameter a, void* b, void* c, Number d, void* e), a, b, c, d, e)
+ENTRY(Result, MAPIAllocateBuffer, (Number a, void* b), a, b)
+ENTRY(Number, MAPIFreeBuffer, (void* a), a)
+ENTRY(Result, HrQueryAllRows, (void* a, void* b, void* c, void* d, Number e, void* f), a, b, c, d, e, f)
+ENTRY(void, FreeProws, (void* a), a)
+ENTRY(void, FreePadrlist, (void* a), a)
+ENTRY(Result, HrGetOneProp, (void* a, Number b, void* c), a, b, c)
+ENTRY(Result, HrSetOneProp, (void* a, void* b), a, b)
 
 } // extern "C"
