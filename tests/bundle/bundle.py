@@ -34,7 +34,6 @@ import endings
 import extended
 import life
 import places
-import run
 
 
 FOLDER = "{bundle}"  # the runner puts its own folder there
@@ -77,7 +76,7 @@ def table_fields(wine, kept):
     tables = ((case, other) for table in (life, cases, extended)
               for case, other in zip(table.all_cases(here), table.all_cases(there), strict=True))
     for case, other in tables:
-        yield from (f"case {case.name}", f"program {PROGRAMS[case.mail]}.exe", f"limit {run.LIMIT}",
+        yield from (f"case {case.name}", f"program {PROGRAMS[case.mail]}.exe", f"limit {places.LIMIT}",
                     f"line {here.line(case)}")
         if case.mail == "missing" and not wine:
             yield "skip Windows has a MAPI library of its own"

@@ -1,6 +1,8 @@
 #include "tests/bundle/machinechanges.h"
 
-#include "tests/bundle/text.h"
+#include <cstring>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
@@ -59,6 +61,18 @@ void RemoveIfEmpty(HKEY root, const wchar_t* path) {
 }
 
 } // namespace
+
+std::string ReadBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::wstring ReadText(const std::filesystem::path& path) {
+    const std::string bytes = ReadBytes(path);
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text;
+}
 
 CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(std::move(journalPath)) {
     Restore();

@@ -6,6 +6,10 @@
 #include <map>
 #include <string>
 
+/// A file's content, as bytes and as UTF-16; empty if it can't be read.
+std::string ReadBytes(const std::filesystem::path& path);
+std::wstring ReadText(const std::filesystem::path& path);
+
 /// A run of the bundle: its values by their keys, some of them several times. bundle.py has the keys.
 using TestCase = std::multimap<std::wstring, std::wstring>;
 

@@ -1,10 +1,11 @@
 // runtests [PART]: runs the bundle that this program lies in, or the runs whose names have that part, and writes what
 // came of it into results.txt beside itself. Nothing else need be installed. Ends with 1 if a run failed.
 #include "tests/bundle/machinechanges.h"
-#include "tests/bundle/text.h"
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -23,6 +24,20 @@ using Answers = std::map<std::wstring, std::string>;
 std::atomic<bool> interrupted = false; // by Control-C: the machine is restored first
 
 constexpr std::string_view ClaimMark = "claim: "; // what a test program's line begins with
+
+std::string Utf8(const std::wstring& text) {
+    const std::u8string bytes = fs::path(text).u8string();
+    return {bytes.begin(), bytes.end()};
+}
+
+// The text with every occurrence replaced.
+template <class TText>
+TText Replaced(TText text, const TText& from, const TText& to) {
+    for (std::size_t at = text.find(from); at != TText::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
 
 template <class TFunction>
 TFunction NativeFunction(const char* name) {

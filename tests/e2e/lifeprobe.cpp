@@ -22,25 +22,18 @@ void Print(const char* what, const CUnicodeString& text) {
     std::printf("%s %s\n", what, text.ToNarrow(AnsiCodePage).Text());
 }
 
-void TellSettings() {
-    const std::string_view locale = std::setlocale(LC_ALL, nullptr);
-    std::printf("flags %x, locale %s\n", GetDebugFlags(), locale == "C" ? "kept" : "changed");
-    Print("temp", TemporaryFolder);
-}
-
 void Fail() {
     GenerateLastErrorException(5);
 }
 
-/// The stop modes as they are read, and a failure that may stop.
-void TellStopModes() {
-    std::printf("%u %u\n", GetAssertStopMode(), GetErrorStopMode());
+/// What the settings came to, and a failure that may stop.
+void TellSettings() {
+    const std::string_view locale = std::setlocale(LC_ALL, nullptr);
+    std::printf("flags %x, locale %s, modes %u %u\n", GetDebugFlags(), locale == "C" ? "kept" : "changed",
+                GetAssertStopMode(), GetErrorStopMode());
+    Print("temp", TemporaryFolder);
     std::fflush(stdout);
-    try {
-        Fail();
-    } catch (CException* exception) {
-        delete exception;
-    }
+    Fail();
 }
 
 /// A module that is linked in and can't start: that is final.
@@ -82,7 +75,6 @@ void RunCommand(const CUnicodeString& command, const CUnicodeString& folder) {
     }
     const bool done = RunAndShowFailure([&command] {
         command == u"settings" ? TellSettings()
-        : command == u"modes"  ? TellStopModes()
         : command == u"files"  ? UseMemoryFiles()
                                : Print("help", GetMessage(MSG_INTERNAL_ERROR));
     });

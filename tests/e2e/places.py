@@ -5,7 +5,7 @@ Copies of the program stand in folders in which it finds different libraries:
     recording    the recording MAPI library; "extended" the same with the Extended one as the registered mail client
     missing      no MAPI library at all
     no entry     a MAPI library that cannot send
-    lacking      a MAPI library that lacks one itself; natively alone
+    own          the product's own; for exhaustion.py alone
     probe        the probe of the foundation's life in the program's place
 """
 
@@ -15,7 +15,9 @@ import re
 import shutil
 import signal
 import subprocess
+import types
 
+LIMIT = 90  # seconds
 CRASHED, STOPPED = "crashed", "stopped"  # codes of a case: by a fault, at a breakpoint
 CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
@@ -27,6 +29,13 @@ def windows_path(native):
 
 def settings_text(rows):
     return "\n".join(["Windows Registry Editor Version 5.00", "", *rows, ""])
+
+
+def link_or_copy(file, target):
+    try:
+        os.link(file, target)
+    except OSError:  # in another file system
+        shutil.copy(file, target)
 
 
 def client_rows(**libraries):
@@ -62,11 +71,12 @@ class Place:
         """The text that the case's run leaves, or a pattern of it."""
         return case.sends if isinstance(case.sends, re.Pattern) else "".join(part.transcript() for part in case.sends)
 
-    def copy_program(self, mail, program, library=None):
+    def add_program(self, mail, program, library=None):
         folder = os.path.join(self.root, mail.replace(" ", ""))
         os.mkdir(folder)
-        self.programs[mail] = shutil.copy(program, folder)
-        return shutil.copy(library, folder) if library else None
+        for file in (library, program) if library else (program,):
+            self.programs[mail] = os.path.join(folder, os.path.basename(file))
+            link_or_copy(file, self.programs[mail])
 
 
 class Native(Place):
@@ -74,31 +84,52 @@ class Native(Place):
         super().__init__(options, root)
         self.registry = pathlib.Path(root, "registry")
         self.environment["TESSARIX_REGISTRY"] = str(self.registry)
-        self.copy_program("recording", options.program, options.library)
+        self.add_program("recording", options.program, options.library)
         self.programs["extended"] = self.programs["recording"]
 
     def __enter__(self):
         self.set_registry(self.options.extended)
         return self
 
-    def copy_others(self):
-        self.copy_program("probe", self.options.life_probe)
-        self.copy_program("missing", self.options.program)
-        self.copy_program("no entry", self.options.program, self.options.no_entry_library)
-        library = pathlib.Path(self.copy_program("lacking", self.options.program, self.options.library))
-        library.write_bytes(library.read_bytes().replace(b"libc.so.6", b"libX.so.6"))
-
-    def set_registry(self, extended, **roots):
-        """Rows of .reg files for the user and the machine."""
-        client = client_rows(DllPathEx=self.options.extended_library) if extended else []
+    def set_registry(self, extended, user=None, machine=None):
+        """The foundation's settings, and the registered mail client."""
         self.registry.mkdir(exist_ok=True)
-        for root in ("user", "machine"):
-            rows = [*roots.get(root, []), *(client if root == "machine" else [])]
-            file = self.registry / {"user": "HKEY_CURRENT_USER.reg", "machine": "HKEY_LOCAL_MACHINE.reg"}[root]
-            file.write_text(settings_text(rows), encoding="utf-8")
+        client = client_rows(DllPathEx=self.options.extended_library) if extended else []
+        for root, values, more in (("HKEY_CURRENT_USER", user, []), ("HKEY_LOCAL_MACHINE", machine, client)):
+            rows = ['"{}"="{}"'.format(name, value.replace("\\", "\\\\")) for name, value in (values or {}).items()]
+            text = settings_text([f"[{root}\\Software\\Ostrel\\Tessarix]", *rows, *more])
+            (self.registry / f"{root}.reg").write_text(text, encoding="utf-8")
 
     def library_path(self, native):
         return native
+
+    def start(self, case, folder, stdout=subprocess.PIPE):
+        """Runs the case in that folder: the exit code, output, errors, transcript, and the files that it leaves beside the
+        program (name -> text). TimeoutExpired for one without an end."""
+        for name, content in {**case.files, ".transcript": b""}.items():
+            path = folder / os.fsdecode(name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(content)
+        self.set_registry(case.mail == "extended", case.user, case.machine)
+        program = pathlib.Path(self.programs[case.mail])
+        there = set(program.parent.iterdir())
+        environment = {**self.environment, "CORVANE_TRANSCRIPT": str(folder / ".transcript"), **case.environment}
+        command = [*(["sh", "-c", case.shell] if case.shell else []), program, *case.words]
+        with subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=stdout,
+                              stderr=subprocess.PIPE, start_new_session=True) as process:
+            try:
+                streams = process.communicate(timeout=LIMIT)
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, signal.SIGKILL)  # whatever is left of it
+                raise
+        left = {path.name: path.read_bytes() for path in set(program.parent.iterdir()) - there}
+        for name in left:
+            (program.parent / name).unlink()
+        return types.SimpleNamespace(
+            code=process.returncode, output=(streams[0] or b"").decode(errors="replace"),
+            errors=streams[1].decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
+            left={name: text.decode("utf-16-le" if text.startswith(b"\xff\xfe") else "utf-8", "replace")
+                  for name, text in left.items()})
 
     def ends(self, case, code):
         """Whether that is the case's end. A crash ends by a signal, or with the code of a sanitizer."""
@@ -142,7 +173,7 @@ class Wine(Windows):
 
     def __enter__(self):
         extended = {"DllPathEx": self.options.extended_library} if self.options.extended else {}
-        self.copy_program("recording", self.options.program)
+        self.add_program("recording", self.options.program)
         self.register(client_rows(DLLPath=self.options.library, **extended))
         return self
 
