@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr HKEY Roots[] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER};
+const HKEY Roots[] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER};
 constexpr const wchar_t* Clients = L"Software\\Clients\\Mail";
 constexpr const wchar_t* ClientKey = L"Software\\Clients\\Mail\\CorvaneTest";
 constexpr const wchar_t* ClientName = L"CorvaneTest";
