@@ -2,20 +2,11 @@
 """Makes the test bundle for Windows: the built test programs with the files they need, and every table of cases as two
 files, for Windows and for Wine, which a program of ours reads where there is no Python.
 
-They are in UTF-16. Each field is `key value`, with U+E000 between it and the next:
-
-    case NAME                  ends the run before
-    program PATH               from the bundle's folder
-    line TEXT                  the whole command line
-    limit SECONDS
-    client simple, extended    the recording library that must be registered as mail client
-    user, machine NAME=VALUE   settings of the foundation, of which there are no others then
-    env NAME=VALUE             environment variables
-    files NUMBER               the folder below `files` whose content the run's folder has
-    code N, output TEXT, transcript TEXT, log TEXT    what is expected; all but the code may be missing
-    output~, transcript~, log~ PATTERN                the same with a pattern
-    claim                      Wine answers otherwise
-    skip REASON                it cannot be tried
+They are in UTF-16: fields `KEY VALUE`, with U+E000 between one and the next. `case NAME` begins a run. How it is made:
+program (a path from the bundle's folder), line (all of it), limit (seconds), client (the recording library that must be
+registered, simple or extended), user and machine (settings of the foundation, NAME=VALUE; there are no others then), env
+(variables), files (the folder below `files` whose content the run's folder has). What is expected: code, output,
+transcript, log; with `~` behind the key of a pattern. claim: Wine answers otherwise. skip: why it cannot be tried.
 """
 
 import argparse

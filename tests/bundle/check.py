@@ -27,9 +27,8 @@ def named_paths(folder, paths):
     """The files that name one of the paths, in either width."""
     spellings = [spelling for path in paths for spelling in (str(path), str(path).replace("/", "\\"))]
     needles = [text for spelling in spellings for text in (spelling.encode(), spelling.encode("utf-16-le"))]
-    for file in filter(pathlib.Path.is_file, folder.rglob("*")):
-        content = file.read_bytes()
-        yield from (f"{file.name} names {needle!r}" for needle in needles if needle in content)
+    return [f"{file.name} names {needle!r}" for file in folder.rglob("*") if file.is_file()
+            for needle in needles if needle in file.read_bytes()]
 
 
 def registry(prefix):

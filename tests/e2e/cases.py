@@ -35,9 +35,9 @@ def fails(name, words, output, **more):
     return Case(name, tuple(words), code=FAILED, output=output, **more)
 
 
-def in_folder(text, before=""):
+def in_folder(text):
     """A pattern: a failure that names a path in the case's folder."""
-    first, last = failure(f"{before}@{text}").split("@")
+    first, last = failure("@" + text).split("@")
     return re.compile(re.escape(first) + "[A-Z]:[^\r]*" + re.escape(last))
 
 
@@ -46,15 +46,11 @@ def options(place):
     yield fails("no arguments", [], failure("No recipients specified"))
     yield fails("help", ["/HELP"], printed(LOGO, usage))
     yield fails("help without logo", ["-nologo", "-?"], printed(usage))
-    yield fails("no logo before an error", ["-nologo", "-x"], printed("The argument -x is invalid."))
     yield fails("an error stops the rest", ["-r:ann", "-x", "-nologo"], failure("The argument -x is invalid."))
     for word in ("-s=One", "word", "", "@@x"):
         yield fails(f"invalid '{word}'", [word], failure(f"The argument {word.replace('@@', '@')} is invalid."))
-    for value in ("", "1033x"):
-        text = failure(f"The argument {value} specifies an invalid language code.")
-        yield fails(f"language '{value}'", [f"/UiLanguage:{value}"], text)
-    for word in ("-r:", "-a"):
-        yield fails(f"empty value {word}", [word], internal_error("Corvane"))
+    yield fails("language", ["/UiLanguage:1x"], failure("The argument 1x specifies an invalid language code."))
+    yield fails("an attachment without a value", ["-a"], internal_error("Corvane"))
     yield Case("empty subject and body", ("-r:ann", "-s:", "-b"), [Mail()])
     yield Case("subject and body", ("/Recipient:A <a@b>", "-body:Text", "-SUBJECT:a:b"),
                [Mail("A", "a@b", "a:b", "Text")])
@@ -109,12 +105,10 @@ def response_files(place):
     for encoding in ("utf-8-sig", "utf-16", "cp1252" if place.windows else "utf-8"):
         yield Case(f"response file in {encoding}", ("@args.txt",), [Mail("Ann Lee", "ann", "Ünï", "two\nlines")],
                    files={"args.txt": text.encode(encoding)})
-    large = {"args.txt": b"-r:ann -b:" + b"x" * 1000000}
-    yield Case("large response file", ("@args.txt",), [Mail(body="x" * 1000000)], files=large)
     yield fails("missing response file", ["-r:ann", "@none.txt"], in_folder("\\none.txt was not found."))
     if not place.windows:
-        yield Case("response file in a pipe", ("@/dev/stdin",), [Mail(body="x" * 1000000)], files=large,
-                   shell='cat args.txt | "$0" "$@"')
+        yield Case("response file in a pipe", ("@/dev/stdin",), [Mail(body="x" * 1000000)],
+                   files={"args.txt": b"-r:ann -b:" + b"x" * 1000000}, shell='cat args.txt | "$0" "$@"')
         yield fails("endless response file", ["@/dev/zero"], failure(
             "An error occurred while accessing Z:\\dev\\zero: \r\n"
             "The file size exceeds the limit allowed and cannot be saved.\r\n"))
@@ -158,7 +152,6 @@ def outputs(place):
     if not place.windows:
         for name, shell, output in (
                 ("a new file", '"$0" "$@" > out; code=$?; iconv -f utf-16 out; exit $code', text),
-                ("a file with content", 'printf old > out; "$0" "$@" >> out; code=$?; cat out; exit $code', "old" + text),
                 # The failure to report ends the run, and the last notice goes to standard error.
                 ("nowhere", 'exec "$0" "$@" 3>&1 >&- 2>&3', "Corvane: The handle is invalid.\r\n\n")):
             yield fails(f"output into {name}", ["-é€"], output, shell=shell)

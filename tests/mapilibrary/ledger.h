@@ -60,7 +60,6 @@ std::string List(const TFirst& first, const T&... more) {
 ///
 /// CORVANE_MAPI_SCRIPT holds rules "CALL=ACTION" or "CALL#n=ACTION" (the n-th call of that name alone), separated by
 /// blanks. Without a rule a call does what it is for.
-///
 ///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
 ///   IAttach::SaveChanges=read          dies: read, overflow
