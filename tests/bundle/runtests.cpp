@@ -90,7 +90,8 @@ std::string Difference(const TestCase& row, const Answers& answers) {
         const bool fits =
             !pattern.empty() ? std::regex_match(found, std::regex(pattern)) : found == wanted || !row.contains(key);
         if (!fits) {
-            all += Utf8(key) + ": answered \"" + found + "\", claimed \"" + pattern + wanted + "\"; ";
+            all.append(Utf8(key)).append(": answered \"").append(found).append("\", claimed \"");
+            all.append(pattern).append(wanted).append("\"; ");
         }
     }
     return all;

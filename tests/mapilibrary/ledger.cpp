@@ -180,7 +180,8 @@ std::string Shown(const Mapi::SPropValue& property) {
 Call::Call(std::string_view name, const std::string& arguments, std::string_view rule) {
     static bool dying = false;
     WriteText((lineIsOpen ? "\n" : "") + std::string(name) + '(' + arguments + ')', false);
-    if (dying && (name.ends_with("::Release") || name.find("Free") != name.npos || name == "MAPIUninitialize")) {
+    if (dying &&
+        (name.ends_with("::Release") || name.find("Free") != std::string_view::npos || name == "MAPIUninitialize")) {
         Obey("read");
     }
     word = WordOf(rule.empty() ? name : rule);
