@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs in which every platform call and every allocation fails in turn, once and from then on, and runs whose output is gone.
+"""Runs in which every platform call and every allocation fails in turn, once and from then on; runs whose output is gone.
 
 Each run ends in one of these ways, and in no other:
 
@@ -88,7 +88,8 @@ class Bench:
             **({"TESSARIX_SHORT_TRANSFERS": "1"} if fault == SHORT else {"TESSARIX_FAULT": fault} if fault else {}),
             **(NO_LEAK_CHECK if loses else {}), **scenario.environment}
         words = [self.options.languages if word == "LANGUAGES" else word for word in scenario.words]
-        outcome = place.start(dataclasses.replace(scenario, words=words, environment=environment, files=FILES), folder, **streams)
+        case = dataclasses.replace(scenario, words=words, environment=environment, files=FILES)
+        outcome = place.start(case, folder, **streams)
         for name in ("output", "errors"):
             setattr(outcome, name, getattr(outcome, name).replace("\r\n", "\n").replace(str(folder), ""))
         # Pairs of the number of calls that a module made and the one that failed.
@@ -156,7 +157,7 @@ def output_gone(bench):
     os.close(reader)
     for (word, code), (kind, redirection, stream), errors in itertools.product(
             ((ANN, 0), ("-x", 255), ("-?", 255)),
-            (("closed", ">&-", subprocess.PIPE), ("full", ">/dev/full", subprocess.PIPE), ("gone", "", gone)), (True, False)):
+            (("closed", ">&-", None), ("full", ">/dev/full", None), ("gone", "", gone)), (True, False)):
         shell = f'exec "$0" "$@" {redirection} {"" if errors else "2>&-"}'
         outcome = bench.run(Case("", (word,), shell=shell), stdout=stream)
         if outcome.code != code or (code != 0 and errors and not outcome.errors.strip()):

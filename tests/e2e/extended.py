@@ -227,11 +227,13 @@ def oddities(place, good):
     yield scripted("IMessage::GetProps=nothing", balanced,
                    re.compile(internal_error("ExtendedMapi").pattern.replace(r"\d+", "309")), FAILED)
     # The user's cancel is not told.
-    for rule in ("IMAPISession::ShowForm=80040113", "HrQueryAllRows#2=nothing", "IMsgStore::OpenEntry#2=nothing", "IMsgStore::GetReceiveFolder=root",
+    for rule in ("IMAPISession::ShowForm=80040113", "HrQueryAllRows#2=nothing",
+                 "IMsgStore::OpenEntry#2=nothing", "IMsgStore::GetReceiveFolder=root",
                  "IMsgStore::GetReceiveFolder=nothing"):
         yield scripted(rule, balanced)
     # What crashes is not given back; the rest is.
-    yield scripted("FreeProws#1=read", re.compile("(?s).*IMAPITable::Release\(\) = 0\n.*MAPIUninitialize.*\nend: .*row.*\n"),
+    yield scripted("FreeProws#1=read",
+                   re.compile(r"(?s).*IMAPITable::Release\(\) = 0\n.*MAPIUninitialize.*\nend: .*row.*\n"),
                    re.compile("(?s).*Access violation.*"), FAILED, **NO_LEAK_CHECK)
     gone = good.index('HrSetOneProp(IAttach, 0x3704001F "x.txt") = 0')
     yield scripted("Outbox::CreateMessage=unlink:x.txt", failed_run(place, good, gone, " = 0"),

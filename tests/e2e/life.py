@@ -32,8 +32,8 @@ SETTINGS = (
     ({"AssertStopMode": "Never", "ErrorStopMode": "Always"}, USUAL, "1 3", "changed", STOPPED),
 )
 
-RUN = ("Debug flags initialized.", "CRT locale changed.", "Application data path initialized.", "Registry paths initialized.",
-       "Resource base initialized.", "All modules initialized.", "Deinitializing...", "All modules terminated.",
+RUN = ("Debug flags initialized.", "CRT locale changed.", "Application data path initialized.",
+       "Registry paths initialized.", "Resource base initialized.", "All modules initialized.", "Deinitializing...", "All modules terminated.",
        "Temporary files system terminated.", "Resource base deinitialized.", "Deinitialization complete.")
 
 
@@ -47,7 +47,8 @@ def probes(place):
         temp = {} if user else {"Temp": "Z:\\elsewhere"}
         # Each system's own text for the failure; where it stops, Wine's debugger reports.
         told = f"flags {flags:x}, locale {locale}, modes {modes}\ntemp {temp.get('Temp', '')}\n"
-        output = re.compile("(?s)" + re.escape(told).replace("\\\n", "\r?\n") + ("" if code == STOPPED else "Acc.*ied") + ".*")
+        told = re.escape(told).replace("\\\n", "\r?\n")
+        output = re.compile(f"(?s){told}.*" if code == STOPPED else f"(?s){told}Acc.*ied.*")
         left = {name: re.compile("(?s)" + start + ".*") for key, (name, start) in LISTS.items()
                 if code != STOPPED and user.get(key, "banana").strip() in ("yes", "TRUE")}
         yield Case(f"settings {user}", ("settings",), (), code, output, left, mail="probe", user=user, machine=temp)
