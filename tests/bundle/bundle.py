@@ -1,21 +1,12 @@
 #!/usr/bin/env python3
-"""Makes the test bundle for Windows: the built test programs with the files they need, and every table of cases as one
-text file, which a program of ours reads where there is no Python.
+"""Makes the test bundle for Windows: the built test programs with the files they need, and every table of cases as two
+files, for Windows and for Wine, which a program of ours reads where there is no Python.
 
-That file has a block for each run, of lines `key value`; `\\XXXX` stands for the UTF-16 unit or the byte of that number.
-
-    case NAME                  ends the block before
-    program PATH               from the bundle's folder
-    line TEXT                  the whole command line
-    limit SECONDS
-    client simple, extended    the recording library that must be registered as mail client
-    user, machine NAME=VALUE   settings of the foundation
-    env NAME=VALUE             environment variables
-    file NAME, content BYTES, times N    a file in the run's folder; N (1 by default) copies of its content
-    code N, output TEXT, transcript TEXT    what is expected; output and transcript may be missing
-    ... like PATTERN           the same with a pattern
-    wine ...                   what Wine answers instead of the line of the same key
-    skip REASON                it cannot be tried; behind `wine` there alone
+They are in UTF-16: fields `KEY VALUE`, with U+E000 between one and the next. `case NAME` begins a run. How it is made:
+program (a path from the bundle's folder), line (all of it), limit (seconds), client (the recording library that must be
+registered, simple or extended), user and machine (settings of the foundation, NAME=VALUE; there are no others then), env
+(variables), files (the folder below `files` whose content the run's folder has). What is expected: code, output,
+transcript, log; with `~` behind the key of a pattern. claim: Wine answers otherwise. skip: why it cannot be tried.
 """
 
 import argparse
@@ -24,7 +15,6 @@ import pathlib
 import re
 import subprocess
 import sys
-import types
 import zipfile
 
 TESTS = pathlib.Path(__file__).resolve().parents[1]
@@ -38,113 +28,83 @@ import places
 
 
 FOLDER = "{bundle}"  # the runner puts its own folder there
-LARGE = 1000  # bytes
 ABORTED = 3  # what the run-time's abort ends with
+# By what Wine is told that its own MAPI library is not for these, see check.py.
+PROGRAMS = {"recording": "program\\corvane", "extended": "program\\corvane", "probe": "tests\\lifeprobe",
+            "no entry": "noentry\\noentry", "missing": "missing\\missing"}
 
 
 class Bundle(places.Windows):
     """A Windows that is not known yet; or Wine, for the rows which that answers in its own way."""
 
-    def __init__(self, wine, on_extended_route):
-        super().__init__(types.SimpleNamespace(extended=on_extended_route), FOLDER)
+    def __init__(self, wine):
+        super().__init__(None, FOLDER)
         self.wine = wine
 
     def folder(self):
         return self.root
 
-    def locale(self, name):
-        return {}
-
-
-def escaped(value):
-    """Text as UTF-16, bytes as they are, in printable ASCII."""
-    units = value if isinstance(value, bytes) else memoryview(value.encode("utf-16-le", "surrogatepass")).cast("H")
-    return "".join(chr(unit) if 32 <= unit < 127 and unit != 92 else f"\\{unit:04X}" for unit in units)
-
 
 def expected(key, wanted):
-    """A line of the run's answer: a text, or a pattern in the dialect of the C++ library."""
+    """A field of the run's answer: a text, or a pattern in the dialect of the C++ library."""
     if not isinstance(wanted, re.Pattern):
-        return f"{key} {escaped(wanted.encode())}"
+        return f"{key} {wanted}"
     text = wanted.pattern
     if text.startswith("(?s)"):
         text = re.sub(r"\\.|\.", lambda match: match[0] if len(match[0]) > 1 else r"[\s\S]", text[4:])
-    return f"{key} like {escaped(text.encode())}"
+    return f"{key}~ {text}"
 
 
-def file_lines(name, content):
-    yield f"file {escaped(name)}"
-    unit = content[:4]
-    if len(content) > LARGE and content == unit * (len(content) // len(unit)):
-        yield f"content {escaped(unit)}"
-        yield f"times {len(content) // len(unit)}"
-    else:
-        yield f"content {escaped(content)}"
-
-
-def answer_lines(place, case):
+def answer(place, case):
     """What comes of a case in that place."""
-    code = places.ACCESS_VIOLATION if case.code == places.CRASHED else place.exit_code(case.code)
-    return [f"code {code}", expected("output", case.output), expected("transcript", place.transcript(case))]
+    return [f"code {place.exit_code(case.code)}", expected("output", case.output),
+            expected("transcript", place.transcript(case)), expected("log", case.left.get("TessarixLog.txt", ""))]
 
 
-def table_lines(table, on_extended_route):
-    """A table of the end-to-end suite."""
-    programs = {"recording": "program", "missing": "program", "no entry": "noentry"}
-    windows, wine = Bundle(False, on_extended_route), Bundle(True, on_extended_route)
-    for case, under_wine in zip(table(windows), table(wine), strict=True):
-        yield from ("", f"case {case.name}", f"program {programs[case.mail]}\\corvane.exe", f"limit {case.limit}",
-                    f"line {escaped(windows.line(case))}", f"client {'extended' if on_extended_route else 'simple'}")
-        if case.skip or case.mail == "missing":
-            yield f"skip {case.skip or 'Windows has a MAPI library of its own'}"
-        elif case.mail in places.Wine.overrides:
-            yield "wine skip it takes its own library if it isn't told otherwise before it starts"
-        settings = dict(case.settings, **({"CORVANE_MAPI_ANSWER": case.answer} if case.answer else {}))
-        yield from (f"env {name}={escaped(value)}" for name, value in settings.items())
-        for name, content in case.files.items():
-            yield from file_lines(name, content)
-        answers = answer_lines(windows, case)
-        yield from answers
-        yield from (f"wine {line}" for line in answer_lines(wine, under_wine) if line not in answers)
+def table_fields(wine, kept):
+    """The tables of the end-to-end suite. What the runs' folders have is kept, by the number of the folder."""
+    here, there = Bundle(wine), Bundle(not wine)
+    tables = ((case, other) for table in (life, cases, extended)
+              for case, other in zip(table.all_cases(here), table.all_cases(there), strict=True))
+    for case, other in tables:
+        yield from (f"case {case.name}", f"program {PROGRAMS[case.mail]}.exe", f"limit {places.LIMIT}",
+                    f"line {here.line(case)}")
+        if case.mail == "missing" and not wine:
+            yield "skip Windows has a MAPI library of its own"
+        if case.mail != "probe":
+            yield f"client {'extended' if case.mail == 'extended' else 'simple'}"
+        for key, values in (("env", case.environment), ("user", case.user), ("machine", case.machine)):
+            yield from (f"{key} {name}={value}" for name, value in values.items())
+        if case.files:
+            kept += [] if case.files in kept else [case.files]
+            yield f"files {kept.index(case.files)}"
+        yield from answer(here, case)
+        if not wine and answer(here, case) != answer(there, other):
+            yield "claim "
 
 
-def program_lines(name, program, words, limit, code=0, output=None):
+def program_fields(name, program, words, limit, code=0, output=None):
     """A run that needs nothing but its program. Its text is compared with line ends of either kind."""
-    line = " ".join(f'"{word}"' if FOLDER in word else Bundle.quote(word) for word in [program, *words])
-    yield from ("", f"case {name}", f"program {program}", f"limit {limit}", f"line {escaped(line)}", f"code {code}")
+    line = " ".join(Bundle.quote(word) for word in [program, *words])
+    yield from (f"case {name}", f"program {program}", f"limit {limit}", f"line {line}", f"code {code}")
     if output is not None:
-        pattern = re.escape(output).replace("\\\n", "\r?\n")
-        yield expected("output", re.compile(pattern))
-        if code == life.BREAKPOINT:
-            yield "wine " + expected("output", re.compile("(?s)" + pattern + ".*"))  # its debugger reports behind it
+        yield expected("output", re.compile(re.escape(output).replace("\\\n", "\r?\n")))
 
 
-def unit_lines(build):
-    """The test programs, as the build starts them."""
+def all_fields(build, wine, kept):
+    """The test programs, as the build starts them, and the tables."""
     listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, stdout=subprocess.PIPE, check=True).stdout
     for test in json.loads(listing)["tests"]:
         words = [word for word in test["command"] if not word.endswith("wine-run")]
         if words[0].startswith(str(build / "tests")) and words[0].endswith(".exe"):
             limit = next(entry["value"] for entry in test["properties"] if entry["name"] == "TIMEOUT")
             program = words[0][len(str(build)) + 1:].replace("/", "\\")
-            yield from program_lines(test["name"], program, words[1:], int(limit))
-
-
-def all_lines(build):
-    yield from unit_lines(build)
+            yield from program_fields(test["name"], program, words[1:], int(limit))
     for name, program, words, output, code in endings.CASES:
         program = {"static": "staticfailure"}.get(program, program)
         code = ABORTED if code == endings.ABORTED else code & 0xFFFFFFFF
-        yield from program_lines(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
-    program = FOLDER + "\\program\\corvane.exe"
-    yield from program_lines("message table", "tests\\exportsprobe.exe", [program], life.LIMIT)
-    for name, command, user, machine, told, stops in life.probe_rows():
-        code = life.BREAKPOINT if stops else 0
-        yield from program_lines(name, "tests\\lifeprobe.exe", [command], life.LIMIT, code, told)
-        yield from (f"user {key}={escaped(value)}" for key, value in user.items())
-        yield from (f"machine {key}={escaped(value)}" for key, value in machine.items())
-    yield from table_lines(cases.all_cases, False)
-    yield from table_lines(extended.all_cases, True)
+        yield from program_fields(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
+    yield from table_fields(wine, kept)
 
 
 def files(build):
@@ -152,12 +112,12 @@ def files(build):
     for pattern in ("*.exe", "*.reg", "providersearch/*.exe", "languages/*.dll", "mapilibrary/**/*.dll"):
         for file in (build / "tests").glob(pattern):
             yield file, str(file.relative_to(build))
-    for name in ("staticfailure", "endings", "exportsprobe"):
+    for name in ("staticfailure", "endings"):
         yield build / "bin" / f"{name}.exe", f"tests/{name}.exe"
     yield build / "tests/e2e/life/lifeprobe.exe", "tests/lifeprobe.exe"
     yield build / "tests/bundle/runtests.exe", "runtests.exe"
-    for folder in ("program", "noentry"):
-        yield build / "bin/corvane.exe", f"{folder}/corvane.exe"
+    for mail in ("recording", "no entry", "missing"):
+        yield build / "bin/corvane.exe", PROGRAMS[mail].replace("\\", "/") + ".exe"
     yield build / "tests/mapilibrary/noentry/mapi32.dll", "noentry/mapi32.dll"
     yield TESTS.parent / "docs/testing-windows.md", "README.md"
 
@@ -165,7 +125,6 @@ def files(build):
 def make(build, folder):
     """Writes the bundle into the folder and returns its path. The programs go without symbols, which name our folders."""
     cache = dict(re.findall(r"^(\w+):\w+=(.*)$", (build / "CMakeCache.txt").read_text(), re.M))
-    content = f"version {cache['CMAKE_PROJECT_VERSION']}\n" + "\n".join(all_lines(build)) + "\n"
     target = folder / f"corvane-{cache['CMAKE_PROJECT_VERSION']}-windows-tests.zip"
     stripped = folder / "stripped.tmp"
     with zipfile.ZipFile(target, "w") as archive:
@@ -173,7 +132,12 @@ def make(build, folder):
             # Without the time, so that two bundles of one commit are the same bytes.
             archive.writestr(zipfile.ZipInfo("corvane-tests/" + place), data, zipfile.ZIP_DEFLATED)
 
-        add("cases.txt", content)
+        for name, wine in (("cases.txt", False), ("cases-wine.txt", True)):
+            kept = []
+            add(name, "\ue000".join(all_fields(build, wine, kept)).encode("utf-16-le", "surrogatepass"))
+        for number, contents in enumerate(kept):  # the same in both
+            for name, content in contents.items():
+                add(f"files/{number}/{name}", content)
         for file, place in sorted(files(build), key=lambda entry: entry[1]):
             if file.suffix in (".exe", ".dll"):
                 subprocess.run([cache["CMAKE_OBJCOPY"], "--preserve-dates", "--strip-all", file, stripped], check=True)

@@ -8,6 +8,7 @@ import argparse
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -17,25 +18,23 @@ import bundle
 
 SOURCE = bundle.TESTS.parent
 LEFT = re.compile(r"^\[.*(?:CorvaneTest|Ostrel|TessarixTest|Clients\\\\Mail).*\]", re.M | re.I)
-DEFAULT_CLIENT = re.compile(r"^\[Software\\\\Clients\\\\Mail\][^\[]*", re.M)
+DEFAULT_CLIENT = re.compile(r"^\[Software\\\\Clients\\\\Mail\].*\n(?:#.*\n)*(@=.*)?", re.M)
+# Where Wine takes the MAPI library from, if not from its own: from the program's folder, or from nowhere.
+LIBRARY = {"noentry": "native", "missing": ""}
 
 
 def named_paths(folder, paths):
     """The files that name one of the paths, in either width."""
     spellings = [spelling for path in paths for spelling in (str(path), str(path).replace("/", "\\"))]
     needles = [text for spelling in spellings for text in (spelling.encode(), spelling.encode("utf-16-le"))]
-    for file in folder.rglob("*"):
-        if file.is_file():
-            content = file.read_bytes()
-            yield from (f"{file.name} names {needle!r}" for needle in needles if needle in content)
+    return [f"{file.name} names {needle!r}" for file in folder.rglob("*") if file.is_file()
+            for needle in needles if needle in file.read_bytes()]
 
 
 def registry(prefix):
     """What the bundle could leave in it: the names of such keys, and the default mail client."""
     text = "".join((prefix / name).read_text(errors="replace") for name in ("system.reg", "user.reg"))
-    clients = ["\n".join(line for line in key.splitlines()[1:] if not line.startswith("#"))
-               for key in DEFAULT_CLIENT.findall(text)]
-    return sorted(LEFT.findall(text)), clients
+    return sorted(LEFT.findall(text)), DEFAULT_CLIENT.findall(text)
 
 
 def problems(options, root):
@@ -47,28 +46,35 @@ def problems(options, root):
     environment = {**os.environ, "CORVANE_WINEPREFIX": str(prefix)}
 
     def wine(*words):
-        return subprocess.run([options.wine, *words], cwd=root, env=environment, check=False, timeout=900).returncode
+        return subprocess.run([options.wine, *words], cwd=root, env=environment, check=False).returncode
 
     def stop():
         subprocess.run(["wineserver", "-k"], env={**environment, "WINEPREFIX": str(prefix)}, check=False)
 
     try:
-        wine("cmd", "/c", "exit")
+        for name, order in LIBRARY.items():
+            key = f"HKCU\\Software\\Wine\\AppDefaults\\{name}.exe\\DllOverrides"
+            wine("reg", "add", key, "/v", "mapi32", "/d", order)
         stop()
         before = registry(prefix)
-        with subprocess.Popen([options.wine, folder / "runtests.exe", "recipient"], env=environment,
+        with subprocess.Popen([options.wine, folder / "runtests.exe", "subject"], env=environment,
                               stdout=subprocess.PIPE) as killed:
             while not killed.stdout.readline().startswith(b"passed"):
                 pass  # now it has changed the registry, which the next run restores
             stop()
         if registry(prefix) == before:
             yield "a run did not register its mail client"
-        if wine(str(folder / "runtests.exe")) != 0:
+        if wine(folder / "runtests.exe", options.part) != 0:
             yield "a run failed"
+        # What the runner cannot have: a console. `script` has one for its command, and moves its cursor.
+        words = shlex.join([options.wine, str(folder / "program/corvane.exe"), "-\u00e9\u20ac"])
+        screen = subprocess.run(["script", "-qec", words, "/dev/null"], env=environment, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, check=False).stdout.decode()
+        if "The argument -\u00e9\u20ac is invalid." not in re.sub(r"\x1b\[[\d;?]*[A-Za-z]", "", screen):
+            yield f"a console shows {screen!r}"
     finally:
         stop()
-    results = (folder / "results.txt").read_text(errors="replace")
-    if " on Windows 10.0" not in results:
+    if " on Windows 10.0" not in (folder / "results.txt").read_text(errors="replace"):
         yield "the runs did not see Windows 10"
     if registry(prefix) != before:
         yield f"the registry was {before} and is {registry(prefix)}"
@@ -78,6 +84,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.partition("\n\n")[0])
     parser.add_argument("--build", required=True, type=pathlib.Path)
     parser.add_argument("--wine", required=True, help="what runs a Windows program")
+    parser.add_argument("part", nargs="?", default="", help="of the names of the runs that are made")
     options = parser.parse_args()
     options.build = options.build.resolve()
     with tempfile.TemporaryDirectory(prefix="corvane-bundle-") as root:

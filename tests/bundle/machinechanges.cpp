@@ -1,163 +1,145 @@
 #include "tests/bundle/machinechanges.h"
 
-#include "tests/bundle/text.h"
-#include <algorithm>
-#include <filesystem>
+#include <cstring>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
-#include <utility>
 
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 namespace {
 
+const HKEY Roots[] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER};
 constexpr const wchar_t* Clients = L"Software\\Clients\\Mail";
+constexpr const wchar_t* ClientKey = L"Software\\Clients\\Mail\\CorvaneTest";
 constexpr const wchar_t* ClientName = L"CorvaneTest";
 constexpr const wchar_t* Settings = L"Software\\Ostrel\\Tessarix";
+constexpr const wchar_t* OwnSettings = L"own";
 
-const std::wstring ClientKey = std::wstring(Clients) + L"\\" + ClientName;
-
-struct Key {
-    HKEY root;
-    std::wstring path;
-    bool mayHoldOthers = false; // it is removed only if nothing is in it
-};
-
-// Keys that a run makes, or the test programs in it: removed at the end, unless they were there before.
-const Key Touched[] = {
-    {HKEY_LOCAL_MACHINE, ClientKey},
-    {HKEY_LOCAL_MACHINE, Clients, true},
-    {HKEY_CURRENT_USER, Clients, true},
-    {HKEY_CURRENT_USER, L"Software\\Clients", true},
-    {HKEY_LOCAL_MACHINE, Settings},
-    {HKEY_CURRENT_USER, Settings},
-    {HKEY_LOCAL_MACHINE, L"Software\\Ostrel", true},
-    {HKEY_CURRENT_USER, L"Software\\Ostrel", true},
-    {HKEY_CURRENT_USER, L"Software\\TessarixTest"},
-    {HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest"},
-};
-
-bool Exists(HKEY root, const std::wstring& path) {
-    HKEY key = nullptr;
-    return RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS && RegCloseKey(key) == ERROR_SUCCESS;
+// Whether the system let us.
+bool SetText(HKEY root, const wchar_t* path, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
+    const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
+    return RegSetKeyValueW(root, path, name, type, text.c_str(), size) == ERROR_SUCCESS;
 }
 
-void Remove(const Key& key) {
-    DWORD keys = 0;
-    DWORD values = 0;
-    HKEY opened = nullptr;
-    if (key.mayHoldOthers && RegOpenKeyExW(key.root, key.path.c_str(), 0, KEY_READ, &opened) == ERROR_SUCCESS) {
-        RegQueryInfoKeyW(opened, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
-                         nullptr);
-        RegCloseKey(opened);
-    }
-    if (keys == 0 && values == 0) {
-        RegDeleteTreeW(key.root, key.path.c_str());
-    }
-}
-
-// Tries it: only the system knows whom it lets.
-bool CanChange(HKEY root, const std::wstring& path) {
-    HKEY key = nullptr;
-    return RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr) ==
-               ERROR_SUCCESS &&
-           RegCloseKey(key) == ERROR_SUCCESS;
-}
-
-void SetText(HKEY root, const std::wstring& path, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
-    RegSetKeyValueW(root, path.c_str(), name, type, text.c_str(),
-                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-}
-
-// The default mail client of a root, as type and text; empty without one.
+// The default mail client of a root, behind the character of its type's number; empty without one.
 std::wstring DefaultClient(HKEY root) {
     wchar_t name[256] = {};
     DWORD size = sizeof(name);
     DWORD type = 0;
     constexpr DWORD texts = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND;
     const LSTATUS status = RegGetValueW(root, Clients, nullptr, texts, &type, name, &size);
-    return status == ERROR_SUCCESS ? std::to_wstring(type) + L' ' + name : L"";
+    return status == ERROR_SUCCESS ? static_cast<wchar_t>(type) + std::wstring(name) : L"";
 }
 
 // What somebody else has chosen since stays.
 void RestoreDefaultClient(HKEY root, const std::wstring& former) {
-    if (DefaultClient(root) != std::to_wstring(REG_SZ) + L' ' + ClientName) {
+    if (DefaultClient(root) != static_cast<wchar_t>(REG_SZ) + std::wstring(ClientName)) {
         return;
     }
     if (former.empty()) {
         RegDeleteKeyValueW(root, Clients, nullptr);
     } else {
-        const std::size_t blank = former.find(L' ');
-        SetText(root, Clients, nullptr, former.substr(blank + 1), std::stoul(former.substr(0, blank)));
+        SetText(root, Clients, nullptr, former.substr(1), former[0]);
+    }
+}
+
+// Of a key that is not there the numbers stay, and nothing is removed.
+void RemoveIfEmpty(HKEY root, const wchar_t* path) {
+    HKEY key = nullptr;
+    DWORD keys = 1;
+    DWORD values = 1;
+    RegOpenKeyExW(root, path, 0, KEY_READ, &key);
+    RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr, nullptr,
+                     nullptr);
+    RegCloseKey(key);
+    if (keys == 0 && values == 0) {
+        RegDeleteKeyW(root, path);
     }
 }
 
 } // namespace
 
-CMachineChanges::CMachineChanges(std::wstring journalPath) : journal(std::move(journalPath)) {
+std::string ReadBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+std::wstring ReadText(const std::filesystem::path& path) {
+    const std::string bytes = ReadBytes(path);
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text;
+}
+
+CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(std::move(journalPath)) {
     Restore();
-    std::string known;
-    for (const Key& key : Touched) {
-        known += Exists(key.root, key.path) ? 'k' : 'n'; // kept, new
+    std::wstring known = L"\n";
+    for (HKEY root : Roots) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(root, Settings, 0, KEY_READ, &key) == ERROR_SUCCESS) {
+            RegCloseKey(key);
+            known = OwnSettings + std::wstring(L"\n");
+            noSettings = L"this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
+        }
     }
-    std::ofstream file(std::filesystem::path(journal), std::ios::binary);
-    file << known << '\n'
-         << Narrow(DefaultClient(HKEY_LOCAL_MACHINE)) << '\n'
-         << Narrow(DefaultClient(HKEY_CURRENT_USER)) << '\n';
+    known += DefaultClient(HKEY_LOCAL_MACHINE) + L'\n' + DefaultClient(HKEY_CURRENT_USER) + L'\n';
+    std::ofstream file(journal, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(known.data()),
+               static_cast<std::streamsize>(known.size() * sizeof(wchar_t)));
     file.close();
     if (!file) {
         throw std::runtime_error("its folder cannot be written, and nothing is changed that could not be restored");
     }
-    if (Exists(HKEY_CURRENT_USER, Settings) || Exists(HKEY_LOCAL_MACHINE, Settings)) {
-        noSettings = "this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
-    }
-    if (!CanChange(HKEY_LOCAL_MACHINE, ClientKey)) {
-        noClient = "it changes the machine's registry: start this from an elevated prompt";
+    if (!SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", L"")) { // only the system knows whom it lets
+        noClient = L"it changes the machine's registry: start this from an elevated prompt";
         noSettings = noClient;
     }
 }
 
-CMachineChanges::~CMachineChanges() {
-    Restore();
-}
-
 void CMachineChanges::RegisterClient(const std::wstring& simple, const std::wstring& extended) {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey.c_str());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
     SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", simple);
     if (!extended.empty()) {
         SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DllPathEx", extended);
     }
     // The user's choice, if there is one, comes before the machine's.
-    for (HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+    for (HKEY root : Roots) {
         SetText(root, Clients, nullptr, ClientName);
     }
 }
 
-void CMachineChanges::SetSettings(const Values& user, const Values& machine) {
-    for (const auto& [root, values] : {std::pair(HKEY_CURRENT_USER, &user), std::pair(HKEY_LOCAL_MACHINE, &machine)}) {
+void CMachineChanges::SetSettings(const TestCase& row) {
+    for (HKEY root : Roots) {
         RegDeleteTreeW(root, Settings);
-        for (const auto& [name, value] : *values) {
-            SetText(root, Settings, name.c_str(), value);
+        const auto [first, last] = row.equal_range(root == HKEY_CURRENT_USER ? L"user" : L"machine");
+        for (auto at = first; at != last; ++at) {
+            const std::size_t sign = at->second.find(L'=');
+            SetText(root, Settings, at->second.substr(0, sign).c_str(), at->second.substr(sign + 1));
         }
     }
 }
 
 void CMachineChanges::Restore() {
-    std::ifstream file{std::filesystem::path(journal), std::ios::binary};
-    std::string known;
-    std::string machineClient;
-    std::string userClient;
-    if (!std::getline(file, known) || !std::getline(file, machineClient) || !std::getline(file, userClient)) {
+    std::wistringstream file(ReadText(journal));
+    std::wstring settings;
+    std::wstring clients[2];
+    if (!std::getline(file, settings) || !std::getline(file, clients[0]) || !std::getline(file, clients[1])) {
         return; // nothing has been changed
     }
-    file.close();
-    RestoreDefaultClient(HKEY_LOCAL_MACHINE, Wide(machineClient));
-    RestoreDefaultClient(HKEY_CURRENT_USER, Wide(userClient));
-    for (std::size_t i = 0; i < std::min(known.size(), std::size(Touched)); ++i) {
-        if (known[i] == 'n') {
-            Remove(Touched[i]);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
+    // What the test programs make.
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest");
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TessarixTest");
+    for (std::size_t i = 0; i < std::size(Roots); ++i) {
+        RestoreDefaultClient(Roots[i], clients[i]);
+        if (settings != OwnSettings) {
+            RegDeleteTreeW(Roots[i], Settings);
+        }
+        for (const wchar_t* path : {Clients, L"Software\\Clients", L"Software\\Ostrel"}) {
+            RemoveIfEmpty(Roots[i], path);
         }
     }
     DeleteFileW(journal.c_str());

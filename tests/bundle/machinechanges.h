@@ -2,33 +2,40 @@
 // taken back.
 #pragma once
 
-#include "tests/bundle/caselist.h"
+#include <filesystem>
+#include <map>
 #include <string>
+
+/// A file's content, as bytes and as UTF-16; empty if it can't be read.
+std::string ReadBytes(const std::filesystem::path& path);
+std::wstring ReadText(const std::filesystem::path& path);
+
+/// A run of the bundle: its values by their keys, some of them several times. bundle.py has the keys.
+using TestCase = std::multimap<std::wstring, std::wstring>;
 
 /// The machine's registry, as it was found, is restored at the end; after a run that was killed, by the next one, which
 /// finds what it left in the file `journal`. Without that file nothing starts: std::runtime_error.
 class CMachineChanges {
 public:
-    explicit CMachineChanges(std::wstring journal);
-    ~CMachineChanges();
+    explicit CMachineChanges(std::filesystem::path journal);
+    ~CMachineChanges() { Restore(); }
     CMachineChanges(const CMachineChanges&) = delete;
     CMachineChanges& operator=(const CMachineChanges&) = delete;
 
     /// Why the client cannot be registered; empty if it can. That belongs to the whole machine, so that an elevated
     /// process is needed.
-    const std::string& WhyNoClient() const { return noClient; }
+    const std::wstring& WhyNoClient() const { return noClient; }
     /// Why the foundation's settings cannot be changed: nobody's own may be lost.
-    const std::string& WhyNoSettings() const { return noSettings; }
+    const std::wstring& WhyNoSettings() const { return noSettings; }
 
     /// Makes that the default mail client; `extended` may be empty.
     void RegisterClient(const std::wstring& simple, const std::wstring& extended);
-    /// Puts these in the place of all settings.
-    void SetSettings(const Values& user, const Values& machine);
-
-    /// Takes everything back.
-    void Restore();
+    /// Puts those of the run ("NAME=VALUE" under `user` and `machine`) in the place of all settings.
+    void SetSettings(const TestCase& row);
 
 private:
-    std::wstring journal;
-    std::string noClient, noSettings;
+    const std::filesystem::path journal;
+    std::wstring noClient, noSettings;
+
+    void Restore();
 };

@@ -1,16 +1,14 @@
 // runtests [PART]: runs the bundle that this program lies in, or the runs whose names have that part, and writes what
 // came of it into results.txt beside itself. Nothing else need be installed. Ends with 1 if a run failed.
-#include "tests/bundle/caselist.h"
-#include "tests/bundle/childprocess.h"
 #include "tests/bundle/machinechanges.h"
-#include "tests/bundle/text.h"
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
-#include <string>
+#include <thread>
 #include <vector>
 
 #define WIN32_LEAN_AND_MEAN
@@ -20,248 +18,275 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// What came of a run, by the keys of what is expected.
+using Answers = std::map<std::wstring, std::string>;
+
 std::atomic<bool> interrupted = false; // by Control-C: the machine is restored first
 
 constexpr std::string_view ClaimMark = "claim: "; // what a test program's line begins with
 
-// Of the whole run; empty on Windows.
+std::string Utf8(const std::wstring& text) {
+    const std::u8string bytes = fs::path(text).u8string();
+    return {bytes.begin(), bytes.end()};
+}
+
+// The text with every occurrence replaced.
+template <class TText>
+TText Replaced(TText text, const TText& from, const TText& to) {
+    for (std::size_t at = text.find(from); at != TText::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+template <class TFunction>
+TFunction NativeFunction(const char* name) {
+    return reinterpret_cast<TFunction>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+// Empty on Windows.
 std::string WineVersion() {
-    const FARPROC version = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version");
-    return version ? reinterpret_cast<const char* (*)()>(reinterpret_cast<void*>(version))() : "";
+    const auto version = NativeFunction<const char* (*)()>("wine_get_version");
+    return version ? version() : "";
 }
 
 std::string SystemText() {
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof(version);
-    const FARPROC ask = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
-    reinterpret_cast<LONG(WINAPI*)(OSVERSIONINFOW*)>(reinterpret_cast<void*>(ask))(&version);
+    NativeFunction<LONG(WINAPI*)(OSVERSIONINFOW*)>("RtlGetVersion")(&version);
     std::ostringstream text;
-    text << "Windows " << version.dwMajorVersion << '.' << version.dwMinorVersion << '.' << version.dwBuildNumber;
-    if (const std::string wine = WineVersion(); !wine.empty()) {
-        text << " as Wine " << wine << " shows it";
-    }
-    text << ", code pages " << GetACP() << " and " << GetOEMCP() << ", language " << std::hex
-         << GetUserDefaultUILanguage();
+    text << "Windows " << version.dwMajorVersion << '.' << version.dwMinorVersion << '.' << version.dwBuildNumber
+         << (WineVersion().empty() ? "" : " as Wine " + WineVersion() + " shows it") << ", code pages " << GetACP()
+         << " and " << GetOEMCP() << ", language " << std::hex << GetUserDefaultUILanguage();
     return text.str();
 }
 
-// A text in one line of the results.
-std::string Shown(const std::string& text) {
-    constexpr std::size_t most = 2000;
-    std::string line = Replaced(Replaced(Replaced(text, "\\", "\\\\"), "\r", "\\r"), "\n", "\\n");
-    return line.size() <= most ? '"' + line + '"'
-                               : '"' + line.substr(0, most) + "\"... of " + std::to_string(text.size()) + " bytes";
+std::wstring ValueOf(const TestCase& row, const std::wstring& key) {
+    const auto found = row.find(key);
+    return found == row.end() ? std::wstring() : found->second;
 }
 
-struct Found {
-    RunResult run;
-    std::string transcript;
-};
-
-void Compare(std::vector<std::string>& problems, const char* what, const std::optional<Expectation>& wanted,
-             const std::string& found) {
-    if (wanted && !wanted->IsMetBy(found)) {
-        problems.push_back(std::string(what) + ": answered " + Shown(found) + ", claimed " +
-                           (wanted->isPattern ? "a text like " : "") + Shown(wanted->text));
+// The list's fields have the form "KEY VALUE", and a character between them that no text has.
+std::vector<TestCase> ReadCases(const fs::path& bundle) {
+    const fs::path file = bundle / (WineVersion().empty() ? "cases.txt" : "cases-wine.txt");
+    std::vector<TestCase> rows;
+    std::wistringstream fields(Replaced<std::wstring>(ReadText(file), L"{bundle}", bundle.wstring()));
+    for (std::wstring field; std::getline(fields, field, L'\uE000');) {
+        const std::size_t blank = field.find(L' ');
+        if (field.starts_with(L"case ")) {
+            rows.emplace_back();
+        }
+        rows.back().emplace(field.substr(0, blank), field.substr(blank + 1));
     }
+    return rows;
 }
 
-// Where the run was otherwise than the answer says.
-std::vector<std::string> Differences(const Answer& answer, const Found& found) {
-    std::vector<std::string> problems;
-    if (!found.run.started || found.run.late) {
-        problems.emplace_back(found.run.late ? "ended when its time was up" : "could not be started");
-    }
-    if (answer.code && *answer.code != found.run.code) {
-        problems.push_back("exit code: answered " + std::to_string(found.run.code) + ", claimed " +
-                           std::to_string(*answer.code));
-    }
-    Compare(problems, "output", answer.output, found.run.output);
-    Compare(problems, "transcript", answer.transcript, found.transcript);
-    return problems;
-}
-
-std::string Joined(const std::vector<std::string>& texts) {
+// Where the answers are otherwise than the row says.
+std::string Difference(const TestCase& row, const Answers& answers) {
     std::string all;
-    for (const std::string& text : texts) {
-        all += (all.empty() ? "" : "; ") + text;
+    for (const auto& [key, found] : answers) {
+        const std::string pattern = Utf8(ValueOf(row, key + L"~"));
+        const std::string wanted = Utf8(ValueOf(row, key));
+        const bool fits =
+            !pattern.empty() ? std::regex_match(found, std::regex(pattern)) : found == wanted || !row.contains(key);
+        if (!fits) {
+            all.append(Utf8(key)).append(": answered \"").append(found).append("\", claimed \"");
+            all.append(pattern).append(wanted).append("\"; ");
+        }
     }
     return all;
 }
 
+// What ends with its last handle ends whatever the child has left running.
+HANDLE NewJob() {
+    HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+    limits.BasicLimitInformation.LimitFlags =
+        JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_DIE_ON_UNHANDLED_EXCEPTION;
+    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
+    return job;
+}
+
+// Reads a pipe until its last writer is gone.
+void ReadAll(HANDLE pipe, std::string& content) {
+    char piece[0x10000];
+    for (DWORD count = 0; ReadFile(pipe, piece, sizeof(piece), &count, nullptr) && count > 0;) {
+        content.append(piece, count);
+    }
+    CloseHandle(pipe);
+}
+
+// With exactly the row's command line; standard input is empty, errors go where ours go, and no fault shows a box.
+Answers RunProgram(const TestCase& row, const fs::path& program, const fs::path& folder) {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    Answers answers{{L"code", "none, not started"}, {L"output", ""}};
+    SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
+    HANDLE reading = nullptr;
+    STARTUPINFOW start{};
+    start.cb = sizeof(start);
+    start.dwFlags = STARTF_USESTDHANDLES;
+    CreatePipe(&reading, &start.hStdOutput, &inherited, 0);
+    SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
+    start.hStdInput = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING, 0, nullptr);
+    start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    std::wstring line = ValueOf(row, L"line");
+    PROCESS_INFORMATION process{};
+    const bool started = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                                        folder.c_str(), &start, &process);
+    CloseHandle(start.hStdOutput);
+    CloseHandle(start.hStdInput);
+    std::thread reader([&] { ReadAll(reading, answers[L"output"]); });
+    if (started) {
+        const HANDLE job = NewJob();
+        AssignProcessToJobObject(job, process.hProcess);
+        ResumeThread(process.hThread);
+        const auto limit = static_cast<DWORD>(std::stoul(ValueOf(row, L"limit")));
+        const bool ended = WaitForSingleObject(process.hProcess, limit * 1000) == WAIT_OBJECT_0;
+        DWORD code = 0;
+        GetExitCodeProcess(process.hProcess, &code);
+        answers[L"code"] = ended ? std::to_string(code) : "none in time";
+        for (const HANDLE handle : {job, process.hThread, process.hProcess}) {
+            CloseHandle(handle);
+        }
+    }
+    reader.join();
+    return answers;
+}
+
 class CTestRun {
 public:
-    CTestRun(fs::path bundleFolder, CaseList list);
-    ~CTestRun();
+    explicit CTestRun(fs::path bundleFolder)
+        : bundle(std::move(bundleFolder)),
+          work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
+          machine(bundle / "to-restore.txt"), results(bundle / "results.txt", std::ios::binary) {
+        // What is set for the user's own runs must not reach these.
+        for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
+            SetEnvironmentVariableA(name, nullptr);
+        }
+    }
+    ~CTestRun() {
+        std::error_code ignored;
+        fs::remove_all(work, ignored);
+    }
     CTestRun(const CTestRun&) = delete;
     CTestRun& operator=(const CTestRun&) = delete;
 
     /// Whether nothing failed.
-    bool Run(const std::string& part);
+    bool Run(const std::wstring& part) {
+        Tell("corvane " VERSION " on " + SystemText());
+        for (const TestCase& row : ReadCases(bundle)) {
+            const std::wstring name = ValueOf(row, L"case");
+            const std::wstring reason = interrupted ? L"interrupted" : WhyNotRun(row);
+            if (name.find(part) == std::wstring::npos) {
+                continue;
+            }
+            if (reason.empty()) {
+                Prepare(row);
+                Judge(row, Execute(row));
+            } else {
+                ++notRun;
+                Tell("not run  " + Utf8(name) + ": " + Utf8(reason));
+            }
+        }
+        Tell("\r\nWhat we claim of Windows, having seen Wine answer otherwise, and what this system answered:");
+        for (const std::string& claim : claims) {
+            Tell("claim    " + claim);
+        }
+        Tell("\r\n" + std::to_string(passed) + " passed, " + std::to_string(failed) + " failed, " +
+             std::to_string(notRun) + " not run, " + std::to_string(claims.size()) + " claims asked");
+        return failed == 0 && passed > 0 && !interrupted;
+    }
 
 private:
-    std::string WhyNotRun(const TestCase& row) const;
-    void Prepare(const TestCase& row);
-    Found Execute(const TestCase& row);
-    void Judge(const TestCase& row, const Found& found);
-    void Tell(const std::string& line);
-    void Summarise();
+    void Tell(const std::string& line) {
+        std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
+        results << line << "\r\n" << std::flush;
+    }
+
+    std::wstring WhyNotRun(const TestCase& row) const {
+        const bool needsSettings =
+            row.contains(L"user") || row.contains(L"machine") || ValueOf(row, L"program").ends_with(L"lifeprobe.exe");
+        return row.contains(L"skip")     ? ValueOf(row, L"skip")
+               : row.contains(L"client") ? machine.WhyNoClient()
+               : needsSettings           ? machine.WhyNoSettings()
+                                         : L"";
+    }
+
+    void Prepare(const TestCase& row) {
+        fs::remove_all(work);
+        fs::create_directories(work / "folder");
+        if (row.contains(L"files")) {
+            fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
+        }
+        if (row.contains(L"client") && ValueOf(row, L"client") != client) {
+            client = ValueOf(row, L"client");
+            const fs::path libraries = bundle / "tests" / "mapilibrary";
+            machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
+                                   client == L"extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
+        }
+        if (machine.WhyNoSettings().empty()) {
+            machine.SetSettings(row);
+        }
+    }
+
+    Answers Execute(const TestCase& row) const {
+        std::vector<std::wstring> variables{L"CORVANE_TRANSCRIPT=" + (work / "transcript").wstring()};
+        const auto [first, last] = row.equal_range(L"env");
+        std::for_each(first, last, [&](const auto& field) { variables.push_back(field.second); });
+        const auto setAll = [&variables](bool given) {
+            for (const std::wstring& text : variables) {
+                const std::size_t sign = text.find(L'=');
+                SetEnvironmentVariableW(text.substr(0, sign).c_str(), given ? text.c_str() + sign + 1 : nullptr);
+            }
+        };
+        const fs::path program = bundle / ValueOf(row, L"program");
+        const fs::path log = program.parent_path() / "TessarixLog.txt";
+        fs::remove(log);
+        setAll(true);
+        Answers answers = RunProgram(row, program, work / "folder");
+        setAll(false);
+        answers[L"transcript"] = ReadBytes(work / "transcript");
+        answers[L"log"] = ReadBytes(log);
+        return answers;
+    }
+
+    void Judge(const TestCase& row, const Answers& answers) {
+        const std::string name = Utf8(ValueOf(row, L"case"));
+        const std::string problems = Difference(row, answers);
+        if (row.contains(L"claim")) {
+            claims.push_back(name + ": " + (problems.empty() ? "as claimed" : problems));
+        }
+        std::istringstream lines(answers.at(L"output"));
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with(ClaimMark)) {
+                claims.push_back(Replaced<std::string>(line.substr(ClaimMark.size()), "\r", ""));
+            }
+        }
+        ++(problems.empty() ? passed : failed);
+        Tell((problems.empty() ? "passed   " + name : "FAILED   " + name + ": " + problems));
+        if (!problems.empty() && !row.contains(L"output")) {
+            Tell(answers.at(L"output"));
+        }
+    }
 
     const fs::path bundle;
-    const CaseList list;
-    const bool isWine = !WineVersion().empty();
     const fs::path work; // everything that is made on the way
     CMachineChanges machine;
     std::ofstream results;
     std::vector<std::string> claims;
     int passed = 0, failed = 0, notRun = 0;
-    std::string client; // that is registered
+    std::wstring client; // that is registered
 };
-
-CTestRun::CTestRun(fs::path bundleFolder, CaseList caseList)
-    : bundle(std::move(bundleFolder)), list(std::move(caseList)),
-      work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
-      machine((bundle / "to-restore.txt").wstring()), results(bundle / "results.txt", std::ios::binary) {
-    Tell("corvane " + list.version + " on " + SystemText());
-    // What is set for the user's own runs must not reach these.
-    for (const char* name :
-         {"TESSARIX_REGISTRY", "CORVANE_MAPI_ANSWER", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
-        SetEnvironmentVariableA(name, nullptr);
-    }
-}
-
-CTestRun::~CTestRun() {
-    std::error_code ignored;
-    fs::remove_all(work, ignored);
-}
-
-void CTestRun::Tell(const std::string& line) {
-    std::printf("%s\n", line.c_str());
-    std::fflush(stdout);
-    results << line << "\r\n" << std::flush;
-}
-
-std::string CTestRun::WhyNotRun(const TestCase& row) const {
-    if (!row.skipped.empty() || (isWine && !row.skippedUnderWine.empty())) {
-        return row.skipped + row.skippedUnderWine;
-    }
-    const bool needsSettings = row.program.ends_with(L"lifeprobe.exe");
-    return !row.client.empty() ? machine.WhyNoClient() : needsSettings ? machine.WhyNoSettings() : "";
-}
-
-void CTestRun::Prepare(const TestCase& row) {
-    fs::remove_all(work);
-    fs::create_directories(work / "folder");
-    std::ofstream(work / "transcript", std::ios::binary).flush();
-    for (const TestFile& file : row.files) {
-        const fs::path path = work / "folder" / file.name;
-        fs::create_directories(path.parent_path());
-        std::ofstream stream(path, std::ios::binary);
-        for (std::size_t i = 0; i < file.times; ++i) {
-            stream << file.content;
-        }
-    }
-    if (!row.client.empty() && row.client != client) {
-        client = row.client;
-        const fs::path libraries = bundle / "tests" / "mapilibrary";
-        machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
-                               client == "extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
-    }
-    if (machine.WhyNoSettings().empty()) {
-        machine.SetSettings(row.user, row.machine);
-    }
-}
-
-Found CTestRun::Execute(const TestCase& row) {
-    Prepare(row);
-    Values variables = row.environment;
-    variables.emplace_back(L"CORVANE_TRANSCRIPT", (work / "transcript").wstring());
-    for (const auto& [name, value] : variables) {
-        SetEnvironmentVariableW(name.c_str(), value.c_str());
-    }
-    const std::wstring program = (bundle / row.program).wstring();
-    Found found{RunProgram(program, row.line, (work / "folder").wstring(), row.limit), {}};
-    for (const auto& [name, value] : variables) {
-        SetEnvironmentVariableW(name.c_str(), nullptr);
-    }
-    found.transcript = ReadWhole((work / "transcript").wstring());
-    return found;
-}
-
-void CTestRun::Judge(const TestCase& row, const Found& found) {
-    const Answer& other = row.underWine;
-    const std::vector<std::string> asWindows = Differences(row.expected, found);
-    std::vector<std::string> problems = asWindows;
-    if (other.code || other.output || other.transcript) {
-        claims.push_back(row.name + ": " + (asWindows.empty() ? "as claimed" : Joined(asWindows)));
-        if (isWine) {
-            problems = Differences({other.code ? other.code : row.expected.code,
-                                    other.output ? other.output : row.expected.output,
-                                    other.transcript ? other.transcript : row.expected.transcript},
-                                   found);
-        }
-    }
-    std::istringstream lines(found.run.output);
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with(ClaimMark)) {
-            claims.push_back(Replaced(line.substr(ClaimMark.size()), "\r", ""));
-        }
-    }
-    ++(problems.empty() ? passed : failed);
-    Tell((problems.empty() ? "passed   " : "FAILED   ") + row.name);
-    for (const std::string& problem : problems) {
-        Tell("         " + problem);
-    }
-    if (!problems.empty() && !row.expected.output) {
-        Tell(found.run.output + found.run.errors);
-    }
-}
-
-void CTestRun::Summarise() {
-    Tell("");
-    Tell("What we claim of Windows, having seen Wine answer otherwise, and what this system answered:");
-    for (const std::string& claim : claims) {
-        Tell("claim    " + claim);
-    }
-    Tell("");
-    Tell(std::to_string(passed) + " passed, " + std::to_string(failed) + " failed, " + std::to_string(notRun) +
-         " not run, " + std::to_string(claims.size()) + " claims asked");
-}
-
-bool CTestRun::Run(const std::string& part) {
-    for (const TestCase& row : list.cases) {
-        if (interrupted) {
-            Tell("interrupted");
-            break;
-        }
-        if (row.name.find(part) == std::string::npos) {
-            continue;
-        }
-        if (const std::string reason = WhyNotRun(row); !reason.empty()) {
-            ++notRun;
-            Tell("not run  " + row.name + ": " + reason);
-        } else {
-            Judge(row, Execute(row));
-        }
-    }
-    Summarise();
-    return failed == 0 && passed > 0 && !interrupted;
-}
 
 } // namespace
 
 extern "C" int wmain(int count, wchar_t** arguments) {
     wchar_t program[1000] = {};
     GetModuleFileNameW(nullptr, program, 1000);
-    const fs::path bundle = fs::path(program).parent_path();
-    CaseList list = ReadCases((bundle / "cases.txt").wstring(), Narrow(bundle.wstring()));
-    if (list.cases.empty()) {
-        std::fprintf(stderr, "runtests: cases.txt, which belongs beside this program, is missing\n");
-        return 2;
-    }
     SetConsoleCtrlHandler([](DWORD) -> BOOL { return interrupted = true; }, TRUE);
     try {
-        return CTestRun(bundle, std::move(list)).Run(count > 1 ? Narrow(arguments[1]) : "") ? 0 : 1;
+        return CTestRun(fs::path(program).parent_path()).Run(count > 1 ? arguments[1] : L"") ? 0 : 1;
     } catch (const std::exception& failure) { // caught, so that the machine is restored
         std::fprintf(stderr, "runtests: %s\n", failure.what());
         return 2;

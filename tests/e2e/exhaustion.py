@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs in which every platform call and every allocation fails in turn, once and from then on, and runs whose output is gone.
+"""Runs in which every platform call and every allocation fails in turn, once and from then on; runs whose output is gone.
 
 Each run ends in one of these ways, and in no other:
 
@@ -17,8 +17,9 @@ import collections
 import dataclasses
 import email
 import email.policy
-import glob
+import itertools
 import os
+import pathlib
 import shutil
 import signal
 import subprocess
@@ -26,61 +27,39 @@ import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
 
+from cases import Case
 from expect import LOGO
-from places import CLIENTS, settings_text
+from places import Native, link_or_copy
 
-NEVER = 1000000
-LIMIT = 60  # seconds
 NOTICES = ("Not enough memory!", "Double internal error!")
 # Function, code: an access that is denied, exhausted memory, exhausted resources. "new" is the standard library's memory.
 PLANS = (("*", 5), ("*", 8), ("*", 1450), ("allocation", 8), ("new", 8))
 SHORT = "transfers of one byte"
 ANN = "-r:Ann <ann@example.org>"
-# What cannot be converted is an empty text; what cannot be asked about is no file, and is left out like a missing one; an
-# entry that cannot be found is done without.
-ANSWERS = ("WideCharToMultiByte", "MultiByteToWideChar", "GetFileAttributes", "FindFirstFile", "GetProcAddress")
-FILES = {"words.txt": '\ufeff@more.txt -s:"Two words"\n', "more.txt": f'"{ANN}" -b:Text\n', "one.txt": "1", "two.txt": "2" * 9}
-TESSARIX = "Software\\Ostrel\\Tessarix"
-
-
-@dataclasses.dataclass(frozen=True)
-class Scenario:
-    name: str
-    words: tuple
-    library: str = "simple"  # simple, extended, own: what takes the mail
-    probe: bool = False  # the words are the probe's, not the program's
-    settings: tuple = ()  # pairs of root key and value name, all "on"
-    script: str = ""  # of the Extended library
-    answers: tuple = ()  # further calls whose failure is an answer
-
+FILES = {"words.txt": b'\xef\xbb\xbf@more.txt -s:"Two words"\n', "more.txt": f'"{ANN}" -b:Text\n'.encode(),
+         "one.txt": b"1", "two.txt": b"2" * 9, "calls": b""}
+# A crash runs no destructors: texts of the frames that it leaves are lost. Neither is the library's memory given back
+# where its own entry for that fails for good.
+NO_LEAK_CHECK = {"ASAN_OPTIONS": "detect_leaks=0"}
 
 SCENARIOS = (
-    Scenario("help", ("-?",)),
-    Scenario("a bad argument", ("-s:Hello", "-x")),
-    Scenario("no recipient", ("-s:Hello",)),
-    Scenario("response files", ("@words.txt",)),
-    Scenario("Simple route", (ANN, "-r:Bo <bo@example.org>", "-a:one.txt", "-a:none.txt")),
-    Scenario("Extended route", (ANN, "-s:Hello", "-a:one.txt", "-a:two.txt"), "extended"),
-    Scenario("a draft", (ANN, "-s:Hello", "-a:one.txt"), "own"),
-    Scenario("a crash in the library", (ANN,), "extended", script="IMAPISession::ShowForm=read"),
-    Scenario("the log", (ANN,), settings=(("HKEY_LOCAL_MACHINE", "WriteMessageLog"),)),
-    Scenario("lists of messages", (ANN,), settings=(("HKEY_CURRENT_USER", "SaveAllMessages"),
-                                                    ("HKEY_CURRENT_USER", "SaveUndefinedMessages"))),
-    # A language whose library cannot be had is shown in English.
-    Scenario("a language", ("language", "LANGUAGES"), probe=True, answers=(
-        "GetFileVersionInfoSize", "VerQueryValue", "SearchPath", "LoadLibraryEx", "LoadString")),
-    Scenario("files in memory", ("files",), probe=True),
+    Case("help", ("-?",)),
+    Case("a bad argument", ("-s:Hello", "-x")),
+    Case("response files", ("@words.txt",)),
+    Case("Simple route", (ANN, "-r:Bo <bo@example.org>", "-a:one.txt", "-a:none.txt")),
+    Case("Extended route", (ANN, "-s:Hello", "-a:one.txt", "-a:two.txt"), mail="extended"),
+    Case("a draft", (ANN, "-s:Hello", "-a:one.txt"), mail="own"),
+    Case("a crash in the library", (ANN,), mail="extended",
+         environment={"CORVANE_MAPI_SCRIPT": "IMAPISession::ShowForm=read", **NO_LEAK_CHECK}),
+    Case("the log", (ANN,), machine={"WriteMessageLog": "on"}),
+    Case("lists of messages", (ANN,), user={"SaveAllMessages": "on", "SaveUndefinedMessages": "on"}),
+    Case("a language", ("language", "LANGUAGES"), mail="probe"),
+    Case("files in memory", ("files",), mail="probe"),
 )
-
-
-@dataclasses.dataclass(frozen=True)
-class Outcome:
-    code: int
-    output: str
-    errors: str
-    delivered: tuple
-    failed: str  # the function that failed; empty without a failure
-    calls: int  # that count for the plan, in the module that made most
+# What cannot be converted is an empty text; what cannot be asked about is no file, and is left out like a missing one; an
+# entry that cannot be found is done without. A language whose library cannot be had is shown in English.
+ANSWERS = {"": ("WideCharToMultiByte", "MultiByteToWideChar", "GetFileAttributes", "FindFirstFile", "GetProcAddress"),
+           "a language": ("GetFileVersionInfoSize", "VerQueryValue", "SearchPath", "LoadLibraryEx", "LoadString")}
 
 
 class Bench:
@@ -89,78 +68,41 @@ class Bench:
     def __init__(self, options, root):
         self.options = options
         self.root = root
-        self.numbers = iter(range(NEVER))
+        self.numbers = itertools.count()
 
-    def run(self, scenario, fault=None, **streams):
-        folder = os.path.join(self.root, str(next(self.numbers)))
-        program, environment = self.prepare(scenario, folder)
-        if fault == SHORT:
-            environment["TESSARIX_SHORT_TRANSFERS"] = "1"
-        elif fault:
-            environment["TESSARIX_FAULT"] = fault
-            if scenario.library in ("extended", "own") and fault.endswith(":on"):
-                environment["ASAN_OPTIONS"] = "detect_leaks=0"  # the library's memory: its own entry would give it back
+    def run(self, scenario, fault="", **streams):
+        """What comes of it, with what was delivered, the function that failed (empty without a failure), and the number of
+        calls that count for the plan, in the module that made most."""
+        folder = pathlib.Path(self.root, str(next(self.numbers)))
+        folder.mkdir()
+        place = Native(self.options, folder)
+        place.add_program("probe", self.options.life_probe)
+        if scenario.mail == "own":
+            place.add_program("own", self.options.program)
+            (folder / "lib/corvane").mkdir(parents=True)
+            link_or_copy(self.options.mail_library, folder / "lib/corvane/mapi32.so")
+        loses = scenario.mail in ("extended", "own") and fault.endswith(":on")
+        environment = {
+            "PATH": "/usr/bin:/bin", "HOME": str(folder / "home"), "XDG_DATA_HOME": str(folder / "home"),
+            "XDG_DATA_DIRS": "/usr/share", "CORVANE_MAIL_CLIENT": "draft", "TESSARIX_FAULT_CALLS": str(folder / "calls"),
+            **({"TESSARIX_SHORT_TRANSFERS": "1"} if fault == SHORT else {"TESSARIX_FAULT": fault} if fault else {}),
+            **(NO_LEAK_CHECK if loses else {}), **scenario.environment}
         words = [self.options.languages if word == "LANGUAGES" else word for word in scenario.words]
-        process = subprocess.run([program, *words], cwd=folder, env=environment, stdin=subprocess.DEVNULL, timeout=LIMIT,
-                                 check=False, **(streams or {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}))
-        text = lambda data: (data or b"").decode(errors="replace").replace("\r\n", "\n").replace(folder, "")
-        calls = self.calls(folder)
-        outcome = Outcome(process.returncode, text(process.stdout), text(process.stderr), self.delivered(folder),
-                          "".join(name for _, name in calls if name != "none"), max((int(n) for n, _ in calls), default=0))
+        case = dataclasses.replace(scenario, words=words, environment=environment, files=FILES)
+        outcome = place.start(case, folder, **streams)
+        for name in ("output", "errors"):
+            setattr(outcome, name, getattr(outcome, name).replace("\r\n", "\n").replace(str(folder), ""))
+        # Pairs of the number of calls that a module made and the one that failed.
+        calls = [line.split() for line in (folder / "calls").read_text().splitlines()]
+        outcome.failed = "".join(name for _, name in calls if name != "none")
+        outcome.calls = max((int(number) for number, _ in calls), default=0)
+        outcome.delivered = [line for line in outcome.transcript.splitlines() if line != "end:"]
+        for path in (folder / "home").glob("corvane/drafts/*"):
+            message = email.message_from_bytes(path.read_bytes(), policy=email.policy.default)
+            outcome.delivered += [f"{name}: {message[name]}" for name in ("To", "Subject")]
+            outcome.delivered += [f"{part.get_filename()}: {part.get_payload(decode=True)}" for part in message.walk()]
         shutil.rmtree(folder)
         return outcome
-
-    def prepare(self, scenario, folder):
-        """The program, linked into a folder that has what the scenario needs, and its environment."""
-        for name in ("bin", "registry", "home", "lib/corvane"):
-            os.makedirs(os.path.join(folder, name))
-        for name, content in FILES.items():
-            with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
-                file.write(content)
-        program = os.path.join(folder, "bin", "corvane")
-        os.link(self.options.life_probe if scenario.probe else self.options.program, program)
-        rows = {"HKEY_CURRENT_USER": [], "HKEY_LOCAL_MACHINE": []}
-        for root, value in scenario.settings:
-            rows[root] += [f"[{root}\\{TESSARIX}]", f'"{value}"="on"']
-        if scenario.library == "extended":
-            key, path = CLIENTS, "Z:" + self.options.extended_library.replace("/", "\\").replace("\\", "\\\\")
-            rows["HKEY_LOCAL_MACHINE"] += [f"[{key}]", '@="Test"', f"[{key}\\Test]", f'"DllPathEx"="{path}"']
-        elif scenario.library == "own":
-            os.link(self.options.mail_library, os.path.join(folder, "lib/corvane/mapi32.so"))
-        else:
-            os.link(self.options.library, os.path.join(folder, "bin/mapi32.so"))
-        for root, lines in rows.items():
-            with open(os.path.join(folder, "registry", root + ".reg"), "w", encoding="utf-8") as file:
-                file.write(settings_text(*lines))
-        return program, {
-            "PATH": "/usr/bin:/bin", "LC_ALL": "C.UTF-8", "HOME": os.path.join(folder, "home"), "XDG_DATA_DIRS": "/usr/share",
-            "TESSARIX_REGISTRY": os.path.join(folder, "registry"), "CORVANE_MAIL_CLIENT": "draft",
-            "CORVANE_MAPI_SCRIPT": scenario.script, "CORVANE_TRANSCRIPT": os.path.join(folder, "transcript"),
-            "TESSARIX_FAULT_CALLS": os.path.join(folder, "calls"), 
-            # A crash runs no destructors: texts of the frames that it leaves are lost.
-            "ASAN_OPTIONS": f"detect_leaks={int(not scenario.script)}"}
-
-    @staticmethod
-    def calls(folder):
-        """Pairs of the number of calls that a module made and the one that failed."""
-        path = os.path.join(folder, "calls")
-        if not os.path.exists(path):
-            return []
-        with open(path, encoding="ascii") as file:
-            return [line.split() for line in file]
-
-    def delivered(self, folder):
-        """What the library was handed: the lines that it noted, and the drafts in words."""
-        lines = []
-        if os.path.exists(os.path.join(folder, "transcript")):
-            with open(os.path.join(folder, "transcript"), encoding="utf-8") as file:
-                lines = [line for line in file.read().splitlines() if not line.startswith(("attach", "detach"))]
-        for path in glob.glob(os.path.join(folder, "home/.local/share/corvane/drafts/*")):
-            with open(path, "rb") as file:
-                message = email.message_from_binary_file(file, policy=email.policy.default)
-            lines += [f"{name}: {message[name]}" for name in ("To", "Subject")]
-            lines += [f"{part.get_filename()}: {part.get_payload(decode=True)}" for part in message.walk()]
-        return tuple(lines)
 
 
 def end_of(scenario, outcome, usual):
@@ -171,11 +113,11 @@ def end_of(scenario, outcome, usual):
         return "same"
     if outcome.code == 255 and said.strip():
         return "told"
-    if outcome.code == 0 and (outcome.errors if scenario.probe else said).strip():
+    if outcome.code == 0 and (outcome.errors if scenario.mail == "probe" else said).strip():
         return "reported"
-    if outcome.code in (0, 255) and outcome.failed in ANSWERS + scenario.answers:
+    if outcome.code in (0, 255) and outcome.failed in ANSWERS[""] + ANSWERS.get(scenario.name, ()):
         return "answered"
-    if outcome.failed == "GetProcAddress" and "LeakSanitizer" in outcome.errors and scenario.library == "own":
+    if outcome.failed == "GetProcAddress" and "LeakSanitizer" in outcome.errors and scenario.mail == "own":
         return "unbound"  # the library's memory stays out when its entry that takes it back is not found
     if outcome.code == -signal.SIGABRT and any(notice in said for notice in NOTICES):
         return "aborted"
@@ -187,85 +129,62 @@ def sweep(bench, scenario, every):
     usual = bench.run(scenario)
     problems = [] if usual.code in (0, 255) and "Sanitizer" not in usual.errors else [f"without failure: {usual}"]
     plans = [SHORT]
-    recorded = usual.delivered and scenario.library != "own"  # by a library that asks for memory too
+    recorded = usual.delivered and scenario.mail != "own"  # by a library that asks for memory too
     for start, (function, code) in enumerate(PLANS[:-1] if recorded else PLANS):
-        count = bench.run(scenario, f"{function}:{NEVER}:{code}:once").calls
+        count = bench.run(scenario, f"{function}:1000000:{code}:once").calls
         problems += [] if count > 10 else [f"only {count} calls of {function}"]
-        for mode in ("once", "on"):
-            plans += [f"{function}:{nth}:{code}:{mode}" for nth in range(1 + start % every, count + 1, every)]
-    ends = collections.Counter()
+        plans += [f"{function}:{nth}:{code}:{mode}" for mode in ("once", "on")
+                  for nth in range(1 + start % every, count + 1, every)]
+
+    def attempt(plan):
+        try:
+            outcome = bench.run(scenario, plan)
+        except subprocess.TimeoutExpired:
+            return f"{plan}: no end", None
+        lost, more = set(usual.delivered) - set(outcome.delivered), set(outcome.delivered) - set(usual.delivered)
+        return f"{plan}: {outcome}, not handed over {lost}, instead {more}", end_of(scenario, outcome, usual)
+
     with ThreadPoolExecutor(os.cpu_count()) as pool:
-        for plan, outcome in zip(plans, pool.map(lambda plan: attempt(bench, scenario, plan), plans)):
-            end = end_of(scenario, outcome, usual) if outcome else None
-            ends[end or "WRONG"] += 1
-            problems += [] if end else [f"{plan}: {difference(outcome, usual)}"]
-    return ends, problems
-
-
-def difference(outcome, usual):
-    if not outcome:
-        return f"no end after {LIMIT} seconds"
-    lost, more = (sorted(set(a) - set(b)) for a, b in ((usual.delivered, outcome.delivered), (outcome.delivered, usual.delivered)))
-    return f"{outcome.failed}: exit code {outcome.code}, {outcome.output[:200]!r} {outcome.errors[-1500:]!r}, not handed over {lost[:5]}, instead {more[:5]}"
-
-
-def attempt(bench, scenario, plan):
-    try:
-        return bench.run(scenario, plan)
-    except subprocess.TimeoutExpired:
-        return None
+        results = list(pool.map(attempt, plans))
+    ends = collections.Counter(end or "WRONG" for _, end in results)
+    return ends, problems + [told[:3000] for told, end in results if not end]
 
 
 def output_gone(bench):
-    """A standard output that is closed, full, or read to a point; standard error there or not. A run that prints nothing is none the worse."""
-    for words, code in (((ANN,), 0), (("-x",), 255), (("-?",), 255)):
-        for kind in ("closed", "full", 0, 1, 2, 4096):
-            for errors in (True, False):
-                outcome = run_without_output(bench, Scenario("", words), kind, errors)
-                problems = [] if outcome.code == code else [str(outcome)]
-                if code != 0 and errors and kind in ("closed", "full", 0) and not outcome.errors.strip():
-                    problems.append(f"nothing was said: {outcome}")
-                yield f"{words[0]}, output {kind}, {'' if errors else 'no '}standard error", problems
-
-
-def run_without_output(bench, scenario, kind, errors):
-    closed = [1] * (kind == "closed") + [2] * (not errors)
-    reader, writer = (None, os.open("/dev/full", os.O_WRONLY)) if kind == "full" else os.pipe()
-    if kind == 0:
-        os.close(reader)
-        reader = None
-    taker = ThreadPoolExecutor(1)
-    if reader is not None:
-        taker.submit(lambda: (os.read(reader, int(kind) if isinstance(kind, int) else 1), os.close(reader)))
-    outcome = bench.run(scenario, stdout=writer, stderr=subprocess.PIPE,
-                        preexec_fn=lambda: [os.close(descriptor) for descriptor in closed])
-    os.close(writer)
-    taker.shutdown()
-    return outcome
+    """A standard output that is closed, full, or read by nobody; standard error there or not. A run that prints nothing is
+    none the worse."""
+    reader, gone = os.pipe()
+    os.close(reader)
+    for (word, code), (kind, redirection, stream), errors in itertools.product(
+            ((ANN, 0), ("-x", 255), ("-?", 255)),
+            (("closed", ">&-", None), ("full", ">/dev/full", None), ("gone", "", gone)), (True, False)):
+        shell = f'exec "$0" "$@" {redirection} {"" if errors else "2>&-"}'
+        outcome = bench.run(Case("", (word,), shell=shell), stdout=stream)
+        if outcome.code != code or (code != 0 and errors and not outcome.errors.strip()):
+            yield f"{word}, output {kind}, {'' if errors else 'no '}standard error: {outcome}"
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     for name in ("program", "library", "extended-library", "life-probe", "mail-library", "languages"):
         parser.add_argument(f"--{name}", required=True)
+    parser.set_defaults(extended=False)
     parser.add_argument("--every", type=int, default=1, help="the step from one failing call to the next")
     parser.add_argument("--only", default="", help="a part of the scenarios' names")
     options = parser.parse_args()
-    root = tempfile.mkdtemp(prefix="exhaustion-", dir=os.path.dirname(options.program))  # where links can be made
     failed = 0
-    try:
+    # Where links can be made.
+    with tempfile.TemporaryDirectory(prefix="exhaustion-", dir=os.path.dirname(options.program)) as root:
         bench = Bench(options, root)
         for scenario in SCENARIOS:
             if options.only in scenario.name:
                 ends, problems = sweep(bench, scenario, options.every)
-                print(f"{scenario.name}: " + ", ".join(f"{count} {end}" for end, count in sorted(ends.items())), flush=True)
+                print(f"{scenario.name}: " + ", ".join(f"{count} {end}" for end, count in sorted(ends.items())))
                 print("".join(f"    {problem}\n" for problem in problems[:20]), end="", flush=True)
                 failed += len(problems)
-        for name, problems in output_gone(bench) if not options.only else ():
-            print("".join(f"{name}: {problem}\n" for problem in problems), end="")
-            failed += len(problems)
-    finally:
-        shutil.rmtree(root)
+        for problem in output_gone(bench) if not options.only else ():
+            print(problem)
+            failed += 1
     print(f"{failed} wrong")
     return 1 if failed else 0
 

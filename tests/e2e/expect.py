@@ -46,44 +46,18 @@ class Mail:
     result: int = 0  # None: the library crashed and said no more
 
     def transcript(self):
-        recipients = [] if self.name is None else [recipient_lines(0, self.name, self.address)]
-        files = [file_lines(i, file) for i, file in enumerate(self.files)]
-        lines = [
-            "attach", "MAPISendMail", "session 0", "uiParam 0", "flags 9", "reserved 0", "message.ulReserved 0",
-            "message.lpszSubject " + quoted(self.subject), "message.lpszNoteText " + quoted(self.body),
-            "message.lpszMessageType null", "message.lpszDateReceived null", "message.lpszConversationID null",
-            "message.flFlags 0", "message.lpOriginator null",
-            *array_lines("message.nRecipCount", "message.lpRecips", recipients),
-            *array_lines("message.nFileCount", "message.lpFiles", files),
-        ]
-        if self.result is not None:
-            lines += [f"result {self.result}", "detach"]
-        return "".join(line + "\n" for line in lines)
+        recipients = [] if self.name is None else [f"{{0, 1, {quoted(self.name)}, {quoted(self.address)}, 0:null}}"]
+        files = [(file, file) if isinstance(file, str) else file for file in self.files]
+        files = [f"{{0, 0, 0xFFFFFFFF, {quoted(path)}, {quoted(name)}, null}}" for path, name in files]
+        records = ", ".join(" ".join([str(len(rows)), *(rows or ["null"])]) for rows in (recipients, files))
+        line = f"MAPISendMail(0, 0, {{0, {quoted(self.subject)}, {quoted(self.body)}, null, null, null, 0, null, {records}}}, 9, 0)"
+        return line + ("" if self.result is None else f" = {number(self.result)}\nend:\n")
 
 
-def array_lines(count, pointer, records):
-    yield f"{count} {len(records)}"
-    yield pointer + (" given" if records else " null")
-    for record in records:
-        yield from record
-
-
-def recipient_lines(index, name, address):
-    fields = {"ulReserved": 0, "ulRecipClass": 1, "lpszName": quoted(name), "lpszAddress": quoted(address),
-              "ulEIDSize": 0, "lpEntryID": "null"}
-    return [f"recipient[{index}].{field} {value}" for field, value in fields.items()]
-
-
-def file_lines(index, file):
-    path, name = (file, file) if isinstance(file, str) else file
-    fields = {"ulReserved": 0, "flFlags": 0, "nPosition": 0xFFFFFFFF, "lpszPathName": quoted(path),
-              "lpszFileName": quoted(name), "lpFileType": "null"}
-    return [f"file[{index}].{field} {value}" for field, value in fields.items()]
+def number(value):
+    return str(value) if value < 10 else f"0x{value:X}"
 
 
 def quoted(text):
-    if text is None:
-        return "null"
-    plain = {"\n": "\\n", "\r": "\\r", "\t": "\\t", '"': '\\"', "\\": "\\\\"}
-    escape = lambda c: plain.get(c) or (f"\\x{ord(c):02X}" if ord(c) < 0x20 or c == "\x7f" else c)
-    return '"' + "".join(map(escape, text)) + '"'
+    escaped = lambda text: re.sub(r'["\\\x00-\x1f\x7f]', lambda found: f"\\x{ord(found[0]):02X}", text)
+    return "null" if text is None else f'"{escaped(text)}"'

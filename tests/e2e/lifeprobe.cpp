@@ -1,5 +1,5 @@
-// lifeprobe COMMAND [PATH]: starts the foundation and tells what came of it, for the suite that looks at its life from
-// outside.
+// lifeprobe COMMAND [FOLDER]: starts the foundation and tells what came of it, for the suites that look at its life
+// from outside.
 #include "foundation/inc/commandlinefo.h"
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/failureguard.h"
@@ -13,55 +13,27 @@
 #include "platform/inc/process.h"
 #include <clocale>
 #include <cstdio>
-#include <cstdlib>
 
 using namespace Tsx;
 
 namespace {
 
-/// Prints what it is shown.
-class CPrintingHandler : public CMessageHandler {
-public:
-    std::int32_t ShowMessageBox(Platform::Window, const char16_t* text, const char16_t*, std::uint32_t style) override {
-        std::printf("shown: %s\n", CUnicodeString(text).ToNarrow(AnsiCodePage).Text());
-        return GetDefaultButton(style);
-    }
-};
-
 void Print(const char* what, const CUnicodeString& text) {
     std::printf("%s %s\n", what, text.ToNarrow(AnsiCodePage).Text());
 }
 
-/// What the settings came to.
-void TellSettings() {
-    InitializeFoundation(nullptr, nullptr);
-    const std::string_view locale = std::setlocale(LC_ALL, nullptr);
-    std::printf("flags %x, locale %s\n", GetDebugFlags(), locale == "C" ? "kept" : "changed");
-    Print("temp", TemporaryFolder);
-    DeinitializeFoundation();
-}
-
-void TellFolders() {
-    InitializeFoundation(nullptr, nullptr);
-    Print("local", LocalApplicationFolder);
-    Print("roaming", ApplicationFolder);
-    Print("common", CommonApplicationFolder);
-    DeinitializeFoundation();
-}
-
-/// The stop modes as they are read, and a failure that may stop.
-void TellStopModes() {
-    std::printf("%u %u\n", GetAssertStopMode(), GetErrorStopMode());
-    std::fflush(stdout);
-    try {
-        GenerateLastErrorException(5);
-    } catch (CException* exception) {
-        delete exception;
-    }
-}
-
 void Fail() {
     GenerateLastErrorException(5);
+}
+
+/// What the settings came to, and a failure that may stop.
+void TellSettings() {
+    const std::string_view locale = std::setlocale(LC_ALL, nullptr);
+    std::printf("flags %x, locale %s, modes %u %u\n", GetDebugFlags(), locale == "C" ? "kept" : "changed",
+                GetAssertStopMode(), GetErrorStopMode());
+    Print("temp", TemporaryFolder);
+    std::fflush(stdout);
+    Fail();
 }
 
 /// A module that is linked in and can't start: that is final.
@@ -75,79 +47,41 @@ void FailToStart() {
     std::printf("state %d\n", GetFoundationState());
 }
 
-/// What is done between a start and a stop. A start that fails has been shown and ends as a failure.
-template <class TAction>
-void StartAndStop(TAction action) {
+/// Files in memory: made, copied, listed, and left behind for the stop to sweep.
+void UseMemoryFiles() {
+    const CUnicodeString root = CVirtualFileSystem::GetRootName();
+    CFile file;
+    file.Open(root + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
+    file.Write("text", 4);
+    file.Close();
+    FileSystem::GetFileSystem(root).CopyFile(root + u"c.txt", root + u"a\\b.txt");
+    CArray<CFileStatus> found;
+    FileSystem::GetFileSystem(root).FindFiles(root, found, u"*");
+    for (const CFileStatus& status : found) {
+        Print("found", CUnicodeString::Format(u"%s %d", status.Name, status.Size));
+    }
+}
+
+/// A start that fails has been shown and ends as a failure, and so does an action that fails.
+void RunCommand(const CUnicodeString& command, const CUnicodeString& folder) {
+    if (command == u"badmodule") {
+        return FailToStart();
+    }
+    if (command == u"language") {
+        GetResourceBase().AddPrefix(folder, u"corvane");
+    }
     if (!InitializeFoundation(nullptr, nullptr)) {
         GenerateUserException();
     }
-    const bool done = RunAndShowFailure(action);
+    const bool done = RunAndShowFailure([&command] {
+        command == u"settings" ? TellSettings()
+        : command == u"files"  ? UseMemoryFiles()
+                               : Print("help", GetMessage(MSG_INTERNAL_ERROR));
+    });
     DeinitializeFoundation();
     if (!done) {
         GenerateUserException();
     }
-}
-
-/// Keeps everybody else from a file until the standard input ends.
-void Hold(const CUnicodeString& path) {
-    CFile file;
-    file.Open(path, OM_Write | OM_ShareDenyRead | OM_ShareDenyWrite | OM_Create | OM_NoTruncate);
-    std::puts("held");
-    std::fflush(stdout);
-    while (std::getchar() != EOF) {
-    }
-}
-
-/// A text in the language of the one library in a folder.
-void TellInLanguage(const CUnicodeString& folder) {
-    GetResourceBase().AddPrefix(folder, u"corvane");
-    StartAndStop([] { Print("help", GetMessage(MSG_INTERNAL_ERROR)); });
-}
-
-/// Files in memory: made, copied, listed, and left behind for the stop to sweep.
-void UseMemoryFiles() {
-    StartAndStop([] {
-        const CUnicodeString root = CVirtualFileSystem::GetRootName();
-        CFile file;
-        file.Open(root + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
-        file.Write("text", 4);
-        file.Close();
-        FileSystem::GetFileSystem(root).CopyFile(root + u"c.txt", root + u"a\\b.txt");
-        CArray<CFileStatus> found;
-        FileSystem::GetFileSystem(root).FindFiles(root, found, u"*");
-        for (const CFileStatus& status : found) {
-            Print("found", CUnicodeString::Format(u"%s %d", status.Name, status.Size));
-        }
-    });
-}
-
-std::int32_t RunCommand() {
-    CArray<CUnicodeString> words;
-    SplitCommandLine(words, Platform::GetCommandLine());
-    if (words.Size() == 3 && words[1] == u"hold") {
-        Hold(words[2]);
-        return 0;
-    }
-    if (words.Size() == 3 && words[1] == u"language") {
-        TellInLanguage(words[2]);
-        return 0;
-    }
-    struct Row {
-        const char16_t* name;
-        void (*action)();
-    };
-    constexpr Row rows[] = {{u"settings", &TellSettings},
-                            {u"folders", &TellFolders},
-                            {u"modes", &TellStopModes},
-                            {u"badmodule", &FailToStart},
-                            {u"files", &UseMemoryFiles}};
-    for (const Row& row : rows) {
-        if (words.Size() == 2 && words[1] == row.name) {
-            row.action();
-            return 0;
-        }
-    }
-    return 1;
 }
 
 } // namespace
@@ -158,9 +92,10 @@ std::int32_t ProgramMain() {
         return -1;
     }
     mode.NoExceptions = false;
-    CPrintingHandler handler;
-    const CMessageHandlerScope scope(&handler);
-    std::int32_t exitCode = -1;
-    RunAndShowFailure([&exitCode] { exitCode = RunCommand(); });
-    return exitCode;
+    const bool done = RunAndShowFailure([] {
+        CArray<CUnicodeString> words;
+        SplitCommandLine(words, Platform::GetCommandLine());
+        RunCommand(words[1], words.Size() > 2 ? words[2] : u"");
+    });
+    return done ? 0 : -1;
 }

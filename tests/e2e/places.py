@@ -1,58 +1,54 @@
-"""The two systems on which the program is run: natively, and as a Windows program under Wine.
+"""The systems on which the program is run: natively by run.py, on Windows and under Wine by the bundle of tests.
 
-A place keeps copies of the program, each in a folder where it finds another MAPI library:
+Copies of the program stand in folders in which it finds different libraries:
 
-    recording    the recording library
+    recording    the recording MAPI library; "extended" the same with the Extended one as the registered mail client
     missing      no MAPI library at all
     no entry     a MAPI library that cannot send
-    lacking      a MAPI library that lacks one itself; natively alone
+    own          the product's own; for exhaustion.py alone
+    probe        the probe of the foundation's life in the program's place
 """
 
-import dataclasses
 import os
+import pathlib
 import re
 import shutil
 import signal
 import subprocess
+import types
 
-NOBODY = 65534
-CRASHED = "crashed"  # a case's exit code
-ACCESS_VIOLATION = 0xC0000005
+LIMIT = 90  # seconds
+CRASHED, STOPPED = "crashed", "stopped"  # codes of a case: by a fault, at a breakpoint
 CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
-
-
-@dataclasses.dataclass
-class Result:
-    code: int  # of all 32 bits under Windows; negative for a signal; None if there is none
-    output: bytes
-    errors: bytes
-    late: bool = False
-
-
-def execute(command, folder, environment, limit, user=None, given=b""):
-    """Runs a command with its output in pipes; whatever is left of it when the time is up is killed."""
-    process = subprocess.Popen(command, cwd=folder, env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                               stdin=subprocess.PIPE if given else subprocess.DEVNULL, start_new_session=True, user=user)
-    try:
-        output, errors = process.communicate(given or None, timeout=limit)
-        return Result(process.returncode, output, errors)
-    except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
-        output, errors = process.communicate()
-        return Result(process.returncode, output, errors, late=True)
 
 
 def windows_path(native):
     """The path in the syntax that the program uses on both systems."""
-    return "Z:" + native.replace("/", "\\")
+    return "Z:" + str(native).replace("/", "\\")
 
 
-def settings_text(*rows):
+def settings_text(rows):
     return "\n".join(["Windows Registry Editor Version 5.00", "", *rows, ""])
 
 
+def link_or_copy(file, target):
+    try:
+        os.link(file, target)
+    except OSError:  # in another file system
+        shutil.copy(file, target)
+
+
+def client_rows(**libraries):
+    """The settings that make a mail client the default one, its libraries under the names of their values."""
+    paths = {value: windows_path(library).replace("\\", "\\\\") for value, library in libraries.items()}
+    return [f"[{CLIENTS}]", '@="CorvaneTest"', f"[{CLIENTS}\\CorvaneTest]",
+            *(f'"{value}"="{path}"' for value, path in paths.items())]
+
+
 class Place:
-    """What both have in common. `root` is a folder of this run alone."""
+    """What runs here have in common. `root` is a folder of this run alone."""
+
+    windows = wine = False
 
     def __init__(self, options, root):
         self.options = options
@@ -64,11 +60,8 @@ class Place:
                             and not name.startswith(("TESSARIX_", "CORVANE_MAPI_"))}
         self.environment["LC_ALL"] = "C.UTF-8"
 
-    def registered_client(self, **libraries):
-        """The settings that make a mail client the default one, its libraries under the names of their values."""
-        paths = {value: windows_path(library).replace("\\", "\\\\") for value, library in libraries.items()}
-        rows = [f'"{value}"="{path}"' for value, path in paths.items()]
-        return settings_text(f"[{CLIENTS}]", '@="CorvaneTest"', f"[{CLIENTS}\\CorvaneTest]", *rows)
+    def __exit__(self, *_):
+        pass
 
     def folder(self):
         """The root as the program sees it."""
@@ -78,84 +71,87 @@ class Place:
         """The text that the case's run leaves, or a pattern of it."""
         return case.sends if isinstance(case.sends, re.Pattern) else "".join(part.transcript() for part in case.sends)
 
-    def locale(self, name):
-        """The variables that choose a locale, made for this run; none where that can't be done."""
-        folder = os.path.join(self.root, "locales")
-        command = ["localedef", "-i", name, "-f", "UTF-8", os.path.join(folder, name + ".UTF-8")]
-        os.makedirs(folder, exist_ok=True)
-        if self.windows or not shutil.which("localedef") or subprocess.run(command, check=False).returncode != 0:
-            return {}
-        return {"LC_ALL": name + ".UTF-8", "LOCPATH": folder}
-
-    def copy_program(self, mail, name, library=None):
+    def add_program(self, mail, program, library=None):
         folder = os.path.join(self.root, mail.replace(" ", ""))
         os.mkdir(folder)
-        self.programs[mail] = shutil.copy(self.options.program, os.path.join(folder, name))
-        if library:
-            shutil.copy(library, folder)
+        for file in (library, program) if library else (program,):
+            self.programs[mail] = os.path.join(folder, os.path.basename(file))
+            link_or_copy(file, self.programs[mail])
 
 
 class Native(Place):
-    windows = wine = False
-
     def __init__(self, options, root):
         super().__init__(options, root)
-        self.environment["TESSARIX_REGISTRY"] = os.path.join(root, "registry")
-        self.copy_program("recording", "corvane", options.library)
-        self.copy_program("missing", "corvane")
-        self.copy_program("no entry", "corvane", options.no_entry_library)
-        self.copy_program("lacking", "corvane", options.library)
-        library = os.path.join(root, "lacking", os.path.basename(options.library))
-        with open(library, "r+b") as file:
-            content = file.read().replace(b"libc.so.6", b"libX.so.6")
-            file.seek(0)
-            file.write(content)
+        self.registry = pathlib.Path(root, "registry")
+        self.environment["TESSARIX_REGISTRY"] = str(self.registry)
+        self.add_program("recording", options.program, options.library)
+        self.programs["extended"] = self.programs["recording"]
 
     def __enter__(self):
-        if self.options.extended:
-            folder = self.environment["TESSARIX_REGISTRY"]
-            os.mkdir(folder)
-            with open(os.path.join(folder, "HKEY_LOCAL_MACHINE.reg"), "w", encoding="utf-8") as stream:
-                stream.write(self.registered_client(DllPathEx=self.options.extended_library))
+        self.set_registry(self.options.extended)
         return self
 
-    def __exit__(self, *_):
-        pass
+    def set_registry(self, extended, user=None, machine=None):
+        """The foundation's settings, and the registered mail client."""
+        self.registry.mkdir(exist_ok=True)
+        client = client_rows(DllPathEx=self.options.extended_library) if extended else []
+        for root, values, more in (("HKEY_CURRENT_USER", user, []), ("HKEY_LOCAL_MACHINE", machine, client)):
+            rows = ['"{}"="{}"'.format(name, value.replace("\\", "\\\\")) for name, value in (values or {}).items()]
+            text = settings_text([f"[{root}\\Software\\Ostrel\\Tessarix]", *rows, *more])
+            (self.registry / f"{root}.reg").write_text(text, encoding="utf-8")
 
     def library_path(self, native):
         return native
 
-    def exit_code(self, code):
-        return code & 0xFF
+    def start(self, case, folder, stdout=subprocess.PIPE):
+        """Runs the case in that folder: the exit code, output, errors, transcript, and the files that it leaves beside the
+        program (name -> text). TimeoutExpired for one without an end."""
+        for name, content in {**case.files, ".transcript": b""}.items():
+            path = folder / os.fsdecode(name)
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(content)
+        self.set_registry(case.mail == "extended", case.user, case.machine)
+        program = pathlib.Path(self.programs[case.mail])
+        there = set(program.parent.iterdir())
+        environment = {**self.environment, "CORVANE_TRANSCRIPT": str(folder / ".transcript"), **case.environment}
+        command = [*(["sh", "-c", case.shell] if case.shell else []), program, *case.words]
+        with subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=stdout,
+                              stderr=subprocess.PIPE, start_new_session=True) as process:
+            try:
+                streams = process.communicate(timeout=LIMIT)
+            except subprocess.TimeoutExpired:
+                os.killpg(process.pid, signal.SIGKILL)  # whatever is left of it
+                raise
+        left = {path.name: path.read_bytes() for path in set(program.parent.iterdir()) - there}
+        for name in left:
+            (program.parent / name).unlink()
+        return types.SimpleNamespace(
+            code=process.returncode, output=(streams[0] or b"").decode(errors="replace"),
+            errors=streams[1].decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
+            left={name: text.decode("utf-16-le" if text.startswith(b"\xff\xfe") else "utf-8", "replace")
+                  for name, text in left.items()})
 
-    def crashed(self, code):
-        return code not in (0, 255)  # by a signal, or with the code of a sanitizer
-
-    def run(self, case, folder, environment):
-        words = [word if isinstance(word, bytes) else word.encode() for word in case.words]
-        user = NOBODY if case.unprivileged and os.geteuid() == 0 else None
-        command = [self.programs[case.mail], *words]
-        return execute(command, folder, {**self.environment, **environment}, case.limit, user, case.given)
+    def ends(self, case, code):
+        """Whether that is the case's end. A crash ends by a signal, or with the code of a sanitizer."""
+        return code not in (0, 255) if case.code == CRASHED else code == (
+            -signal.SIGTRAP if case.code == STOPPED else case.code & 0xFF)
 
 
 class Windows(Place):
     """What holds for the program as Windows starts it, whoever that Windows is."""
 
     windows = True
-    wine = False
 
     def transcript(self, case):
         """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
         goes once in a run, however many deliveries it has."""
         text = super().transcript(case)
-        delivers = case.sends or case.mail != "recording"
-        if self.options.extended or not delivers:
+        if case.mail in ("extended", "probe") or case.mail == "recording" and not case.sends:
             return text
-        ends = "" if case.code == CRASHED else "detach\n"
-        return "attach\n" + re.sub("(?m)^(at|de)tach\n", "", text) + ends
+        return text.replace("end:\n", "") + ("" if case.code == CRASHED else "end:\n")
 
     def exit_code(self, code):
-        return code & 0xFFFFFFFF
+        return {CRASHED: 0xC0000005, STOPPED: 0x80000003}.get(code) or code & 0xFFFFFFFF
 
     def line(self, case):
         """The whole command line: the case's own, or its words in the quotes that the program undoes. The program's place
@@ -171,55 +167,24 @@ class Windows(Place):
 
 
 class Wine(Windows):
-    wine = True
-    # Where Wine takes the MAPI library from, if not from its own: from nowhere, or from the program's folder.
-    overrides = {"missing": "mapi32=", "no entry": "mapi32=n"}
+    """The recording library registered in the prefix, for the measurements; the tests under Wine are the bundle's."""
 
-    def __init__(self, options, root):
-        super().__init__(options, root)
-        self.copy_program("recording", "corvane.exe")
-        self.copy_program("missing", "corvane.exe")
-        self.copy_program("no entry", "corvane.exe", options.no_entry_library)
-        self.line_file = os.path.join(root, "line")
-        self.code_file = os.path.join(root, "code")
+    wine = True
 
     def __enter__(self):
         extended = {"DllPathEx": self.options.extended_library} if self.options.extended else {}
-        self.registry(self.registered_client(DLLPath=self.options.library, **extended))
+        self.add_program("recording", self.options.program)
+        self.register(client_rows(DLLPath=self.options.library, **extended))
         return self
 
     def __exit__(self, *_):
         # What a new prefix has, also after a run that was killed.
-        self.registry(settings_text(f"[{CLIENTS}]", '@="Native Mail Client"', f"[-{CLIENTS}\\CorvaneTest]"))
+        self.register([f"[{CLIENTS}]", '@="Native Mail Client"', f"[-{CLIENTS}\\CorvaneTest]"])
 
-    def registry(self, text):
-        file = os.path.join(self.root, "settings.reg")
-        with open(file, "w", encoding="utf-16") as stream:
-            stream.write(text)
-        # The first run of all makes the prefix, which takes a while.
-        result = execute([self.options.wine, "regedit", "/S", windows_path(file)], self.root, self.environment, 200)
-        if result.code != 0:
-            raise RuntimeError(f"the mail client cannot be registered: {result}")
+    def register(self, rows):
+        file = pathlib.Path(self.root, "settings.reg")
+        file.write_text(settings_text(rows), encoding="utf-16")
+        subprocess.run([self.options.wine, "regedit", "/S", windows_path(file)], env=self.environment, check=True)
 
     def library_path(self, native):
         return windows_path(native)
-
-    def crashed(self, code):
-        return code == ACCESS_VIOLATION
-
-    def run(self, case, folder, environment):
-        if os.path.exists(self.code_file):
-            os.unlink(self.code_file)
-        with open(self.line_file, "wb") as file:
-            file.write(self.line(case).encode("utf-16-le", "surrogatepass"))
-        files = map(windows_path, (self.programs[case.mail], self.line_file, self.code_file))
-        command = [self.options.wine, self.options.launcher, *files]
-        overrides = {"WINEDLLOVERRIDES": self.overrides[case.mail]} if case.mail in self.overrides else {}
-        result = execute(command, folder, {**self.environment, **environment, **overrides}, case.limit)
-        launched, result.code = result.code, None
-        if os.path.exists(self.code_file):
-            with open(self.code_file, encoding="ascii") as file:
-                result.code = int(file.read())
-        elif not result.late:
-            result.errors += b"the launcher left no exit code and ended with %d itself" % launched
-        return result

@@ -1,136 +1,73 @@
 #!/usr/bin/env python3
-"""Runs the table of cases against the built program, natively or under Wine. Ends with 1 if a case fails."""
+"""Runs the table of cases against the built native program. Ends with 1 if a case fails."""
 
 import argparse
 import difflib
-import fnmatch
 import os
+import pathlib
 import re
-import shutil
+import subprocess
 import sys
 import tempfile
 
 import cases
-import exports
 import extended
 import life
-import outputs
-from places import Native, Wine
-
-LOCKED = "locked"  # the folder that an unprivileged case may not enter
-
-
-def prepare(case, folder):
-    """The case's working folder with its files."""
-    os.mkdir(folder)
-    for name, content in case.files.items():
-        path = os.path.join(os.fsencode(folder), os.fsencode(name))
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "wb") as file:
-            file.write(content)
-    if case.unprivileged:
-        os.chmod(os.path.join(folder, LOCKED), 0)
-
-
-def shown(text):
-    """Lines to compare, with carriage returns and cut where they are huge."""
-    lines = text.replace("\r", "\\r").splitlines() or ["(nothing)"]
-    return [line if len(line) < 500 else f"{line[:200]}... ({len(line)} characters)" for line in lines]
+from places import Native
 
 
 def difference(what, wanted, found):
     """Nothing if they agree, else the lines that tell how they don't."""
-    if isinstance(wanted, re.Pattern):
-        if wanted.fullmatch(found):
-            return []
-        wanted = f"(a pattern) {wanted.pattern}"
-    if wanted == found:
+    if wanted == found or isinstance(wanted, re.Pattern) and wanted.fullmatch(found):
         return []
-    lines = list(difflib.unified_diff(shown(wanted), shown(found), f"{what} expected", f"{what} found", "", "", 2, ""))
-    return lines or [f"{what}: differs beyond what is shown here"]
+    wanted = wanted.pattern if isinstance(wanted, re.Pattern) else wanted
+    # Huge lines are cut.
+    lines = [[line if len(line) < 500 else f"{line[:200]}... ({len(line)} characters)"
+              for line in text.replace("\r", "\\r").splitlines() or ["(nothing)"]] for text in (wanted, found)]
+    return list(difflib.unified_diff(*lines, f"{what} expected", f"{what} found", "", "", 2, "")) or [f"{what} differs"]
 
 
 def check(place, case, folder):
     """What is wrong with the case, in lines."""
-    prepare(case, folder)
-    transcript_file = folder + ".transcript"
-    with open(transcript_file, "wb"):
-        os.chmod(transcript_file, 0o666)
-    environment = {"CORVANE_TRANSCRIPT": place.library_path(transcript_file), **case.settings}
-    if case.answer:
-        environment["CORVANE_MAPI_ANSWER"] = case.answer
-    result = place.run(case, folder, environment)
-    if case.unprivileged:
-        os.chmod(os.path.join(folder, LOCKED), 0o700)
-    with open(transcript_file, encoding="utf-8") as file:
-        transcript = file.read()
-    problems = [f"killed after {case.limit} seconds"] if result.late else []
-    if case.code == cases.CRASHED:
-        if not place.crashed(result.code):
-            problems.append(f"exit code {result.code}, expected that of a crash")
-    else:
-        wanted = place.exit_code(case.code)
-        problems += [] if result.code == wanted else [f"exit code {result.code}, expected {wanted}"]
-        problems += difference("standard error", "", result.errors.decode(errors="replace"))
-    problems += difference("standard output", case.output, result.output.decode(errors="replace"))
-    return problems + difference("transcript", place.transcript(case), transcript)
-
-
-def further_checks(place, options, root):
-    """What the program does beside handing mail over."""
-    if options.life:
-        yield from life.checks(place)
-    elif not options.extended:
-        yield from outputs.checks(place, root)
-        yield from exports.checks(place, options)
+    try:
+        found = place.start(case, folder)
+    except subprocess.TimeoutExpired as late:
+        return [str(late)]
+    problems = [] if place.ends(case, found.code) else [f"exit code {found.code}, expected {case.code}"]
+    problems += difference("standard error", "", found.errors) if case.code != cases.CRASHED else []
+    problems += difference("standard output", case.output, found.output)
+    for name in sorted({*found.left, *case.left}):
+        problems += difference(name, case.left.get(name, "(no such file)"), found.left.get(name, "(no such file)"))
+    return problems + difference("transcript", place.transcript(case), found.transcript)
 
 
 def run_all(options, root):
-    passed = failed = 0
-    with (Wine if options.wine else Native)(options, root) as place:
-        table = extended.all_cases if options.extended else cases.all_cases
-        for number, case in enumerate(table(place) if not options.life else ()):
-            if not fnmatch.fnmatch(case.name, options.only):
-                continue
-            if case.skip:
-                print(f"SKIP {case.name}: {case.skip}")
-                continue
-            problems = check(place, case, os.path.join(root, str(number)))
-            passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
-            if problems:
-                print("\n    ".join([f"FAIL {case.name}", *problems]))
-    for name, problems in further_checks(place, options, root) if options.only == "*" else ():
-        passed, failed = (passed, failed + 1) if problems else (passed + 1, failed)
-        if problems:
-            print("\n    ".join([f"FAIL {name}", *problems]))
-    print(f"{passed} passed, {failed} failed")
-    return failed == 0 and passed > 0
+    failed = count = 0
+    place = Native(options, root)
+    place.add_program("probe", options.life_probe)
+    place.add_program("missing", options.program)
+    place.add_program("no entry", options.program, options.no_entry_library)
+    for case in (case for table in (cases, life, extended) for case in table.all_cases(place)):
+        if options.only in case.name:
+            count += 1
+            folder = pathlib.Path(root, str(count))
+            folder.mkdir()
+            problems = check(place, case, folder)
+            failed += bool(problems)
+            print("".join(f"{problem}\n    " for problem in [f"FAIL {case.name}", *problems] if problems), end="")
+    print(f"{count - failed} passed, {failed} failed")
+    return failed == 0 and count > 0
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--program", required=True)
-    parser.add_argument("--library", required=True, help="the recording MAPI library")
-    parser.add_argument("--extended-library", required=True, help="the recording library of Extended MAPI")
-    parser.add_argument("--extended", action="store_true", help="run the cases of the Extended route alone")
-    parser.add_argument("--life", action="store_true", help="look at the start and the stop of the foundation alone")
-    parser.add_argument("--life-probe", required=True, help="what starts and stops it")
-    parser.add_argument("--no-entry-library", required=True, help="a MAPI library that cannot send")
-    parser.add_argument("--probe", required=True, help="what looks at the program's message table")
-    parser.add_argument("--faults", action="store_true", help="the program has the fault hook")
-    parser.add_argument("--sanitized", action="store_true", help="the program shows a sanitizer's symbols too")
-    parser.add_argument("--wine", help="what runs a Windows program")
-    parser.add_argument("--launcher", help="the Windows program that starts another with an exact command line")
-    parser.add_argument("--objdump", help="the tool that lists what a Windows program exports and imports")
-    parser.add_argument("--only", default="*", help="a pattern of case names")
+    for name in ("program", "library", "extended-library", "no-entry-library", "life-probe"):
+        parser.add_argument(f"--{name}", required=True)
+    parser.add_argument("--only", default="", help="a part of the cases' names")
     options = parser.parse_args()
-    root = tempfile.mkdtemp(prefix="corvane-e2e-")
-    os.chmod(root, 0o755)  # an unprivileged case runs as another user
-    os.umask(0o022)
-    try:
+    # Where links can be made.
+    with tempfile.TemporaryDirectory(prefix="e2e-", dir=os.path.dirname(os.path.abspath(options.program))) as root:
         return 0 if run_all(options, root) else 1
-    finally:
-        shutil.rmtree(root)
 
 
 if __name__ == "__main__":

@@ -3,13 +3,14 @@
 #include "mapi/MapiInterfaces.h"
 #include "platform/inc/memory.h"
 #include "platform/inc/modules.h"
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 using namespace Mapi;
+using Number = std::uint32_t;
+using Result = std::int32_t;
 
 namespace {
 
@@ -42,20 +43,18 @@ private:
 const CPresence presence;
 
 // Not by std::to_string, which has an object that must be the process's only one: the library could not be unloaded.
-std::string Number(std::uint64_t argument) {
+std::string Shown(std::uintptr_t argument) {
     char text[30] = {};
-    std::snprintf(text, sizeof(text), " %llu", static_cast<unsigned long long>(argument));
+    std::snprintf(text, sizeof(text), " %zu", argument);
     return text;
 }
-std::string Number(const void* argument) {
-    return Number(reinterpret_cast<std::uintptr_t>(argument));
+std::string Shown(const void* argument) {
+    return Shown(reinterpret_cast<std::uintptr_t>(argument));
 }
 
 template <class... TArguments>
-std::int32_t Handed(const char* entry, TArguments... arguments) {
-    std::string line = entry;
-    ((line += Number(arguments)), ...);
-    Note(line);
+Result Handed(const char* entry, TArguments... arguments) {
+    Note((entry + ... + Shown(arguments)));
     return 77;
 }
 
@@ -63,49 +62,29 @@ std::int32_t Handed(const char* entry, TArguments... arguments) {
 
 extern "C" {
 
-PLATFORM_EXPORT std::int32_t FGetComponentPath(const char* component, const char* qualifier, char* path,
-                                               std::uint32_t size, std::int32_t install) {
-    Note(std::string("component ") + component + " " + qualifier + Number(size) +
-         Number(static_cast<std::uint64_t>(install)));
+PLATFORM_EXPORT Result FGetComponentPath(const char* component, const char* qualifier, char* path, Number size,
+                                         Result install) {
+    Note(std::string("component ") + component + " " + qualifier + Shown(size) + Shown(static_cast<Number>(install)));
     const char* answer = std::getenv("PROVIDER_COMPONENT");
-    if (!answer || !*answer) {
-        return 0;
-    }
-    std::strncpy(path, answer, size);
-    return 1;
+    std::strncpy(path, answer ? answer : "", size);
+    return path[0] != '\0';
 }
 
-PLATFORM_EXPORT std::int32_t MAPIInitialize(void* a) {
-    return Handed("MAPIInitialize", a);
-}
-PLATFORM_EXPORT void MAPIUninitialize() {
-    Handed("MAPIUninitialize");
-}
-PLATFORM_EXPORT std::int32_t MAPILogonEx(WindowParameter a, TextPointer b, TextPointer c, std::uint32_t d,
-                                         IMAPISession** e) {
-    return Handed("MAPILogonEx", a, b, c, d, e);
-}
-PLATFORM_EXPORT std::int32_t MAPIAllocateBuffer(std::uint32_t a, void** b) {
-    return Handed("MAPIAllocateBuffer", a, b);
-}
-PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* a) {
-    return static_cast<std::uint32_t>(Handed("MAPIFreeBuffer", a));
-}
-PLATFORM_EXPORT std::int32_t HrQueryAllRows(IMAPITable* a, SPropTagArray* b, SRestriction* c, SSortOrderSet* d,
-                                            std::int32_t e, SRowSet** f) {
-    return Handed("HrQueryAllRows", a, b, c, d, static_cast<std::uint32_t>(e), f);
-}
-PLATFORM_EXPORT void FreeProws(SRowSet* a) {
-    Handed("FreeProws", a);
-}
-PLATFORM_EXPORT void FreePadrlist(ADRLIST* a) {
-    Handed("FreePadrlist", a);
-}
-PLATFORM_EXPORT std::int32_t HrGetOneProp(IMAPIProp* a, std::uint32_t b, SPropValue** c) {
-    return Handed("HrGetOneProp", a, b, c);
-}
-PLATFORM_EXPORT std::int32_t HrSetOneProp(IMAPIProp* a, SPropValue* b) {
-    return Handed("HrSetOneProp", a, b);
-}
+// An entry notes its arguments, whatever its pointers point to.
+#define ENTRY(TYPE, NAME, PARAMETERS, ...)                                                                             \
+    PLATFORM_EXPORT TYPE NAME PARAMETERS {                                                                             \
+        return static_cast<TYPE>(Handed(#NAME __VA_OPT__(, ) __VA_ARGS__));                                            \
+    }
+
+ENTRY(Result, MAPIInitialize, (void* a), a)
+ENTRY(void, MAPIUninitialize, ())
+ENTRY(Result, MAPILogonEx, (WindowParameter a, void* b, void* c, Number d, void* e), a, b, c, d, e)
+ENTRY(Result, MAPIAllocateBuffer, (Number a, void* b), a, b)
+ENTRY(Number, MAPIFreeBuffer, (void* a), a)
+ENTRY(Result, HrQueryAllRows, (void* a, void* b, void* c, void* d, Number e, void* f), a, b, c, d, e, f)
+ENTRY(void, FreeProws, (void* a), a)
+ENTRY(void, FreePadrlist, (void* a), a)
+ENTRY(Result, HrGetOneProp, (void* a, Number b, void* c), a, b, c)
+ENTRY(Result, HrSetOneProp, (void* a, void* b), a, b)
 
 } // extern "C"

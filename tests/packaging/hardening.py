@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """usage: hardening.py OBJDUMP READELF FILE...
 
-Whether the protections that the build asks for are in the files that it made.
+Whether the protections that the build asks for are in the files that it made, and the program exports exactly the names
+that tools ask for.
 """
 
 import re
@@ -13,6 +14,9 @@ WANTED_ON_WINDOWS = 0x20 | 0x40 | 0x100
 # What a program would do to threads and processes of others: scanners distrust one that imports these.
 UNWANTED_ON_WINDOWS = {"SuspendThread", "GetThreadContext", "SetThreadContext", "AddVectoredExceptionHandler",
                        "OpenProcess", "SetProcessAffinityMask", "CreateRemoteThread", "WriteProcessMemory"}
+IMPORTED = {"KERNEL32.dll", "msvcrt.dll"}
+EXPORTED = {"GetMessageName", "GetMessageSystemVersion", "GetResourceID", "NumberOfMessages", "__TessarixUsed"}
+RESOURCES = "TessarixModuleResources"  # by which the Linux program's strings and version record are found
 
 
 def output(*command):
@@ -28,6 +32,10 @@ def windows_faults(objdump, file):
         r"Time/Date\s+Thu Jan +1 00:00:00 1970", header)
     yield "imports that could not be read", "ReadFile" not in imports
     yield f"imports {imports & UNWANTED_ON_WINDOWS}", imports & UNWANTED_ON_WINDOWS
+    exports = re.findall(r"\] (\S+)", header.partition("[Ordinal/Name Pointer] Table")[2].partition("\n\n")[0])
+    yield f"exports {exports}", set(exports) != EXPORTED
+    libraries = re.findall(r"DLL Name: (\S+)", header)
+    yield f"libraries {libraries}", set(libraries) != IMPORTED
 
 
 def linux_faults(objdump, readelf, file):
@@ -42,6 +50,8 @@ def linux_faults(objdump, readelf, file):
     yield "a segment to be written and run", re.search(r"LOAD.* RWE ", headers)
     yield "no stack protector", "__stack_chk_fail" not in symbols
     yield "no checked calls", not re.search(r"__\w+_chk(@| |$)", symbols)
+    exports = set(re.findall(r" DEFAULT +\d+ (\w+)$", symbols, re.MULTILINE))
+    yield f"exports {exports}", ".so" not in file and exports != EXPORTED | {RESOURCES}
     yield "no marks for indirect branches", "Advanced Micro Devices X86-64" in headers and code.count("endbr64") < 100
 
 
