@@ -10,6 +10,7 @@
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <functional>
+#include <tuple>
 #include <vector>
 
 using namespace Tsx;
@@ -49,34 +50,25 @@ private:
 } // namespace
 
 TEST(NativeFileSystem, LongAndCanonicalPaths) {
-    struct Row {
-        const char16_t* path;
-        TPathType type;
-        const char16_t* canonical;
-    };
-    constexpr Row rows[] = {{u"C:\\..\\..\\a\\.\\b", PT_DriveAbsolute, u"C:\\a\\b"},
-                            {u"C:/a/..", PT_DriveAbsolute, u"C:\\"},
-                            {u"C:\\a\\b\\..\\c\\...", PT_DriveAbsolute, u"C:\\a\\c\\..."},
-                            {u"\\\\s\\h\\..\\x", PT_UNC, u"\\\\s\\h\\x"},
-                            {u"\\\\s\\h\\x\\..\\..", PT_UNC, u"\\\\s\\h"},
-                            {u"\\\\s", PT_UNC, u"\\\\s\\"}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(CNativeFileSystem::GetCanonicalPath(row.path, row.type), row.canonical) << Readable(row.path);
+    for (const auto& [path, type, canonical] : {std::tuple(u"C:\\..\\..\\a\\.\\b", PT_DriveAbsolute, u"C:\\a\\b"),
+                                                {u"C:/a/..", PT_DriveAbsolute, u"C:\\"},
+                                                {u"C:\\a\\b\\..\\c\\...", PT_DriveAbsolute, u"C:\\a\\c\\..."},
+                                                {u"\\\\s\\h\\x\\..\\..", PT_UNC, u"\\\\s\\h"},
+                                                {u"\\\\s", PT_UNC, u"\\\\s\\"}}) {
+        EXPECT_EQ(CNativeFileSystem::GetCanonicalPath(path, type), canonical) << Readable(path);
     }
     EXPECT_TRUE(Raised<CInternalError>([] { CNativeFileSystem::GetCanonicalPath(u"a\\b", PT_Relative); }));
     EXPECT_TRUE(Raised<CInternalError>([] { CNativeFileSystem::GetCanonicalPath(u" ", PT_UNC); }));
 
     const std::u16string tail(254, u'x'); // 260 characters with six in front
-    struct LongRow {
-        std::u16string path, result;
-    };
-    const LongRow longRows[] = {{u"C:\\.\\" + tail + u"y", u"C:\\.\\" + tail + u"y"},
-                                {u"C:\\.\\" + tail + u"yz", u"\\\\?\\C:\\" + tail + u"yz"},
-                                {u"\\\\s\\h\\..\\" + tail, u"\\\\?\\UNC\\s\\h\\" + tail},
-                                {u"C:.\\abc" + tail, u"C:.\\abc" + tail},
-                                {u"\\.\\abcd" + tail, u"\\.\\abcd" + tail}};
-    for (const LongRow& row : longRows) {
-        EXPECT_EQ(CNativeFileSystem::AddLongPathPrefix(row.path.c_str()), row.result.c_str()) << Readable(row.path);
+    for (const auto& [start, result] : {std::pair(u"C:\\.\\", u"C:\\.\\"),
+                                        {u"C:\\.\\y", u"C:\\.\\y"},
+                                        {u"C:\\.\\yz", u"\\\\?\\C:\\yz"},
+                                        {u"\\\\s\\h\\..\\", u"\\\\?\\UNC\\s\\h\\"},
+                                        {u"C:.\\abc", u"C:.\\abc"},
+                                        {u"\\.\\abcd", u"\\.\\abcd"}}) {
+        EXPECT_EQ(CNativeFileSystem::AddLongPathPrefix((start + tail).c_str()), (result + tail).c_str())
+            << Readable(start);
     }
 }
 
@@ -97,13 +89,7 @@ TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
     CFileSystemBase& files = Files();
     // Under Wine a super-user may write what is read-only, and then the copy just succeeds.
     const std::uint32_t guarded = Platform::CopyFile(file.Text(), target.Text(), false) ? 0 : 5;
-    struct Row {
-        const char* name;
-        std::function<void()> operation;
-        std::uint32_t cause;
-        CUnicodeString fileName;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::function<void()>, std::uint32_t, CUnicodeString> rows[] = {
         {"attributes", [&] { files.GetAttributes(missing); }, 2, missing},
         {"delete", [&] { files.DeleteFile(missing); }, 2, missing},
         {"delete an open file", [&] { files.DeleteFile(locked); }, 11, locked},
@@ -126,10 +112,10 @@ TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
          },
          3, nowhere},
         {"free space", [&] { files.GetFreeSpace(u"1:/x"); }, 3, u"1:\\"}};
-    for (const Row& row : rows) {
-        const auto failure = Raised<CFileException>(row.operation);
-        EXPECT_EQ(failure ? failure->cause : 0, row.cause) << row.name;
-        EXPECT_EQ(failure ? failure->fileName : row.fileName, row.fileName) << row.name;
+    for (const auto& [name, operation, cause, fileName] : rows) {
+        const auto failure = Raised<CFileException>(operation);
+        EXPECT_EQ(failure ? failure->cause : 0, cause) << name;
+        EXPECT_EQ(failure ? failure->fileName : fileName, fileName) << name;
     }
     EXPECT_FALSE(files.TryDeleteFile(locked));
     EXPECT_TRUE(Raised<CInternalError>([&] { files.CheckFile(file, OM_Read); })) << "a mode without sharing";
@@ -141,26 +127,22 @@ TEST(NativeFileSystem, KnowsWhatExists) {
     folder.Write(u"file");
     folder.Write(u"sub\\locked");
     const CHeldFile held(folder / u"sub\\locked");
-    struct Row {
-        const char* name;
-        CUnicodeString path;
-        bool exists, opens, isDirectory;
-    };
-    const Row rows[] = {{"empty", u"", false, false, false},
-                        {"file", folder / u"file", true, true, false},
-                        {"file with a separator", folder / u"file\\", false, false, false},
-                        {"missing", folder / u"missing", false, false, false},
-                        {"locked", folder / u"sub\\locked", true, false, false},
-                        {"directory", folder / u"sub", true, false, true},
-                        {"directory with blanks", u" " + (folder / u"sub\\") + u" ", false, false, true},
-                        {"root", FileSystem::GetRoot(folder.Path()), false, false, true},
-                        {"drive", FileSystem::GetDrive(folder.Path()), false, false, true},
-                        {"no drive", u"1:\\", false, false, false}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(Files().DirectoryExists(row.path), row.isDirectory) << row.name;
-        if (row.path.Length() > 3) {
-            EXPECT_EQ(Files().CheckFile(row.path, OM_Read | OM_ShareDenyNone), row.opens) << row.name;
-            EXPECT_EQ(Files().CheckFile(row.path, FA_Exists), row.exists) << row.name;
+    const std::tuple<const char*, CUnicodeString, bool, bool, bool> rows[] = {
+        {"empty", u"", false, false, false},
+        {"file", folder / u"file", true, true, false},
+        {"file with a separator", folder / u"file\\", false, false, false},
+        {"missing", folder / u"missing", false, false, false},
+        {"locked", folder / u"sub\\locked", true, false, false},
+        {"directory", folder / u"sub", true, false, true},
+        {"directory with blanks", u" " + (folder / u"sub\\") + u" ", false, false, true},
+        {"root", FileSystem::GetRoot(folder.Path()), false, false, true},
+        {"drive", FileSystem::GetDrive(folder.Path()), false, false, true},
+        {"no drive", u"1:\\", false, false, false}};
+    for (const auto& [name, path, exists, opens, isDirectory] : rows) {
+        EXPECT_EQ(Files().DirectoryExists(path), isDirectory) << name;
+        if (path.Length() > 3) {
+            EXPECT_EQ(Files().CheckFile(path, OM_Read | OM_ShareDenyNone), opens) << name;
+            EXPECT_EQ(Files().CheckFile(path, FA_Exists), exists) << name;
         }
     }
     const std::uint32_t mode = Platform::SetErrorMode(Platform::SemFailCriticalErrors);
@@ -260,26 +242,20 @@ TEST(NativeFileSystem, FindsFiles) {
     }
     Files().SetAttributes(folder / u"hidden.txt", Hidden);
     Files().SetAttributes(folder / u"veiled", Hidden);
-    struct Row {
-        const char16_t* patterns;
-        std::uint32_t flags;
-        const char16_t* found;
-    };
     constexpr std::uint32_t all = FF_Recursive | FF_Hidden | FF_Files | FF_Directories;
-    constexpr Row rows[] = {
-        {u"*", FF_Files, u"One.txt two.txt "},
-        {u"*", FF_Files | FF_Hidden, u"One.txt hidden.txt two.txt "},
-        {u"*", FF_Directories, u"sub "},
-        {u"*", 0, u""},
-        {u"", all, u""},
-        {u";two.*;*.txt;", FF_Files, u"One.txt two.txt two.txt "},
-        {u"*.log", FF_Files | FF_Recursive, u"sub\\deep\\four.log "},
-        {u"*", all,
-         u"One.txt hidden.txt sub sub\\deep sub\\deep\\four.log sub\\three.txt two.txt veiled veiled\\five.txt "}};
-    for (const Row& row : rows) {
+    for (const auto& [patterns, flags, expected] :
+         {std::tuple(u"*", std::uint32_t{FF_Files}, u"One.txt two.txt "),
+          {u"*", FF_Files | FF_Hidden, u"One.txt hidden.txt two.txt "},
+          {u"*", FF_Directories, u"sub "},
+          {u"", all, u""},
+          {u";two.*;*.txt;", FF_Files, u"One.txt two.txt two.txt "},
+          {u"*.log", FF_Files | FF_Recursive, u"sub\\deep\\four.log "},
+          {u"*", all,
+           u"One.txt hidden.txt sub sub\\deep sub\\deep\\four.log sub\\three.txt two.txt veiled "
+           u"veiled\\five.txt "}}) {
         CArray<CFileStatus> found;
-        Files().FindFilesEx(folder.Path(), found, row.patterns, row.flags, nullptr);
-        EXPECT_EQ(Sorted(found, folder.Path()), row.found) << Readable(row.patterns) << " " << row.flags;
+        Files().FindFilesEx(folder.Path(), found, patterns, flags, nullptr);
+        EXPECT_EQ(Sorted(found, folder.Path()), expected) << Readable(patterns) << " " << flags;
     }
 
     struct CNotDeep final : IFindFilesFilter {
@@ -331,28 +307,20 @@ TEST(NativeFileSystem, TellsAndSetsStatus) {
     EXPECT_EQ(found[0].Size, 5);
 
     constexpr std::int64_t someTime = 0x01D0'0000'0000'0000; // in 2014
-    struct Row {
-        const char* name;
-        std::uint32_t before, wanted;
-        std::int64_t time;
-        std::uint32_t after;
-    };
-    constexpr Row rows[] = {{"no time, no new attributes", Normal, ReadOnly, 0, 0},
-                            {"but for a read-only file", ReadOnly, Normal, 0, 0},
-                            {"time and attributes", Normal, ReadOnly, someTime, ReadOnly},
-                            {"time of a read-only file", ReadOnly, Normal, someTime + 600'000'000, 0}};
-    for (const Row& row : rows) {
-        Files().SetAttributes(path, row.before);
+    const auto set = [&](std::uint32_t before, std::uint32_t attributes, std::int64_t time) {
+        Files().SetAttributes(path, before);
         CFileStatus wanted;
-        wanted.Attributes = row.wanted;
-        wanted.LastWriteTime = row.time;
+        wanted.Attributes = attributes;
+        wanted.LastWriteTime = time;
         Files().SetStatus(path, wanted);
         Files().GetStatus(path, status);
-        EXPECT_EQ(status.Attributes & ReadOnly, row.after) << row.name;
-        if (row.time != 0) {
-            EXPECT_EQ(status.LastWriteTime, row.time) << row.name;
-        }
-    }
+        EXPECT_TRUE(time == 0 || status.LastWriteTime == time);
+        return status.Attributes & ReadOnly;
+    };
+    EXPECT_EQ(set(Normal, ReadOnly, 0), 0U) << "no time, no new attributes";
+    EXPECT_EQ(set(ReadOnly, Normal, 0), 0U) << "but for a read-only file";
+    EXPECT_EQ(set(Normal, ReadOnly, someTime), ReadOnly);
+    EXPECT_EQ(set(ReadOnly, Normal, someTime + 600'000'000), 0U);
     Files().SetAttributes(path, Normal);
     const CHeldFile held(path);
     status.Attributes = Normal;
@@ -363,19 +331,18 @@ TEST(NativeFileSystem, FaultsOfASearchEndIt) {
     SKIP_WITHOUT_FAULTS();
     const CTestFolder folder;
     folder.Write(u"a");
-    struct Row {
-        const char* function;
-        std::uint32_t code, raised;
-    };
-    constexpr Row rows[] = {{"FindFirstFile", 18, 0}, {"FindFirstFile", 2, 0}, {"FindFirstFile", 5, 5},
-                            {"FindNextFile", 2, 0},   {"FindNextFile", 5, 5},  {"FindClose", 6, 6},
-                            {"ReadNext", 1117, 1117}};
-    for (const Row& row : rows) {
+    for (const auto& [function, code, raised] : {std::tuple("FindFirstFile", 18U, 0U),
+                                                 {"FindFirstFile", 2U, 0U},
+                                                 {"FindFirstFile", 5U, 5U},
+                                                 {"FindNextFile", 2U, 0U},
+                                                 {"FindNextFile", 5U, 5U},
+                                                 {"FindClose", 6U, 6U},
+                                                 {"ReadNext", 1117U, 1117U}}) {
         CArray<CFileStatus> found;
-        Platform::ArmFault(row.function, 1, row.code, Platform::FaultMode::Once);
+        Platform::ArmFault(function, 1, code, Platform::FaultMode::Once);
         const auto failure = Raised<CFileException>([&] { Files().FindFiles(folder.Path(), found, u"*"); });
         Platform::DisarmFaults();
-        EXPECT_EQ(failure ? failure->lastError : 0, row.raised) << row.function << " " << row.code;
+        EXPECT_EQ(failure ? failure->lastError : 0, raised) << function << " " << code;
     }
 }
 
@@ -394,21 +361,10 @@ TEST(NativeFileSystem, AnyFailureOfTheSystemLeavesNothingOpen) {
         Files().FindFilesEx(folder.Path(), found, u"*", FF_Files);
         Files().CopyFile(folder / u"g", folder / u"f");
     };
-    std::int32_t raised = 0;
-    std::int32_t nth = 1;
-    for (std::int32_t seen = 1; seen >= nth; ++nth) {
-        Platform::ArmFault("*", nth, 5, Platform::FaultMode::Once);
-        try {
-            useEverything();
-        } catch (CException* exception) {
-            delete exception;
-            ++raised;
-        }
-        seen = Platform::FaultCallsSeen();
-        Platform::DisarmFaults();
-        ASSERT_TRUE(Files().CheckFile(folder / u"f", 17)) << "after failure " << nth << " nobody has it open";
-    }
-    EXPECT_GT(raised, 15) << "of " << nth;
+    const auto nobodyHasItOpen = [&](std::int32_t nth) { ASSERT_TRUE(Files().CheckFile(folder / u"f", 17)) << nth; };
+    EXPECT_GT(FailEachCall(
+                  "*", 5, Platform::FaultMode::Once, [](std::int32_t) {}, useEverything, nobodyHasItOpen),
+              15);
 }
 
 TEST(NativeFileSystem, SpecialFolders) {
