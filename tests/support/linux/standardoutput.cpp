@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <pty.h>
+#include <sys/mman.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
@@ -16,67 +18,36 @@ void Require(bool holds) {
     }
 }
 
-int OpenTemporaryFile() {
-    std::string path = std::string(getenv("TMPDIR") ? getenv("TMPDIR") : "/tmp") + "/output-XXXXXX";
-    const int file = mkostemp(path.data(), O_CLOEXEC);
-    unlink(path.c_str());
-    return file;
-}
-
-// What is written to the second end is read from the first.
-std::array<int, 2> OpenEnds(EOutput kind, std::string_view content) {
-    std::array<int, 2> ends{-1, -1};
-    switch (kind) {
-    case EOutput::File:
-        ends[1] = OpenTemporaryFile();
-        ends[0] = fcntl(ends[1], F_DUPFD_CLOEXEC, 0);
-        Require(write(ends[1], content.data(), content.size()) == static_cast<ssize_t>(content.size()));
-        break;
-    case EOutput::Pipe:
-    case EOutput::BrokenPipe:
-        Require(pipe2(ends.data(), O_CLOEXEC) == 0);
-        if (kind == EOutput::BrokenPipe) {
-            close(std::exchange(ends[0], -1));
-        }
-        break;
-    case EOutput::Terminal: { // without its own repair of line ends, so that what is read is what was written
-        ends[0] = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-        Require(grantpt(ends[0]) == 0 && unlockpt(ends[0]) == 0);
-        ends[1] = open(ptsname(ends[0]), O_RDWR | O_NOCTTY | O_CLOEXEC);
-        termios mode{};
-        tcgetattr(ends[1], &mode);
-        cfmakeraw(&mode);
-        tcsetattr(ends[1], TCSANOW, &mode);
-        break;
-    }
-    case EOutput::NullDevice:
-        ends[1] = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        break;
-    case EOutput::Missing:
-        break;
-    }
-    return ends;
-}
-
 } // namespace
 
 struct CStandardOutput::CState {
-    int reading = -1;
+    std::array<int, 2> ends{-1, -1};                      // what is written to the second is read from the first
     int kept = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 10); // the output as it was
 
     CState(EOutput kind, std::string_view content) {
         std::fflush(nullptr);
-        const std::array<int, 2> ends = OpenEnds(kind, content);
-        reading = ends[0];
-        close(STDOUT_FILENO);
-        if (ends[1] >= 0) {
-            dup2(ends[1], STDOUT_FILENO);
-            close(ends[1]);
+        if (kind == EOutput::File) {
+            ends[1] = memfd_create("output", MFD_CLOEXEC);
+            ends[0] = fcntl(ends[1], F_DUPFD_CLOEXEC, 0);
+            Require(write(ends[1], content.data(), content.size()) == static_cast<ssize_t>(content.size()));
+        } else if (kind == EOutput::Pipe || kind == EOutput::BrokenPipe) {
+            Require(pipe2(ends.data(), O_CLOEXEC) == 0);
+            close(kind == EOutput::BrokenPipe ? std::exchange(ends[0], -1) : -1);
+        } else if (kind == EOutput::Terminal) { // without its own repair of line ends: what is read is what was written
+            termios mode{};
+            Require(openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) == 0 && tcgetattr(ends[1], &mode) == 0);
+            cfmakeraw(&mode);
+            tcsetattr(ends[1], TCSANOW, &mode);
+        } else if (kind == EOutput::NullDevice) {
+            ends[1] = open("/dev/null", O_WRONLY | O_CLOEXEC);
         }
+        close(STDOUT_FILENO);
+        dup2(ends[1], STDOUT_FILENO);
+        close(ends[1]);
     }
     ~CState() {
         PutBack();
-        close(reading);
+        close(ends[0]);
     }
     CState(const CState&) = delete;
     CState& operator=(const CState&) = delete;
@@ -89,11 +60,11 @@ struct CStandardOutput::CState {
     }
     std::string Read() {
         PutBack();
-        lseek(reading, 0, SEEK_SET);
+        lseek(ends[0], 0, SEEK_SET);
         std::string all;
         std::array<char, 4096> piece{};
         // A terminal whose other end is closed ends in an error.
-        for (ssize_t count = 0; (count = read(reading, piece.data(), piece.size())) > 0;) {
+        for (ssize_t count = 0; (count = read(ends[0], piece.data(), piece.size())) > 0;) {
             all.append(piece.data(), static_cast<std::size_t>(count));
         }
         return all;

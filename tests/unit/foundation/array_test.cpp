@@ -27,20 +27,6 @@ using TPointers = CPointerArray<int, CNotingDestroy>;
 
 } // namespace
 
-TEST(Array, GrowsByHalfOrEightOrWhatIsMissing) {
-    CArray<int> array;
-    for (const auto& [added, capacity] : {std::pair(1, 8), {7, 8}, {1, 16}, {8, 24}, {8, 36}, {12, 54}}) {
-        for (std::int32_t i = 0; i < added; ++i) {
-            array.Append(i);
-        }
-        EXPECT_EQ(array.Capacity(), capacity) << "at " << array.Size();
-    }
-    array.SetSize(137);
-    array.Reserve(138);
-    array.Reserve(3);
-    EXPECT_EQ(array.Capacity(), 138) << "a reservation is exact";
-}
-
 TEST(Array, BehavesAsAVectorUnderRandomSteps) {
     std::mt19937 random(5);
     CArray<std::shared_ptr<int>> array;

@@ -95,11 +95,10 @@ TEST(Errors, TextsComeFromTheComponentOrTheSystem) {
               u"Unknown COM error. Error code: 0x800700c1");
     CDescription told(u"The mailbox is full\r\n");
     EXPECT_EQ(GetCOMErrorText(Unspecified, &told), u"The mailbox is full\r\n");
-    CDescription empty(u"");
-    CDescription none(nullptr);
-    CDescription failing(u"half", Unspecified);
-    for (CDescription* silent : {&empty, &none, &failing}) {
-        EXPECT_EQ(GetCOMErrorText(Unspecified, silent), GetCOMErrorText(Unspecified, nullptr));
+    for (const auto& [text, answer] :
+         {std::pair(u"", Platform::SOk), {nullptr, Platform::SOk}, {u"half", Unspecified}}) {
+        CDescription silent(text, answer);
+        EXPECT_EQ(GetCOMErrorText(Unspecified, &silent), GetCOMErrorText(Unspecified, nullptr));
     }
     Platform::SetErrorInfo(0, &told);
     const auto exception = Raised<CCOMException>([] { GenerateCOMException(Unspecified); });

@@ -4,7 +4,6 @@
 #include "foundation/inc/filemapping.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/nativefile.h"
-#include "foundation/inc/virtualfilesystem.h"
 #include "platform/inc/faults.h"
 #include "platform/inc/files.h"
 #include "platform/inc/mappings.h"
@@ -121,8 +120,6 @@ TEST(File, OpensByDispositionAndShareMode) {
         EXPECT_EQ(file.IsOpen() ? file.GetLength() : 0, length) << Readable(name) << ' ' << mode;
     }
     EXPECT_TRUE(files.GetAttributes(folder / u"hidden") & Platform::FileAttributeHidden) << "and stays hidden";
-    const auto routed = Raised<CFileException>([&] { CFile().Open(CVirtualFileSystem::GetRootName() + u"a", 32); });
-    EXPECT_EQ(routed ? routed->cause : 0, FC_FileNotFound) << "found by no system but the one in memory";
 }
 
 TEST(File, FailuresOfTheSystem) {

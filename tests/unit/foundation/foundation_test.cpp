@@ -69,23 +69,16 @@ TEST(Foundation, TheStopReleasesWhatIsLeft) {
     const CTestFolder folder;
     ASSERT_TRUE(InitializeFoundation(nullptr, nullptr));
     TemporaryFiles.Set(folder.Write(u"temporary"));
+    TemporaryFiles.Set(folder / u"missing");
     TemporaryDirectories.Set(folder / u"missing");
-    CNativeFileSystem::SetTemporaryFolder(folder.Path());
+    CNativeFileSystem::GetSpecialFolder(SF_AppData);
+    const CUnicodeString left = CVirtualFileSystem::GetRootName() + u"left";
     CFile file;
-    file.Open(CVirtualFileSystem::GetRootName() + u"left", OM_Write | OM_ShareExclusive | OM_Create);
-    {
-        CFile native;
-        native.Open(folder.Write(u"held"), OM_Read | OM_ShareExclusive);
-        TemporaryFiles.Set(folder / u"held");
-        DeinitializeFoundation();
-    }
-    EXPECT_EQ(folder.Content(u"temporary") + folder.Content(u"held"), "(missing)x");
-    EXPECT_TRUE(TemporaryFiles.IsEmpty() && TemporaryDirectories.IsEmpty())
-        << "forgotten, whether they could go or not";
-    EXPECT_TRUE(TemporaryFolder.IsEmpty());
-    EXPECT_FALSE(file.IsOpen());
-    EXPECT_FALSE(FileSystem::GetFileSystem(CVirtualFileSystem::GetRootName())
-                     .CheckFile(CVirtualFileSystem::GetRootName() + u"left", FA_Exists));
+    file.Open(left, OM_Write | OM_ShareExclusive | OM_Create);
+    DeinitializeFoundation();
+    EXPECT_EQ(folder.Content(u"temporary"), "(missing)");
+    EXPECT_TRUE(TemporaryFiles.IsEmpty() && TemporaryDirectories.IsEmpty()) << "whether they could go or not";
+    EXPECT_FALSE(file.IsOpen() || FileSystem::GetFileSystem(left).CheckFile(left, FA_Exists));
     EXPECT_TRUE(SpecialFolders.IsEmpty());
 }
 
@@ -125,6 +118,5 @@ TEST(Foundation, KnowsItsModule) {
     int other = 0;
     EXPECT_TRUE(Raised<CInternalError>([&other] { StoreProgramModule(reinterpret_cast<Platform::Module>(&other)); }));
     ProgramModule = nullptr;
-    EXPECT_EQ(GetModuleDirectory(), FileSystem::GetProgramDirectory());
-    EXPECT_EQ(ProgramModule, Platform::GetProgramModule()) << "taken and stored";
+    EXPECT_EQ(GetModuleDirectory(), FileSystem::GetProgramDirectory()) << "taken and stored";
 }

@@ -1,5 +1,6 @@
 #include "foundation/inc/sehexception.h"
 
+#include "foundation/inc/scopeexit.h"
 #include "platform/inc/debug.h"
 #include "tests/support/claims.h"
 #include "tests/support/recordinghandler.h"
@@ -122,13 +123,9 @@ TEST(SehException, FaultsArriveWithTheirTexts) {
 
 TEST(SehException, ExceptionsPassThroughWithTheirDestructors) {
     bool destroyed = false;
-    struct CMark {
-        bool& mark;
-        ~CMark() { mark = true; }
-    };
     EXPECT_TRUE(Raised<CUserException>([&] {
         GuardForeignCode([&] {
-            const CMark mark{destroyed};
+            const CScopeExit mark([&] { destroyed = true; });
             GenerateUserException();
         });
     }));

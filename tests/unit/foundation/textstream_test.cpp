@@ -1,10 +1,8 @@
 #include "foundation/inc/textstream.h"
 
 #include "platform/inc/text.h"
-#include "tests/support/folder.h"
 #include "tests/support/memoryfile.h"
 #include "tests/support/recordinghandler.h"
-#include <vector>
 
 using namespace Tsx;
 using namespace std::string_literals;
@@ -50,24 +48,6 @@ TEST(TextFile, TellsTheEncodingByTheMark) {
         CShrinking file(bytes);
         const auto early = Raised<CFileException>([&file] { ReadText(file, AnsiCodePage); });
         EXPECT_TRUE(early && early->cause == FC_EndOfFile && early->fileName == u"memory.bin") << bytes;
-    }
-}
-
-TEST(TextFile, LinesAreWrittenAsUtf16) {
-    const CTestFolder files;
-    const CUnicodeString path = files / u"written";
-    const CUnicodeString longLine(std::u16string(5000, u'x').c_str());
-    for (const std::vector<CUnicodeString>& rows :
-         {std::vector<CUnicodeString>{longLine, u"y"}, {u"x", u"", u"\x20AC"}, {}}) { // each shorter than before
-        CArray<CUnicodeString> lines;
-        CUnicodeString text;
-        for (const CUnicodeString& line : rows) {
-            text += (lines.IsEmpty() ? CUnicodeString() : u"\r\n") + line;
-            lines.Append(line);
-        }
-        WriteTextFile(path, lines);
-        EXPECT_EQ(ReadTextFile(path), text);
-        EXPECT_EQ(files.Content(u"written").size(), static_cast<std::size_t>(2 + 2 * text.Length()));
     }
 }
 
