@@ -273,17 +273,6 @@ TEST(NativeFileSystem, AnyFailureOfTheSystemLeavesNothingOpen) {
     const CTestFolder folder;
     folder.Write(u"f");
     CArray<CFileStatus> found;
-    for (const auto& [function, code, raised] : {std::tuple("FindFirstFile", 18U, 0U),
-                                                 {"FindFirstFile", 5U, 5U},
-                                                 {"FindNextFile", 2U, 0U},
-                                                 {"FindNextFile", 5U, 5U},
-                                                 {"FindClose", 6U, 6U},
-                                                 {"ReadNext", 1117U, 1117U}}) {
-        Platform::ArmFault(function, 1, code, Platform::FaultMode::Once);
-        const auto failure = Raised<CFileException>([&] { Files().FindFiles(folder.Path(), found, u"*"); });
-        Platform::DisarmFaults();
-        EXPECT_EQ(failure ? failure->lastError : 0, raised) << function << " " << code;
-    }
     const auto useEverything = [&] {
         CFileStatus status;
         CHeldFile(folder / u"f").file.Close();
