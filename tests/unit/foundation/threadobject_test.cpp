@@ -63,18 +63,3 @@ TEST(ThreadObject, ANewThreadClearsTheRecordsOfFinishedOnesOfItsFamily) {
     family.Get();
     EXPECT_EQ(family.RecordCount(), 1) << "only this thread is alive";
 }
-
-TEST(ReentryScope, LeavesTheStateAsItFoundIt) {
-    CErrorGuardState& state = *ErrorGuardState.Get();
-    state = {};
-    {
-        const CReentryScope outer(0);
-        EXPECT_TRUE(state.Raising && !state.InInternalError);
-        {
-            const CReentryScope inner(1);
-            EXPECT_TRUE(state.Raising && state.InInternalError);
-        }
-        EXPECT_TRUE(state.Raising && !state.InInternalError);
-    }
-    EXPECT_FALSE(state.Raising);
-}
