@@ -80,6 +80,7 @@ TEST(PointerArray, OwnsItsElements) {
     other.Append(new int(20));
     other = std::move(array);
     EXPECT_EQ(*other[4], 9);
+    EXPECT_EQ(std::distance(other.begin(), other.end()), 5);
     other.FreeBuffer();
     EXPECT_EQ(destroyed, (std::vector<int>{2, 3, 5, 6, 20, 0, 1, 7, 8, 9}));
     EXPECT_EQ(other.Capacity(), 0);
@@ -126,5 +127,7 @@ TEST(DynamicBitSet, BehavesAsAVectorOfBitsUnderRandomSteps) {
     grown.Clear(1'000'000);
     EXPECT_EQ(InternalErrorOf([&] { grown.Grow(102); }), "inc\\dynamicbitset 496");
     EXPECT_TRUE(Raised<CInternalError>([&] { grown.Set(-1); }));
-    EXPECT_EQ(grown.WordCount(), 102);
+    CDynamicBitSet moved;
+    moved = std::move(grown);
+    EXPECT_TRUE(moved.WordCount() == 102 && moved.Has(3232));
 }

@@ -73,3 +73,23 @@ TEST(Splitter, ResponseFilesStandInTheirPlace) {
         EXPECT_EQ(error ? error->fileName : u"", file);
     }
 }
+
+TEST(Splitter, SortsTokensByTheirOption) {
+    CCommandLineParser parser;
+    parser.Tokenize(u"-s:x /S -:y - plain --r:a:b -s: \"\" /");
+    parser.ClassifyTokens();
+    parser.ClassifyTokens();
+    EXPECT_EQ(parser.Options.GetItemCount(), 9) << "built anew";
+    for (const auto& [name, expected] :
+         {std::pair(u"s", u"[x][][]"), {u"", u"[y][-][plain][][/]"}, {u"-R", u"[a:b]"}, {u"x", u""}}) {
+        CUnicodeString values;
+        for (std::int32_t i = parser.Options.GetFirstPosition(name); i != NoPosition;
+             i = parser.Options.GetNextPosition(name, i)) {
+            values += u"[" + parser.Options.GetValueAt(i) + u"]";
+        }
+        EXPECT_EQ(values, expected) << Readable(name);
+    }
+    EXPECT_EQ(parser.GetToken(1), u"/S");
+    EXPECT_TRUE(Raised<CInternalError>([&] { parser.GetToken(-1); }));
+    EXPECT_TRUE(Raised<CInternalError>([&] { parser.GetToken(9); }));
+}

@@ -85,7 +85,11 @@ TEST(File, WrongCallsAreInternalErrors) {
         isRefused([&] { static_cast<void>(closed->IsEndOfFile()); });
         isRefused([&] { closed->Flush(); });
     }
-    EXPECT_EQ(ShownInstead([&] { file.Write(&byte, 1); }), 1U);
+    EXPECT_EQ(ShownInstead([&] {
+                  file.Write(&byte, 1);
+                  file.Flush();
+              }),
+              2U);
     isRefused([&] { file.Open(folder / u"f", OM_Write | OM_Create); });
     EXPECT_EQ(folder.Content(u"f"), "(missing)") << "no sharing: refused before any file is touched";
     file.Open(folder / u"f", OM_Write | OM_ShareExclusive | OM_Create);
@@ -157,6 +161,10 @@ TEST(File, FailuresOfTheSystem) {
         arm("CloseHandle");
     }
     EXPECT_EQ(handler.texts.size(), 1U) << "a failure does not leave the destructor";
+    file.Open(folder / u"f", mode);
+    arm("CloseHandle");
+    file.Abort();
+    EXPECT_EQ(handler.texts.size(), 1U) << "nor is it told by Abort";
     Platform::DisarmFaults();
 }
 
