@@ -1,11 +1,14 @@
-// A message handler that keeps what it is shown, and answers with the default button.
+// A message handler that keeps what it is shown, and what threads of their own show or do.
 #pragma once
 
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/threadobject.h"
+#include "tests/support/text.h"
+#include <latch>
 #include <thread>
 #include <vector>
 
+/// Answers with the default button.
 class CRecordingHandler : public Tsx::CMessageHandler {
 public:
     std::vector<Tsx::CUnicodeString> texts;
@@ -29,4 +32,34 @@ std::size_t ShownInstead(TAction action) {
         action();
     }).join();
     return handler.texts.size();
+}
+
+/// Each call is an internal error: raised here, and shown on a thread that must not throw.
+inline void ExpectRefused(std::initializer_list<std::function<void()>> calls) {
+    for (const auto& call : calls) {
+        EXPECT_TRUE(Raised<Tsx::CInternalError>(call)) << "call " << &call - calls.begin();
+        EXPECT_EQ(ShownInstead(call), 1U) << "call " << &call - calls.begin();
+    }
+}
+
+/// Runs an action on that many threads, all at once, each told its number. Nothing may leave it.
+template <class TAction>
+void OnThreads(int count, TAction action) {
+    std::latch start(count);
+    std::vector<std::thread> threads;
+    for (int number = 0; number < count; ++number) {
+        threads.emplace_back([&, number] {
+            Tsx::ThreadErrorMode.Get()->NoExceptions = false;
+            start.arrive_and_wait();
+            try {
+                action(number);
+            } catch (Tsx::CException* exception) {
+                ADD_FAILURE() << Readable(exception->GetMessageText().View());
+                delete exception;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
 }

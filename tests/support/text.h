@@ -27,10 +27,6 @@ std::string Readable(std::u16string_view text);
     if (!Platform::FaultsAvailable())                                                                                  \
     GTEST_SKIP() << "this build has no fault hook"
 
-/// What an internal error that an action raised tells: its file and line, as in "inc\\map 352"; "none" without one.
-template <class TAction>
-std::string InternalErrorOf(TAction action);
-
 /// Runs an action and returns what it raised, if that is of the class asked for; null otherwise.
 template <class TException, class TAction>
 std::unique_ptr<TException> Raised(TAction action) {
@@ -47,6 +43,7 @@ std::unique_ptr<TException> Raised(TAction action) {
     return nullptr;
 }
 
+/// What an internal error that an action raised tells: its file and line, as in "inc\\map 352"; "none" without one.
 template <class TAction>
 std::string InternalErrorOf(TAction action) {
     const auto error = Raised<Tsx::CInternalError>(action);
@@ -59,4 +56,26 @@ inline void ExpectInternalErrors(const std::string& file,
     for (const auto& [line, call] : calls) {
         EXPECT_EQ(InternalErrorOf(call), file + ' ' + std::to_string(line));
     }
+}
+
+/// Runs `prepare`, then `action` with the first, second ... call of a platform function failing, then `check`, until no
+/// call is left to fail; both are told which it was. Returns how many of the actions raised.
+template <class TPrepare, class TAction, class TCheck>
+int FailEachCall(const char* function, std::uint32_t code, Platform::FaultMode mode, TPrepare prepare, TAction action,
+                 TCheck check) {
+    int raised = 0;
+    for (std::int32_t nth = 1, seen = nth; seen >= nth; ++nth) {
+        prepare(nth);
+        Platform::ArmFault(function, nth, code, mode);
+        try {
+            action();
+        } catch (Tsx::CException* exception) {
+            delete exception;
+            ++raised;
+        }
+        seen = Platform::FaultCallsSeen();
+        Platform::DisarmFaults();
+        check(nth);
+    }
+    return raised;
 }

@@ -1,12 +1,11 @@
-// A simple model of the file system in memory, files as byte vectors in a map, and steps that do the same to both and
-// compare. Whoever drives it chooses: a random generator, or the bytes of a fuzzer.
+// A simple model of files in memory, as byte vectors in a map, and steps that do the same to both and compare. Whoever
+// drives it chooses: a random generator, or the bytes of a fuzzer.
 #pragma once
 
 #include "foundation/inc/virtualfilesystem.h"
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -22,53 +21,36 @@ public:
 
     /// One operation and a look at all invariants. What differed, or an empty text; `done` tells the operation.
     std::string Step(std::string& done);
-    /// Reads every file that can be read.
+    /// Reads every file.
     std::string CompareContents();
 
 private:
     struct SFile {
-        Tsx::CUnicodeString name; // as it was made
-        std::vector<char> bytes;  // all that were ever written: what is cut off comes back
+        std::vector<char> bytes; // all that were ever written: what is cut off comes back
         std::int64_t size = 0;
-        std::uint32_t attributes = 0;
-        bool writable = true;
         char ByteAt(std::int64_t at) const {
             return at < static_cast<std::int64_t>(bytes.size()) ? bytes[static_cast<std::size_t>(at)] : '\0';
         }
     };
     struct SHandle {
         Tsx::CVirtualFile* file;
-        std::string key;
-        std::uint32_t access;
-        std::uint32_t share;
+        std::string name;
         std::int64_t length;
         std::int64_t position = 0;
     };
 
     TChoose Choose;
     Tsx::CVirtualFileSystem& System;
-    std::map<std::string, SFile> Files; // by lower-case path below the root
-    std::set<std::string> Directories;  // the same; the root is ""
+    std::map<std::string, SFile> Files;
     std::vector<SHandle> Handles;
     char NextByte = 1;
 
-    std::string ChooseDirectory();
-    std::string ChooseFile();
-    Tsx::CUnicodeString PathOf(const std::string& name) const;
-    void MakeParents(const std::string& key);
-    bool HasHandles(const std::string& key) const;
-    bool MayOpen(const std::string& key, std::uint32_t access) const;
-    SFile& Make(const std::string& name, std::uint32_t attributes);
-    std::uint32_t CopyInModel(const std::string& target, const std::string& source);
-
+    bool HasHandles(const std::string& name) const;
     std::string Open();
     std::string Close();
     std::string Write(SHandle& handle);
     std::string Read(SHandle& handle);
     std::string MoveEnds(SHandle& handle);
-    std::string ChangeNames();
-    std::string List();
-    std::string Copy();
-    std::string Ask();
+    std::string CopyOrMove();
     std::string CheckInvariants() const;
 };

@@ -3,63 +3,34 @@
 #include <utility>
 #include <windows.h>
 
-namespace {
-
-HANDLE OpenTemporaryFile(std::string_view content) {
-    wchar_t folder[MAX_PATH] = {};
-    wchar_t path[MAX_PATH] = {};
-    ::GetTempPathW(MAX_PATH, folder);
-    ::GetTempFileNameW(folder, L"out", 0, path);
-    HANDLE file = ::CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                                FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-    DWORD written = 0;
-    ::WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
-    return file;
-}
-
-HANDLE OpenExisting(const wchar_t* name) {
-    return ::CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                         0, nullptr);
-}
-
-std::string ReadRest(HANDLE file) {
-    std::string all;
-    char piece[4096];
-    DWORD count = 0;
-    while (::ReadFile(file, piece, sizeof(piece), &count, nullptr) && count > 0) {
-        all.append(piece, count);
-    }
-    return all;
-}
-
-} // namespace
-
 struct CStandardOutput::CState {
-    EOutput kind;
     HANDLE kept = ::GetStdHandle(STD_OUTPUT_HANDLE);
     HANDLE writing = nullptr;
-    HANDLE reading = nullptr; // of a pipe
+    HANDLE reading = nullptr;
 
-    CState(EOutput outputKind, std::string_view content) : kind(outputKind) {
-        switch (kind) {
-        case EOutput::File:
-            writing = OpenTemporaryFile(content);
-            break;
-        case EOutput::Pipe:
-            ::CreatePipe(&reading, &writing, nullptr, 0x10000);
-            break;
-        case EOutput::BrokenPipe:
-            ::CreatePipe(&reading, &writing, nullptr, 0x10000);
-            Close(reading);
-            break;
-        case EOutput::NullDevice:
-            writing = OpenExisting(L"NUL");
-            break;
-        case EOutput::Terminal: // would need a display
-        case EOutput::Missing:
-            break;
+    CState(EOutput kind, std::string_view content) {
+        wchar_t path[MAX_PATH] = L"NUL";
+        if (kind == EOutput::File) {
+            wchar_t folder[MAX_PATH] = {};
+            ::GetTempPathW(MAX_PATH, folder);
+            ::GetTempFileNameW(folder, L"out", 0, path);
         }
-        ::SetStdHandle(STD_OUTPUT_HANDLE, writing);
+        if (kind == EOutput::File || kind == EOutput::NullDevice) {
+            writing = ::CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, kind == EOutput::File ? FILE_FLAG_DELETE_ON_CLOSE : 0, nullptr);
+        }
+        if (kind == EOutput::File) {
+            DWORD written = 0;
+            ::WriteFile(writing, content.data(), static_cast<DWORD>(content.size()), &written, nullptr);
+            ::DuplicateHandle(::GetCurrentProcess(), writing, ::GetCurrentProcess(), &reading, 0, FALSE,
+                              DUPLICATE_SAME_ACCESS);
+        } else if (kind == EOutput::Pipe || kind == EOutput::BrokenPipe) {
+            ::CreatePipe(&reading, &writing, nullptr, 0x10000);
+        }
+        if (kind == EOutput::BrokenPipe) {
+            Close(reading);
+        }
+        ::SetStdHandle(STD_OUTPUT_HANDLE, writing); // none for a terminal, which would need a display
     }
     ~CState() {
         ::SetStdHandle(STD_OUTPUT_HANDLE, kept);
@@ -70,18 +41,16 @@ struct CStandardOutput::CState {
     CState& operator=(const CState&) = delete;
 
     std::string Read() {
-        switch (kind) {
-        case EOutput::File:
-            ::SetFilePointer(writing, 0, nullptr, FILE_BEGIN);
-            return ReadRest(writing);
-        case EOutput::Pipe:
-            Close(writing);
-            return ReadRest(reading);
-        default:
-            return {};
+        Close(writing);
+        ::SetFilePointer(reading, 0, nullptr, FILE_BEGIN);
+        std::string all;
+        char piece[4096];
+        DWORD count = 0;
+        while (::ReadFile(reading, piece, sizeof(piece), &count, nullptr) && count > 0) {
+            all.append(piece, count);
         }
+        return all;
     }
-
     static void Close(HANDLE& handle) {
         if (handle) {
             ::CloseHandle(std::exchange(handle, nullptr));

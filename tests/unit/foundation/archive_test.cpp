@@ -4,9 +4,7 @@
 #include "platform/inc/modules.h"
 #include "tests/support/memoryfile.h"
 #include "tests/support/recordinghandler.h"
-#include "tests/support/text.h"
 #include <algorithm>
-#include <functional>
 #include <random>
 
 using namespace Tsx;
@@ -96,39 +94,43 @@ TEST(Archive, ReadsObjectsBack) {
 
 // Each size first behind nothing, then behind one byte: around one and two buffers.
 TEST(Archive, CrossesTheBordersOfTheBuffer) {
-    struct Row {
-        std::int32_t size;
-        std::int64_t inFile[2]; // once written, behind nothing and behind one byte
-    };
-    const Row rows[] = {{4094, {0, 0}},       {4095, {0, 4096}},    {4096, {4096, 4096}}, {4097, {4097, 4096}},
-                        {4098, {4098, 4096}}, {8190, {8190, 4096}}, {8191, {8191, 8192}}, {8192, {8192, 8193}}};
-    for (const Row& row : rows) {
+    // Each row: the size, and what has reached the file when it is written behind nothing and behind one byte.
+    constexpr std::int32_t rows[][3] = {{4095, 0, 4096},    {4096, 4096, 4096}, {4097, 4097, 4096},
+                                        {8190, 8190, 4096}, {8191, 8191, 8192}, {8192, 8192, 8193}};
+    const std::string data(10'000, 'x');
+    for (const auto& [size, alone, behindOne] : rows) {
         for (const std::int32_t lead : {0, 1}) {
-            SCOPED_TRACE(testing::Message() << row.size << " behind " << lead);
-            std::string data(static_cast<std::size_t>(row.size + lead), ' ');
-            std::generate(data.begin(), data.end(), [n = 0U]() mutable { return static_cast<char>(n++ * 7 % 251); });
             CMemoryFile file;
             CArchive store(&file, AD_Store);
             store.Write(data.data(), lead);
-            store.Write(data.data() + lead, row.size);
-            EXPECT_EQ(file.GetLength(), row.inFile[lead]);
-            EXPECT_LE(file.writes, 2);
-            EXPECT_EQ(store.GetPosition(), row.size + lead);
+            store.Write(data.data(), size);
+            EXPECT_EQ(file.GetLength(), lead == 0 ? alone : behindOne) << size;
             store.Close();
-            ASSERT_EQ(file.bytes, data);
+            EXPECT_LE(file.writes, 2) << size;
             EXPECT_EQ(file.flushes, 0) << "the file is its owner's";
 
-            file.position = 0;
-            file.reads = 0;
-            CArchive load(&file, AD_Load);
             std::string back(data.size(), '\0');
+            file.position = 0;
+            CArchive load(&file, AD_Load);
             load.Read(back.data(), lead);
-            load.Read(back.data() + lead, row.size);
-            EXPECT_EQ(back, data);
-            EXPECT_LE(file.reads, 2);
-            EXPECT_EQ(load.GetPosition(), row.size + lead);
-            EXPECT_TRUE(Raised<CFileException>([&load, &back] { load.Read(back.data(), 1); }));
+            load.Read(back.data(), size);
+            EXPECT_LE(file.reads, 2) << size;
+            EXPECT_TRUE(Raised<CFileException>([&] { load.Read(back.data(), 1); })) << size;
         }
+    }
+}
+
+TEST(Archive, LongStringsComeBackWhole) {
+    std::string bytes(5'000'001, '\0');
+    std::generate(bytes.begin(), bytes.end(), [n = 0U]() mutable { return static_cast<char>(n++ * 7 % 65'521); });
+    for (const std::size_t size : {std::size_t{1} << 20, (std::size_t{1} << 20) + 1, bytes.size()}) {
+        const CString stored(bytes.data(), static_cast<std::int32_t>(size));
+        CMemoryFile file(Written([&](CArchive& archive) { archive << stored; }));
+        CArchive archive(&file, AD_Load);
+        CString text("what was there");
+        archive >> text;
+        EXPECT_TRUE(text == stored) << size;
+        EXPECT_EQ(archive.GetPosition(), file.GetLength());
     }
 }
 
@@ -148,31 +150,29 @@ TEST(Archive, CorruptDataRaisesTheNamedError) {
             a.ReadObject();
         }
     };
-    const Row rows[] = {
-        {"nothing", "", [](CArchive& a) { a.ReadCount(); }, nullptr},
-        {"count cut", Bytes({0xFF, 1, 2, 3}), [](CArchive& a) { a.ReadCount(); }, nullptr},
-        {"string cut", Bytes({3, 'a', 'b'}), string, nullptr},
-        {"huge string", Bytes({0xFF, 0, 0, 0, 0x7F, 'a'}), string, nullptr},
-        {"negative length", Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), string, "memory.bin is corrupted."},
-        {"unnamed class", Bytes({0}), object, "memory.bin is corrupted."},
-        {"class out of order", Bytes({3, 5}) + "Point", object, "memory.bin is corrupted."},
-        {"class named twice", Bytes({1, 0, 1, 0}), object, "memory.bin is corrupted."},
-        {"negative class", Bytes({0xFF, 0xFE, 0xFF, 0xFF, 0xFF}), object, "memory.bin is corrupted."},
-        {"negative first class", Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), object, "memory.bin is corrupted."},
-        {"unknown class", Bytes({1, 1, 'X'}), object, "Invalid version of memory.bin."},
-    };
+    const auto count = [](CArchive& a) { a.ReadCount(); };
+    constexpr const char* corrupted = "memory.bin is corrupted.";
+    const Row rows[] = {{"nothing", "", count, nullptr},
+                        {"count cut", Bytes({0xFF, 1, 2, 3}), count, nullptr},
+                        {"string cut", Bytes({3, 'a', 'b'}), string, nullptr},
+                        {"huge string", Bytes({0xFF, 0, 0, 0, 0x7F, 'a'}), string, nullptr},
+                        {"negative length", Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), string, corrupted},
+                        {"unnamed class", Bytes({0}), object, corrupted},
+                        {"class out of order", Bytes({3, 5}) + "Point", object, corrupted},
+                        {"class named twice", Bytes({1, 0, 1, 0}), object, corrupted},
+                        {"negative class", Bytes({0xFF, 0xFE, 0xFF, 0xFF, 0xFF}), object, corrupted},
+                        {"negative first class", Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), object, corrupted},
+                        {"unknown class", Bytes({1, 1, 'X'}), object, "Invalid version of memory.bin."}};
     for (const Row& row : rows) {
         CMemoryFile file(row.bytes);
         CArchive archive(&file, AD_Load);
         if (row.message) {
             const auto error = Raised<CCheckException>([&] { row.read(archive); });
-            ASSERT_TRUE(error) << row.name;
-            EXPECT_EQ(Readable(error->GetMessageText().View()), row.message) << row.name;
+            EXPECT_EQ(error ? Readable(error->GetMessageText().View()) : "nothing", row.message) << row.name;
         } else {
             const auto error = Raised<CFileException>([&] { row.read(archive); });
-            ASSERT_TRUE(error) << row.name;
-            EXPECT_EQ(error->cause, 14U) << row.name;
-            EXPECT_EQ(error->fileName, u"memory.bin") << row.name;
+            EXPECT_EQ(error ? error->cause : FC_None, FC_EndOfFile) << row.name;
+            EXPECT_TRUE(!error || error->fileName == u"memory.bin") << row.name;
         }
     }
 }
@@ -185,25 +185,12 @@ TEST(Archive, WrongCallsAreInternalErrors) {
     closed.Close();
     char byte = 0;
     IObject plain;
-    const std::function<void()> calls[] = {
-        [&] { store.Read(&byte, 1); },
-        [&] { load.Write(&byte, 0); },
-        [&] { load.Read(&byte, -1); },
-        [&] { store.Write(&byte, -1); },
-        [&] { closed.Write(&byte, 0); },
-        [&] { closed.Close(); },
-        [&] { closed.GetPosition(); },
-        [&] { store.Attach(&file, AD_Store); },
-        [] { const CArchive nothing(nullptr, AD_Store); },
-        [&] { CArchive(&file, AD_Store).WriteClassName(u"\x00E4"); },
-        [&] { store.WriteObject(&plain); },
-        [&] { plain.Serialize(store); },
-        [] { CreateObject(u"Nothing"); },
-    };
-    for (const auto& call : calls) {
-        EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
-        EXPECT_EQ(ShownInstead(call), 1U) << "call " << &call - calls;
-    }
+    ExpectRefused({[&] { store.Read(&byte, 1); }, [&] { load.Write(&byte, 0); }, [&] { load.Read(&byte, -1); },
+                   [&] { store.Write(&byte, -1); }, [&] { closed.Write(&byte, 0); }, [&] { closed.Close(); },
+                   [&] { closed.GetPosition(); }, [&] { store.Attach(&file, AD_Store); },
+                   [] { const CArchive nothing(nullptr, AD_Store); },
+                   [&] { CArchive(&file, AD_Store).WriteClassName(u"\x00E4"); }, [&] { store.WriteObject(&plain); },
+                   [&] { plain.Serialize(store); }, [] { CreateObject(u"Nothing"); }});
 }
 
 TEST(Archive, ClassesWithoutAFactoryLookForTheirModule) {

@@ -2,7 +2,6 @@
 
 #include "tests/unit/foundation/inspectedtable.h"
 #include <functional>
-#include <map>
 #include <memory>
 #include <random>
 
@@ -122,35 +121,4 @@ TEST(Map, IsEmptyBeforeItsNodesAreDestroyed) {
     }
     map.DeleteAll();
     EXPECT_EQ(looked, 3);
-}
-
-TEST(Map, BehavesAsAStandardMapUnderRandomSteps) {
-    constexpr unsigned seed = 1909;
-    std::mt19937 random(seed);
-    for (const unsigned spread : {20U, 3000U}) {
-        CTextMap<CStringKeyTraits> map;
-        std::map<std::u16string, std::int32_t> model;
-        for (int step = 0; step < 100000; ++step) {
-            const std::string digits = std::to_string(random() % spread);
-            const std::u16string text(digits.begin(), digits.end());
-            const CUnicodeString key(text.c_str());
-            if (random() % 8 < (step / 20000 % 2 == 0 ? 6U : 2U)) {
-                map.Set(key, step);
-                model[text] = step;
-            } else if (model.erase(text) != 0) {
-                map.Delete(key);
-            }
-            const auto expected = model.find(text);
-            const std::int32_t* found = map.Find(key);
-            ASSERT_EQ(found != nullptr, expected != model.end()) << "seed " << seed << " step " << step;
-            ASSERT_TRUE(!found || *found == expected->second) << "seed " << seed << " step " << step;
-            if (map.SlotCount < 60 || step % 500 == 0) {
-                ASSERT_EQ(map.Fault(), "") << "seed " << seed << " step " << step;
-                ASSERT_EQ(static_cast<std::size_t>(map.GetItemCount()), model.size());
-            }
-        }
-        for (const auto& node : map) {
-            ASSERT_EQ(model.at(std::u16string(node.Key.View())), node.Value);
-        }
-    }
 }

@@ -11,8 +11,9 @@
 #include "tests/support/recordinghandler.h"
 #include "tests/support/standardoutput.h"
 #include "tests/support/text.h"
-#include <set>
+#include <atomic>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using namespace Tsx;
@@ -26,53 +27,51 @@ std::int32_t Show(CMessageHandler& handler, const char16_t* text, std::uint32_t 
 } // namespace
 
 TEST(MessageHandlers, ButtonsAndEventTypesOfAStyle) {
-    struct Row {
-        std::uint32_t style;
-        std::uint16_t eventType;
-        std::int32_t first, second, third;
-    };
-    constexpr Row rows[] = {{0, 4, 1, 1, 1}, {1, 2, 1, 2, 1}, {4, 4, 6, 7, 6}, {3, 4, 6, 7, 2},
-                            {5, 1, 4, 2, 4}, {2, 1, 3, 4, 5}, {6, 4, 3, 3, 3}, {15, 4, 3, 3, 3}};
-    for (const Row& row : rows) {
-        EXPECT_EQ(GetDefaultButton(row.style | 0x51030), row.first) << row.style;
-        EXPECT_EQ(GetDefaultButton(row.style | 0x100), row.second) << row.style;
-        EXPECT_EQ(GetDefaultButton(row.style | 0x200), row.third) << row.style;
-        EXPECT_EQ(GetEventType(row.style | 0x51000), row.eventType) << row.style;
-        EXPECT_EQ(GetEventType(row.style | 0x10), 1) << row.style;
-        EXPECT_EQ(GetEventType(row.style | 0x20), 4) << row.style;
-        EXPECT_EQ(GetEventType(row.style | 0x30), 2) << row.style;
-        EXPECT_EQ(GetEventType(row.style | 0x40), 4) << row.style;
+    // Each row: the buttons of the style, the type of event without an icon, the button by each of the three defaults.
+    constexpr std::int32_t rows[][5] = {{0, 4, 1, 1, 1}, {1, 2, 1, 2, 1}, {4, 4, 6, 7, 6}, {3, 4, 6, 7, 2},
+                                        {5, 1, 4, 2, 4}, {2, 1, 3, 4, 5}, {6, 4, 3, 3, 3}, {15, 4, 3, 3, 3}};
+    for (const auto& [buttons, type, first, second, third] : rows) {
+        const auto style = static_cast<std::uint32_t>(buttons);
+        EXPECT_EQ(GetDefaultButton(style | 0x51030), first) << style;
+        EXPECT_EQ(GetDefaultButton(style | 0x100), second) << style;
+        EXPECT_EQ(GetDefaultButton(style | 0x200), third) << style;
+        EXPECT_EQ(GetEventType(style | 0x51000), type) << style;
+        for (const std::uint32_t icon : {1U, 2U, 3U, 4U}) {
+            constexpr int types[] = {1, 4, 2, 4};
+            EXPECT_EQ(GetEventType(style | icon << 4), types[icon - 1]) << style << ' ' << icon;
+        }
     }
 }
 
 TEST(MessageHandlers, ABoxHasAnIconAndItsPlace) {
     CMessageBoxHandler handler;
     auto* owner = reinterpret_cast<Platform::Window>(&handler);
-    struct Row {
-        std::uint32_t style, shown;
-    };
-    constexpr Row rows[] = {{0, 0x30},    {1, 0x31},    {3, 0x33},    {4, 0x34},        {2, 2},         {5, 5},
-                            {0x10, 0x10}, {0x41, 0x41}, {0x80, 0x80}, {0x1134, 0x1134}, {0x200, 0x230}, {0x105, 0x105}};
-    const auto show = [&](const Row& row, bool visible, Platform::Window boxOwner, std::uint32_t placed) {
-        PopupIsVisible = visible;
-        for (const bool indirect : {false, true}) {
-            ShownBoxes.clear();
+    // Each row: a style, and the one that is shown.
+    constexpr std::uint32_t rows[][2] = {{0, 0x30},    {1, 0x31},    {3, 0x33},        {4, 0x34},      {2, 2},
+                                         {0x10, 0x10}, {0x80, 0x80}, {0x1134, 0x1134}, {0x200, 0x230}, {0x105, 0x105}};
+    for (const auto& [style, shown] : rows) {
+        for (const auto& [boxOwner, visible, placed] :
+             {std::tuple(Platform::Window{}, true, 0x52000U), {owner, false, 0x52000U}, {owner, true, 0U}}) {
+            PopupIsVisible = visible;
             BoxAnswer = Platform::IdCancel;
-            const std::int32_t answer =
-                indirect ? handler.ShowMessageWithIcon(boxOwner, u"text", u"title", row.style, nullptr)
-                         : handler.ShowMessageBox(boxOwner, u"text", u"title", row.style);
-            EXPECT_EQ(answer, Platform::IdCancel);
-            const CUnicodeString expected = CUnicodeString::Format(u"title: text %x\n", row.shown | placed);
-            EXPECT_EQ(ShownBoxes, expected.ToNarrow(AnsiCodePage).Text()) << std::hex << row.style;
+            ShownBoxes.clear();
+            EXPECT_EQ(handler.ShowMessageBox(boxOwner, u"text", u"title", style), Platform::IdCancel);
+            handler.ShowMessageWithIcon(boxOwner, u"text", u"title", style, nullptr);
+            const CUnicodeString box = CUnicodeString::Format(u"title: text %x\n", shown | placed);
+            EXPECT_EQ(ShownBoxes, (box + box).ToNarrow(AnsiCodePage).Text()) << std::hex << style;
         }
-    };
-    for (const Row& row : rows) {
-        show(row, true, nullptr, 0x52000);
-        show(row, false, owner, 0x52000);
-        show(row, true, owner, 0);
     }
     BoxAnswer = 0; // no box came up
     EXPECT_EQ(handler.ShowMessageBox(nullptr, u"text", u"title", 0x104), Platform::IdNo);
+
+    ShownBoxes.clear();
+    // On Linux no module has icons.
+    if (HAS_TEST_ICON) {
+        handler.ShowMessageWithIcon(nullptr, u"text", u"title", 0x1, u"TESTICON");
+        handler.ShowMessageWithIcon(nullptr, u"text", u"title", 0x1033, u"TESTICON");
+    }
+    EXPECT_TRUE(Raised<CInternalError>([&] { handler.ShowMessageWithIcon(nullptr, u"x", u"t", 0, u"NoSuchIcon"); }));
+    EXPECT_EQ(ShownBoxes, HAS_TEST_ICON ? "title: text 52081 (TESTICON)\ntitle: text 53083 (TESTICON)\n" : "");
 }
 
 TEST(MessageHandlers, WhatAHandlerCannotShowGoesToTheLastResort) {
@@ -92,21 +91,6 @@ TEST(MessageHandlers, WhatAHandlerCannotShowGoesToTheLastResort) {
     Platform::DisarmFaults();
     EXPECT_EQ(ShownBoxes, "Tessarix: x is corrupted. 1010\n"
                           "Tessarix: Not enough memory! 1010\nTessarix: Not enough memory! 1010\n");
-}
-
-TEST(MessageHandlers, ABoxTakesAnIconOfTheProgram) {
-    CMessageBoxHandler handler;
-    ShownBoxes.clear();
-    // On Linux no module has icons.
-    for (const char16_t* name : {u"TESTICON", u"NoSuchIcon"}) {
-        if (HAS_TEST_ICON && name[0] == u'T') {
-            handler.ShowMessageWithIcon(nullptr, u"text", u"title", 0x1, name);
-            handler.ShowMessageWithIcon(nullptr, u"text", u"title", 0x1033, name);
-        } else {
-            EXPECT_TRUE(Raised<CInternalError>([&] { handler.ShowMessageWithIcon(nullptr, u"x", u"t", 0, name); }));
-        }
-    }
-    EXPECT_EQ(ShownBoxes, HAS_TEST_ICON ? "title: text 52081 (TESTICON)\ntitle: text 53083 (TESTICON)\n" : "");
 }
 
 TEST(MessageHandlers, LineEnds) {
@@ -152,55 +136,58 @@ TEST(MessageHandlers, TheConsoleHandlerWritesForWhatTheOutputIs) {
 
 TEST(MessageHandlers, TheConsoleHandlerLosesWhatItCannotWrite) {
     SKIP_WITHOUT_FAULTS();
-    struct Row {
-        const char *function, *written;
-    };
-    constexpr Row rows[] = {{"WriteFile", ""},
-                            {"ReadFile", "a\r\n"},
-                            {"SetFilePointerEx", "a\r\n"},
-                            {"GetFileType", "a\r\n"},
-                            {"GetStdHandle", ""}};
-    for (const Row& row : rows) {
+    for (const auto& [function, written] : {std::pair("WriteFile", ""),
+                                            {"ReadFile", "a\r\n"},
+                                            {"SetFilePointerEx", "a\r\n"},
+                                            {"GetFileType", "a\r\n"},
+                                            {"GetStdHandle", ""}}) {
         CStandardOutput output(EOutput::File, "\xFF\xFE");
-        Platform::ArmFault(row.function, 1, 29, Platform::FaultMode::FromThenOn);
+        Platform::ArmFault(function, 1, 29, Platform::FaultMode::FromThenOn);
         CConsoleMessageHandler handler;
-        EXPECT_EQ(Show(handler, u"a"), 1) << row.function;
+        EXPECT_EQ(Show(handler, u"a"), 1) << function;
         Platform::DisarmFaults();
-        EXPECT_EQ(output.Finish(), std::string("\xFF\xFE") + row.written) << row.function;
+        EXPECT_EQ(output.Finish(), std::string("\xFF\xFE") + written) << function;
     }
 }
 
-TEST(MessageHandlers, TextsOfSeveralThreadsStayWhole) {
-    constexpr int threadCount = 4;
-    constexpr int textCount = 50;
-    CStandardOutput output(EOutput::Pipe);
-    {
+TEST(MessageHandlers, ThreadsThatWriteAtOnceWriteBehindWhatIsThere) {
+    // Whoever is the first looks for a mark, and moves the file's position meanwhile.
+    for (int round = 0; round < 100; ++round) {
+        CStandardOutput output(EOutput::File, "\xFF\xFE");
         CConsoleMessageHandler handler;
-        const CMessageHandlerScope scope(&handler);
-        std::vector<std::thread> threads;
-        for (int t = 0; t < threadCount; ++t) {
-            threads.emplace_back([t] {
-                for (int i = 0; i < textCount; ++i) {
-                    DisplayMessage(CUnicodeString::Format(u"<%d %d>", t, i), 0);
-                }
-            });
+        OnThreads(3, [&](int) { Show(handler, u"a"); });
+        const std::string line{"a\0\r\0\n\0", 6};
+        ASSERT_EQ(output.Finish(), "\xFF\xFE" + line + line + line);
+    }
+}
+
+TEST(MessageHandlers, ShowTheTextsOfThreadsOneByOne) {
+    struct COverlapHandler : CMessageHandler {
+        std::atomic<int> inside = 0, overlaps = 0, shown = 0, strangers = 0;
+        std::int32_t ShowMessageBox(Platform::Window, const char16_t*, const char16_t* title, std::uint32_t) override {
+            overlaps += inside++;
+            std::this_thread::yield();
+            const std::u16string_view name(title);
+            strangers += name.find_first_not_of(name[0]) != std::u16string_view::npos || name.size() < 100;
+            ++shown;
+            --inside;
+            return 0;
         }
-        for (std::thread& thread : threads) {
-            thread.join();
+    } handler;
+    const CMessageHandlerScope scope(&handler);
+    SetApplicationName(std::u16string(100, u'a').c_str());
+    OnThreads(4, [](int thread) {
+        for (int i = 0; i < 500; ++i) {
+            if (thread % 2 == 0) {
+                SetApplicationName(std::u16string(100 + static_cast<std::size_t>(i), u"ab"[i % 2]).c_str());
+            }
+            DisplayMessage(u"text", 0);
         }
-    }
-    const std::string all = output.Finish();
-    std::set<std::string> lines;
-    for (std::size_t start = 0; start < all.size();) {
-        const std::size_t end = all.find("\r\n", start);
-        lines.insert(all.substr(start, end - start));
-        start = end + 2;
-    }
-    EXPECT_EQ(lines.size(), std::size_t{threadCount} * textCount);
-    for (int i = 0; i < threadCount * textCount; ++i) {
-        const std::string line = "<" + std::to_string(i % threadCount) + " " + std::to_string(i / threadCount) + ">";
-        EXPECT_TRUE(lines.contains(line)) << line;
-    }
+    });
+    SetApplicationName(u"");
+    EXPECT_EQ(handler.overlaps, 0);
+    EXPECT_EQ(handler.strangers, 0) << "a title that was being changed";
+    EXPECT_EQ(handler.shown, 4 * 500);
 }
 
 TEST(MessageHandlers, ScopesNest) {

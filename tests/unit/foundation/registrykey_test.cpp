@@ -4,21 +4,43 @@
 #include "tests/support/folder.h"
 #include "tests/support/text.h"
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <numeric>
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 using namespace Tsx;
 using namespace std::string_view_literals;
 
+// The build puts the second of each pair before the first.
+using TKey = Platform::RegistryKey;
+extern std::uint32_t RealOpen(TKey, const char16_t*, std::uint32_t, std::uint32_t,
+                              TKey&) __asm__("__real__ZN8Platform12RegOpenKeyExEPvPKDsjjRS0_");
+extern std::uint32_t NotedOpen(TKey, const char16_t*, std::uint32_t, std::uint32_t,
+                               TKey&) __asm__("__wrap__ZN8Platform12RegOpenKeyExEPvPKDsjjRS0_");
+extern std::uint32_t RealCreate(TKey, const char16_t*, std::uint32_t, std::uint32_t,
+                                TKey&) __asm__("__real__ZN8Platform14RegCreateKeyExEPvPKDsjjRS0_");
+extern std::uint32_t NotedCreate(TKey, const char16_t*, std::uint32_t, std::uint32_t,
+                                 TKey&) __asm__("__wrap__ZN8Platform14RegCreateKeyExEPvPKDsjjRS0_");
+
 namespace {
+
+/// What was asked of the registry: the call and the access, in hexadecimal digits.
+std::string Asked;
+
+void Note(const char* call, std::uint32_t access) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%s %x ", call, access);
+    Asked += text.data();
+}
 
 constexpr const char16_t* TestKey = u"Software\\TessarixTest";
 constexpr const char16_t* Default = u"(default)";
@@ -58,41 +80,43 @@ protected:
 
 } // namespace
 
+std::uint32_t NotedOpen(TKey key, const char16_t* path, std::uint32_t options, std::uint32_t access, TKey& opened) {
+    Note("open", access);
+    return RealOpen(key, path, options, access, opened);
+}
+
+std::uint32_t NotedCreate(TKey key, const char16_t* path, std::uint32_t options, std::uint32_t access, TKey& opened) {
+    Note("create", access);
+    return RealCreate(key, path, options, access, opened);
+}
+
 TEST_F(RegistryKey, ReadsValuesByTypeAndSize) {
-    struct Row {
-        const char16_t* name;
-        std::uint32_t type;
-        std::int32_t size;
-        std::u16string_view text;
-    };
-    const Row rows[] = {{u"Plain", 1, 10, u"text"},
-                        {u"pLAIN", 1, 10, u"text"},
-                        {u"", 1, 36, u"the default value"},
-                        {u"Quotes", 1, 18, u"C:\\a \"b\""},
-                        {u"Empty", 1, 2, u""},
-                        {u"No bytes", 1, 0, Default},
-                        {u"One terminator", 1, 6, u"ab"},
-                        {u"Two terminators", 1, 8, {u"ab\0", 3}},
-                        {u"Text behind", 1, 8, {u"a\0b", 3}},
-                        {u"Odd", 1, 7, Default},
-                        {u"Expand", 2, 14, u"%PATH%"},
-                        {u"Multi", 7, 10, Default},
-                        {u"Number", 4, 4, Default},
-                        {u"Bytes", 3, 3, Default},
-                        {u"Gone", 0, 0, Default},
-                        {u"Unterminated", 1, 4, u"ab"},
-                        {u"Unterminated expand", 2, 2, u"%"}};
+    using TRow = std::tuple<const char16_t*, std::uint32_t, std::int32_t, std::u16string_view>;
+    const TRow rows[] = {{u"pLAIN", 1, 10, u"text"},
+                         {u"", 1, 36, u"the default value"},
+                         {u"Quotes", 1, 18, u"C:\\a \"b\""},
+                         {u"Empty", 1, 2, u""},
+                         {u"No bytes", 1, 0, Default},
+                         {u"One terminator", 1, 6, u"ab"},
+                         {u"Two terminators", 1, 8, {u"ab\0", 3}},
+                         {u"Text behind", 1, 8, {u"a\0b", 3}},
+                         {u"Odd", 1, 7, Default},
+                         {u"Expand", 2, 14, u"%PATH%"},
+                         {u"Multi", 7, 10, Default},
+                         {u"Number", 4, 4, Default},
+                         {u"Gone", 0, 0, Default},
+                         {u"Unterminated", 1, 4, u"ab"},
+                         {u"Unterminated expand", 2, 2, u"%"}};
     CRegistryKey key;
     ASSERT_TRUE(key.Open(User, u"SOFTWARE\\tessarixtest", RK_Write));
     // An import may add terminators; bytes behind the ones that are stored may not.
     const char16_t bytes[] = {u'a', u'b', u'x'};
     EXPECT_EQ(Platform::RegSetValueEx(key.Handle, u"Unterminated", Platform::RegSz, bytes, 4), 0U);
     EXPECT_EQ(Platform::RegSetValueEx(key.Handle, u"Unterminated expand", Platform::RegExpandSz, u"%x", 2), 0U);
-    for (const Row& row : rows) {
-        const CUnicodeString name = row.name;
-        EXPECT_EQ(key.GetValueType(row.name), row.type) << Readable(name.View());
-        EXPECT_EQ(key.GetValueSize(row.name), row.size) << Readable(name.View());
-        EXPECT_EQ(key.GetStringValue(row.name, Default).View(), row.text) << Readable(name.View());
+    for (const auto& [name, type, size, text] : rows) {
+        EXPECT_EQ(key.GetValueType(name), type) << Readable(name);
+        EXPECT_EQ(key.GetValueSize(name), size) << Readable(name);
+        EXPECT_EQ(key.GetStringValue(name, Default).View(), text) << Readable(name);
     }
 }
 
@@ -101,49 +125,43 @@ TEST_F(RegistryKey, AnExportGivesTheValuesThatWerePutIn) {
     const auto wide = [](std::u16string_view text) {
         return std::string(reinterpret_cast<const char*>(text.data()), 2 * text.size());
     };
-    struct Row {
-        const char16_t* name;
-        std::uint32_t type;
-        std::string bytes;
-    };
     std::string all(64, '\0');
     std::iota(all.begin(), all.end(), '\0');
-    const Row rows[] = {{u"", 1, wide(u"d\0"sv)},
-                        {u"q\"\\ ;[k] = @-", 1, wide(u"C:\\a \"b\" ; c\0"sv)},
-                        {u"line\r\nbreak", 1, wide(u"\r\na\nb\r\0"sv)},
-                        {u"\U0001F600 \u00e4", 1, wide(u"\U0001F600\u20ac\0"sv)},
-                        {u" blanks ", 1, wide(u" x\t\0"sv)},
-                        {u"empty", 1, wide(u"\0"sv)},
-                        {u"none", 0, ""},
-                        {u"none 2", 0, "\1\2"},
-                        {u"expand", 2, wide(u"%A%\n\0"sv)},
-                        {u"binary", 3, all},
-                        {u"no bytes", 3, ""},
-                        {u"dword", 4, {"\x2a\0\0\x80", 4}},
-                        {u"big endian", 5, {"\0\0\0\x2a", 4}},
-                        {u"link", 6, wide(u"a")},
-                        {u"multi", 7, wide(u"a\nb\0\U0001F600\0\0"sv)},
-                        {u"resources", 8, "\1"},
-                        {u"descriptor", 9, "\1\2"},
-                        {u"requirements", 10, "\xff"},
-                        {u"qword", 11, "\1\2\3\4\5\6\7\x8"},
-                        {u"other", 0x100, "\1"},
-                        {u"last", 0xFFFFFFFF, "\2"}};
+    const std::tuple<const char16_t*, std::uint32_t, std::string> rows[] = {
+        {u"", 1, wide(u"d\0"sv)},
+        {u"q\"\\ ;[k] = @-", 1, wide(u"C:\\a \"b\" ; c\0"sv)},
+        {u"line\r\nbreak", 1, wide(u"\r\na\nb\r\0"sv)},
+        {u"\U0001F600 \u00e4", 1, wide(u"\U0001F600\u20ac\0"sv)},
+        {u" blanks ", 1, wide(u" x\t\0"sv)},
+        {u"empty", 1, wide(u"\0"sv)},
+        {u"none", 0, ""},
+        {u"none 2", 0, "\1\2"},
+        {u"expand", 2, wide(u"%A%\n\0"sv)},
+        {u"binary", 3, all},
+        {u"no bytes", 3, ""},
+        {u"dword", 4, {"\x2a\0\0\x80", 4}},
+        {u"big endian", 5, {"\0\0\0\x2a", 4}},
+        {u"link", 6, wide(u"a")},
+        {u"multi", 7, wide(u"a\nb\0\U0001F600\0\0"sv)},
+        {u"resources", 8, "\1"},
+        {u"descriptor", 9, "\1\2"},
+        {u"requirements", 10, "\xff"},
+        {u"qword", 11, "\1\2\3\4\5\6\7\x8"},
+        {u"other", 0x100, "\1"},
+        {u"last", 0xFFFFFFFF, "\2"}};
     const std::filesystem::path exported = folder / "exported" / "HKEY_CURRENT_USER.reg";
     std::filesystem::create_directory(exported.parent_path());
     std::filesystem::copy_file(TestFilePlace(u"registryexport.reg"), exported);
     UseRegistry(exported);
     CRegistryKey key;
     ASSERT_TRUE(key.Open(User, u"Software\\TessarixTest\\Exported", RK_Read));
-    for (const Row& row : rows) {
-        const CUnicodeString name = row.name;
+    for (const auto& [name, expectedType, expected] : rows) {
         std::string bytes(100, '\0');
         std::uint32_t type = 4711;
         auto size = static_cast<std::uint32_t>(bytes.size());
-        EXPECT_EQ(Platform::RegQueryValueEx(key.Handle, row.name, &type, bytes.data(), &size), 0U)
-            << Readable(name.View());
-        EXPECT_EQ(type, row.type) << Readable(name.View());
-        EXPECT_EQ(bytes.substr(0, size), row.bytes) << Readable(name.View());
+        EXPECT_EQ(Platform::RegQueryValueEx(key.Handle, name, &type, bytes.data(), &size), 0U) << Readable(name);
+        EXPECT_EQ(type, expectedType) << Readable(name);
+        EXPECT_EQ(bytes.substr(0, size), expected) << Readable(name);
     }
     CRegistryKey below;
     ASSERT_TRUE(below.Open(User, u"Software\\TessarixTest\\Exported\\a]b;\"c\" [d=@] \U0001F600", RK_Read));
@@ -165,27 +183,21 @@ TEST_F(RegistryKey, ReadsBytesIntoBuffersThatAreLargeEnough) {
 }
 
 TEST_F(RegistryKey, NamesItselfWhereItCannotBeOpened) {
-    struct Row {
-        std::uint32_t root;
-        const char16_t* name;
-    };
-    constexpr Row rows[] = {{0x80000000, u"HKEY_CLASSES_ROOT"},
-                            {0x80000001, u"HKEY_CURRENT_USER"},
-                            {0x80000002, u"HKEY_LOCAL_MACHINE"},
-                            {0x80000003, u"HKEY_USERS"},
-                            {0x80000004, u"HKEY_PERFORMANCE_DATA"},
-                            {0x80000005, u"HKEY_CURRENT_CONFIG"},
-                            {0x80000006, u"HKEY_DYN_DATA"},
-                            {0x80000050, u"HKEY_PERFORMANCE_TEXT"},
-                            {0x80000060, u"HKEY_PERFORMANCE_NLSTEXT"},
-                            {0x80000007, u""},
-                            {0x00000001, u""}};
-    for (const Row& row : rows) {
+    for (const auto& [root, name] : {std::pair(0x80000000U, u"HKEY_CLASSES_ROOT"),
+                                     {0x80000001U, u"HKEY_CURRENT_USER"},
+                                     {0x80000002U, u"HKEY_LOCAL_MACHINE"},
+                                     {0x80000003U, u"HKEY_USERS"},
+                                     {0x80000004U, u"HKEY_PERFORMANCE_DATA"},
+                                     {0x80000005U, u"HKEY_CURRENT_CONFIG"},
+                                     {0x80000006U, u"HKEY_DYN_DATA"},
+                                     {0x80000050U, u"HKEY_PERFORMANCE_TEXT"},
+                                     {0x80000060U, u"HKEY_PERFORMANCE_NLSTEXT"},
+                                     {0x80000007U, u""}}) {
         CRegistryKey key;
         Platform::SetLastError(0);
-        EXPECT_FALSE(key.Open(Platform::RootKey(row.root), u"a\\b", RK_Read)) << row.root;
-        EXPECT_NE(Platform::GetLastError(), 0U) << row.root;
-        EXPECT_EQ(key.Path, CUnicodeString(row.name) + u"\\a\\b");
+        EXPECT_FALSE(key.Open(Platform::RootKey(root), u"a\\b", RK_Read)) << root;
+        EXPECT_NE(Platform::GetLastError(), 0U) << root;
+        EXPECT_EQ(key.Path, CUnicodeString(name) + u"\\a\\b");
         EXPECT_EQ(key.Mode, RK_Read);
         EXPECT_EQ(key.Handle, nullptr);
         EXPECT_EQ(key.GetStringValue(u"Plain", Default), Default);
@@ -197,6 +209,22 @@ TEST_F(RegistryKey, NamesItselfWhereItCannotBeOpened) {
     CRegistryKey missing;
     EXPECT_FALSE(missing.Open(User, u"Software\\TessarixTest\\None\\Below", RK_Read));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorFileNotFound);
+}
+
+// Wine opens for whatever is asked, and for more; Windows keeps to these.
+TEST_F(RegistryKey, AsksForTheAccessThatItNeeds) {
+    Asked.clear();
+    for (const auto& [path, mode] : {std::pair(TestKey, RK_Read), {TestKey, RK_Write}, {u"", RK_Write}}) {
+        CRegistryKey key;
+        ASSERT_TRUE(key.Open(User, path, mode));
+    }
+    EXPECT_EQ(Asked, "open 20119 create 2011f open 2011f ");
+    CRegistryKey key;
+    ASSERT_TRUE(key.Open(User, TestKey, RK_Read));
+    Platform::RegCloseKey(key.Handle); // the registry refuses a handle that is not open
+    Platform::SetLastError(0);
+    key.Close();
+    EXPECT_NE(Platform::GetLastError(), 0U) << "what the closing answers";
 }
 
 TEST_F(RegistryKey, WritesWhatAnotherKeyReads) {

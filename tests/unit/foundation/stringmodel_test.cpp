@@ -2,11 +2,10 @@
 #include "foundation/inc/stringsort.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/memory.h"
-#include "tests/support/text.h"
+#include "tests/support/recordinghandler.h"
 #include <memory>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 using namespace Tsx;
@@ -33,13 +32,10 @@ void ExpectSoundBlock(const CUnicodeString& text) {
 } // namespace
 
 TEST(StringBlocks, SizesOfTheClasses) {
-    struct Row {
-        std::int32_t length, blockSize;
-    };
-    constexpr Row rows[] = {{9, 32}, {10, 64}, {25, 64}, {26, 128}, {57, 128}, {58, 130}, {1000, 2014}};
-    for (const Row& row : rows) {
-        const CUnicodeString text(std::u16string(static_cast<std::size_t>(row.length), u'x').c_str());
-        EXPECT_EQ(CProbe::BlockOf(text)->BlockSize, row.blockSize) << row.length;
+    for (const auto& [length, blockSize] :
+         {std::pair(9, 32), {10, 64}, {25, 64}, {26, 128}, {57, 128}, {58, 130}, {1000, 2014}}) {
+        const CUnicodeString text(std::u16string(static_cast<std::size_t>(length), u'x').c_str());
+        EXPECT_EQ(CProbe::BlockOf(text)->BlockSize, blockSize) << length;
     }
     std::string narrow;
     for (int i = 0; i < 30000; ++i) {
@@ -148,22 +144,16 @@ TEST(StringModel, BehavesAsTheStandardOne) {
 
 TEST(StringThreads, ShareCopyAndDropTheSameStrings) {
     const CUnicodeString shared(u"shared by all of them");
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&shared, t] {
-            std::vector<CUnicodeString> own;
-            for (int i = 0; i < 20000; ++i) {
-                own.push_back(i % 3 == 0 ? shared + CUnicodeString::FromInt(t) : shared);
-                if (own.size() > 50) {
-                    own[static_cast<std::size_t>(i) % 50] += u"!";
-                    own.resize(25);
-                }
+    OnThreads(4, [&shared](int thread) {
+        std::vector<CUnicodeString> own;
+        for (int i = 0; i < 20000; ++i) {
+            own.push_back(i % 3 == 0 ? shared + CUnicodeString::FromInt(thread) : shared);
+            if (own.size() > 50) {
+                own[static_cast<std::size_t>(i) % 50] += u"!";
+                own.resize(25);
             }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+        }
+    });
     EXPECT_EQ(CProbe::BlockOf(shared)->RefCount, 1);
 }
 

@@ -1,5 +1,6 @@
 #include "foundation/inc/unicodestring.h"
 
+#include "foundation/inc/format.h"
 #include "platform/inc/text.h"
 #include "tests/support/text.h"
 #include <limits>
@@ -11,8 +12,7 @@ TEST(UnicodeString, SharesAndWritesAfterCopy) {
     const CUnicodeString second(first);
     EXPECT_EQ(first.Text(), second.Text()) << "a copy shares the block";
     first.Append(u"!", 1);
-    EXPECT_EQ(first, u"text!");
-    EXPECT_EQ(second, u"text");
+    EXPECT_EQ(first + u' ' + second, u"text! text");
     CUnicodeString self(u"ab");
     for (int i = 0; i < 6; ++i) {
         self += self; // the source moves with the growth
@@ -20,89 +20,72 @@ TEST(UnicodeString, SharesAndWritesAfterCopy) {
     EXPECT_EQ(self.Length(), 128);
     EXPECT_EQ(self.Right(3), u"bab");
     EXPECT_EQ(second.Mid(2, 0).Text(), CUnicodeString().Text()) << "empty parts share the empty block";
-}
-
-TEST(UnicodeString, PartsAreCutToWhatThereIs) {
-    const CUnicodeString text(u"abcdef");
-    EXPECT_EQ(text.Mid(2, 3), u"cde");
-    EXPECT_EQ(text.Mid(4, 100), u"ef");
-    EXPECT_EQ(text.Mid(10, 1), u"");
-    EXPECT_EQ(text.Left(-1), u"");
-    EXPECT_EQ(text.Right(2), u"ef");
-    EXPECT_EQ(text.Find(u'd', 3), 3);
-    EXPECT_EQ(text.Find(u'd', 4), -1);
-    CUnicodeString cut(text);
-    cut.GetBuffer(-1);
-    cut.SetLength(-1);
-    EXPECT_EQ(cut, u"");
+    first.GetBuffer(-1);
+    first.SetLength(-1);
+    EXPECT_EQ(first, u"");
     const char16_t* const none = nullptr;
-    EXPECT_EQ(none + (cut += none) + none, none);
-    EXPECT_GT(text.CompareNoCase(none), 0);
-}
-
-TEST(UnicodeString, TrimsTheWholeSetOfWhiteSpace) {
-    CUnicodeString text(u"\t\u00A0\u2003 a b \u3000\r\n");
-    text.Trim();
-    EXPECT_EQ(text, u"a b");
-    CUnicodeString blank(u" \t ");
-    blank.Trim();
-    EXPECT_TRUE(blank.IsEmpty());
+    EXPECT_EQ(none + (first += none) + none, none);
+    EXPECT_GT(second.CompareNoCase(none), 0);
 }
 
 TEST(UnicodeString, ReadsNumbersAndSwitches) {
-    struct Row {
-        const char16_t* text;
-        bool valid;
-        std::int32_t value;
-    };
-    constexpr Row rows[] = {{u"12", true, 12},
-                            {u" 12\t", true, 12},
-                            {u"+\uFF17", true, 7},
-                            {u"-1", true, -1},
-                            {u"\u0661\u06F22", true, 122},
-                            {u"\u205F\u1816\u1040\u3000", true, 60},
-                            {u"-\u0F22\u0F21\u0F24\u0F27\u0F24\u0F28\u0F23\u0F26\u0F24\u0F28", true,
-                             std::numeric_limits<std::int32_t>::min()},
-                            {u"2147483647", true, std::numeric_limits<std::int32_t>::max()},
-                            {u"2147483648", false, 0},
-                            {u"-2147483649", false, 0},
-                            {u"12a", false, 0},
-                            {u"", false, 0},
-                            {u"+-5", false, 0},
-                            {u"1 2", false, 0},
-                            {u"\u00B2", false, 0}, // superscript
-                            {u"99999999999999999999", false, 0}};
-    for (const Row& row : rows) {
+    constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
+    for (const auto& [text, expected] : {std::pair(u" 12\t", 12),
+                                         {u"+\uFF17", 7},
+                                         {u"-1", -1},
+                                         {u"\u0661\u06F22", 122},
+                                         {u"\u205F\u1816\u1040\u3000", 60},
+                                         {u"2147483647", std::numeric_limits<std::int32_t>::max()},
+                                         {u"-\u0F22\u0F21\u0F24\u0F27\u0F24\u0F28\u0F23\u0F26\u0F24\u0F28", least}}) {
         std::int32_t value = 0;
-        EXPECT_EQ(CUnicodeString(row.text).ToInt(value), row.valid) << Readable(row.text);
-        EXPECT_EQ(value, row.value) << Readable(row.text);
+        EXPECT_TRUE(CUnicodeString(text).ToInt(value)) << Readable(text);
+        EXPECT_EQ(value, expected) << Readable(text);
+    }
+    for (const char16_t* text :
+         {u"2147483648", u"-2147483649", u"12a", u"", u"+-5", u"1 2", u"\u00B2", u"99999999999999999999"}) {
+        std::int32_t value = 7;
+        EXPECT_FALSE(CUnicodeString(text).ToInt(value)) << Readable(text);
+        EXPECT_EQ(value, 7) << "as it was";
     }
     bool on = false;
     EXPECT_TRUE(CUnicodeString(u" YES ").ToBool(on) && on);
     EXPECT_TRUE(CUnicodeString(u"Off").ToBool(on) && !on);
     EXPECT_FALSE(CUnicodeString(u"2").ToBool(on));
-    EXPECT_EQ(CUnicodeString::FromInt(std::numeric_limits<std::int32_t>::min()), u"-2147483648");
-    EXPECT_EQ(CUnicodeString::FromHex(0xDEADBEEF), u"deadbeef");
+    EXPECT_EQ(CUnicodeString::FromInt(least) + CUnicodeString::FromHex(0xDEADBEEF), u"-2147483648deadbeef");
+    CUnicodeString spaced(u"\t\u00A0\u2003 a b \u3000\r\n");
+    spaced.Trim();
+    EXPECT_EQ(spaced, u"a b");
 }
 
 TEST(UnicodeString, ConvertsToCodePagesAndBack) {
-    const CUnicodeString text(u"Gr\u00FC\u00DFe \u043F \U0001F600");
+    const CUnicodeString text(u"\u00FC\u043F \U0001F600");
     const CString narrow = text.ToNarrow(Platform::CodePageUtf8);
-    EXPECT_EQ(narrow.View(), "Gr\xC3\xBC\xC3\x9F"
-                             "e \xD0\xBF \xF0\x9F\x98\x80");
+    EXPECT_EQ(narrow.View(), "\xC3\xBC\xD0\xBF \xF0\x9F\x98\x80");
     EXPECT_EQ(CUnicodeString(narrow.Text(), Platform::CodePageUtf8), text);
-    EXPECT_EQ(CUnicodeString(u"a\xD800z").ToNarrow(Platform::CodePageUtf8).View(), "a\xEF\xBF\xBDz");
-    EXPECT_EQ(CUnicodeString(u"plain").ToNarrow(AnsiCodePage).View(), "plain");
     EXPECT_TRUE(CUnicodeString(u"x").ToNarrow(4711).IsEmpty()) << "no such code page";
 }
 
-TEST(UnicodeString, FormattedTextGrowsAsNeeded) {
-    for (const std::int32_t length : {0, 255, 256, 257, 5000}) {
-        CUnicodeString argument;
-        argument.GetBuffer(length);
-        for (std::int32_t i = 0; i < length; ++i) {
-            argument += u'x';
-        }
-        EXPECT_EQ(CUnicodeString::Format(u"%s", argument), argument) << length;
+TEST(Format, FollowsWidePrint) {
+    const auto check = [](const CUnicodeString& result, const char16_t* expected) { EXPECT_EQ(result, expected); };
+    check(CUnicodeString::Format(u"%d.%02d|%5d|%-5d|%+d", 5, 0, 42, 42, 7), u"5.00|   42|42   |+7");
+    check(CUnicodeString::Format(u"%08lx|%X|%#x|%u", 0x040904B0U, 255, 255, -1), u"040904b0|FF|0xff|4294967295");
+    check(CUnicodeString::Format(u"%lld %I64d", std::int64_t{-9000000000}, std::int64_t{9000000000}),
+          u"-9000000000 9000000000");
+    check(CUnicodeString::Format(u"%s/%.2s/%6s/%-6s|", u"ab", u"abc", u"x", u"x"), u"ab/ab/     x/x     |");
+    check(CUnicodeString::Format(u"%*d%c100%% %.3d %o %i", 4, 7, u'!', 5, 8, -3), u"   7!100% 005 10 -3");
+    check(CUnicodeString::Format(u"%p", reinterpret_cast<const void*>(0xABCDEF)), u"0000000000ABCDEF");
+    for (const std::size_t length : {0U, 255U, 256U, 257U, 5000U}) {
+        const std::u16string argument(length, u'x');
+        EXPECT_EQ(CUnicodeString::Format(u"%s", argument.c_str()), argument.c_str()) << length;
+    }
+    char16_t buffer[4];
+    const CFormatArgument text(u"abcd");
+    EXPECT_EQ(FormatText(buffer, 4, u"%s", &text, 1), 4) << "the bound is exact";
+    EXPECT_EQ(FormatText(buffer, 3, u"%s", &text, 1), -1);
+    for (const auto& wrong :
+         {+[] { CUnicodeString::Format(u"%s", 1); }, +[] { CUnicodeString::Format(u"%d", u"text"); },
+          +[] { CUnicodeString::Format(u"%d %d", 1); }, +[] { CUnicodeString::Format(u"%q", 1); },
+          +[] { CUnicodeString::Format(u"50%", 1); }}) {
+        EXPECT_TRUE(Raised<CInternalError>(wrong));
     }
 }

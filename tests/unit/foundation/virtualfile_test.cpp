@@ -2,13 +2,15 @@
 
 #include "platform/inc/faults.h"
 #include "platform/inc/files.h"
+#include "platform/inc/mappings.h"
+#include "platform/inc/memory.h"
 #include "tests/support/memoryfile.h"
 #include "tests/support/recordinghandler.h"
-#include "tests/support/text.h"
-#include <atomic>
+#include "tests/support/virtualmodel.h"
 #include <functional>
 #include <limits>
-#include <thread>
+#include <optional>
+#include <random>
 
 using namespace Tsx;
 
@@ -17,12 +19,22 @@ namespace {
 constexpr std::uint32_t Both = Platform::GenericRead | Platform::GenericWrite;
 constexpr std::int64_t Most = std::numeric_limits<std::int64_t>::max();
 
+/// The sizes of the mappings, which make one range without a gap.
 std::string Mappings(const CVirtualFileData& data) {
     std::string sizes;
+    std::int64_t end = 0;
     for (const CVirtualMapping* mapping : data.Mappings) {
+        EXPECT_EQ(mapping->Start, end);
+        end += mapping->Size;
         sizes += std::to_string(mapping->Size) + ' ';
     }
+    EXPECT_EQ(data.Capacity, end);
     return sizes;
+}
+
+std::uint32_t CauseOf(const std::function<void()>& action) {
+    const auto failure = Raised<CFileException>(action);
+    return failure ? failure->cause : 0;
 }
 
 void WriteAt(CVirtualFile& file, std::int64_t position, const std::string& bytes) {
@@ -68,6 +80,21 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
     data.GetMapping(0);
     const CVirtualMapping* answer = data.GetMapping(2 * ViewSize);
     EXPECT_EQ(answer->Start + answer->Size, 2 * ViewSize) << "the byte at the position is not counted";
+
+    constexpr std::int64_t farAway = 0x1'0000'0000;
+    CVirtualFileData large(u"name", 128, farAway + 3);
+    CVirtualFile file(Both, 0, &large);
+    WriteAt(file, farAway, "far");
+    EXPECT_EQ(ReadAt(file, 0, 3), std::string(3, '\0')) << "what is 4 GiB away is no start of the range";
+    EXPECT_EQ(ReadAt(file, farAway, 4), "far");
+
+    const Platform::Handle made =
+        Platform::CreateFileMapping(Platform::InvalidHandle(), nullptr, Platform::PageReadWrite, 0, 100, nullptr);
+    CVirtualFileData huge(u"name", 128, made, Most / 4);
+    Platform::MemoryStatus status;
+    ASSERT_TRUE(Platform::GlobalMemoryStatusEx(status));
+    const double growth = static_cast<double>(huge.GetMapping(Most / 4)->Size);
+    EXPECT_NEAR(growth * 10 / static_cast<double>(status.availablePageFile), 1, 0.5) << "no more than memory allows";
 }
 
 TEST(VirtualFile, PositionsAndLengths) {
@@ -84,34 +111,32 @@ TEST(VirtualFile, PositionsAndLengths) {
     EXPECT_EQ(ReadAt(file, 2, 100), "234567") << "what was cut off is there again";
     for (const std::int64_t offset : {std::int64_t{-9}, std::numeric_limits<std::int64_t>::min(), Most}) {
         file.Seek(1, SeekFromStart);
-        const auto failure = Raised<CFileException>([&] { file.Seek(offset, SeekFromEnd); });
-        EXPECT_EQ(failure ? failure->cause : 0, 9U) << offset;
+        EXPECT_EQ(CauseOf([&] { file.Seek(offset, SeekFromEnd); }), FC_BadSeek) << offset;
         EXPECT_EQ(file.GetPosition(), 0) << offset;
     }
     EXPECT_EQ(file.Seek(Most, SeekFromStart), Most) << "beyond the end is allowed";
-    EXPECT_EQ(Raised<CFileException>([&] { file.Write("x", 1); })->cause, 13U) << "more than can be counted";
+    EXPECT_EQ(CauseOf([&] { file.Write("x", 1); }), FC_DiskFull) << "more than can be counted";
     EXPECT_EQ(file.GetLength(), 8);
     file.SetLength(Most);
-    EXPECT_EQ(Raised<CFileException>([&] { ReadAt(file, Most - 1, 1); })->cause, 13U);
+    EXPECT_EQ(CauseOf([&] { ReadAt(file, Most - 1, 1); }), FC_DiskFull);
 
     CVirtualFile reader(Platform::GenericRead, 3, &data);
-    const auto denied = Raised<CFileException>([&] { reader.Write(nullptr, 0); });
-    EXPECT_EQ(denied ? denied->cause : 0, 11U) << "also for nothing";
-    const std::function<void()> calls[] = {[&] { file.Write(nullptr, 1); }, [&] { file.Read(nullptr, 1); },
-                                           [&] { file.Read(&data, -1); },   [&] { file.Seek(0, 3); },
-                                           [&] { file.SetLength(-1); },     [&] { file.GetView(-1); },
-                                           [&] {
-                                               data.GetMapping(-1); }};
-    for (const auto& call : calls) {
-        EXPECT_TRUE(Raised<CInternalError>(call)) << "call " << &call - calls;
-        EXPECT_EQ(ShownInstead(call), 1U) << "call " << &call - calls;
-    }
-    EXPECT_EQ(ShownInstead([&] { EXPECT_FALSE(data.GetMapping(-1) || file.GetView(-1)); }), 2U);
+    EXPECT_EQ(CauseOf([&] { reader.Write(nullptr, 0); }), FC_SharingViolation) << "also for nothing";
+    ExpectRefused({[&] { file.Write(nullptr, 1); }, [&] { file.Read(nullptr, 1); }, [&] { file.Read(&data, -1); },
+                   [&] { file.Seek(0, 3); }, [&] { file.SetLength(-1); }, [&] { file.GetView(-1); },
+                   [&] { data.GetMapping(-1); }});
     file.Close();
-    EXPECT_TRUE(Raised<CInternalError>([&] { file.SetLength(0); }));
-    EXPECT_EQ(ShownInstead([&] { file.Write("closed", 6); }), 1U);
+    ExpectRefused({[&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
     EXPECT_EQ(ReadAt(reader, 0, 6), "012345");
     EXPECT_TRUE(file.Views.IsEmpty());
+
+    CVirtualFileData readOnly(u"name", 1, std::int64_t{0});
+    CVirtualFile own(Both, 0, &readOnly);
+    CMemoryFile other("content");
+    own.SetLength(3);
+    EXPECT_EQ(ReadAt(own, 0, 3), std::string(3, '\0'));
+    EXPECT_EQ(CauseOf([&] { own.Write("x", 1); }), FC_SharingViolation);
+    EXPECT_EQ(CauseOf([&] { own.LoadFrom(other); }), FC_SharingViolation);
 }
 
 TEST(VirtualFile, WhoClosesLastTellsTheLength) {
@@ -158,43 +183,19 @@ TEST(VirtualFile, TenViewsAtMost) {
 
 TEST(VirtualFile, HandlesOnTwoThreads) {
     CVirtualFileData data(u"name", 128, std::int64_t{0});
-    std::atomic<int> wrong{0};
-    const auto use = [&](std::int64_t thread) {
-        ThreadErrorMode.Get()->NoExceptions = false;
+    OnThreads(2, [&](int thread) {
         CVirtualFile file(Both, 3, &data);
         const std::string own(1, static_cast<char>('a' + thread));
-        try {
-            for (std::int64_t i = 0; i < 4000; ++i) { // more views than a handle keeps, and a range that grows at first
-                const std::int64_t position = (i % 200 * 2 + thread) * ViewSize;
-                WriteAt(file, position, own);
-                wrong += ReadAt(file, position, 1) == own ? 0 : 1;
-            }
-        } catch (CException* exception) {
-            delete exception;
-            ++wrong;
+        for (std::int64_t i = 0; i < 4000; ++i) { // more views than a handle keeps, and a range that grows at first
+            const std::int64_t position = (i % 200 * 2 + thread) * ViewSize;
+            WriteAt(file, position, own);
+            ASSERT_EQ(ReadAt(file, position, 1), own) << position;
         }
-    };
-    std::thread other(use, 1);
-    use(0);
-    other.join();
-    EXPECT_EQ(wrong, 0);
-    std::int64_t end = 0;
+    });
+    EXPECT_NE(Mappings(data), "");
     for (const CVirtualMapping* mapping : data.Mappings) {
-        EXPECT_EQ(mapping->Start, end);
         EXPECT_TRUE(mapping->Mapping->Views.IsEmpty());
-        end += mapping->Size;
     }
-    EXPECT_EQ(data.Capacity, end);
-}
-
-TEST(VirtualFile, MadeReadOnly) {
-    CVirtualFileData data(u"name", 1, std::int64_t{0});
-    CVirtualFile file(Both, 0, &data);
-    CMemoryFile other("content");
-    file.SetLength(3);
-    EXPECT_EQ(ReadAt(file, 0, 3), std::string(3, '\0'));
-    EXPECT_EQ(Raised<CFileException>([&] { file.Write("x", 1); })->cause, 11U);
-    EXPECT_EQ(Raised<CFileException>([&] { file.LoadFrom(other); })->cause, 11U);
 }
 
 TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
@@ -235,35 +236,40 @@ TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
 }
 
 TEST(VirtualFile, FailuresLeaveTheOldData) {
-    if (!Platform::FaultsAvailable()) {
-        GTEST_SKIP() << "this build has no fault hook";
-    }
+    SKIP_WITHOUT_FAULTS();
     const std::string old(100'000, 'o');
+    std::optional<CVirtualFileData> data;
+    std::optional<CVirtualFile> file;
     int failures = 0;
     for (const auto& [function, code] : {std::pair("*", 1455U), std::pair("allocation", 8U)}) {
-        for (std::int32_t nth = 1, seen = nth; seen >= nth; ++nth) {
-            CVirtualFileData data(u"name", 128, std::int64_t{0});
-            CVirtualFile file(Both, 0, &data);
-            WriteAt(file, 0, old);
-            Platform::ArmFault(function, nth, code, Platform::FaultMode::Once);
-            try {
-                WriteAt(file, 500'000, std::string(100'000, 'n'));
-            } catch (CException* exception) {
-                delete exception;
-                ++failures;
-            }
-            seen = Platform::FaultCallsSeen();
-            Platform::DisarmFaults();
-            EXPECT_EQ(ReadAt(file, 0, 100'000), old) << function << ' ' << nth;
-            WriteAt(file, 500'000, "new");
-            EXPECT_EQ(ReadAt(file, 499'999, 4), std::string("\0new", 4)) << function << ' ' << nth;
-            std::int64_t end = 0;
-            for (const CVirtualMapping* mapping : data.Mappings) {
-                EXPECT_EQ(mapping->Start, end) << function << ' ' << nth;
-                end += mapping->Size;
-            }
-            EXPECT_EQ(data.Capacity, end) << function << ' ' << nth;
-        }
+        failures += FailEachCall(
+            function, code, Platform::FaultMode::Once,
+            [&](std::int32_t) {
+                file.reset();
+                data.emplace(u"name", 128U, std::int64_t{0});
+                file.emplace(Both, 0U, &*data);
+                WriteAt(*file, 0, old);
+            },
+            [&] { WriteAt(*file, 500'000, std::string(100'000, 'n')); },
+            [&](std::int32_t nth) {
+                EXPECT_EQ(ReadAt(*file, 0, 100'000), old) << function << ' ' << nth;
+                WriteAt(*file, 500'000, "new");
+                EXPECT_EQ(ReadAt(*file, 499'999, 4), std::string("\0new", 4)) << function << ' ' << nth;
+                EXPECT_NE(Mappings(*data), "");
+            });
     }
     EXPECT_GE(failures, 5);
+}
+
+TEST(VirtualModel, RandomOperationsGiveTheSame) {
+    for (const std::uint32_t seed : {1U, 2U, 3U}) {
+        std::mt19937 random(seed);
+        CVirtualModel model([&](std::uint32_t bound) { return static_cast<std::uint32_t>(random() % bound); });
+        for (int step = 0; step < 12'000; ++step) {
+            std::string done;
+            const std::string wrong = model.Step(done);
+            ASSERT_EQ(wrong, "") << "seed " << seed << ", step " << step << ", " << done;
+        }
+        EXPECT_EQ(model.CompareContents(), "") << "seed " << seed;
+    }
 }
