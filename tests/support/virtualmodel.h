@@ -26,11 +26,8 @@ public:
 
 private:
     struct SFile {
-        std::vector<char> bytes; // all that were ever written: what is cut off comes back
+        std::vector<char> bytes; // all that were ever written, and zeros: what is cut off comes back
         std::int64_t size = 0;
-        char ByteAt(std::int64_t at) const {
-            return at < static_cast<std::int64_t>(bytes.size()) ? bytes[static_cast<std::size_t>(at)] : '\0';
-        }
     };
     struct SHandle {
         Tsx::CVirtualFile* file;
@@ -44,13 +41,16 @@ private:
     std::map<std::string, SFile> Files;
     std::vector<SHandle> Handles;
     char NextByte = 1;
+    std::string Wrong;
 
-    bool HasHandles(const std::string& name) const;
-    std::string Open();
-    std::string Close();
-    std::string Write(SHandle& handle);
-    std::string Read(SHandle& handle);
-    std::string MoveEnds(SHandle& handle);
-    std::string CopyOrMove();
-    std::string CheckInvariants() const;
+    std::string ChooseName() { return std::string(1, static_cast<char>('a' + Choose(4))); }
+    std::size_t ChooseHandle() { return Choose(static_cast<std::uint32_t>(Handles.size())); }
+    void Expect(const char* what, std::int64_t expected, std::int64_t found);
+    void Open(const std::string& name);
+    void Close(std::size_t index);
+    void Write(SHandle& handle);
+    void Read(SHandle& handle, std::int32_t count);
+    void MoveEnds(SHandle& handle);
+    void CopyOrMove(const std::string& target, const std::string& source);
+    void CheckInvariants();
 };

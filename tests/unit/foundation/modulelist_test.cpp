@@ -1,5 +1,6 @@
 #include "foundation/inc/modulelist.h"
 
+#include "foundation/inc/DllTools.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/foundation.h"
 #include "foundation/src/statics.h"
@@ -8,7 +9,6 @@
 #include "platform/inc/modules.h"
 #include "tests/support/folder.h"
 #include "tests/support/recordinghandler.h"
-#include "tests/support/text.h"
 
 using namespace Tsx;
 
@@ -23,7 +23,7 @@ void Note() {
 }
 
 void FailToStart() {
-    calls += 'F';
+    Note<'F'>();
     GenerateLastErrorException(Platform::ErrorAccessDenied);
 }
 
@@ -36,6 +36,11 @@ protected:
         LibrarySearchPath.Clear();
         calls.clear();
     }
+};
+
+struct CLibrary : CDll {
+    using CDll::Handle;
+    using CDll::Ownership;
 };
 
 const CUnicodeString Library = TestFile(SOME_LIBRARY);
@@ -53,17 +58,14 @@ TEST_F(ModuleListTest, CountsLoadsAndUnloadsThemAll) {
     TerminateModules();
     EXPECT_FALSE(Platform::GetModuleHandle(Library.Text()));
     EXPECT_TRUE(ModuleList.IsEmpty());
-}
 
-TEST_F(ModuleListTest, WhatSomebodyElseHoldsStaysWithoutACount) {
-    const Platform::Module module = LoadLibrarySearched(Library.Text());
-    ASSERT_TRUE(module);
-    EXPECT_TRUE(ModuleList.IsEmpty()) << "the caller's own";
-    EXPECT_EQ(TryLoadModule(Library.Text()), module);
+    const Platform::Module held = LoadLibrarySearched(Library.Text());
+    EXPECT_TRUE(held && ModuleList.IsEmpty()) << "the caller's own";
+    EXPECT_EQ(TryLoadModule(Library.Text()), held);
     TerminateModules();
-    ASSERT_EQ(ModuleList.Size(), 1);
+    ASSERT_EQ(ModuleList.Size(), 1) << "somebody else holds it";
     EXPECT_EQ(ModuleList[0].loadCount, 0);
-    Platform::FreeLibrary(module);
+    Platform::FreeLibrary(held);
 }
 
 TEST_F(ModuleListTest, APathInAnotherCaseIsNotTakenInItsPlace) {
@@ -77,22 +79,19 @@ TEST_F(ModuleListTest, APathInAnotherCaseIsNotTakenInItsPlace) {
 }
 
 TEST_F(ModuleListTest, TellsWhatIsMissing) {
-    struct Row {
-        const char16_t* name;
-        std::uint32_t error;
-    };
-    for (const Row& row : {Row{u"no such library.dll", 2}, Row{u"Z:\\no such folder\\lib.dll", 126}, Row{u"", 87}}) {
-        EXPECT_FALSE(TryLoadModule(row.name)) << Readable(row.name);
-        EXPECT_EQ(Platform::GetLastError(), row.error) << Readable(row.name);
-        const auto failure = Raised<CCheckException>([&row] { LoadModule(row.name); });
-        ASSERT_TRUE(failure);
-        EXPECT_EQ(failure->param0, row.name);
-        EXPECT_EQ(failure->param1, GetLastErrorText(row.error));
+    for (const auto& [name, code] :
+         {std::pair(u"no such library.dll", 2U), {u"Z:\\no such folder\\lib.dll", 126U}, {u"", 87U}}) {
+        EXPECT_FALSE(TryLoadModule(name)) << Readable(name);
+        EXPECT_EQ(Platform::GetLastError(), code) << Readable(name);
+        const auto failure = Raised<CCheckException>([name = name] { LoadModule(name); });
+        EXPECT_TRUE(failure && failure->param0 == name && failure->param1 == GetLastErrorText(code)) << code;
     }
     EXPECT_TRUE(ModuleList.IsEmpty());
 }
 
 TEST_F(ModuleListTest, EntriesAreCalledOnceInOrderAndBackwardsAtTheEnd) {
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope(&handler);
     AddStaticModule(Platform::GetProgramModule(), &Note<'a'>, &Note<'x'>);
     AddStaticModule(nullptr, nullptr, nullptr);
     AddStaticModule(Platform::GetProgramModule(), &Note<'b'>, &Note<'y'>);
@@ -100,21 +99,51 @@ TEST_F(ModuleListTest, EntriesAreCalledOnceInOrderAndBackwardsAtTheEnd) {
     EXPECT_TRUE(InitializeModules());
     TerminateModules();
     TerminateModules();
-    EXPECT_EQ(calls, "abyx");
+    EXPECT_EQ(std::exchange(calls, ""), "abyx");
     EXPECT_EQ(ModuleList.Size(), 3) << "modules that are linked in stay, and can start again";
-}
 
-TEST_F(ModuleListTest, AFailureIsShownAndEndsTheWalkUpButNotTheWalkDown) {
-    AddStaticModule(nullptr, &Note<'a'>, &Note<'x'>);
     AddStaticModule(nullptr, &FailToStart, &FailToStart);
-    AddStaticModule(nullptr, &Note<'b'>, &Note<'y'>);
-    CRecordingHandler handler;
-    const CMessageHandlerScope scope(&handler);
+    AddStaticModule(nullptr, &Note<'c'>, &Note<'z'>);
     EXPECT_FALSE(InitializeModules());
-    EXPECT_EQ(calls, "aF");
+    EXPECT_EQ(calls, "abF") << "a failure ends the walk up";
     EXPECT_EQ(handler.texts.size(), 1U);
     EXPECT_TRUE(InitializeModules()) << "each is tried once";
     TerminateModules();
-    EXPECT_EQ(calls, "aFbyFx");
+    EXPECT_EQ(calls, "abFczFyx") << "but not the walk down";
     EXPECT_EQ(handler.texts.size(), 2U);
+}
+
+TEST(Dll, OwnsWhatItLoaded) {
+    CLibrary library;
+    library.Load(Library.Text());
+    EXPECT_EQ(library.Ownership, 1);
+    EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), library.Handle);
+    EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(library.Handle));
+    library.Free();
+    library.Free();
+    EXPECT_FALSE(library.IsLoaded() || Platform::GetModuleHandle(Library.Text()));
+    library.Load(Library.Text());
+    const Platform::Module module = library.Handle;
+    library.Ownership = 0;
+    library.Free();
+    EXPECT_FALSE(library.IsLoaded());
+    EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), module) << "disowned";
+    Platform::FreeLibrary(module);
+}
+
+TEST(Dll, TellsWhatIsMissing) {
+    CLibrary library;
+    const auto noLibrary = Raised<CLastErrorException>([&library] { library.Load(u"no such library.dll"); });
+    EXPECT_TRUE(noLibrary && noLibrary->code == 126);
+    EXPECT_EQ(library.Ownership, 1);
+    library.Load(Library.Text());
+    const auto noEntry = Raised<CCheckException>([&library] { library.GetProcedure("NoSuchEntry"); });
+    EXPECT_TRUE(noEntry && noEntry->GetMessageText() == u"Cannot load DLL " + library.GetPath() + u" (NoSuchEntry).\n");
+    CLibrary odd;
+    CLibrary empty;
+    odd.Handle = library.Handle;
+    odd.Ownership = 2;
+    ExpectRefused({[&] { library.Load(u"any"); }, [&] { empty.GetPath(); }, [&] { empty.GetProcedure("any"); }});
+    EXPECT_TRUE(Raised<CInternalError>([&] { odd.Free(); }));
+    EXPECT_FALSE(odd.IsLoaded()) << "forgotten all the same";
 }
