@@ -13,7 +13,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <limits>
-#include <optional>
 #include <random>
 #include <tuple>
 
@@ -33,7 +32,7 @@ CUnicodeString Path(const char16_t* name) {
     return CVirtualFileSystem::GetRootName() + name;
 }
 
-/// A body without a name, and a handle on it.
+/// A body and a handle on it.
 struct SFile {
     explicit SFile(std::uint32_t attributes = 128, std::int64_t reserve = 0) : data(u"name", attributes, reserve) {}
     CVirtualFileData data;
@@ -102,13 +101,13 @@ protected:
 
 TEST(VirtualFile, TheRangeGrowsByItsRules) {
     // What is reserved, the positions that a byte each is written at, and the sizes of the mappings.
-    using TRow = std::tuple<const char*, std::int64_t, std::vector<std::int64_t>, const char*>;
-    for (const auto& [name, reserve, positions, sizes] :
-         {TRow{"nothing touched", 1'000'000, {}, ""},
-          {"rounded up, then half of what there is", 1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "},
-          {"a jump is served in one step", 0, {0, 10'000'000}, "65536 9961472 "},
-          {"beyond the reservation at once", 100'000, {500'000}, "131072 393216 "},
-          {"a jump of whole units ends short", 0, {0, 131'072}, "65536 65536 65536 "}}) {
+    using TRow = std::tuple<std::int64_t, std::vector<std::int64_t>, const char*>;
+    for (const auto& [reserve, positions, sizes] :
+         {TRow{1'000'000, {}, ""},
+          {1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
+          {0, {0, 10'000'000}, "65536 9961472 "},
+          {100'000, {500'000}, "131072 393216 "},
+          {0, {0, 131'072}, "65536 65536 65536 "}}) { // a jump of whole units ends short
         SFile made(128, reserve);
         for (const std::int64_t position : positions) {
             WriteAt(made.file, position, "x");
@@ -118,14 +117,12 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
         for (const CVirtualMapping* mapping : made.data.Mappings) {
             found += std::to_string(mapping->Size) + ' ';
         }
-        EXPECT_EQ(found, sizes) << name;
+        EXPECT_EQ(found, sizes);
     }
-    constexpr std::int64_t farAway = 0x1'0000'0000;
-    SFile large(128, farAway + 3);
-    WriteAt(large.file, farAway, "far");
+    SFile large(128, 0x1'0000'0003);
+    WriteAt(large.file, 0x1'0000'0000, "far");
     EXPECT_EQ(ReadAt(large.file, 0, 3), std::string(3, '\0')) << "what is 4 GiB away is no start of the range";
-    EXPECT_EQ(ReadAt(large.file, farAway, 4), "far");
-
+    EXPECT_EQ(ReadAt(large.file, 0x1'0000'0000, 4), "far");
     const Platform::Handle mapping =
         Platform::CreateFileMapping(Platform::InvalidHandle(), nullptr, Platform::PageReadWrite, 0, 100, nullptr);
     CVirtualFileData huge(u"name", 128, mapping, Most / 4);
@@ -140,7 +137,6 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
     CVirtualFile& file = made.file;
     file.SetLength(8);
     for (const std::int64_t offset : {std::int64_t{-9}, std::numeric_limits<std::int64_t>::min(), Most}) {
-        file.Seek(1, SeekFromStart);
         EXPECT_EQ(Code([&] { file.Seek(offset, SeekFromEnd); }), 1000U + FC_BadSeek) << offset;
         EXPECT_EQ(file.GetPosition(), 0) << offset;
     }
@@ -152,7 +148,7 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
     CVirtualFile reader(Platform::GenericRead, 3, &made.data);
     EXPECT_EQ(Code([&] { reader.Write(nullptr, 0); }), 32U) << "also for nothing";
     SFile readOnly(1);
-    CMemoryFile other("content");
+    CMemoryFile other;
     EXPECT_EQ(Code([&] { readOnly.file.Write("x", 1); }), 32U);
     EXPECT_EQ(Code([&] { readOnly.file.LoadFrom(other); }), 32U);
     ExpectRefused({[&] { file.Write(nullptr, 1); }, [&] { file.Read(nullptr, 1); }, [&] { file.Read(&made, -1); },
@@ -160,25 +156,6 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
                    [&] { made.data.GetMapping(-1); }});
     file.Close();
     ExpectRefused({[&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
-}
-
-TEST(VirtualFile, TenViewsAtMost) {
-    SFile made(128, 20 * ViewSize);
-    // A byte, and the units that the views lie at then, the latest first.
-    const auto read = [&](std::int64_t unit) {
-        std::string told = ReadAt(made.file, unit * ViewSize, 1);
-        for (const CVirtualView& view : made.file.Views) {
-            told += ' ' + std::to_string(view.GetStart() / ViewSize);
-        }
-        return told;
-    };
-    EXPECT_EQ(read(0), "") << "nothing to read takes no view";
-    for (std::int64_t unit = 0; unit < 11; ++unit) {
-        WriteAt(made.file, unit * ViewSize, std::string(1, static_cast<char>('a' + unit)));
-    }
-    EXPECT_EQ(read(0), "a 0 10 9 8 7 6 5 4 3 2") << "the one used longest ago had gone";
-    EXPECT_EQ(read(10), "k 10 0 9 8 7 6 5 4 3 2") << "found, and in front now";
-    EXPECT_EQ(read(9), "j 9 10 0 9 8 7 6 5 4 3") << "missed behind a later one: a second view";
 }
 
 TEST(VirtualFile, HandlesOnTwoThreads) {
@@ -214,39 +191,19 @@ TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
     made.file.LoadFrom(source);
     made.file.Seek(5, SeekFromStart);
     made.file.SaveTo(target);
-    EXPECT_TRUE(target.bytes == content);
-    EXPECT_TRUE(source.position == 7 && made.file.GetPosition() == 5);
+    EXPECT_TRUE(target.bytes == content && source.position == 7 && made.file.GetPosition() == 5);
     source.more = 1;
     EXPECT_EQ(Code([&] { made.file.LoadFrom(source); }), 1000U + FC_EndOfFile) << "instead of waiting for ever";
 }
 
-TEST(VirtualFile, FailuresLeaveTheOldData) {
-    SKIP_WITHOUT_FAULTS();
-    const std::string old(100'000, 'o');
-    std::optional<SFile> made;
-    const auto prepare = [&](std::int32_t) { WriteAt(made.emplace().file, 0, old); };
-    const auto grow = [&] { WriteAt(made->file, 500'000, std::string(100'000, 'n')); };
-    const auto check = [&](std::int32_t nth) {
-        EXPECT_EQ(ReadAt(made->file, 0, 100'000), old) << nth;
-        WriteAt(made->file, 500'000, "new");
-        EXPECT_EQ(ReadAt(made->file, 499'999, 4), std::string("\0new", 4)) << nth;
-    };
-    for (const auto& [function, code] : {std::pair("*", 1455U), std::pair("allocation", 8U)}) {
-        EXPECT_GE(FailEachCall(function, code, Platform::FaultMode::Once, prepare, grow, check), 2);
-    }
-}
-
 TEST(VirtualModel, RandomOperationsGiveTheSame) {
-    for (const std::uint32_t seed : {1U, 2U, 3U}) {
-        std::mt19937 random(seed);
-        CVirtualModel model([&](std::uint32_t bound) { return static_cast<std::uint32_t>(random() % bound); });
-        for (int step = 0; step < 12'000; ++step) {
-            std::string done;
-            const std::string wrong = model.Step(done);
-            ASSERT_EQ(wrong, "") << "seed " << seed << ", step " << step << ", " << done;
-        }
-        EXPECT_EQ(model.CompareContents(), "") << "seed " << seed;
+    std::mt19937 random(1);
+    CVirtualModel model([&](std::uint32_t bound) { return static_cast<std::uint32_t>(random() % bound); });
+    for (int step = 0; step < 36'000; ++step) {
+        std::string done;
+        ASSERT_EQ(model.Step(done), "") << "step " << step << ", " << done;
     }
+    EXPECT_EQ(model.CompareContents(), "");
 }
 
 TEST_F(VirtualFileSystem, OpensByDisposition) {
@@ -273,30 +230,25 @@ TEST_F(VirtualFileSystem, OpensByDisposition) {
 }
 
 TEST_F(VirtualFileSystem, SharesOneWay) {
-    const auto tryWriting = [] { CFile().Open(Path(u"f"), OM_Write | OM_ShareDenyNone); };
-    Write(Path(u"f"));
-    // What the later one shares is not asked.
+    const CUnicodeString path = Path(u"f");
+    Write(path);
+    // What the later one shares is not asked, and a read-only file refuses writers only while nobody has it open.
     for (const auto& [held, mode, code] : {std::tuple(OM_Read | OM_ShareDenyWrite, OM_Write | OM_ShareDenyNone, 32U),
                                            {OM_Read | OM_ShareDenyRead, OM_Read | OM_ShareDenyNone, 32U},
                                            {OM_Read | OM_ShareDenyNone, OM_ReadWrite | OM_ShareExclusive, 0U}}) {
         CFile first;
-        first.Open(Path(u"f"), held);
+        first.Open(path, held);
+        System().SetAttributes(path, 1);
         EXPECT_EQ(System().CheckFile(Path(u"F"), mode), code == 0) << held;
-        EXPECT_EQ(Code([&, mode = mode] { CFile().Open(Path(u"f"), mode); }), code) << held;
-        EXPECT_EQ(Code([] { System().DeleteFile(Path(u"f")); }), 32U) << held;
-        EXPECT_EQ(Code([] { Write(Path(u"f")); }), 32U) << "not emptied either";
-        EXPECT_FALSE(System().TryDeleteFile(Path(u"f")));
+        EXPECT_EQ(Code([&, mode = mode] { CFile().Open(path, mode); }), code) << held;
+        EXPECT_EQ(Code([&] { System().DeleteFile(path); }), 32U) << held;
+        EXPECT_EQ(Code([&] { Write(path); }), 32U) << "not emptied either";
+        EXPECT_FALSE(System().TryDeleteFile(path));
     }
-    System().SetAttributes(Path(u"f"), 1);
-    EXPECT_EQ(Code(tryWriting), 32U) << "read-only";
-    {
-        CFile reader;
-        reader.Open(Path(u"f"), OM_Read | OM_ShareDenyNone);
-        EXPECT_EQ(Code(tryWriting), 0U) << "as long as nobody has it open";
-    }
-    EXPECT_TRUE(System().CheckFile(Path(u"f"), OM_Read | OM_ShareExclusive));
-    EXPECT_TRUE(System().TryDeleteFile(Path(u"f"))) << "a question leaves no handle behind";
-    EXPECT_FALSE(System().CheckFile(Path(u"f"), OM_Read | OM_ShareExclusive) || System().CheckFile(u"", FA_Exists));
+    EXPECT_EQ(Code([&] { CFile().Open(path, OM_Write | OM_ShareDenyNone); }), 32U);
+    EXPECT_TRUE(System().CheckFile(path, OM_Read | OM_ShareExclusive));
+    EXPECT_TRUE(System().TryDeleteFile(path)) << "a question leaves no handle behind";
+    EXPECT_FALSE(System().CheckFile(path, OM_Read | OM_ShareExclusive) || System().CheckFile(u"", FA_Exists));
 }
 
 TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
@@ -343,13 +295,11 @@ TEST_F(VirtualFileSystem, MatchesNames) {
     }
     for (const auto& [pattern, matching] :
          {std::pair(u"*", u"a.b.c ab.txt ab abc.txt Abd.txt abc abcd d.x\\ "), // needs no match
-          {u"*.*", u"a.b.c ab.txt ab abc.txt Abd.txt abc abcd d.x\\ "},
           {u"?*", u"ab abc abcd "},
           {u"abc*", u"abcd "},
           {u"a*b", u"abc abcd "},
           {u"a?c.t*", u"abc.txt "},
           {u"x\\ab.tx?", u"ab.txt "},
-          {u"ab.txt?", u""},
           {u"a.b.?", u"a.b.c "},
           {u"", u""}}) {
         EXPECT_EQ(Listing(u"", pattern), matching) << Readable(pattern);
@@ -387,12 +337,12 @@ TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
             GenerateFileException(112, u"stubborn");
         }
     };
-    CFile first;
+    CFile other;
     CStubbornFile stubborn;
-    first.Open(Path(u"d\\a"), WriteMode);
+    other.Open(Path(u"d\\a"), WriteMode);
     stubborn.Open(Path(u"b"), WriteMode);
     EXPECT_EQ(Code([] { System().ReleaseAll(); }), 112U) << "when the others are closed";
-    EXPECT_TRUE(!first.IsOpen() && stubborn.IsOpen());
+    EXPECT_TRUE(!other.IsOpen() && stubborn.IsOpen());
     EXPECT_EQ(Listing(u""), u"b d\\ ") << "nothing goes as long as a file is open";
     stubborn.stays = false;
     EXPECT_EQ(Code([] { System().ReleaseAll(); }), 112U);
@@ -406,13 +356,11 @@ TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
     System().SetAttributes(Path(u"d\\e"), 128); // looks like a file
     testing::internal::CaptureStderr();
     FileSystem::ShutdownFileSystems();
-    std::string expected;
-    for (const char* name : {"bare\n", "d\n", "d\\left.txt\n", "d\\e\n"}) {
-        expected += R"(Undeleted object in virtual file sustem: \\Ostrel\Tessarix\VirtualFiles$\)";
-        expected += name;
-    }
+    const std::string told = R"(Undeleted object in virtual file sustem: \\Ostrel\Tessarix\VirtualFiles$\)";
     const std::string traced = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(!std::getenv("TESSARIX_DEBUG_OUTPUT") || traced == expected) << traced;
+    EXPECT_TRUE(!std::getenv("TESSARIX_DEBUG_OUTPUT") ||
+                traced == told + "bare\n" + told + "d\n" + told + "d\\left.txt\n" + told + "d\\e\n")
+        << traced;
 }
 
 TEST_F(VirtualFileSystem, CloseAndAbortAreCrossed) {
@@ -465,7 +413,7 @@ TEST_F(VirtualFileSystem, CopiesAndMovesAcrossTheBorder) {
             Write(source, content);
             move ? System().MoveFile(target, source) : System().CopyFile(target, source);
             EXPECT_TRUE(Content(target) == content) << Readable(target.View()) << move;
-            EXPECT_EQ(Content(source) == "(missing)", move) << Readable(source.View());
+            EXPECT_EQ(Content(source) == "(missing)", move);
             Write(target, "an older content");
             FileSystem::GetFileSystem(target).SetAttributes(target, attributes); // read-only is of no account here
         }
