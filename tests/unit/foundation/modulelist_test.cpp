@@ -115,20 +115,17 @@ TEST_F(ModuleListTest, EntriesAreCalledOnceInOrderAndBackwardsAtTheEnd) {
 
 TEST(Dll, OwnsWhatItLoaded) {
     CLibrary library;
-    library.Load(Library.Text());
-    EXPECT_EQ(library.Ownership, 1);
-    EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), library.Handle);
-    EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(library.Handle));
-    library.Free();
-    library.Free();
-    EXPECT_FALSE(library.IsLoaded() || Platform::GetModuleHandle(Library.Text()));
-    library.Load(Library.Text());
-    const Platform::Module module = library.Handle;
-    library.Ownership = 0;
-    library.Free();
-    EXPECT_FALSE(library.IsLoaded());
-    EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), module) << "disowned";
-    Platform::FreeLibrary(module);
+    for (const std::int32_t ownership : {1, 0}) {
+        library.Load(Library.Text());
+        const Platform::Module module = library.Handle;
+        EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(module));
+        EXPECT_EQ(std::exchange(library.Ownership, ownership), 1);
+        library.Free();
+        library.Free();
+        EXPECT_FALSE(library.IsLoaded());
+        EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), ownership == 1 ? nullptr : module);
+    }
+    Platform::FreeLibrary(Platform::GetModuleHandle(Library.Text()));
 }
 
 TEST(Dll, TellsWhatIsMissing) {

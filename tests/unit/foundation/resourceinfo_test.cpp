@@ -17,17 +17,16 @@ using namespace std::string_view_literals;
 
 namespace {
 
-/// A resource base beside the program's own.
+/// A resource base beside the program's own, over the libraries of some prefixes in a folder.
 class CBase : public CResourceBase {
 public:
-    explicit CBase(std::initializer_list<std::pair<CUnicodeString, const char16_t*>> known = {}, std::int32_t kept = 1)
+    explicit CBase(std::int32_t kept = 0) : CResourceBase(kept) {}
+    CBase(const CTestFolder& folder, std::initializer_list<const char16_t*> known, std::int32_t kept = 0)
         : CResourceBase(kept) {
-        for (const auto& [directory, prefix] : known) {
-            AddPrefix(directory, prefix);
+        for (const char16_t* prefix : known) {
+            AddPrefix(folder.Path(), prefix);
         }
-        if (known.size() > 0) {
-            Initialize();
-        }
+        Initialize();
     }
     /// What a lookup finds; "(none)" if it finds nothing.
     CUnicodeString Text(const char16_t* name) {
@@ -52,15 +51,6 @@ std::string Patched(std::string bytes, TText from, TText to) {
     return place == std::string::npos ? bytes : bytes.replace(place, raw(to).size(), raw(to));
 }
 
-/// A library that says what it is and that no system loads: without a machine, or without segments.
-std::string Unloadable(std::string bytes) {
-    constexpr std::size_t elfSegmentCount = 56;
-    constexpr std::size_t peHeaderPlace = 0x3C;
-    const std::size_t peHeader = static_cast<std::uint8_t>(bytes[peHeaderPlace]);
-    bytes.replace(bytes.starts_with("MZ") ? peHeader + 4 : elfSegmentCount, 2, 2, '\0');
-    return bytes;
-}
-
 class ResourceBaseTest : public testing::Test {
 protected:
     const CTestFolder folder; // with libraries of all kinds
@@ -79,7 +69,6 @@ protected:
         // Of a name that is not found any more, all that is left is a library without a table.
         folder.Write(u"alpha11.dll", Patched(good, "GetResourceID"sv, "GetResourceXY"sv));
         folder.Write(u"alpha9.dll", Patched(good, u"Resource DLL"sv, u"Resource EXE"sv));
-        folder.Write(u"alpha10.dll", Unloadable(good));
         folder.Write(u"alpha4.dll", "no library at all");
         folder.Write(u"alpha14.dll\\a file", "in a folder that has a library's name");
         folder.Write(u"kept5.dll", FileBytes(GERMAN_LANGUAGE));
@@ -189,7 +178,7 @@ TEST_F(ResourceBaseTest, ScansForLibrariesThatAreSome) {
 
 TEST_F(ResourceBaseTest, ALanguageIsOneThatEveryPrefixHas) {
     SetDebugFlag(DebugCheckAllResourceModulesExistance, true);
-    CBase base{{folder.Path(), u"kept"}, {folder.Path(), u"beta"}};
+    CBase base(folder, {u"kept", u"beta"});
     SetDebugFlag(DebugCheckAllResourceModulesExistance, false);
     EXPECT_EQ(Numbers(base), "2:Testish 3:Testish ");
     EXPECT_EQ(Told(), u"Tessarix: For prefix 'kept' resource modules for following languages: 12, 70 are missing.\n"
@@ -203,7 +192,7 @@ TEST_F(ResourceBaseTest, ALanguageIsOneThatEveryPrefixHas) {
 }
 
 TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndReleasedListsAreKeptUpToALimit) {
-    CBase base({{folder.Path(), u"kept"}}, 0);
+    CBase base(folder, {u"kept"});
     base.SetCurrentLanguage(5);
     EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.");
     base.SetCurrentLanguage(5);
@@ -218,7 +207,7 @@ TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndReleasedListsAreKeptUpToA
     EXPECT_EQ(Loaded(), u"");
     EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"(none)");
 
-    CBase keeping({{folder.Path(), u"kept"}}, 2);
+    CBase keeping(folder, {u"kept"}, 2);
     keeping.SetCurrentLanguage(2); // after these two the system's own is no longer kept
     keeping.SetCurrentLanguage(3);
     for (const auto& [language, kept] : {std::pair(4U, u"kept2 kept3 kept4 "),
@@ -233,7 +222,7 @@ TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndReleasedListsAreKeptUpToA
 }
 
 TEST_F(ResourceBaseTest, TellsWhatCannotBeShown) {
-    CBase base({{folder.Path(), u"rare"}}, 0);
+    CBase base(folder, {u"rare"});
     base.SetCurrentLanguage(13);
     for (const bool hasLanguage : {true, false}) {
         base.SetCurrentLanguage(12); // a number that is not used
@@ -262,9 +251,8 @@ TEST_F(ResourceBaseTest, ALanguageGoesBeforeStaticModulesAndLaterOnesBeforeEarli
     CArray<CUnicodeString> names;
     names.Append(u"what stood there");
     base.GetAllMessageNames(names);
-    for (std::int32_t i = 1; i < names.Size(); ++i) {
-        EXPECT_LT(names[i - 1].View(), i == 1 ? u"what stood there!" : names[i].View()) << "in order, and each once";
-    }
+    const auto disordered = [](const CUnicodeString& a, const CUnicodeString& b) { return !(a < b); };
+    EXPECT_EQ(std::adjacent_find(names.begin(), names.end(), disordered), names.end()) << "in order, and each once";
     EXPECT_EQ(names[0] + u' ' + names[names.Size() - 1], u"CURRENT_LANGUAGE_NAME ONLY_IN_TESTISH");
     base.Deinitialize();
     EXPECT_EQ(base.Text(u"ONLY_IN_TESTISH"), u"(none)");
@@ -275,7 +263,7 @@ TEST_F(ResourceBaseTest, ALanguageGoesBeforeStaticModulesAndLaterOnesBeforeEarli
 }
 
 TEST_F(ResourceBaseTest, ThreadsLookUpWhileTheLanguageChanges) {
-    CBase base{{folder.Path(), u"kept"}};
+    CBase base(folder, {u"kept"});
     base.SetCurrentLanguage(2);
     ThreadLanguage.Get()->inverted = ~5U;
     EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"(none)") << "a thread's own is that of its look-ups";
@@ -304,7 +292,6 @@ TEST_F(ResourceBaseTest, EveryFailureLeavesTheBaseUsable) {
         swept->Initialize();
         for (const std::uint32_t language : {2U, 5U, 2U}) {
             swept->SetCurrentLanguage(language);
-            swept->Text(u"ERR_FILE_NOT_FOUND");
         }
         CArray<CUnicodeString> names;
         swept->GetAllMessageNames(names);
@@ -315,12 +302,12 @@ TEST_F(ResourceBaseTest, EveryFailureLeavesTheBaseUsable) {
         if (swept->FindLanguage(5) != NoLanguage) { // otherwise not even the prefix came in
             swept->SetCurrentLanguage(5);
             EXPECT_EQ(swept->Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.") << nth;
-            swept->Deinitialize();
-            EXPECT_EQ(Loaded(), u"") << nth;
         }
+        swept->Deinitialize();
+        EXPECT_EQ(Loaded(), u"") << nth;
     };
     for (const char* function : {"allocation", "*"}) {
-        const auto prepare = [&](std::int32_t) { swept.emplace(); };
+        const auto prepare = [&](std::int32_t) { swept.emplace(1); };
         EXPECT_GT(FailEachCall(function, 8, Platform::FaultMode::Once, prepare, use, check), 20) << function;
     }
 }

@@ -176,11 +176,10 @@ TEST(VirtualFile, HandlesOnTwoThreads) {
 TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
     struct CSlowFile : CMemoryFile {
         using CMemoryFile::CMemoryFile;
-        std::int64_t more = 0; // that it says it has, and has not
         std::int32_t Read(void* buffer, std::int32_t count) override {
             return CMemoryFile::Read(buffer, std::min(count, 1000));
         }
-        std::int64_t GetLength() const override { return CMemoryFile::GetLength() + more; }
+        std::int64_t GetLength() const override { return 200'001; }
     };
     std::string content(200'001, 'c');
     content.replace(65'535, 3, "xyz");
@@ -192,7 +191,7 @@ TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
     made.file.Seek(5, SeekFromStart);
     made.file.SaveTo(target);
     EXPECT_TRUE(target.bytes == content && source.position == 7 && made.file.GetPosition() == 5);
-    source.more = 1;
+    source.bytes.pop_back();
     EXPECT_EQ(Code([&] { made.file.LoadFrom(source); }), 1000U + FC_EndOfFile) << "instead of waiting for ever";
 }
 
@@ -310,13 +309,12 @@ TEST_F(VirtualFileSystem, FilesOverMappingsMadeElsewhere) {
     CMemoryMapping made(1, 100);
     std::memcpy(made.MapView(Platform::FileMapWrite, 0, 0), "elsewhere", 10);
     EXPECT_EQ(Code([&] { OpenBare(Platform::GenericWrite, Platform::CreateNew, made.Handle); }), 32U);
-    EXPECT_EQ(Listing(u""), u"");
     CBaseFile* file = nullptr; // failures leave the mapping with its maker, who offers it again
     for (std::int32_t nth = 1; !file; ++nth) {
+        EXPECT_EQ(Listing(u""), u"") << nth;
         Platform::ArmFault("allocation", nth, 8, Platform::FaultMode::FromThenOn);
         Raised<CMemoryException>([&] { file = OpenBare(Platform::GenericRead, Platform::CreateNew, made.Handle); });
         Platform::DisarmFaults();
-        EXPECT_EQ(Listing(u""), file ? u"bare " : u"") << nth;
     }
     made.Handle = nullptr; // the file's now
     EXPECT_EQ(ReadAt(*file, 0, 200), "elsewhere" + std::string(91, '\0'));
@@ -371,8 +369,7 @@ TEST_F(VirtualFileSystem, CloseAndAbortAreCrossed) {
         file->Write("x", 1);
         CVirtualView* view = dynamic_cast<CVirtualFile*>(file)->Views.GetFirst();
         view->Owner->Mapping->UnmapView(view->Data); // closing will not find it
-        EXPECT_EQ(Raised<CInternalError>([&] { System().CloseFile(file, abort); }) != nullptr, abort);
-        EXPECT_EQ(handler.texts.size(), abort ? 0U : 1U);
+        EXPECT_EQ(Raised<CInternalError>([&] { System().CloseFile(file, abort); }) != nullptr, abort) << "or shown";
         EXPECT_TRUE(System().TryDeleteFile(Path(u"bare"))) << "closed and forgotten all the same";
     }
 }
@@ -383,10 +380,10 @@ TEST_F(VirtualFileSystem, OtherThreadsSeeEachOperationWhole) {
     System().CopyFile(Path(u"copy"), Path(u"source"));
     std::atomic<bool> ended{false};
     OnThreads(3, [&](int thread) {
-        for (int round = 0; thread == 0 && round < 500; ++round) {
-            const bool back = round % 2 != 0;
-            System().MoveFile(Path(back ? u"moved\\a" : u"moved\\b"), Path(back ? u"moved\\b" : u"moved\\a"));
+        for (int round = 0; thread == 0 && round < 250; ++round) {
+            System().MoveFile(Path(u"moved\\b"), Path(u"moved\\a"));
             System().CopyFile(Path(u"copy"), Path(u"source"));
+            System().MoveFile(Path(u"moved\\a"), Path(u"moved\\b"));
         }
         ended = ended || thread == 0;
         const CUnicodeString own = Path(u"own ") + CUnicodeString::FromInt(thread);
@@ -395,8 +392,6 @@ TEST_F(VirtualFileSystem, OtherThreadsSeeEachOperationWhole) {
             EXPECT_TRUE(System().CheckFile(Path(u"copy"), OM_Read | OM_ShareDenyNone)) << "nobody is writing to it";
             Write(own, "own");
             EXPECT_EQ(Content(own), "own");
-            CFile().Open(Path(u"common"), OM_Read | OM_ShareDenyNone | OM_Create | OM_NoTruncate);
-            System().TryDeleteFile(Path(u"common"));
             System().DeleteFile(own);
         }
     });
