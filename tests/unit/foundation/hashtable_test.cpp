@@ -296,37 +296,30 @@ std::string Names(const CList<CItem>& list) {
 
 } // namespace
 
-TEST(List, NodesLeaveFromAnyPlace) {
-    for (const auto& [leaving, left] :
-         {std::pair("a", "bcd|dcb3"), {"d", "abc|cba3"}, {"cb", "ad|da2"}, {"bacd", "|0"}}) {
-        CList<CItem> list;
-        CItem* items[] = {new CItem('a'), new CItem('b'), new CItem('c'), new CItem('d')};
-        list.AddLast(items[2]);
-        list.AddFirst(items[1]);
-        list.AddLast(items[3]);
-        list.AddFirst(items[0]);
-        for (const char name : std::string_view(leaving)) {
-            delete items[name - 'a'];
-        }
-        EXPECT_EQ(Names(list), left) << leaving;
-    }
-}
-
-TEST(List, OwnsItsNodes) {
+TEST(List, OwnsItsNodesWhichLeaveFromAnyPlace) {
     {
         CList<CItem> list;
-        auto* last = new CItem('c');
-        list.AddLast(new CItem('a', last)); // its destructor deletes another of the list
-        list.AddLast(new CItem('b'));
-        list.AddLast(last);
-        ExpectRefused({[&] { list.AddLast(last); }, [&] { list.AddFirst(last); }, [&] { list.AddFirst(nullptr); }});
-        last->Unlink();
-        last->Unlink();
-        list.AddFirst(last);
+        auto* c = new CItem('c');
+        auto* b = new CItem('b');
+        auto* d = new CItem('d');
+        list.AddLast(new CItem('a', c)); // its destructor deletes another of the list
+        list.AddLast(b);
+        list.AddFirst(d);
+        list.AddLast(c);
+        EXPECT_EQ(Names(list), "dabc|cbad4");
+        ExpectRefused({[&] { list.AddLast(c); }, [&] { list.AddFirst(c); }, [&] { list.AddFirst(nullptr); }});
+        c->Unlink();
+        c->Unlink();
+        list.AddFirst(c);
+        EXPECT_EQ(Names(list), "cdab|badc4");
+        delete d; // from the middle
         EXPECT_EQ(Names(list), "cab|bac3");
-        last->Unlink();
-        list.AddLast(last);
-        deleted.clear();
+        delete b;
+        EXPECT_EQ(Names(list), "ca|ac2");
+        c->Unlink();
+        list.AddLast(c);
+        list.AddLast(new CItem('e'));
+        EXPECT_EQ(std::exchange(deleted, ""), "d!b!");
     }
-    EXPECT_EQ(deleted, "ac!b") << "off the list first, but for the one that another took along";
+    EXPECT_EQ(deleted, "ac!e") << "off the list first, but for the one that another took along";
 }

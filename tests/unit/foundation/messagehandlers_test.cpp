@@ -41,11 +41,16 @@ TEST(MessageHandlers, ButtonsAndEventTypesOfAStyle) {
 TEST(MessageHandlers, ABoxHasAnIconAndItsPlace) {
     CMessageBoxHandler handler;
     auto* owner = reinterpret_cast<Platform::Window>(&handler);
-    // Each row: a style, and the one that is shown.
-    constexpr std::uint32_t rows[][2] = {{0, 0x30},    {1, 0x31},    {3, 0x33},        {4, 0x34},      {2, 2},
-                                         {0x10, 0x10}, {0x80, 0x80}, {0x1134, 0x1134}, {0x200, 0x230}, {0x105, 0x105}};
     BoxAnswer = Platform::IdCancel;
-    for (const auto& [style, shown] : rows) {
+    for (const auto& [style, shown] : {std::pair(0U, 0x30U),
+                                       {1, 0x31},
+                                       {3, 0x33},
+                                       {4, 0x34},
+                                       {2, 2},
+                                       {0x10, 0x10},
+                                       {0x80, 0x80},
+                                       {0x1134, 0x1134},
+                                       {0x200, 0x230}}) {
         for (const auto& [boxOwner, visible, placed] :
              {std::tuple(Platform::Window{}, true, 0x52000U), {owner, false, 0x52000U}, {owner, true, 0U}}) {
             PopupIsVisible = visible;
@@ -113,22 +118,6 @@ TEST(MessageHandlers, TheConsoleHandlerWritesForWhatTheOutputIs) {
             EXPECT_EQ(output.Finish(), before + written) << name;
             EXPECT_EQ(answer, 7) << name;
         }
-    }
-}
-
-TEST(MessageHandlers, TheConsoleHandlerLosesWhatItCannotWrite) {
-    SKIP_WITHOUT_FAULTS();
-    for (const auto& [function, written] : {std::pair("WriteFile", ""),
-                                            {"ReadFile", "a\r\n"},
-                                            {"SetFilePointerEx", "a\r\n"},
-                                            {"GetFileType", "a\r\n"},
-                                            {"GetStdHandle", ""}}) {
-        CStandardOutput output(EOutput::File, "\xFF\xFE");
-        Platform::ArmFault(function, 1, 29, Platform::FaultMode::FromThenOn);
-        CConsoleMessageHandler handler;
-        EXPECT_EQ(Show(handler, u"a"), 1) << function;
-        Platform::DisarmFaults();
-        EXPECT_EQ(output.Finish(), std::string("\xFF\xFE") + written) << function;
     }
 }
 

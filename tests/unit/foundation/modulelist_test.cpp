@@ -2,9 +2,9 @@
 
 #include "foundation/inc/DllTools.h"
 #include "foundation/inc/filesystem.h"
-#include "foundation/inc/foundation.h"
+#include "foundation/inc/programidentity.h"
+#include "foundation/inc/versioninfo.h"
 #include "foundation/src/statics.h"
-#include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/modules.h"
 #include "tests/support/folder.h"
@@ -66,16 +66,6 @@ TEST_F(ModuleListTest, CountsLoadsAndUnloadsThemAll) {
     ASSERT_EQ(ModuleList.Size(), 1) << "somebody else holds it";
     EXPECT_EQ(ModuleList[0].loadCount, 0);
     Platform::FreeLibrary(held);
-}
-
-TEST_F(ModuleListTest, APathInAnotherCaseIsNotTakenInItsPlace) {
-    const CTestFolder folder;
-    folder.Write(u"res\\some.dll", "no library");
-    const CUnicodeString path = folder.Write(u"Res\\Some.dll"); // where case does not count, the same file
-    ASSERT_TRUE(Platform::CopyFile(Library.Text(), path.Text(), false));
-    const Platform::Module module = LoadLibrarySearched(path.Text());
-    EXPECT_TRUE(module) << Platform::GetLastError();
-    Platform::FreeLibrary(module);
 }
 
 TEST_F(ModuleListTest, TellsWhatIsMissing) {
@@ -143,4 +133,27 @@ TEST(Dll, TellsWhatIsMissing) {
     ExpectRefused({[&] { library.Load(u"any"); }, [&] { empty.GetPath(); }, [&] { empty.GetProcedure("any"); }});
     EXPECT_TRUE(Raised<CInternalError>([&] { odd.Free(); }));
     EXPECT_FALSE(odd.IsLoaded()) << "forgotten all the same";
+}
+
+TEST(VersionInfo, AFileWithoutARecordHasNothingToTell) {
+    const CTestFolder folder;
+    folder.Write(u"elf.dll", std::string("\x7F") + "ELF\x02\x01\x01" + std::string(60, '\xFF'));
+    for (const char16_t* name : {u"elf.dll", u"none\\x.dll"}) {
+        CVersionInfo version;
+        version.Load(folder / name);
+        Platform::FixedFileInfo fixed{};
+        EXPECT_TRUE(version.GetString(u"InternalName").IsEmpty() && !version.GetFixedInfo(fixed)) << Readable(name);
+    }
+}
+
+TEST(ProgramIdentity, IsWhatTheRecordSaysOrTheTitle) {
+    CVersionInfo own;
+    own.Load(FileSystem::GetProgramPath());
+    const CProgramIdentity program = IdentifyProgram(own, u"tool");
+    EXPECT_TRUE(program.HasLogo);
+    EXPECT_EQ(program.Name + u'|' + program.RegistryPath, u"Corvane|Software\\Ostrel\\Corvane\\5.00");
+    EXPECT_EQ(program.Logo[0] + u'|' + program.Logo[1] + u'|' + program.Logo[2] + u'|' + program.Logo[3],
+              u"Corvane|Corvane mail command|5.0|Copyright (c) Ostrel");
+    const CProgramIdentity bare = IdentifyProgram(CVersionInfo(), u"tool");
+    EXPECT_TRUE(bare.RegistryPath == u"Software\\Ostrel\\tool" && !bare.HasLogo);
 }
