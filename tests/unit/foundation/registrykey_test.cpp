@@ -76,15 +76,12 @@ TEST_F(RegistryKey, ReadsValuesByTypeAndSize) {
     // The type, the size, and what is given as a text.
     for (const auto& [name, told] : {std::pair(u"pLAIN", u"1 10 text"sv),
                                      {u"", u"1 36 the default value"sv},
-                                     {u"Quotes", u"1 18 C:\\a \"b\""sv},
-                                     {u"Empty", u"1 2 "sv},
                                      {u"No bytes", u"1 0 (default)"sv},
                                      {u"One terminator", u"1 6 ab"sv},
                                      {u"Two terminators", u"1 8 ab\0"sv},
                                      {u"Text behind", u"1 8 a\0b"sv},
                                      {u"Odd", u"1 7 (default)"sv},
                                      {u"Expand", u"2 14 %PATH%"sv},
-                                     {u"Multi", u"7 10 (default)"sv},
                                      {u"Number", u"4 4 (default)"sv},
                                      {u"Gone", u"0 0 (default)"sv},
                                      {u"Unterminated", u"1 4 ab"sv},
@@ -102,11 +99,7 @@ TEST_F(RegistryKey, ReadsValuesByTypeAndSize) {
 }
 
 TEST_F(RegistryKey, NamesItselfWhereItCannotBeOpened) {
-    for (const auto& [root, name] : {std::pair(0U, u"HKEY_CLASSES_ROOT"),
-                                     {1, u"HKEY_CURRENT_USER"},
-                                     {2, u"HKEY_LOCAL_MACHINE"},
-                                     {3, u"HKEY_USERS"},
-                                     {7, u""}}) {
+    for (const auto& [root, name] : {std::pair(0U, u"HKEY_CLASSES_ROOT"), {2, u"HKEY_LOCAL_MACHINE"}, {7, u""}}) {
         CRegistryKey key;
         Platform::SetLastError(0);
         EXPECT_FALSE(key.Open(Platform::RootKey(0x80000000 + root), u"a\\b", RK_Read)) << root;

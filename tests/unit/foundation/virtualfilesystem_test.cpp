@@ -158,6 +158,18 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
     ExpectRefused({[&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
 }
 
+TEST(VirtualFile, TheViewUsedLongestAgoGoes) {
+    SFile made(128, 20 * ViewSize);
+    for (const std::int64_t unit : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 0, 10, 9}) {
+        WriteAt(made.file, unit * ViewSize, "x");
+    }
+    std::string units;
+    for (const CVirtualView& view : made.file.Views) {
+        units += std::to_string(view.GetStart() / ViewSize) + ' ';
+    }
+    EXPECT_EQ(units, "9 10 0 9 8 7 6 5 4 3 ") << "one that lies behind a later one is missed, and made again";
+}
+
 TEST(VirtualFile, HandlesOnTwoThreads) {
     CVirtualFileData data(u"name", 128, std::int64_t{0});
     OnThreads(2, [&](int thread) {
