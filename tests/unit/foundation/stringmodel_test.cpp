@@ -44,6 +44,8 @@ void WriteIntoBuffer(CUnicodeString& text, std::int32_t more) {
 } // namespace
 
 TEST(StringBlocks, SizesOfTheClasses) {
+    EXPECT_TRUE(Raised<CMemoryException>([] { AppendBeyondTheLargestLength<CUnicodeString>(0x3FFFFFF8); }));
+    EXPECT_TRUE(Raised<CMemoryException>([] { AppendBeyondTheLargestLength<CString>(0x7FFFFFF2); }));
     for (const auto& [length, blockSize] :
          {std::pair(9U, 32), {10, 64}, {25, 64}, {26, 128}, {57, 128}, {58, 130}, {1000, 2014}}) {
         const CUnicodeString text(std::u16string(length, u'x').c_str());
@@ -58,8 +60,6 @@ TEST(StringBlocks, SizesOfTheClasses) {
     CUnicodeString grown(std::u16string(100, u'x').c_str());
     grown.Append(u'y');
     EXPECT_EQ(CProbe::BlockOf(grown)->BlockSize, 2 * 120 + 14) << "a fifth of headroom";
-    EXPECT_TRUE(Raised<CMemoryException>([] { AppendBeyondTheLargestLength<CUnicodeString>(0x3FFFFFF8); }));
-    EXPECT_TRUE(Raised<CMemoryException>([] { AppendBeyondTheLargestLength<CString>(0x7FFFFFF2); }));
 }
 
 TEST(StringModel, BehavesAsTheStandardOne) {
