@@ -122,6 +122,11 @@ TEST(HashTable, BucketCountsComeFromTheListOfPrimes) {
         primes += std::to_string(GetPrimeAbove(above)) + ' ';
     }
     EXPECT_EQ(primes, "31 31 53 1543 196613 1610612741 1610612741 ");
+    for (std::int64_t prime = 31; prime < 1610612741; prime = GetPrimeAbove(prime)) {
+        for (std::int64_t divisor = 2; divisor * divisor <= prime; ++divisor) {
+            ASSERT_NE(prime % divisor, 0) << prime;
+        }
+    }
     EXPECT_EQ(CNumbers(53).InitialHashSize, 53) << "a prime of the list is kept";
     EXPECT_EQ(CNumbers(std::numeric_limits<std::int32_t>::min()).InitialHashSize, 31);
     ExpectRefused({[] { GetPrimeAbove(1610612741); }, [] { CNumbers().Delete(1); }});
