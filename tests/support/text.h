@@ -64,7 +64,8 @@ template <class TPrepare, class TAction, class TCheck>
 int FailEachCall(const char* function, std::uint32_t code, Platform::FaultMode mode, TPrepare prepare, TAction action,
                  TCheck check) {
     int raised = 0;
-    for (std::int32_t nth = 1, seen = nth; seen >= nth; ++nth) {
+    bool reached = true;
+    for (std::int32_t nth = 1; reached; ++nth) {
         prepare(nth);
         Platform::ArmFault(function, nth, code, mode);
         try {
@@ -73,7 +74,7 @@ int FailEachCall(const char* function, std::uint32_t code, Platform::FaultMode m
             delete exception;
             ++raised;
         }
-        seen = Platform::FaultCallsSeen();
+        reached = Platform::FaultCallsSeen() >= nth;
         Platform::DisarmFaults();
         check(nth);
     }

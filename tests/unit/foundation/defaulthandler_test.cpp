@@ -24,9 +24,9 @@ std::string_view NameOf(CMessageHandler* handler) {
 
 bool failed = false;
 
-void Check(std::string_view what, std::string_view wanted, std::string_view found) {
+void Check(std::string_view wanted, std::string_view found) {
     if (wanted != found) {
-        std::fprintf(stderr, "%s: '%s', expected '%s'\n", what.data(), found.data(), wanted.data());
+        std::fprintf(stderr, "'%s', expected '%s'\n", found.data(), wanted.data());
         failed = true;
     }
 }
@@ -37,20 +37,18 @@ int main(int count, char** arguments) {
     if (count != 3) {
         return 2;
     }
-    CMessageHandler* handler = nullptr;
-    {
-        CStandardOutput output(arguments[2] == std::string_view("pipe") ? EOutput::Pipe : EOutput::Missing);
-        handler = GetDefaultMessageHandler();
-    }
-    Check("chosen", arguments[1], NameOf(handler));
-    Check("chosen again", arguments[1], NameOf(GetCurrentMessageHandler()));
+    CStandardOutput output(arguments[2] == std::string_view("pipe") ? EOutput::Pipe : EOutput::Missing);
+    CMessageHandler* handler = GetDefaultMessageHandler();
+    output.Finish();
+    Check(arguments[1], NameOf(handler));
+    Check(arguments[1], NameOf(GetCurrentMessageHandler()));
 
     handler->~CMessageHandler();
-    Check("gone", "invalid", GetDefaultMessageHandler() == InvalidMessageHandler() ? "invalid" : "another");
+    Check("invalid", GetDefaultMessageHandler() == InvalidMessageHandler() ? "invalid" : "another");
     CLastErrorException exception(5);
     DisplayException(&exception);
     SetApplicationName(u"Application");
     DisplayMessage(u"text", 0x10);
-    Check("shown", "Tessarix: text 10\n", ShownBoxes);
+    Check("Tessarix: text 10\n", ShownBoxes);
     std::_Exit(failed ? 1 : 0); // the static handler must not be destroyed once more
 }

@@ -1,14 +1,14 @@
 #include "foundation/inc/modulelist.h"
 
+#include "foundation/inc/DllTools.h"
 #include "foundation/inc/filesystem.h"
-#include "foundation/inc/foundation.h"
+#include "foundation/inc/programidentity.h"
+#include "foundation/inc/versioninfo.h"
 #include "foundation/src/statics.h"
-#include "platform/inc/filenames.h"
 #include "platform/inc/lasterror.h"
 #include "platform/inc/modules.h"
 #include "tests/support/folder.h"
 #include "tests/support/recordinghandler.h"
-#include "tests/support/text.h"
 
 using namespace Tsx;
 
@@ -23,7 +23,7 @@ void Note() {
 }
 
 void FailToStart() {
-    calls += 'F';
+    Note<'F'>();
     GenerateLastErrorException(Platform::ErrorAccessDenied);
 }
 
@@ -36,6 +36,11 @@ protected:
         LibrarySearchPath.Clear();
         calls.clear();
     }
+};
+
+struct CLibrary : CDll {
+    using CDll::Handle;
+    using CDll::Ownership;
 };
 
 const CUnicodeString Library = TestFile(SOME_LIBRARY);
@@ -53,46 +58,30 @@ TEST_F(ModuleListTest, CountsLoadsAndUnloadsThemAll) {
     TerminateModules();
     EXPECT_FALSE(Platform::GetModuleHandle(Library.Text()));
     EXPECT_TRUE(ModuleList.IsEmpty());
-}
 
-TEST_F(ModuleListTest, WhatSomebodyElseHoldsStaysWithoutACount) {
-    const Platform::Module module = LoadLibrarySearched(Library.Text());
-    ASSERT_TRUE(module);
-    EXPECT_TRUE(ModuleList.IsEmpty()) << "the caller's own";
-    EXPECT_EQ(TryLoadModule(Library.Text()), module);
+    const Platform::Module held = LoadLibrarySearched(Library.Text());
+    EXPECT_TRUE(held && ModuleList.IsEmpty()) << "the caller's own";
+    EXPECT_EQ(TryLoadModule(Library.Text()), held);
     TerminateModules();
-    ASSERT_EQ(ModuleList.Size(), 1);
+    ASSERT_EQ(ModuleList.Size(), 1) << "somebody else holds it";
     EXPECT_EQ(ModuleList[0].loadCount, 0);
-    Platform::FreeLibrary(module);
-}
-
-TEST_F(ModuleListTest, APathInAnotherCaseIsNotTakenInItsPlace) {
-    const CTestFolder folder;
-    folder.Write(u"res\\some.dll", "no library");
-    const CUnicodeString path = folder.Write(u"Res\\Some.dll"); // where case does not count, the same file
-    ASSERT_TRUE(Platform::CopyFile(Library.Text(), path.Text(), false));
-    const Platform::Module module = LoadLibrarySearched(path.Text());
-    EXPECT_TRUE(module) << Platform::GetLastError();
-    Platform::FreeLibrary(module);
+    Platform::FreeLibrary(held);
 }
 
 TEST_F(ModuleListTest, TellsWhatIsMissing) {
-    struct Row {
-        const char16_t* name;
-        std::uint32_t error;
-    };
-    for (const Row& row : {Row{u"no such library.dll", 2}, Row{u"Z:\\no such folder\\lib.dll", 126}, Row{u"", 87}}) {
-        EXPECT_FALSE(TryLoadModule(row.name)) << Readable(row.name);
-        EXPECT_EQ(Platform::GetLastError(), row.error) << Readable(row.name);
-        const auto failure = Raised<CCheckException>([&row] { LoadModule(row.name); });
-        ASSERT_TRUE(failure);
-        EXPECT_EQ(failure->param0, row.name);
-        EXPECT_EQ(failure->param1, GetLastErrorText(row.error));
+    for (const auto& [name, code] :
+         {std::pair(u"no such library.dll", 2U), {u"Z:\\no such folder\\lib.dll", 126U}, {u"", 87U}}) {
+        EXPECT_FALSE(TryLoadModule(name)) << Readable(name);
+        EXPECT_EQ(Platform::GetLastError(), code) << Readable(name);
+        const auto failure = Raised<CCheckException>([name = name] { LoadModule(name); });
+        EXPECT_TRUE(failure && failure->param0 == name && failure->param1 == GetLastErrorText(code)) << code;
     }
     EXPECT_TRUE(ModuleList.IsEmpty());
 }
 
 TEST_F(ModuleListTest, EntriesAreCalledOnceInOrderAndBackwardsAtTheEnd) {
+    CRecordingHandler handler;
+    const CMessageHandlerScope scope(&handler);
     AddStaticModule(Platform::GetProgramModule(), &Note<'a'>, &Note<'x'>);
     AddStaticModule(nullptr, nullptr, nullptr);
     AddStaticModule(Platform::GetProgramModule(), &Note<'b'>, &Note<'y'>);
@@ -100,21 +89,71 @@ TEST_F(ModuleListTest, EntriesAreCalledOnceInOrderAndBackwardsAtTheEnd) {
     EXPECT_TRUE(InitializeModules());
     TerminateModules();
     TerminateModules();
-    EXPECT_EQ(calls, "abyx");
+    EXPECT_EQ(std::exchange(calls, ""), "abyx");
     EXPECT_EQ(ModuleList.Size(), 3) << "modules that are linked in stay, and can start again";
-}
 
-TEST_F(ModuleListTest, AFailureIsShownAndEndsTheWalkUpButNotTheWalkDown) {
-    AddStaticModule(nullptr, &Note<'a'>, &Note<'x'>);
     AddStaticModule(nullptr, &FailToStart, &FailToStart);
-    AddStaticModule(nullptr, &Note<'b'>, &Note<'y'>);
-    CRecordingHandler handler;
-    const CMessageHandlerScope scope(&handler);
+    AddStaticModule(nullptr, &Note<'c'>, &Note<'z'>);
     EXPECT_FALSE(InitializeModules());
-    EXPECT_EQ(calls, "aF");
+    EXPECT_EQ(calls, "abF") << "a failure ends the walk up";
     EXPECT_EQ(handler.texts.size(), 1U);
     EXPECT_TRUE(InitializeModules()) << "each is tried once";
     TerminateModules();
-    EXPECT_EQ(calls, "aFbyFx");
+    EXPECT_EQ(calls, "abFczFyx") << "but not the walk down";
     EXPECT_EQ(handler.texts.size(), 2U);
+}
+
+TEST(Dll, OwnsWhatItLoaded) {
+    CLibrary library;
+    for (const std::int32_t ownership : {1, 0}) {
+        library.Load(Library.Text());
+        const Platform::Module module = library.Handle;
+        EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(module));
+        EXPECT_EQ(std::exchange(library.Ownership, ownership), 1);
+        library.Free();
+        library.Free();
+        EXPECT_FALSE(library.IsLoaded());
+        EXPECT_EQ(Platform::GetModuleHandle(Library.Text()), ownership == 1 ? nullptr : module);
+    }
+    Platform::FreeLibrary(Platform::GetModuleHandle(Library.Text()));
+}
+
+TEST(Dll, TellsWhatIsMissing) {
+    CLibrary library;
+    const auto noLibrary = Raised<CLastErrorException>([&library] { library.Load(u"no such library.dll"); });
+    EXPECT_TRUE(noLibrary && noLibrary->code == 126);
+    EXPECT_EQ(library.Ownership, 1);
+    library.Load(Library.Text());
+    const auto noEntry = Raised<CCheckException>([&library] { library.GetProcedure("NoSuchEntry"); });
+    EXPECT_TRUE(noEntry && noEntry->GetMessageText() == u"Cannot load DLL " + library.GetPath() + u" (NoSuchEntry).\n");
+    CLibrary odd;
+    CLibrary empty;
+    odd.Handle = library.Handle;
+    odd.Ownership = 2;
+    ExpectRefused({[&] { library.Load(u"any"); }, [&] { empty.GetPath(); }, [&] { empty.GetProcedure("any"); }});
+    EXPECT_TRUE(Raised<CInternalError>([&] { odd.Free(); }));
+    EXPECT_FALSE(odd.IsLoaded()) << "forgotten all the same";
+}
+
+TEST(VersionInfo, AFileWithoutARecordHasNothingToTell) {
+    const CTestFolder folder;
+    folder.Write(u"elf.dll", std::string("\x7F") + "ELF\x02\x01\x01" + std::string(60, '\xFF'));
+    for (const char16_t* name : {u"elf.dll", u"none\\x.dll"}) {
+        CVersionInfo version;
+        version.Load(folder / name);
+        Platform::FixedFileInfo fixed{};
+        EXPECT_TRUE(version.GetString(u"InternalName").IsEmpty() && !version.GetFixedInfo(fixed)) << Readable(name);
+    }
+}
+
+TEST(ProgramIdentity, IsWhatTheRecordSaysOrTheTitle) {
+    CVersionInfo own;
+    own.Load(FileSystem::GetProgramPath());
+    const CProgramIdentity program = IdentifyProgram(own, u"tool");
+    EXPECT_TRUE(program.HasLogo);
+    EXPECT_EQ(program.Name + u'|' + program.RegistryPath, u"Corvane|Software\\Ostrel\\Corvane\\5.00");
+    EXPECT_EQ(program.Logo[0] + u'|' + program.Logo[1] + u'|' + program.Logo[2] + u'|' + program.Logo[3],
+              u"Corvane|Corvane mail command|5.0|Copyright (c) Ostrel");
+    const CProgramIdentity bare = IdentifyProgram(CVersionInfo(), u"tool");
+    EXPECT_TRUE(bare.RegistryPath == u"Software\\Ostrel\\tool" && !bare.HasLogo);
 }
