@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -34,7 +35,9 @@ CFileSystemBase& System() {
 class CRegion {
 public:
     CRegion() : descriptor(memfd_create("peer", MFD_CLOEXEC)) {
-        static_cast<void>(ftruncate(descriptor, FileBytes));
+        if (ftruncate(descriptor, FileBytes) != 0) {
+            std::abort();
+        }
         Map();
     }
     ~CRegion() {
