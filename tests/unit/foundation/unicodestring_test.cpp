@@ -96,6 +96,30 @@ TEST(UnicodeString, ConvertsToCodePagesAndBack) {
     EXPECT_TRUE(CUnicodeString(u"x").ToNarrow(4711).IsEmpty()) << "no such code page";
 }
 
+TEST(UnicodeString, LongTextsAreConvertedWholeUpToTheFirstNull) {
+    constexpr std::size_t half = 50000;
+    const std::u16string letters(half, u'a');
+    const std::u16string euros(half, u'\u20AC');
+    std::string narrowEuros;
+    for (std::size_t i = 0; i < half; ++i) {
+        narrowEuros += "\xE2\x82\xAC";
+    }
+    struct Row {
+        std::u16string wide;
+        std::string narrow;
+    };
+    const Row rows[] = {{letters + euros, std::string(half, 'a') + narrowEuros},
+                        {euros + letters, narrowEuros + std::string(half, 'a')}};
+    for (const Row& row : rows) {
+        const std::u16string wide = row.wide + u'\0' + row.wide;
+        const std::string narrow = row.narrow + '\0' + row.narrow;
+        const auto wideSize = static_cast<std::int32_t>(wide.size());
+        const auto narrowSize = static_cast<std::int32_t>(narrow.size());
+        EXPECT_TRUE(CUnicodeString(wide.data(), wideSize).ToNarrow(Platform::CodePageUtf8).View() == row.narrow);
+        EXPECT_TRUE(CUnicodeString::FromNarrow(narrow.data(), narrowSize, Platform::CodePageUtf8).View() == row.wide);
+    }
+}
+
 TEST(UnicodeString, FormattedTextGrowsAsNeeded) {
     for (const std::int32_t length : {0, 255, 256, 257, 5000}) {
         CUnicodeString argument;
