@@ -1,5 +1,7 @@
-// The archive in pieces of a fixed size, against the C library's streams and Qt's, all with a buffer of 4096 bytes over
-// the same memory: what is measured is the way of a piece to and from the buffer.
+// The archive in pieces of a fixed size, against the C library's streams, locked and unlocked, and Qt's: what is
+// measured is the way of a piece to and from the buffer, of 4096 bytes over the same memory. The C library's and Qt's
+// streams read ahead by their own rules. Qt's bare stream over its own byte array stands beside them: it has no buffer,
+// so that each byte is copied once and not twice.
 #include "foundation/inc/archive.h"
 
 #include <benchmark/benchmark.h>
@@ -85,7 +87,7 @@ void ArchiveWrite(benchmark::State& state) {
     Report(state);
 }
 
-template <std::int32_t Size>
+template <std::int32_t Size, auto WriteTo>
 void StreamWrite(benchmark::State& state) {
     CFixedFile file;
     char buffer[4096];
@@ -95,7 +97,7 @@ void StreamWrite(benchmark::State& state) {
         std::FILE* stream = OpenStream(file, "w", buffer);
         for (std::int64_t done = 0; done < TotalBytes; done += Size) {
             benchmark::DoNotOptimize(piece);
-            std::fwrite(&piece, 1, Size, stream);
+            WriteTo(&piece, 1, Size, stream);
         }
         std::fclose(stream);
     }
@@ -117,7 +119,7 @@ void ArchiveRead(benchmark::State& state) {
     Report(state);
 }
 
-template <std::int32_t Size>
+template <std::int32_t Size, auto ReadFrom>
 void StreamRead(benchmark::State& state) {
     CFixedFile file;
     char buffer[4096];
@@ -126,7 +128,7 @@ void StreamRead(benchmark::State& state) {
         file.position = 0;
         std::FILE* stream = OpenStream(file, "r", buffer);
         for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            benchmark::DoNotOptimize(std::fread(&piece, 1, Size, stream));
+            benchmark::DoNotOptimize(ReadFrom(&piece, 1, Size, stream));
             benchmark::DoNotOptimize(piece);
         }
         std::fclose(stream);
@@ -135,8 +137,73 @@ void StreamRead(benchmark::State& state) {
 }
 
 #ifdef BENCH_QT
+/// The same file for Qt, written through a buffer like the archive's. Qt buffers by itself what it reads.
+class CQtDevice : public QIODevice {
+public:
+    explicit CQtDevice(CFixedFile& target) : file(target) {}
+    ~CQtDevice() override { Flush(); }
+    CQtDevice(const CQtDevice&) = delete;
+    CQtDevice& operator=(const CQtDevice&) = delete;
+
+protected:
+    qint64 readData(char* to, qint64 count) override { return file.Read(to, static_cast<std::int32_t>(count)); }
+    qint64 writeData(const char* from, qint64 count) override {
+        if (filled + count > BufferSize) {
+            Flush();
+        }
+        std::memcpy(buffer + filled, from, static_cast<std::size_t>(count)); // no piece is larger than the buffer
+        filled += count;
+        return count;
+    }
+
+private:
+    static constexpr qint64 BufferSize = 4096;
+    CFixedFile& file;
+    char buffer[BufferSize];
+    qint64 filled = 0;
+
+    void Flush() {
+        file.Write(buffer, static_cast<std::int32_t>(filled));
+        filled = 0;
+    }
+};
+
 template <std::int32_t Size>
-void QtWrite(benchmark::State& state) {
+void QtBufferedWrite(benchmark::State& state) {
+    CFixedFile file;
+    CPiece<Size> piece{};
+    for (auto _ : state) {
+        file.position = 0;
+        CQtDevice device(file);
+        device.open(QIODevice::WriteOnly);
+        QDataStream stream(&device);
+        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
+            benchmark::DoNotOptimize(piece);
+            stream.writeRawData(piece.bytes, Size);
+        }
+    }
+    Report(state);
+}
+
+template <std::int32_t Size>
+void QtBufferedRead(benchmark::State& state) {
+    CFixedFile file;
+    CPiece<Size> piece{};
+    for (auto _ : state) {
+        file.position = 0;
+        CQtDevice device(file);
+        device.open(QIODevice::ReadOnly);
+        QDataStream stream(&device);
+        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
+            stream.readRawData(piece.bytes, Size);
+            benchmark::DoNotOptimize(piece);
+        }
+    }
+    Report(state);
+}
+
+template <std::int32_t Size>
+void QtUnbufferedWrite(benchmark::State& state) {
     QByteArray bytes;
     bytes.reserve(static_cast<int>(TotalBytes));
     CPiece<Size> piece{};
@@ -154,7 +221,7 @@ void QtWrite(benchmark::State& state) {
 }
 
 template <std::int32_t Size>
-void QtRead(benchmark::State& state) {
+void QtUnbufferedRead(benchmark::State& state) {
     QByteArray bytes(static_cast<int>(TotalBytes), 'x');
     CPiece<Size> piece{};
     for (auto _ : state) {
@@ -172,20 +239,25 @@ void QtRead(benchmark::State& state) {
 
 } // namespace
 
+#define BENCH_PIECES(...) BENCHMARK(__VA_ARGS__)->Repetitions(9)->ReportAggregatesOnly();
 #ifdef BENCH_QT
 #define BENCH_PIECES_QT(size)                                                                                          \
-    BENCHMARK(QtWrite<size>)->Repetitions(9)->ReportAggregatesOnly();                                                  \
-    BENCHMARK(QtRead<size>)->Repetitions(9)->ReportAggregatesOnly();
+    BENCH_PIECES(QtBufferedWrite<size>)                                                                                \
+    BENCH_PIECES(QtUnbufferedWrite<size>)                                                                              \
+    BENCH_PIECES(QtBufferedRead<size>)                                                                                 \
+    BENCH_PIECES(QtUnbufferedRead<size>)
 #else
 #define BENCH_PIECES_QT(size)
 #endif
-#define BENCH_PIECES(size)                                                                                             \
-    BENCHMARK(ArchiveWrite<size>)->Repetitions(9)->ReportAggregatesOnly();                                             \
-    BENCHMARK(StreamWrite<size>)->Repetitions(9)->ReportAggregatesOnly();                                              \
-    BENCHMARK(ArchiveRead<size>)->Repetitions(9)->ReportAggregatesOnly();                                              \
-    BENCHMARK(StreamRead<size>)->Repetitions(9)->ReportAggregatesOnly();                                               \
+#define BENCH_SIZE(size)                                                                                               \
+    BENCH_PIECES(ArchiveWrite<size>)                                                                                   \
+    BENCH_PIECES(StreamWrite<size, &std::fwrite>)                                                                      \
+    BENCH_PIECES(StreamWrite<size, &fwrite_unlocked>)                                                                  \
+    BENCH_PIECES(ArchiveRead<size>)                                                                                    \
+    BENCH_PIECES(StreamRead<size, &std::fread>)                                                                        \
+    BENCH_PIECES(StreamRead<size, &fread_unlocked>)                                                                    \
     BENCH_PIECES_QT(size)
 
-BENCH_PIECES(1)
-BENCH_PIECES(16)
-BENCH_PIECES(1024)
+BENCH_SIZE(1)
+BENCH_SIZE(16)
+BENCH_SIZE(1024)

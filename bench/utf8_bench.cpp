@@ -1,5 +1,6 @@
-// UTF-8 to UTF-16 and back, 1 MiB of text in the caller's buffer, against the peers found at configure time. The sizes
-// are asked for and converted apart, as the callers do.
+// UTF-8 to UTF-16 and back, 1 MiB of text, against the peers found at configure time: into the caller's buffer, where
+// ICU is the peer, and into a string of its own as callers of FromNarrow and ToNarrow have it, where Qt is.
+#include "foundation/inc/unicodestring.h"
 #include "platform/inc/text.h"
 
 #include <benchmark/benchmark.h>
@@ -126,9 +127,30 @@ void EncodeIcu(benchmark::State& state) {
 }
 #endif
 
+// A string of its own each time, also for Qt, which has no conversion into a buffer.
+void FromNarrowOurs(benchmark::State& state) {
+    const std::string text = Utf8Sample(state.range(0));
+    for (auto _ : state) {
+        const auto out = Tsx::CUnicodeString::FromNarrow(text.data(), Size(text), Platform::CodePageUtf8);
+        std::int32_t size = out.Length();
+        benchmark::DoNotOptimize(size);
+    }
+    Report(state, text.size());
+}
+
+void ToNarrowOurs(benchmark::State& state) {
+    const std::u16string wide = Utf16Sample(state.range(0));
+    const Tsx::CUnicodeString text(wide.data(), static_cast<std::int32_t>(wide.size()));
+    for (auto _ : state) {
+        const Tsx::CString out = text.ToNarrow(Platform::CodePageUtf8);
+        std::int32_t size = out.Length();
+        benchmark::DoNotOptimize(size);
+    }
+    Report(state, Utf8Sample(state.range(0)).size());
+}
+
 #ifdef BENCH_QT
-// A string of its own each time: there is no conversion into a buffer.
-void DecodeQt(benchmark::State& state) {
+void FromUtf8Qt(benchmark::State& state) {
     const std::string text = Utf8Sample(state.range(0));
     for (auto _ : state) {
         const QString out = QString::fromUtf8(text.data(), Size(text));
@@ -138,7 +160,7 @@ void DecodeQt(benchmark::State& state) {
     Report(state, text.size());
 }
 
-void EncodeQt(benchmark::State& state) {
+void ToUtf8Qt(benchmark::State& state) {
     const std::u16string wide = Utf16Sample(state.range(0));
     const QString text = QString::fromUtf16(wide.data(), static_cast<int>(wide.size()));
     for (auto _ : state) {
@@ -157,18 +179,16 @@ void EachSample(benchmark::internal::Benchmark* benchmark) {
 } // namespace
 
 BENCHMARK(DecodeOurs)->Apply(EachSample);
-#ifdef BENCH_ICU
-BENCHMARK(DecodeIcu)->Apply(EachSample);
-#endif
-#ifdef BENCH_QT
-BENCHMARK(DecodeQt)->Apply(EachSample);
-#endif
 BENCHMARK(EncodeOurs)->Apply(EachSample);
 #ifdef BENCH_ICU
+BENCHMARK(DecodeIcu)->Apply(EachSample);
 BENCHMARK(EncodeIcu)->Apply(EachSample);
 #endif
+BENCHMARK(FromNarrowOurs)->Apply(EachSample);
+BENCHMARK(ToNarrowOurs)->Apply(EachSample);
 #ifdef BENCH_QT
-BENCHMARK(EncodeQt)->Apply(EachSample);
+BENCHMARK(FromUtf8Qt)->Apply(EachSample);
+BENCHMARK(ToUtf8Qt)->Apply(EachSample);
 #endif
 BENCHMARK(DecodeOursSizeOnly)->Apply(EachSample);
 BENCHMARK(EncodeOursSizeOnly)->Apply(EachSample);

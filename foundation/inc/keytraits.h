@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace Tsx {
 
@@ -88,9 +89,15 @@ struct CNoCaseStringKeyTraits {
 
 /// 32-bit numbers, which are their own hash.
 struct CNumberKeyTraits {
-    static std::uint32_t Hash(std::int32_t key) { return static_cast<std::uint32_t>(key); }
-    static void Prefetch(std::int32_t) {}
-    static bool Equal(std::int32_t a, std::int32_t b) { return a == b; }
+    template <class TNumber>
+    static std::uint32_t Hash(TNumber key) {
+        static_assert(std::is_integral_v<TNumber> && sizeof(TNumber) == sizeof(std::uint32_t));
+        return static_cast<std::uint32_t>(key);
+    }
+    template <class TNumber>
+    static bool Equal(TNumber a, TNumber b) {
+        return a == b;
+    }
 };
 
 /// Pointers, by their low 32 bits.
@@ -98,7 +105,6 @@ struct CPointerKeyTraits {
     static std::uint32_t Hash(const void* key) {
         return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(key));
     }
-    static void Prefetch(const void*) {}
     static bool Equal(const void* a, const void* b) { return a == b; }
 };
 

@@ -55,15 +55,8 @@ struct CLanguageModules {
     static void Destroy(CLanguageModules* list);
 };
 
-/// Language numbers are their own hash.
-struct CLanguageKeyTraits {
-    static std::uint32_t Hash(std::uint32_t key) { return key; }
-    static void Prefetch(std::uint32_t) {}
-    static bool Equal(std::uint32_t a, std::uint32_t b) { return a == b; }
-};
-
 template <class TValue>
-using CLanguageMap = CMap<std::uint32_t, TValue, CLanguageKeyTraits, CProcessHeapPolicy>;
+using CLanguageMap = CMap<std::uint32_t, TValue, CNumberKeyTraits, CProcessHeapPolicy>;
 constexpr std::int32_t LanguageMapSize = 31; // a language map's initial hash size
 
 /// One family of resource libraries.

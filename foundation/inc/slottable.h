@@ -50,8 +50,9 @@ private:
     }
 };
 
-/// TNode has a member Key and is built from the arguments of Insert. TTraits has Hash and Equal for keys. TMemory
-/// serves the slots and the nodes' pages. TPlace::FailLink reports a broken chain.
+/// TNode has a member Key and is built from the arguments of Insert. TTraits has Hash and Equal for keys, and Prefetch
+/// where these two read behind a key. TMemory serves the slots and the nodes' pages. TPlace::FailLink reports a broken
+/// chain.
 ///
 /// For one thread at a time. A node stays where it is until it is removed, also when the table grows. A table takes no
 /// memory before its first node, and removal of single nodes gives none back. A failed allocation raises
@@ -157,7 +158,9 @@ protected:
         if (!IsLinkWord(word)) {
             return word != 0 && TTraits::Equal(NodeOf(word).Key, key) ? bucket : NoPosition;
         }
-        PrefetchGroup(LinkedSlot(word), key);
+        if constexpr (Prefetches) {
+            PrefetchGroup(LinkedSlot(word), key);
+        }
         return FindFrom(LinkedSlot(word), key);
     }
 
@@ -179,6 +182,8 @@ protected:
     }
 
 private:
+    static constexpr bool Prefetches = requires(const TKey& key) { TTraits::Prefetch(key); };
+
     /// Asks for the texts of a group's keys all at once, before they are compared one by one: without that, look-ups
     /// among 100,000 texts take some 1.2 times as long. What is no node asks for the wanted key's, which is at hand,
     /// instead of taking a branch that would often be predicted wrong.
@@ -276,8 +281,10 @@ private:
                 __builtin_prefetch(NodeAddress(words[filled]));
                 filled += static_cast<std::int32_t>(IsNodeWord(words[filled]));
             }
-            for (std::int32_t i = 0; i < filled; ++i) {
-                TTraits::Prefetch(NodeOf(words[i]).Key);
+            if constexpr (Prefetches) {
+                for (std::int32_t i = 0; i < filled; ++i) {
+                    TTraits::Prefetch(NodeOf(words[i]).Key);
+                }
             }
             for (std::int32_t i = 0; i < filled; ++i) {
                 buckets[i] = divisor.Remainder(TTraits::Hash(NodeOf(words[i]).Key));

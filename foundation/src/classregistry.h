@@ -9,7 +9,6 @@ namespace Tsx {
 
 struct CTypeKeyTraits {
     static std::uint32_t Hash(const std::type_index& key) { return static_cast<std::uint32_t>(key.hash_code()); }
-    static void Prefetch(const std::type_index&) {}
     static bool Equal(const std::type_index& a, const std::type_index& b) { return a == b; }
 };
 

@@ -13,6 +13,7 @@
 #include "platform/linux/files/wildcards.h"
 #include "platform/linux/text/lettercase.h"
 #include "platform/linux/text/nativetext.h"
+#include "platform/linux/text/utf8.h"
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -35,22 +36,36 @@ bool IsDots(std::string_view name) {
     return name == "." || name == "..";
 }
 
+// A name behind the key that it is sorted by, and the 0 that ends that. The key has the upper-case units in the form of
+// UTF-8, each by itself, so that keys compare as the units do; whole texts are moved and compared faster than pairs.
+std::string SortableName(std::u16string_view name, std::string_view entry) {
+    std::string text(name.size() * 3, '\0');
+    UnitWriter<char> key(text.data(), text.size());
+    for (const char16_t unit : name) {
+        PutUtf8(key, UpcaseCharacter(unit));
+    }
+    text.resize(key.Size());
+    text += '\0';
+    text += entry;
+    return text;
+}
+
 // Adds what matches to the names. False with the last error set.
 bool ListMatches(SearchObject& search, std::u16string_view expression) {
     Listing listing(search.folder.Get());
-    std::vector<std::pair<std::u16string, std::string>> found;
+    std::vector<std::string> found;
     while (const char* entry = listing.Next()) {
-        std::u16string name = WideName(entry);
+        const std::u16string name = WideName(entry);
         if (!IsDots(entry) && IsRepresentable(name) && MatchesExpression(name, expression)) {
-            std::transform(name.begin(), name.end(), name.begin(), &UpcaseCharacter);
-            found.emplace_back(std::move(name), entry);
+            found.push_back(SortableName(name, entry));
         }
     }
     if (listing.Error() != 0) {
         return Fail(listing.Error());
     }
     std::sort(found.begin(), found.end());
-    for (auto& [order, name] : found) {
+    for (std::string& name : found) {
+        name.erase(0, name.find('\0') + 1);
         search.names.push_back(std::move(name));
     }
     return true;
@@ -67,11 +82,11 @@ bool NextEntry(SearchObject& search, FindData& data) {
             return Fail(ErrorNoMoreFiles);
         }
         const std::string& name = search.names[search.next++];
-        FindData found;
-        if (ReadEntryInfo(search.folder.Get(), name, found)) { // else it went meanwhile
+        FileAttributeData info;
+        if (ReadEntryInfo(search.folder.Get(), name, info)) { // else it went meanwhile
             const std::u16string wide = WideName(name);
-            *std::copy(wide.begin(), wide.end(), std::begin(found.name)) = u'\0';
-            data = found;
+            static_cast<FileAttributeData&>(data) = info;
+            *std::copy(wide.begin(), wide.end(), std::begin(data.name)) = u'\0';
             return true;
         }
     }

@@ -65,6 +65,9 @@ std::u16string SearchExpression(std::u16string_view pattern, bool endsInDot) {
 }
 
 bool MatchesExpression(std::u16string_view name, std::u16string_view expression) {
+    if (expression == u"*") {
+        return true;
+    }
     std::vector<bool> next(expression.size() + 1, false);
     std::vector<bool> same(expression.size() + 1, false);
     for (std::size_t n = name.size() + 1; n-- > 0;) {

@@ -1,6 +1,6 @@
 // The heaps of this system: private ones and that of the process. Each keeps what Windows keeps: the size of every
 // block as it was asked for, and all blocks for its walk and its end. Blocks come from the C library; small ones that
-// were freed wait for their next use, which is several times faster.
+// were freed wait for their next use: without that, blocks in turn take 1.7 to 5 times as long.
 #include "platform/inc/memory.h"
 
 #include "platform/inc/lasterror.h"

@@ -65,6 +65,26 @@ TEST(UnicodeString, ConvertsToCodePagesAndBack) {
     EXPECT_TRUE(CUnicodeString(u"x").ToNarrow(4711).IsEmpty()) << "no such code page";
 }
 
+TEST(UnicodeString, LongTextsAreConvertedWholeUpToTheFirstNull) {
+    constexpr std::size_t half = 50000;
+    const std::u16string letters(half, u'a');
+    const std::u16string euros(half, u'\u20AC');
+    std::string bytes;
+    for (std::size_t i = 0; i < half; ++i) {
+        bytes += "\xE2\x82\xAC";
+    }
+    const std::pair<std::u16string, std::string> rows[] = {{letters + euros, std::string(half, 'a') + bytes},
+                                                           {euros + letters, bytes + std::string(half, 'a')}};
+    for (const auto& [wide, narrow] : rows) {
+        const std::u16string units = wide + u'\0' + wide;
+        const std::string input = narrow + '\0' + narrow;
+        const CUnicodeString given(units.data(), static_cast<std::int32_t>(units.size()));
+        EXPECT_TRUE(given.ToNarrow(Platform::CodePageUtf8).View() == narrow);
+        const auto size = static_cast<std::int32_t>(input.size());
+        EXPECT_TRUE(CUnicodeString::FromNarrow(input.data(), size, Platform::CodePageUtf8).View() == wide);
+    }
+}
+
 TEST(Format, FollowsWidePrint) {
     const auto check = [](const CUnicodeString& result, const char16_t* expected) { EXPECT_EQ(result, expected); };
     check(CUnicodeString::Format(u"%d.%02d|%5d|%-5d|%+d", 5, 0, 42, 42, 7), u"5.00|   42|42   |+7");
