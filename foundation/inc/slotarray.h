@@ -80,10 +80,9 @@ public:
     CSlotArray(const CSlotArray&) = delete;
     CSlotArray& operator=(const CSlotArray&) = delete;
 
-    /// Gives an array that has no slots that many empty ones, with room for all groups that `count` buckets may have:
-    /// nearly every table takes groups, and moving a large one's slots for the first of them needs them twice.
+    /// Gives an array that has no slots that many empty ones.
     void SetEmptySlots(std::int32_t count) {
-        GrowBuffer<TMemory>(Slots, 0, SlotCapacity, MostSlots(count), LeastStep);
+        GrowBuffer<TMemory>(Slots, 0, SlotCapacity, count, LeastStep);
         std::fill_n(Slots, count, 0);
         SlotCount = count;
     }
@@ -160,11 +159,11 @@ private:
     }
 
     /// Groups may take at most half as many slots as there are buckets, rounded up to whole groups.
-    static std::int64_t MostSlots(std::int32_t size) {
+    bool MayAddGroup(std::int32_t size) const {
         const std::int64_t half = size / 2;
-        return size + (half + GroupSize - 1) / GroupSize * GroupSize;
+        const std::int64_t most = size + (half + GroupSize - 1) / GroupSize * GroupSize;
+        return most >= std::int64_t{SlotCount} + GroupSize;
     }
-    bool MayAddGroup(std::int32_t size) const { return MostSlots(size) >= std::int64_t{SlotCount} + GroupSize; }
 
     /// Puts a group behind the slots; the node of `slot` moves to its head and a link to it takes the node's place.
     /// Returns the slot behind the head.
