@@ -1,5 +1,6 @@
 #include "platform/inc/threads.h"
 
+#include "platform/inc/leaflock.h"
 #include "platform/win32/windowsapi.h"
 
 namespace Platform {
@@ -9,11 +10,15 @@ static_assert(alignof(CriticalSection) >= alignof(CRITICAL_SECTION)); // NOLINT(
 
 namespace {
 
+constexpr char NotTold = 0;
+
 CRITICAL_SECTION* Native(CriticalSection& section) {
     return reinterpret_cast<CRITICAL_SECTION*>(section.room);
 }
 
 } // namespace
+
+constinit const char& HasOneThread = NotTold;
 
 void InitializeCriticalSection(CriticalSection& section) {
     ::InitializeCriticalSection(Native(section));

@@ -1,6 +1,7 @@
 #include "platform/inc/threads.h"
 
 #include "platform/inc/lasterror.h"
+#include "platform/inc/leaflock.h"
 #include "platform/linux/errnocodes.h"
 #include "platform/linux/faulthook.h"
 #include "platform/linux/files/handles.h"
@@ -11,9 +12,12 @@
 #include <new>
 #include <pthread.h>
 #include <sched.h>
+#include <sys/single_threaded.h>
 #include <utility>
 
 namespace Platform {
+
+constinit const char& HasOneThread = __libc_single_threaded;
 
 static_assert(sizeof(CriticalSection) >= sizeof(pthread_mutex_t)); // NOLINT(misc-redundant-expression): equal by design
 static_assert(alignof(CriticalSection) >= alignof(pthread_mutex_t)); // NOLINT(misc-redundant-expression)
