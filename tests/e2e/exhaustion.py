@@ -77,6 +77,7 @@ class Bench:
         folder.mkdir()
         place = Native(self.options, folder)
         place.add_program("probe", self.options.life_probe)
+        place.add_program("extended", self.options.program)  # without the Simple library, which would take over
         if scenario.mail == "own":
             place.add_program("own", self.options.program)
             (folder / "lib/corvane").mkdir(parents=True)

@@ -9,8 +9,6 @@
 #include <string>
 
 using namespace Mapi;
-using Number = std::uint32_t;
-using Result = std::int32_t;
 
 namespace {
 
@@ -48,13 +46,9 @@ std::string Shown(std::uintptr_t argument) {
     std::snprintf(text, sizeof(text), " %zu", argument);
     return text;
 }
-std::string Shown(const void* argument) {
-    return Shown(reinterpret_cast<std::uintptr_t>(argument));
-}
 
-template <class... TArguments>
-Result Handed(const char* entry, TArguments... arguments) {
-    Note((entry + ... + Shown(arguments)));
+std::int32_t Handed(const char* entry, const void* argument) {
+    Note(entry + Shown(reinterpret_cast<std::uintptr_t>(argument)));
     return 77;
 }
 
@@ -62,29 +56,23 @@ Result Handed(const char* entry, TArguments... arguments) {
 
 extern "C" {
 
-PLATFORM_EXPORT Result FGetComponentPath(const char* component, const char* qualifier, char* path, Number size,
-                                         Result install) {
-    Note(std::string("component ") + component + " " + qualifier + Shown(size) + Shown(static_cast<Number>(install)));
+PLATFORM_EXPORT std::int32_t FGetComponentPath(const char* component, const char* qualifier, char* path,
+                                               std::uint32_t size, std::int32_t install) {
+    Note(std::string("component ") + component + " " + qualifier + Shown(size) +
+         Shown(static_cast<std::uint32_t>(install)));
     const char* answer = std::getenv("PROVIDER_COMPONENT");
     std::strncpy(path, answer ? answer : "", size);
     return path[0] != '\0';
 }
 
-// An entry notes its arguments, whatever its pointers point to.
-#define ENTRY(TYPE, NAME, PARAMETERS, ...)                                                                             \
-    PLATFORM_EXPORT TYPE NAME PARAMETERS {                                                                             \
-        return static_cast<TYPE>(Handed(#NAME __VA_OPT__(, ) __VA_ARGS__));                                            \
-    }
-
-ENTRY(Result, MAPIInitialize, (void* a), a)
-ENTRY(void, MAPIUninitialize, ())
-ENTRY(Result, MAPILogonEx, (WindowParameter a, void* b, void* c, Number d, void* e), a, b, c, d, e)
-ENTRY(Result, MAPIAllocateBuffer, (Number a, void* b), a, b)
-ENTRY(Number, MAPIFreeBuffer, (void* a), a)
-ENTRY(Result, HrQueryAllRows, (void* a, void* b, void* c, void* d, Number e, void* f), a, b, c, d, e, f)
-ENTRY(void, FreeProws, (void* a), a)
-ENTRY(void, FreePadrlist, (void* a), a)
-ENTRY(Result, HrGetOneProp, (void* a, Number b, void* c), a, b, c)
-ENTRY(Result, HrSetOneProp, (void* a, void* b), a, b)
+PLATFORM_EXPORT std::int32_t MAPIInitialize(void* options) {
+    return Handed("MAPIInitialize", options);
+}
+PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* buffer) {
+    return static_cast<std::uint32_t>(Handed("MAPIFreeBuffer", buffer));
+}
+PLATFORM_EXPORT void FreeProws(SRowSet* rows) {
+    Handed("FreeProws", rows);
+}
 
 } // extern "C"
