@@ -4,7 +4,7 @@
 #include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/threadobject.h"
 #include "tests/support/text.h"
-#include <latch>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -45,12 +45,14 @@ inline void ExpectRefused(std::initializer_list<std::function<void()>> calls) {
 /// Runs an action on that many threads, all at once, each told its number. Nothing may leave it.
 template <class TAction>
 void OnThreads(int count, TAction action) {
-    std::latch start(count);
+    std::atomic<int> missing = count; // no std::latch, some of whose waiters are not woken with the mingw run-time
     std::vector<std::thread> threads;
     for (int number = 0; number < count; ++number) {
         threads.emplace_back([&, number] {
             Tsx::ThreadErrorMode.Get()->NoExceptions = false;
-            start.arrive_and_wait();
+            for (--missing; missing > 0;) {
+                std::this_thread::yield();
+            }
             try {
                 action(number);
             } catch (Tsx::CException* exception) {
