@@ -35,7 +35,7 @@ struct CStandardOutput::CState {
             close(kind == EOutput::BrokenPipe ? std::exchange(ends[0], -1) : -1);
         } else if (kind == EOutput::Terminal) { // without its own repair of line ends: what is read is what was written
             termios mode{};
-            Require(openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) == 0 && tcgetattr(ends[1], &mode) == 0);
+            Require(openpty(ends.data(), &ends[1], nullptr, nullptr, nullptr) == 0 && tcgetattr(ends[1], &mode) == 0);
             cfmakeraw(&mode);
             tcsetattr(ends[1], TCSANOW, &mode);
         } else if (kind == EOutput::NullDevice) {

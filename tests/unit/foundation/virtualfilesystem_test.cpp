@@ -128,8 +128,9 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
     CVirtualFileData huge(u"name", 128, mapping, Most / 4);
     Platform::MemoryStatus status;
     ASSERT_TRUE(Platform::GlobalMemoryStatusEx(status));
-    const double growth = static_cast<double>(huge.GetMapping(Most / 4)->Size);
-    EXPECT_NEAR(growth * 10 / static_cast<double>(status.availablePageFile), 1, 0.5) << "no more than memory allows";
+    const auto growth = huge.GetMapping(Most / 4)->Size;
+    const auto allowed = static_cast<double>(status.availablePageFile) / 10;
+    EXPECT_NEAR(static_cast<double>(growth) / allowed, 1, 0.5) << "no more than memory allows";
 }
 
 TEST(VirtualFile, EndsOfTheRangeAndMisuse) {

@@ -362,7 +362,8 @@ TEST(MapiProvider, WhatTheProcessHasIsUsedWithoutASearch) {
     const CFixture fixture({DefaultClient, ClientPathEx}, {u"msmapi32.dll", u"olmapi32.dll", u"Client\\ex.dll"});
     const std::uint32_t generation = providerGeneration;
     const auto locate = [&fixture] {
-        return LocateMapiModule() == LocateMapiModule() ? fixture.Take(providerModule.exchange(nullptr)) : "two";
+        const Platform::Module first = LocateMapiModule();
+        return first == LocateMapiModule() ? fixture.Take(providerModule.exchange(nullptr)) : "two";
     };
     const Platform::Module second = Platform::LoadLibraryEx(fixture.Whole(u"msmapi32.dll").c_str(), 0);
     EXPECT_EQ(locate(), "msmapi32.dll");

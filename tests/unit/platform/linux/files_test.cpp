@@ -72,7 +72,8 @@ TEST(Paths, MapToNativeOnes) {
         std::ofstream(scratch.Place() / name / "End. ") << "x";
     }
     const auto native = [](const std::u16string& path) {
-        std::string mapped, mappedInFull;
+        std::string mapped;
+        std::string mappedInFull;
         char16_t full[1000] = {};
         EXPECT_TRUE(MapPath(path, mapped) && GetFullPathName(path.c_str(), 1000, full, nullptr) > 0) << Readable(path);
         EXPECT_TRUE(MapPath(full, mappedInFull) && mappedInFull == mapped) << mappedInFull;
@@ -139,7 +140,8 @@ TEST(LinuxFiles, ReadOnlyComesAndGoesAndWhatIsNoTimeIsNone) {
         EXPECT_TRUE(SetFileAttributes(scratch(u"file"), FileAttributeNormal));
         EXPECT_EQ(fs::status(native).permissions(), fs::perms(mode));
     }
-    FileAttributeData before, after;
+    FileAttributeData before;
+    FileAttributeData after;
     EXPECT_TRUE(GetFileAttributesEx(scratch(u"file"), before));
     ASSERT_EQ(setxattr(native.c_str(), "user.tessarix.created", "-5", 2, 0), 0);
     EXPECT_TRUE(GetFileAttributesEx(scratch(u"file"), after) && after.creationTime == before.creationTime);
@@ -279,6 +281,19 @@ TEST(LinuxFiles, PositionsEndAtTheLargestNumber) {
     EXPECT_EQ(ErrorOf([&] { return SetFilePointerEx(file, 1, position, FileCurrent); }), ErrorInvalidParameter);
     EXPECT_TRUE(SetFilePointerEx(file, 0, position, FileCurrent) && position == INT64_MAX);
     EXPECT_TRUE(CloseHandle(file));
+}
+
+TEST(LinuxFiles, OneOfManyMakesTheName) {
+    const CScratch scratch;
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<int> made{0};
+        const auto make = [&] { made += scratch.CanOpen(u"new", GenericWrite, 7, CreateNew) ? 1 : 0; };
+        std::thread other(make);
+        make();
+        other.join();
+        ASSERT_EQ(made, 1);
+        ASSERT_TRUE(DeleteFile(scratch(u"new")));
+    }
 }
 
 TEST(LinuxFiles, ACopyThatFailsLeavesNoTarget) {
