@@ -62,78 +62,63 @@ std::FILE* OpenStream(CFixedFile& file, const char* mode, char* buffer) {
     return stream;
 }
 
-template <std::int32_t Size>
-struct CPiece {
-    char bytes[static_cast<std::size_t>(Size)];
-};
+/// A run hands the whole over in pieces of that size; `transfer` writes one, or reads into it.
+template <std::int32_t Size, class TTransfer>
+void InPieces(TTransfer transfer) {
+    char piece[static_cast<std::size_t>(Size)] = {};
+    for (std::int64_t done = 0; done < TotalBytes; done += Size) {
+        benchmark::DoNotOptimize(piece);
+        transfer(piece);
+        benchmark::DoNotOptimize(piece);
+    }
+}
 
-void Report(benchmark::State& state) {
+/// Measures runs, each from the file's beginning.
+template <class TRun>
+void Measure(benchmark::State& state, TRun run) {
+    CFixedFile file;
+    for (auto _ : state) {
+        file.position = 0;
+        run(file);
+    }
     state.SetBytesProcessed(state.iterations() * TotalBytes);
 }
 
 template <std::int32_t Size>
 void ArchiveWrite(benchmark::State& state) {
-    CFixedFile file;
-    CPiece<Size> piece{};
-    for (auto _ : state) {
-        file.position = 0;
+    Measure(state, [](CFixedFile& file) {
         Tsx::CArchive archive(&file, Tsx::AD_Store);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            benchmark::DoNotOptimize(piece);
-            archive.Write(&piece, Size);
-        }
+        InPieces<Size>([&](char* piece) { archive.Write(piece, Size); });
         archive.Close();
-    }
-    Report(state);
-}
-
-template <std::int32_t Size, auto WriteTo>
-void StreamWrite(benchmark::State& state) {
-    CFixedFile file;
-    char buffer[4096];
-    CPiece<Size> piece{};
-    for (auto _ : state) {
-        file.position = 0;
-        std::FILE* stream = OpenStream(file, "w", buffer);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            benchmark::DoNotOptimize(piece);
-            WriteTo(&piece, 1, Size, stream);
-        }
-        std::fclose(stream);
-    }
-    Report(state);
+    });
 }
 
 template <std::int32_t Size>
 void ArchiveRead(benchmark::State& state) {
-    CFixedFile file;
-    CPiece<Size> piece{};
-    for (auto _ : state) {
-        file.position = 0;
+    Measure(state, [](CFixedFile& file) {
         Tsx::CArchive archive(&file, Tsx::AD_Load);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            archive.Read(&piece, Size);
-            benchmark::DoNotOptimize(piece);
-        }
-    }
-    Report(state);
+        InPieces<Size>([&](char* piece) { archive.Read(piece, Size); });
+    });
+}
+
+template <std::int32_t Size, auto Transfer>
+void MeasureStream(benchmark::State& state, const char* mode) {
+    char buffer[4096];
+    Measure(state, [&](CFixedFile& file) {
+        std::FILE* stream = OpenStream(file, mode, buffer);
+        InPieces<Size>([&](char* piece) { benchmark::DoNotOptimize(Transfer(piece, 1, Size, stream)); });
+        std::fclose(stream);
+    });
+}
+
+template <std::int32_t Size, auto WriteTo>
+void StreamWrite(benchmark::State& state) {
+    MeasureStream<Size, WriteTo>(state, "w");
 }
 
 template <std::int32_t Size, auto ReadFrom>
 void StreamRead(benchmark::State& state) {
-    CFixedFile file;
-    char buffer[4096];
-    CPiece<Size> piece{};
-    for (auto _ : state) {
-        file.position = 0;
-        std::FILE* stream = OpenStream(file, "r", buffer);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            benchmark::DoNotOptimize(ReadFrom(&piece, 1, Size, stream));
-            benchmark::DoNotOptimize(piece);
-        }
-        std::fclose(stream);
-    }
-    Report(state);
+    MeasureStream<Size, ReadFrom>(state, "r");
 }
 
 #ifdef BENCH_QT
@@ -169,71 +154,54 @@ private:
 };
 
 template <std::int32_t Size>
+void WriteByQt(QIODevice& device) {
+    device.open(QIODevice::WriteOnly);
+    QDataStream stream(&device);
+    InPieces<Size>([&](char* piece) { stream.writeRawData(piece, Size); });
+}
+
+template <std::int32_t Size>
+void ReadByQt(QIODevice& device) {
+    device.open(QIODevice::ReadOnly);
+    QDataStream stream(&device);
+    InPieces<Size>([&](char* piece) { stream.readRawData(piece, Size); });
+}
+
+template <std::int32_t Size>
 void QtBufferedWrite(benchmark::State& state) {
-    CFixedFile file;
-    CPiece<Size> piece{};
-    for (auto _ : state) {
-        file.position = 0;
+    Measure(state, [](CFixedFile& file) {
         CQtDevice device(file);
-        device.open(QIODevice::WriteOnly);
-        QDataStream stream(&device);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            benchmark::DoNotOptimize(piece);
-            stream.writeRawData(piece.bytes, Size);
-        }
-    }
-    Report(state);
+        WriteByQt<Size>(device);
+    });
 }
 
 template <std::int32_t Size>
 void QtBufferedRead(benchmark::State& state) {
-    CFixedFile file;
-    CPiece<Size> piece{};
-    for (auto _ : state) {
-        file.position = 0;
+    Measure(state, [](CFixedFile& file) {
         CQtDevice device(file);
-        device.open(QIODevice::ReadOnly);
-        QDataStream stream(&device);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            stream.readRawData(piece.bytes, Size);
-            benchmark::DoNotOptimize(piece);
-        }
-    }
-    Report(state);
+        ReadByQt<Size>(device);
+    });
 }
 
+// Qt's own device over bytes in memory, which copies each byte once.
 template <std::int32_t Size>
 void QtUnbufferedWrite(benchmark::State& state) {
     QByteArray bytes;
     bytes.reserve(static_cast<int>(TotalBytes));
-    CPiece<Size> piece{};
-    for (auto _ : state) {
+    Measure(state, [&](CFixedFile&) {
         bytes.resize(0);
         QBuffer device(&bytes);
-        device.open(QIODevice::WriteOnly);
-        QDataStream stream(&device);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            benchmark::DoNotOptimize(piece);
-            stream.writeRawData(piece.bytes, Size);
-        }
-    }
-    Report(state);
+        WriteByQt<Size>(device);
+    });
 }
 
 template <std::int32_t Size>
 void QtUnbufferedRead(benchmark::State& state) {
     QByteArray bytes(static_cast<int>(TotalBytes), 'x');
-    CPiece<Size> piece{};
-    for (auto _ : state) {
+    Measure(state, [&](CFixedFile&) {
         QBuffer device(&bytes);
-        device.open(QIODevice::ReadOnly);
-        QDataStream stream(&device);
-        for (std::int64_t done = 0; done < TotalBytes; done += Size) {
-            stream.readRawData(piece.bytes, Size);
-            benchmark::DoNotOptimize(piece);
-        }
-    }
-    Report(state);
+        ReadByQt<Size>(device);
+    });
 }
 #endif
 
