@@ -23,7 +23,7 @@ TEST(UnicodeString, SharesAndWritesAfterCopy) {
     first.GetBuffer(-1);
     first.SetLength(-1);
     EXPECT_EQ(first, u"");
-    const char16_t* const none = nullptr;
+    const char16_t* volatile none = nullptr; // of which no compiler draws conclusions
     EXPECT_EQ(none + (first += none) + none, none);
     EXPECT_GT(second.CompareNoCase(none), 0);
 }
