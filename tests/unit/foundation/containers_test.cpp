@@ -72,7 +72,6 @@ struct CProbe : CBlockManager {
     using CBlockManager::CBlockManager;
     using CBlockManager::FreeBytes;
     using CBlockManager::FreeList;
-    using CBlockManager::InUseBytes;
     using CBlockManager::SparePages;
     using CBlockManager::UsedPages;
 };
@@ -110,7 +109,7 @@ TEST(BlockManager, StartsOverWhenTheLastBlockIsBack) {
         std::memset(blocks.back(), 1, 32);
     }
     EXPECT_EQ(blocks.size(), 2048U) << "the last one opened the second page";
-    EXPECT_EQ(manager.InUseBytes, 32 * 2048);
+    EXPECT_EQ(manager.GetInUseBytes(), 32 * 2048);
     EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), blocks.size());
     manager.Free(nullptr);
     manager.Free(blocks[5]);
@@ -118,7 +117,7 @@ TEST(BlockManager, StartsOverWhenTheLastBlockIsBack) {
     for (void* block : blocks) {
         manager.Free(block);
     }
-    EXPECT_TRUE(manager.InUseBytes == 0 && manager.FreeBytes == 0 && !manager.FreeList && !manager.UsedPages);
+    EXPECT_TRUE(manager.GetInUseBytes() == 0 && manager.FreeBytes == 0 && !manager.FreeList && !manager.UsedPages);
     char* const spare = reinterpret_cast<char*>(manager.SparePages);
     EXPECT_EQ(manager.AllocBlock(), spare + 16) << "the first block of a spare page";
     EXPECT_TRUE(Raised<CInternalError>([&] { manager.Alloc(33); }));
