@@ -1,3 +1,4 @@
+// The life of the foundation, and the values that each thread has for itself.
 #include "foundation/inc/foundation.h"
 
 #include "foundation/inc/classregistry.h"
@@ -5,6 +6,8 @@
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/message.h"
 #include "foundation/inc/nativefilesystem.h"
+#include "foundation/inc/privateallocators.h"
+#include "foundation/inc/threadobject.h"
 #include "foundation/inc/unicodecharset.h"
 #include "foundation/inc/virtualfilesystem.h"
 #include "foundation/src/statics.h"
@@ -24,6 +27,15 @@ void AddNotingModule() {
         nullptr, [] { ++starts; }, [] { ++stops; });
 }
 
+template <class T>
+struct CProbe : CThreadObject<T> {
+    std::int32_t GetIndex() const { return this->Index; }
+    std::int32_t RecordCount() {
+        const CCriticalSectionLock guard(this->Lock);
+        return this->Records.Size();
+    }
+};
+
 } // namespace
 
 TEST(Foundation, NestedStartsDoTheWorkOnce) {
@@ -32,15 +44,12 @@ TEST(Foundation, NestedStartsDoTheWorkOnce) {
     for (std::int32_t round = 1; round <= 2; ++round) {
         EXPECT_TRUE(InitializeFoundation(nullptr, u"Software\\Elsewhere"));
         EXPECT_TRUE(InitializeFoundation(u"ignored", u"ignored"));
-        EXPECT_EQ(starts, round);
-        EXPECT_EQ(UserRegistryPath, u"Software\\Ostrel\\foundation_test");
-        EXPECT_EQ(MachineRegistryPath, u"Software\\Elsewhere");
+        EXPECT_EQ(UserRegistryPath + u' ' + MachineRegistryPath,
+                  u"Software\\Ostrel\\foundation_test Software\\Elsewhere");
         DeinitializeFoundation();
-        EXPECT_EQ(GetFoundationState(), FS_Initialised);
-        EXPECT_EQ(stops, round - 1);
+        EXPECT_TRUE(GetFoundationState() == FS_Initialised && starts == round && stops == round - 1);
         DeinitializeFoundation();
-        EXPECT_EQ(GetFoundationState(), FS_Stopped);
-        EXPECT_EQ(stops, round);
+        EXPECT_TRUE(GetFoundationState() == FS_Stopped && starts == round && stops == round);
         DeinitializeFoundation(); // one too many does nothing
     }
     EXPECT_FALSE(ExceptionsEnabled) << "as it was found";
@@ -82,7 +91,7 @@ TEST(Foundation, TheStopReleasesWhatIsLeft) {
     EXPECT_TRUE(SpecialFolders.IsEmpty());
 }
 
-// Each table loses rows, or is damaged, where two threads change it without its lock.
+// Each table loses rows, or is damaged, where two threads change it without its lock; a slot is given out twice.
 TEST(Foundation, TablesTakeWhatTwoThreadsPutIn) {
     constexpr int each = 2000;
     OnThreads(2, [](int thread) {
@@ -93,6 +102,9 @@ TEST(Foundation, TablesTakeWhatTwoThreadsPutIn) {
             CNativeFileSystem::SetTemporaryFolder(std::u16string(100 + static_cast<std::size_t>(i) % 50, u'x').c_str());
             const CUnicodeCharSet letters(u"aeiou\u0394");
             const CMessageName name(u"MSG_OF_A_THREAD");
+            for (int j = 0; j < 100; ++j) {
+                MemoryExceptionPool.ReleaseSlot(static_cast<CMemoryException*>(MemoryExceptionPool.TakeSlot()));
+            }
             if (i % 100 == 0) {
                 CNativeFileSystem::ClearSpecialFolders();
             }
@@ -107,16 +119,48 @@ TEST(Foundation, TablesTakeWhatTwoThreadsPutIn) {
     CNativeFileSystem::SetTemporaryFolder(u"");
     for (const CMessageName* name = FirstMessageName(); name; name = name->Next) {
         EXPECT_TRUE(!name->Next || name->Next->Prev == name);
-        EXPECT_FALSE(std::u16string_view(name->Name) == u"MSG_OF_A_THREAD");
+        EXPECT_NE(std::u16string_view(name->Name), u"MSG_OF_A_THREAD");
     }
 }
 
-TEST(Foundation, KnowsItsModule) {
-    EXPECT_EQ(GetModuleDirectory(), FileSystem::GetProgramDirectory());
-    EXPECT_EQ(GetProgramTitle(), u"foundation_test");
-    StoreProgramModule(Platform::GetProgramModule()); // the same once more
-    int other = 0;
-    EXPECT_TRUE(Raised<CInternalError>([&other] { StoreProgramModule(reinterpret_cast<Platform::Module>(&other)); }));
-    ProgramModule = nullptr;
-    EXPECT_EQ(GetModuleDirectory(), FileSystem::GetProgramDirectory()) << "taken and stored";
+TEST(ThreadObject, EachThreadHasItsOwnZeroedValue) {
+    static CProbe<std::uint64_t> early;
+    static CProbe<int> between;
+    static CProbe<int> late;
+    *early.Get() = 7;
+    std::thread([] {
+        EXPECT_TRUE(!early.Find() && *early.Get() == 0);
+        *early.Get() = 8;
+        *between.Get() = *late.Get() = 3;
+    }).join();
+    *late.Get() = 9;
+    EXPECT_TRUE(*early.Find() == 7 && !between.Find()) << "in an array that has grown, with a null in between";
+}
+
+TEST(ThreadObject, RacingThreadsGetOneIndex) {
+    for (int round = 0; round < 50; ++round) {
+        CProbe<int> family;
+        CProbe<int> other;
+        OnThreads(4, [&](int thread) {
+            *family.Get() = thread;
+            EXPECT_EQ(*family.Get(), thread);
+        });
+        other.Get();
+        EXPECT_EQ(other.GetIndex(), family.GetIndex() + 1) << "one index was taken";
+    }
+}
+
+TEST(ThreadObject, ANewThreadClearsTheRecordsOfFinishedOnesOfItsFamily) {
+    static CProbe<int> family;
+    static CProbe<int> untouched;
+    for (int i = 0; i < 3; ++i) {
+        std::thread([i] {
+            i == 1 ? untouched.Get() : nullptr;
+            family.Get();
+        }).join();
+        EXPECT_EQ(family.RecordCount(), 1) << "the ones before are gone";
+    }
+    EXPECT_EQ(untouched.RecordCount(), 1) << "another family's first use";
+    family.Get();
+    EXPECT_EQ(family.RecordCount(), 1) << "only this thread is alive";
 }
