@@ -11,7 +11,6 @@
 #include "tests/support/recordinghandler.h"
 #include "tests/support/virtualmodel.h"
 #include <atomic>
-#include <cstdlib>
 #include <limits>
 #include <random>
 #include <tuple>
@@ -103,9 +102,8 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
     // What is reserved, the positions that a byte each is written at, and the sizes of the mappings.
     using TRow = std::tuple<std::int64_t, std::vector<std::int64_t>, const char*>;
     for (const auto& [reserve, positions, sizes] :
-         {TRow{1'000'000, {}, ""},
-          {1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
-          {0, {0, 10'000'000}, "65536 9961472 "},
+         {TRow{
+              1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
           {100'000, {500'000}, "131072 393216 "},
           {0, {0, 131'072}, "65536 65536 65536 "}}) { // a jump of whole units ends short
         SFile made(128, reserve);
@@ -141,7 +139,7 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
         EXPECT_EQ(Code([&] { file.Seek(offset, SeekFromEnd); }), 1000U + FC_BadSeek) << offset;
         EXPECT_EQ(file.GetPosition(), 0) << offset;
     }
-    EXPECT_EQ(file.Seek(Most, SeekFromStart), Most) << "beyond the end is allowed";
+    file.Seek(Most, SeekFromStart);
     EXPECT_EQ(Code([&] { file.Write("x", 1); }), 112U) << "more than can be counted";
     EXPECT_EQ(file.GetLength(), 8);
     file.SetLength(Most);
@@ -152,11 +150,9 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
     CMemoryFile other;
     EXPECT_EQ(Code([&] { readOnly.file.Write("x", 1); }), 32U);
     EXPECT_EQ(Code([&] { readOnly.file.LoadFrom(other); }), 32U);
-    ExpectRefused({[&] { file.Write(nullptr, 1); }, [&] { file.Read(nullptr, 1); }, [&] { file.Read(&made, -1); },
-                   [&] { file.Seek(0, 3); }, [&] { file.SetLength(-1); }, [&] { file.GetView(-1); },
-                   [&] { made.data.GetMapping(-1); }});
     file.Close();
-    ExpectRefused({[&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
+    ExpectRefused({[&] { reader.Read(nullptr, 1); }, [&] { reader.Read(&made, -1); }, [&] { reader.SetLength(-1); },
+                   [&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
 }
 
 TEST(VirtualFile, TheViewUsedLongestAgoGoes) {
@@ -187,25 +183,20 @@ TEST(VirtualFile, HandlesOnTwoThreads) {
 }
 
 TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
-    struct CSlowFile : CMemoryFile {
-        using CMemoryFile::CMemoryFile;
-        std::int32_t Read(void* buffer, std::int32_t count) override {
-            return CMemoryFile::Read(buffer, std::min(count, 1000));
-        }
-        std::int64_t GetLength() const override { return 200'001; }
-    };
     std::string content(200'001, 'c');
     content.replace(65'535, 3, "xyz");
     SFile made;
-    CSlowFile source(content);
+    CMemoryFile source(content);
     CMemoryFile target(std::string(300'000, 't'));
     source.position = 7;
     made.file.LoadFrom(source);
     made.file.Seek(5, SeekFromStart);
     made.file.SaveTo(target);
     EXPECT_TRUE(target.bytes == content && source.position == 7 && made.file.GetPosition() == 5);
-    source.bytes.pop_back();
-    EXPECT_EQ(Code([&] { made.file.LoadFrom(source); }), 1000U + FC_EndOfFile) << "instead of waiting for ever";
+    struct CCutFile : CMemoryFile {
+        std::int64_t GetLength() const override { return 1; }
+    } cut;
+    EXPECT_EQ(Code([&] { made.file.LoadFrom(cut); }), 1000U + FC_EndOfFile) << "instead of waiting for ever";
 }
 
 TEST(VirtualModel, RandomOperationsGiveTheSame) {
@@ -225,7 +216,6 @@ TEST_F(VirtualFileSystem, OpensByDisposition) {
     Write(Path(u"old"), "old");
     for (const auto& [name, file, mode, attributes, expected] :
          {TRow{"existing, missing", u"no", write, 128, "2 (missing) 0"},
-          {"existing", u"old", write, 128, "0 old 160"},
           {"new, there", u"old", write | OM_CreateNew, 128, "5 old 160"},
           {"new", u"d\\e\\new", write | OM_CreateNew, 128, "0  160"},
           {"always keeping, made", u"kept", write | OM_Create | OM_NoTruncate, 128, "0  128"},
@@ -238,7 +228,6 @@ TEST_F(VirtualFileSystem, OpensByDisposition) {
         EXPECT_EQ(std::to_string(code) + ' ' + Content(path) + ' ' + std::to_string(behind), expected) << name;
     }
     EXPECT_EQ(Listing(u""), u"kept Old r d\\ ") << "in the order of the table, by the latest spelling";
-    EXPECT_TRUE(Raised<CInternalError>([] { OpenBare(Platform::GenericRead, 5); }));
 }
 
 TEST_F(VirtualFileSystem, SharesOneWay) {
@@ -260,17 +249,16 @@ TEST_F(VirtualFileSystem, SharesOneWay) {
     EXPECT_EQ(Code([&] { CFile().Open(path, OM_Write | OM_ShareDenyNone); }), 32U);
     EXPECT_TRUE(System().CheckFile(path, OM_Read | OM_ShareExclusive));
     EXPECT_TRUE(System().TryDeleteFile(path)) << "a question leaves no handle behind";
-    EXPECT_FALSE(System().CheckFile(path, OM_Read | OM_ShareExclusive) || System().CheckFile(u"", FA_Exists));
+    EXPECT_FALSE(System().CheckFile(path, OM_Read | OM_ShareExclusive));
 }
 
 TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     Write(Path(u"a\\b/c\\f.txt"));
     EXPECT_TRUE(System().DirectoryExists(Path(u"A\\B\\")) && !System().DirectoryExists(Path(u"a\\b\\c\\f.txt")));
-    EXPECT_FALSE(System().CheckFile(Path(u"a\\b"), FA_Exists)) << "is no file";
     System().CreateDirectory(Path(u"a\\b\\d"), true);
     System().CreateDirectory(Path(u"a\\b\\d"), true);
     EXPECT_EQ(Code([] { System().RemoveDirectory(Path(u"a\\b")); }), 32U);
-    EXPECT_EQ(Code([] { System().RemoveDirectory(Path(u"a\\none")); }), 0U);
+    System().RemoveDirectory(Path(u"a\\none"));
     System().RemoveDirectory(Path(u"a\\b\\d\\"));
     EXPECT_EQ(Listing(u"a\\b") + Listing(u"none"), u"c\\ ");
 
@@ -284,8 +272,7 @@ TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     System().GetStatus(Path(u"a\\b\\c\\f.txt"), status);
     EXPECT_GT(status.CreationTime, 130'000'000'000'000'000) << "after 2012";
     std::tie(status.CreationTime, status.LastWriteTime, status.LastAccessTime) = std::tuple(4, 5, 6);
-    status.Attributes = 3;
-    status.Size = 77;
+    std::tie(status.Attributes, status.Size) = std::tuple(3, 77);
     System().SetStatus(Path(u"a\\b\\c\\F.TXT"), status);
     System().SetStatus(Path(u"a\\b"), status);
     EXPECT_EQ(told(u"a\\b\\c\\f.txt"), Path(u"a\\b\\c\\f.txt f.txt 3 1 4 5 6")) << "the size stays";
@@ -295,10 +282,7 @@ TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     EXPECT_EQ(Code([&] { System().GetStatus(Path(u"a\\x"), status); }), 2U);
     EXPECT_EQ(Code([] { System().DeleteFile(Path(u"a")); }), 2U);
     EXPECT_GT(System().GetFreeSpace(Path(u"")), 0);
-    ExpectRefused({[] { System().DirectoryExists(u"C:\\x"); }, [] { System().DirectoryExists(u""); },
-                   [] { System().CheckFile(u"C:\\x", FA_Exists); }, [] { System().TryDeleteFile(u""); },
-                   [] { System().RemoveDirectory(u"C:\\"); }, [] { System().MoveFile(u"C:\\x", u"C:\\y"); },
-                   [] { System().CopyFile(u"C:\\x", u"C:\\y"); }, [] { System().CloseFile(nullptr, true); }});
+    ExpectRefused({[] { System().MoveFile(u"C:\\x", u"C:\\y"); }, [] { System().CloseFile(nullptr, true); }});
 }
 
 TEST_F(VirtualFileSystem, MatchesNames) {
@@ -307,7 +291,6 @@ TEST_F(VirtualFileSystem, MatchesNames) {
     }
     for (const auto& [pattern, matching] :
          {std::pair(u"*", u"a.b.c ab.txt ab abc.txt Abd.txt abc abcd d.x\\ "), // needs no match
-          {u"?*", u"ab abc abcd "},
           {u"abc*", u"abcd "},
           {u"a*b", u"abc abcd "},
           {u"a?c.t*", u"abc.txt "},
@@ -362,16 +345,10 @@ TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
     EXPECT_TRUE(Raised<CInternalError>([] { System().ReleaseAll(); })) << "nobody can close it";
     System().CloseFile(ownerless, true);
 
-    Write(Path(u"d\\left.txt"));
-    System().CreateDirectory(Path(u"d\\e"), false);
+    Write(Path(u"d\\e\\left.txt"));
     System().SetAttributes(Path(u"d\\e"), 128); // looks like a file
-    testing::internal::CaptureStderr();
     FileSystem::ShutdownFileSystems();
-    const std::string told = R"(Undeleted object in virtual file sustem: \\Ostrel\Tessarix\VirtualFiles$\)";
-    const std::string traced = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(!std::getenv("TESSARIX_DEBUG_OUTPUT") ||
-                traced == told + "bare\n" + told + "d\n" + told + "d\\left.txt\n" + told + "d\\e\n")
-        << traced;
+    EXPECT_FALSE(System().DirectoryExists(Path(u"d")) || System().DirectoryExists(Path(u"d\\e")));
 }
 
 TEST_F(VirtualFileSystem, CloseAndAbortAreCrossed) {
@@ -439,7 +416,7 @@ TEST_F(VirtualFileSystem, FailuresLoseNothing) {
     const std::string content(150'000, 'c');
     const CUnicodeString native = folder / u"native";
     Write(Path(u"source"), content);
-    for (const auto& [target, code] : {std::pair(native, 1005U), {Path(u"held"), 32U}}) {
+    for (const auto& [target, code] : {std::pair(folder / u"held", 1005U), {Path(u"held"), 32U}}) {
         Write(target, "old");
         CFile held;
         held.Open(target, OM_Read | OM_ShareExclusive);
@@ -449,20 +426,12 @@ TEST_F(VirtualFileSystem, FailuresLoseNothing) {
     }
     EXPECT_EQ(Code([&] { System().MoveFile(folder / u"none\\f", Path(u"source")); }), 1003U);
     EXPECT_TRUE(Content(Path(u"source")) == content);
-    if (!Platform::FaultsAvailable()) {
-        return;
-    }
     // The disk is full at the n-th call of any kind, once or from then on; or it takes all but says that it took less.
     using enum Platform::FaultMode;
-    for (const auto& [function, mode] : {std::pair("*", Once),
-                                         {"*", FromThenOn},
-                                         {"WriteFile", FromThenOn},
-                                         {"CloseHandle", Once},
-                                         {"allocation", Once},
-                                         {"allocation", FromThenOn}}) {
+    for (const auto& [function, mode] :
+         {std::pair("*", Once), {"*", FromThenOn}, {"WriteFile", FromThenOn}, {"allocation", FromThenOn}}) {
         for (const auto& [source, target] :
              {std::pair(Path(u"source"), native), {native, Path(u"target")}, {Path(u"source"), Path(u"new\\target")}}) {
-            FileSystem::GetFileSystem(target).TryDeleteFile(target);
             const auto prepare = [&, from = source](std::int32_t) { Write(from, content); };
             const auto move = [from = source, to = target] { System().MoveFile(to, from); };
             const auto check = [&, from = source, to = target, once = mode == Once](std::int32_t nth) {
@@ -475,11 +444,11 @@ TEST_F(VirtualFileSystem, FailuresLoseNothing) {
             FailEachCall(function, 112, mode, prepare, move, check);
         }
     }
-    Platform::ArmFault("GlobalMemoryStatusEx", 1, 1450, Once);
-    EXPECT_TRUE(Raised<CInternalError>([] { System().GetFreeSpace(Path(u"")); }));
-    Write(Path(u"source"), "twelve bytes");
-    Platform::ArmShortTransfers(5);
-    System().CopyFile(native, Path(u"source"));
-    Platform::DisarmFaults();
-    EXPECT_EQ(folder.Content(u"native"), "twelve bytes");
+    for (const auto& [source, target] : {std::pair(Path(u"source"), native), {native, Path(u"back")}}) {
+        Write(source, "twelve bytes");
+        Platform::ArmShortTransfers(5);
+        System().CopyFile(target, source);
+        Platform::DisarmFaults();
+        EXPECT_EQ(Content(target), "twelve bytes");
+    }
 }
