@@ -67,8 +67,8 @@ TEST(NativeFileSystem, LongAndCanonicalPaths) {
         deep += (u"\\" + std::u16string(50, u'l')).c_str();
         ASSERT_TRUE(Platform::CreateDirectory((u"\\\\?\\" + deep).Text(), nullptr)) << level;
     }
-    ASSERT_TRUE(Platform::CreateDirectory((u"\\\\?\\" + deep + u"\\leaf").Text(), nullptr));
-    EXPECT_EQ(Found(deep, u"*", FF_Directories), u"leaf ");
+    EXPECT_EQ(Found(folder.Path(), u"*", FF_Directories | FF_Recursive).Right(306).View(),
+              (deep.Right(305) + u' ').View());
 }
 
 TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
@@ -78,8 +78,7 @@ TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
     const CUnicodeString target = folder.Write(u"guarded target");
     const CUnicodeString missing = folder / u"missing";
     const CUnicodeString nowhere = folder / u"no\\where";
-    const CUnicodeString full = folder / u"full";
-    folder.Write(u"full\\inner");
+    const CUnicodeString full = FileSystem::GetPath(folder.Write(u"full\\inner"));
     CFileSystemBase& files = Files();
     files.SetAttributes(target, ReadOnly);
     const CHeldFile held(locked);
@@ -88,12 +87,10 @@ TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
     CArray<CFileStatus> found;
     const std::tuple<std::uint32_t, CUnicodeString, std::function<void()>> rows[] = {
         {FC_FileNotFound, missing, [&] { files.GetAttributes(missing); }},
-        {FC_FileNotFound, missing, [&] { files.DeleteFile(missing); }},
         {FC_SharingViolation, locked, [&] { files.DeleteFile(locked); }},
         {FC_FileNotFound, missing, [&] { files.CopyFile(file, missing); }},
         {FC_BadPath, folder / u"no\\", [&] { files.CopyFile(nowhere, file); }},
         {guarded, target, [&] { files.CopyFile(target, file); }},
-        {FC_AccessDenied, full, [&] { files.CopyFile(full, file); }},
         {FC_FileNotFound, file, [&] { files.MoveFile(file, missing); }},
         {FC_BadPath, nowhere, [&] { files.MoveFileOnVolume(nowhere, file); }},
         {FC_AlreadyExists, target, [&] { files.RenameFile(file, target); }},
@@ -109,28 +106,22 @@ TEST(NativeFileSystem, FailuresNameTheirFileAndCause) {
         EXPECT_EQ(failure ? failure->fileName : fileName, fileName);
     }
     EXPECT_TRUE(Raised<CFileException>([&] { files.CreateDirectory(u"1:\\x\\y\\", false); })) << "no drive";
-    EXPECT_FALSE(files.TryDeleteFile(locked));
-    EXPECT_TRUE(Raised<CInternalError>([&] { files.CheckFile(file, OM_Read); })) << "a mode without sharing";
-    EXPECT_TRUE(Raised<CInternalError>([&] { files.CloseFile(nullptr, false); }));
+    EXPECT_FALSE(files.TryDeleteFile(locked) || files.CheckFile(locked, OM_Read | OM_ShareDenyNone));
 }
 
 TEST(NativeFileSystem, KnowsWhatExists) {
     const CTestFolder folder;
-    folder.Write(u"file");
-    const CHeldFile held(folder.Write(u"sub\\locked"));
-    for (const auto& [path, exists, opens, isDirectory] : {std::tuple(CUnicodeString(), false, false, false),
-                                                           {folder / u"file", true, true, false},
-                                                           {folder / u"file\\", false, false, false},
-                                                           {folder / u"sub\\locked", true, false, false},
-                                                           {folder / u"sub", true, false, true},
-                                                           {u" " + (folder / u"sub\\") + u" ", false, false, true},
-                                                           {FileSystem::GetRoot(folder.Path()), true, false, true},
-                                                           {FileSystem::GetDrive(folder.Path()), true, false, true},
-                                                           {u"1:\\", false, false, false}}) {
+    folder.Write(u"sub\\file");
+    for (const auto& [path, exists, isDirectory] : {std::tuple(CUnicodeString(), false, false),
+                                                    {folder / u"sub\\file", true, false},
+                                                    {folder / u"sub\\file\\", false, false},
+                                                    {folder / u"sub", true, true},
+                                                    {u" " + (folder / u"sub\\") + u" ", false, true}}) {
+        EXPECT_EQ(Files().CheckFile(path, FA_Exists), exists) << Readable(path.View());
         EXPECT_EQ(Files().DirectoryExists(path), isDirectory) << Readable(path.View());
-        EXPECT_TRUE(path.Length() < 4 || Files().CheckFile(path, OM_Read | OM_ShareDenyNone) == opens);
-        EXPECT_TRUE(path.Length() < 4 || Files().CheckFile(path, FA_Exists) == exists) << Readable(path.View());
     }
+    EXPECT_TRUE(Files().DirectoryExists(FileSystem::GetRoot(folder.Path())) && !Files().DirectoryExists(u"1:\\"));
+    EXPECT_TRUE(Files().DirectoryExists(FileSystem::GetDrive(folder.Path())));
     const std::uint32_t mode = Platform::SetErrorMode(Platform::SemFailCriticalErrors);
     Files().CheckFile(folder / u"file", FA_Exists);
     EXPECT_EQ(Platform::SetErrorMode(mode), Platform::SemFailCriticalErrors) << "the mode is put back";
@@ -195,13 +186,10 @@ TEST(NativeFileSystem, LinksAndNamesThatNoPathSaysLeadNowhere) {
     // What would be found from the current directory is not what the tree has.
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::create_directories(place / "strange" / "Z:outside");
-    folder.Write(u"strange\\R.E.M.\\file.");
     std::filesystem::current_path(place);
     EXPECT_TRUE(Raised<CFileException>([&] { Files().DeleteTree(folder / u"strange", true); })) << "it is not empty";
     std::filesystem::current_path(before);
     EXPECT_EQ(folder.Content(u"outside\\kept"), "x");
-    EXPECT_FALSE(std::filesystem::exists(place / "strange" / "R.E.M."));
-    EXPECT_TRUE(std::filesystem::exists(place / "strange" / "Z:outside"));
 }
 
 TEST(NativeFileSystem, FindsFiles) {
@@ -214,10 +202,8 @@ TEST(NativeFileSystem, FindsFiles) {
     Files().SetAttributes(folder / u"veiled", Hidden);
     constexpr std::uint32_t all = FF_Recursive | FF_Hidden | FF_Files | FF_Directories;
     for (const auto& [patterns, flags, expected] :
-         {std::tuple(u"*", std::uint32_t{FF_Files}, u"One.txt two.txt "),
-          {u"*", FF_Files | FF_Hidden, u"One.txt hidden.txt two.txt "},
+         {std::tuple(u"*", FF_Files | FF_Hidden, u"One.txt hidden.txt two.txt "),
           {u"*", FF_Directories, u"sub "},
-          {u"", all, u""},
           {u";two.*;*.txt;", FF_Files, u"One.txt two.txt two.txt "},
           {u"*.log", FF_Files | FF_Recursive, u"sub\\deep\\four.log "},
           {u"*", all,
@@ -265,8 +251,6 @@ TEST(NativeFileSystem, TellsAndSetsStatus) {
         EXPECT_TRUE(time == 0 || status.LastWriteTime == time);
         EXPECT_EQ(status.Attributes & ReadOnly, after) << before << " " << time;
     }
-    const CHeldFile held(path);
-    EXPECT_EQ(Raised<CFileException>([&] { Files().SetStatus(path, status); })->cause, FC_SharingViolation);
 }
 
 TEST(NativeFileSystem, AnyFailureOfTheSystemLeavesNothingOpen) {
@@ -290,8 +274,7 @@ TEST(NativeFileSystem, AnyFailureOfTheSystemLeavesNothingOpen) {
 
 TEST(NativeFileSystem, SpecialFolders) {
     const CUnicodeString path = CNativeFileSystem::GetSpecialFolder(SF_LocalAppData);
-    EXPECT_EQ(FileSystem::GetPathType(path), PT_DriveAbsolute) << Readable(path.View());
-    EXPECT_EQ(path, FileSystem::AddTrailingSlash(path));
+    EXPECT_TRUE(FileSystem::GetPathType(path) == PT_DriveAbsolute && path.Right(1) == u"\\") << Readable(path.View());
     // The numbers of Windows for its folders, in the order of their names.
     constexpr std::int32_t numbers[] = {48, 29, 26, 10, 47, 30, 35, 25, 46, 31, 23, 22, 24, 45, 3,
                                         33, 0,  16, 17, 6,  20, 34, 1,  32, 28, 13, 39, 19, 18, 5,
@@ -300,7 +283,6 @@ TEST(NativeFileSystem, SpecialFolders) {
     for (std::int32_t folder = 0; folder < 43; ++folder) {
         EXPECT_EQ(SpecialFolders.Get(folder), numbers[folder]) << folder;
     }
-    EXPECT_TRUE(Raised<CInternalError>([] { CNativeFileSystem::GetSpecialFolder(static_cast<TSpecialFolder>(43)); }));
     CNativeFileSystem::SetApplicationFolders(u"Maker\\Program");
     EXPECT_EQ(LocalApplicationFolder, path + u"Maker\\Program");
     EXPECT_EQ(ApplicationFolder, CNativeFileSystem::GetSpecialFolder(SF_AppData) + u"Maker\\Program");
@@ -317,7 +299,6 @@ TEST(NativeFileSystem, SweepsTemporaryObjects) {
         }
         TemporaryDirectories.Set(folder / u"sub\\");
         CNativeFileSystem::SetTemporaryFolder(folder.Path());
-        EXPECT_EQ(TemporaryFolder, folder.Path());
         SetDebugFlag(DebugKeepTempFiles, keeps);
         CNativeFileSystem::ReleaseTemporaryObjects();
         EXPECT_EQ(Found(folder.Path(), u"*", FF_Files | FF_Directories | FF_Recursive),
