@@ -67,8 +67,7 @@ TEST(MessageHandlers, ABoxHasAnIconAndItsPlace) {
 TEST(MessageHandlers, WhatAHandlerCannotShowGoesToTheLastResort) {
     struct CRaisingHandler : CMessageHandler {
         std::int32_t ShowMessageBox(Platform::Window, const char16_t*, const char16_t*, std::uint32_t) override {
-            GenerateLastErrorException(6);
-            return 0;
+            GenerateUserException();
         }
     } handler;
     const CMessageHandlerScope scope(&handler);

@@ -104,10 +104,8 @@ TEST(SehException, FaultsArriveWithTheirTexts) {
     for (const auto& row : rows) {
         // Wine leaves an overflowed stack too little room to look for a handler.
         Claim(row.first == Overflow ? Wine::Ends : Wine::AsWindows, Readable(row.second.View()), [&row] {
-            DivideByZero();
             const CUnicodeString told = FaultText(row.first);
             EXPECT_NE(told.View().find(row.second.View()), std::u16string_view::npos) << Readable(told.View());
-            EXPECT_EQ(Platform::clearfp(), 0U);
         });
     }
 }
@@ -128,13 +126,11 @@ TEST(SehException, EveryThreadHasItsOwnGuardsWithinGuards) {
         constexpr void (*faults[])() = {Divide, Illegal, ReadNothing};
         constexpr std::u16string_view starts[] = {u"Integer division", u"Illegal instruction", u"Access violation"};
         for (int round = 0; round < 200; ++round) {
-            CUnicodeString inner;
             const CUnicodeString outer = FaultText([&] {
-                inner = FaultText(faults[thread]);
+                EXPECT_TRUE(FaultText(faults[thread]).View().starts_with(starts[thread])) << thread;
                 const auto decline = [](const Platform::ExceptionPointers&, void*) { return 0; };
                 Platform::GuardedCall([](void*) { Illegal(); }, decline, nullptr);
             });
-            EXPECT_TRUE(inner.View().starts_with(starts[thread])) << thread;
             EXPECT_TRUE(outer.View().starts_with(starts[1])) << thread;
         }
     });
