@@ -245,9 +245,8 @@ TEST_F(NativeFiles, AnyFailureOfTheSystemLeavesNothingOpen) {
         files.CopyFile(folder / u"g", folder / u"f");
     };
     const auto nobodyHasItOpen = [&](std::int32_t nth) { ASSERT_TRUE(files.CheckFile(folder / u"f", 17)) << nth; };
-    EXPECT_GT(FailEachCall(
-                  "*", 5, Platform::FaultMode::Once, [](std::int32_t) {}, useEverything, nobodyHasItOpen),
-              15);
+    const auto prepareNothing = [](std::int32_t) {};
+    EXPECT_GT(FailEachCall("*", 5, Platform::FaultMode::Once, prepareNothing, useEverything, nobodyHasItOpen), 15);
 }
 
 TEST_F(NativeFiles, SpecialFolders) {

@@ -2,7 +2,7 @@
 
 #include "platform/inc/lasterror.h"
 #include "tests/support/folder.h"
-#include "tests/support/recordinghandler.h"
+#include "tests/support/text.h"
 #include <array>
 #include <cstdlib>
 #include <tuple>
@@ -115,7 +115,7 @@ TEST_F(RegistryKey, WritesWhatAnotherKeyReads) {
     EXPECT_NE(Platform::GetLastError(), 0U) << "what the closing answers";
 }
 
-TEST_F(RegistryKey, MisuseAndFailedWritesNameTheirPlace) {
+TEST_F(RegistryKey, FailedWritesNameTheirPlace) {
     CRegistryKey failed;
     EXPECT_FALSE(failed.Open(User, u"\\a", RK_Write)) << "a path begins with a name";
     Platform::RegCloseKey(key.Handle); // the registry refuses a handle that is not open
@@ -124,11 +124,7 @@ TEST_F(RegistryKey, MisuseAndFailedWritesNameTheirPlace) {
         const auto failure = Raised<CCheckException>([to = unwritable] { to->SetStringValue(u"v", u"x", 4); });
         EXPECT_EQ(failure ? failure->param0 : u"", place);
     }
-    CRegistryKey closed;
-    ExpectRefused({[&] { key.Open(User, TestKey, RK_Read); }, [&] { CRegistryKey().Open(User, TestKey, 3); },
-                   [&] { closed.Open(User, nullptr, RK_Read); }, [&] { closed.GetValueType(u"v"); },
-                   [&] { key.GetValueType(nullptr); }, [&] { closed.SetStringValue(u"v", u"", 2); },
-                   [] { CRegistryKey::GetViewAccess(3); }});
+    EXPECT_TRUE(Raised<CInternalError>([&] { key.Open(User, TestKey, RK_Read); })) << "it is open";
     EXPECT_EQ(CRegistryKey::GetViewAccess(0) << 8 | CRegistryKey::GetViewAccess(1), 0x10200U);
     EXPECT_EQ(CRegistryKey::GetViewAccess(2), 0x100U);
 }

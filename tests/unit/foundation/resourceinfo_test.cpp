@@ -144,9 +144,6 @@ TEST_F(ResourceBaseTest, ScansForLibrariesThatAreSome) {
     CBase none;
     none.Initialize();
     EXPECT_EQ(Numbers(none), "") << "without prefixes there is nothing to choose";
-    CBase nowhere;
-    nowhere.AddPrefix(folder / u"none", u"alpha");
-    EXPECT_TRUE(Raised<CFileException>([&] { nowhere.Initialize(); }));
 }
 
 TEST_F(ResourceBaseTest, ALanguageIsOneThatEveryPrefixHas) {
@@ -167,13 +164,13 @@ TEST_F(ResourceBaseTest, ALanguageIsOneThatEveryPrefixHas) {
 
 TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndReleasedListsAreKeptUpToALimit) {
     CBase base(folder, {u"kept"});
-    base.SetCurrentLanguage(5);
-    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"%0 wurde nicht gefunden.");
-    base.SetCurrentLanguage(5);
-    EXPECT_EQ(Loaded(), u"kept5 ");
-    base.SetCurrentLanguage(2);
-    EXPECT_EQ(Loaded(), u"kept2 ");
-    EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), u"Noop %0");
+    for (const auto& [language, loaded, text] : {std::tuple(5U, u"kept5 ", u"%0 wurde nicht gefunden."),
+                                                 {5U, u"kept5 ", u"%0 wurde nicht gefunden."},
+                                                 {2U, u"kept2 ", u"Noop %0"}}) {
+        base.SetCurrentLanguage(language);
+        EXPECT_EQ(Loaded(), loaded);
+        EXPECT_EQ(base.Text(u"ERR_FILE_NOT_FOUND"), text);
+    }
     EXPECT_EQ(base.Text(u"ERR_BAD_ARCHIVE"), u"(none)") << "an empty text is none";
     EXPECT_EQ(base.FindModuleWithIcon(u"testicon"), Platform::GetModuleHandle((folder / u"kept2.dll").Text()));
     EXPECT_FALSE(base.FindModuleWithIcon(u"ABSENT"));
@@ -184,10 +181,8 @@ TEST_F(ResourceBaseTest, AChosenLanguageIsLoadedOnceAndReleasedListsAreKeptUpToA
     CBase keeping(folder, {u"kept"}, 2);
     keeping.SetCurrentLanguage(2); // after these two the system's own is no longer kept
     keeping.SetCurrentLanguage(3);
-    for (const auto& [language, kept] : {std::pair(4U, u"kept2 kept3 kept4 "),
-                                         {2U, u"kept2 kept3 kept4 "},
-                                         {4U, u"kept2 kept3 kept4 "},
-                                         {5U, u"kept2 kept4 kept5 "}}) {
+    for (const auto& [language, kept] :
+         {std::pair(4U, u"kept2 kept3 kept4 "), {2U, u"kept2 kept3 kept4 "}, {5U, u"kept2 kept4 kept5 "}}) {
         keeping.SetCurrentLanguage(language);
         EXPECT_EQ(Loaded(), kept) << language << " and the two before it";
     }
