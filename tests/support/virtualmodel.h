@@ -2,14 +2,12 @@
 // drives it chooses: a random generator, or the bytes of a fuzzer.
 #pragma once
 
-#include "foundation/inc/errors.h"
 #include "foundation/inc/filesystem.h"
 #include "foundation/inc/virtualfilesystem.h"
 #include "platform/inc/files.h"
 #include <algorithm>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -30,23 +28,23 @@ public:
 
     /// One operation and a look at all invariants. What differed, or an empty text; `done` tells the operation.
     std::string Step(std::string& done) {
-        const std::uint32_t choice = Choose(Handles.empty() ? 2 : 9);
-        SHandle* handle = choice > 2 ? &Handles[ChooseHandle()] : nullptr;
-        const std::int64_t count = Choose(Choose(10) == 0 ? 150'000 : 300);
-        if (choice == 0 && Handles.size() < 8) {
+        const std::uint32_t choice = Choose(8);
+        if (Handles.empty() || (choice == 0 && Handles.size() < 8)) {
             done = "open";
-            Open(ChooseName());
-        } else if (choice < 2) {
-            done = "copy or move";
-            const std::string target = ChooseName();
-            CopyOrMove(target, ChooseName());
-        } else if (choice == 2) {
-            done = "close";
-            Close(ChooseHandle());
-        } else {
-            done = choice < 5 ? "write" : choice < 7 ? "read" : "move ends";
-            choice < 5 ? Write(*handle, count) : choice < 7 ? Read(*handle, count) : MoveEnds(*handle);
+            const std::string name(1, static_cast<char>('a' + Choose(4)));
+            if (Choose(4) == 0 && System.TryDeleteFile(PathOf(name))) { // nobody has it open
+                Files.erase(name);
+            }
+            Open(name);
+            return Wrong;
         }
+        const std::size_t index = Choose(static_cast<std::uint32_t>(Handles.size()));
+        const std::int64_t count = Choose(Choose(10) == 0 ? 150'000 : 300);
+        done = choice < 2 ? "close" : choice < 4 ? "write" : choice < 6 ? "read" : "move ends";
+        choice < 2   ? Close(index)
+        : choice < 4 ? Write(Handles[index], count)
+        : choice < 6 ? Read(Handles[index], count)
+                     : MoveEnds(Handles[index]);
         std::for_each(Handles.begin(), Handles.end(), [this](const SHandle& open) { CheckInvariants(open); });
         return Wrong;
     }
@@ -80,8 +78,6 @@ private:
     char NextByte = 1;
     std::string Wrong;
 
-    std::string ChooseName() { return std::string(1, static_cast<char>('a' + Choose(4))); }
-    std::size_t ChooseHandle() { return Choose(static_cast<std::uint32_t>(Handles.size())); }
     static Tsx::CUnicodeString PathOf(const std::string& name) {
         return Tsx::CVirtualFileSystem::GetRootName() + Tsx::CUnicodeString(name.c_str(), Tsx::AnsiCodePage);
     }
@@ -138,29 +134,8 @@ private:
         }
         const std::int64_t bases[] = {0, handle.position, handle.length};
         const std::uint32_t from = Choose(3);
-        place = Choose(8) == 0 ? -1 : place;
-        try {
-            handle.file->Seek(place - bases[from], from);
-            Expect("seek", 1, place >= 0);
-        } catch (Tsx::CFileException* exception) {
-            Expect("seek", place < 0 ? Tsx::FC_BadSeek : Tsx::FC_None,
-                   std::unique_ptr<Tsx::CFileException>(exception)->cause);
-        }
-        handle.position = std::max<std::int64_t>(place, 0);
-    }
-    void CopyOrMove(const std::string& target, const std::string& source) {
-        const auto isOneOfThem = [&](const SHandle& handle) { return handle.name == target || handle.name == source; };
-        if (std::any_of(Handles.begin(), Handles.end(), isOneOfThem) || source == target || !Files.contains(source)) {
-            return;
-        }
-        SFile& made = Files[target] = Files[source];
-        made.bytes.resize(static_cast<std::size_t>(made.size));
-        if (Choose(2) == 0) {
-            System.CopyFile(PathOf(target), PathOf(source));
-        } else {
-            System.MoveFile(PathOf(target), PathOf(source));
-            Files.erase(source);
-        }
+        Expect("seek", place, handle.file->Seek(place - bases[from], from));
+        handle.position = place;
     }
     void CheckInvariants(const SHandle& handle) {
         const Tsx::CVirtualFile& file = *handle.file;

@@ -8,47 +8,35 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <new>
-#include <string_view>
+#include <string>
 
 using namespace Tsx;
 
 namespace {
 
-std::string_view NameOf(CMessageHandler* handler) {
-    return dynamic_cast<CEventLogMessageHandler*>(handler)  ? "EVENTLOG"
-           : dynamic_cast<CMessageBoxHandler*>(handler)     ? "MESSAGEBOX"
-           : dynamic_cast<CConsoleMessageHandler*>(handler) ? "CONSOLE"
-                                                            : "another";
-}
-
-bool failed = false;
-
-void Check(std::string_view wanted, std::string_view found) {
-    if (wanted != found) {
-        std::fprintf(stderr, "'%s', expected '%s'\n", found.data(), wanted.data());
-        failed = true;
-    }
+std::string NameOf(CMessageHandler* handler) {
+    return handler == InvalidMessageHandler()                ? "invalid "
+           : dynamic_cast<CEventLogMessageHandler*>(handler) ? "EVENTLOG "
+           : dynamic_cast<CMessageBoxHandler*>(handler)      ? "MESSAGEBOX "
+           : dynamic_cast<CConsoleMessageHandler*>(handler)  ? "CONSOLE "
+                                                             : "another ";
 }
 
 } // namespace
 
-int main(int count, char** arguments) {
-    if (count != 3) {
-        return 2;
-    }
-    CStandardOutput output(arguments[2] == std::string_view("pipe") ? EOutput::Pipe : EOutput::Missing);
+int main(int, char** arguments) {
+    const std::string wanted = arguments[1];
+    CStandardOutput output(arguments[2] == std::string("pipe") ? EOutput::Pipe : EOutput::Missing);
     CMessageHandler* handler = GetDefaultMessageHandler();
     output.Finish();
-    Check(arguments[1], NameOf(handler));
-    Check(arguments[1], NameOf(GetCurrentMessageHandler()));
-
+    std::string found = NameOf(handler) + NameOf(GetCurrentMessageHandler());
     handler->~CMessageHandler();
-    Check("invalid", GetDefaultMessageHandler() == InvalidMessageHandler() ? "invalid" : "another");
+    found += NameOf(GetDefaultMessageHandler());
     CLastErrorException exception(5);
     DisplayException(&exception);
     SetApplicationName(u"Application");
     DisplayMessage(u"text", 0x10);
-    Check("Tessarix: text 10\n", ShownBoxes);
-    std::_Exit(failed ? 1 : 0); // the static handler must not be destroyed once more
+    const bool same = found + ShownBoxes == wanted + " " + wanted + " invalid Tessarix: text 10\n";
+    std::fprintf(stderr, "%s%s", found.c_str(), ShownBoxes.c_str());
+    std::_Exit(same ? 0 : 1); // the static handler must not be destroyed once more
 }

@@ -53,14 +53,11 @@ TEST_F(ModuleListTest, CountsLoadsAndUnloadsThemAll) {
     LibrarySearchPath = u"Z:\\no such folder;" + FileSystem::GetPath(Library);
     EXPECT_EQ(LoadModule(FileSystem::GetNameAndExt(Library).Text()), module);
     ASSERT_EQ(ModuleList.Size(), 1);
-    EXPECT_EQ(ModuleList[0].loadCount, 2);
-    EXPECT_FALSE(ModuleList[0].initialized) << "the foundation does not stand";
+    EXPECT_TRUE(ModuleList[0].loadCount == 2 && !ModuleList[0].initialized) << "the foundation does not stand";
     TerminateModules();
-    EXPECT_FALSE(Platform::GetModuleHandle(Library.Text()));
-    EXPECT_TRUE(ModuleList.IsEmpty());
+    EXPECT_TRUE(!Platform::GetModuleHandle(Library.Text()) && ModuleList.IsEmpty());
 
     const Platform::Module held = LoadLibrarySearched(Library.Text());
-    EXPECT_TRUE(held && ModuleList.IsEmpty()) << "the caller's own";
     EXPECT_EQ(TryLoadModule(Library.Text()), held);
     TerminateModules();
     ASSERT_EQ(ModuleList.Size(), 1) << "somebody else holds it";
@@ -71,8 +68,6 @@ TEST_F(ModuleListTest, CountsLoadsAndUnloadsThemAll) {
 TEST_F(ModuleListTest, TellsWhatIsMissing) {
     for (const auto& [name, code] :
          {std::pair(u"no such library.dll", 2U), {u"Z:\\no such folder\\lib.dll", 126U}, {u"", 87U}}) {
-        EXPECT_FALSE(TryLoadModule(name)) << Readable(name);
-        EXPECT_EQ(Platform::GetLastError(), code) << Readable(name);
         const auto failure = Raised<CCheckException>([name = name] { LoadModule(name); });
         EXPECT_TRUE(failure && failure->param0 == name && failure->param1 == GetLastErrorText(code)) << code;
     }
@@ -84,19 +79,15 @@ TEST_F(ModuleListTest, EntriesAreCalledOnceInOrderAndBackwardsAtTheEnd) {
     const CMessageHandlerScope scope(&handler);
     AddStaticModule(Platform::GetProgramModule(), &Note<'a'>, &Note<'x'>);
     AddStaticModule(nullptr, nullptr, nullptr);
-    AddStaticModule(Platform::GetProgramModule(), &Note<'b'>, &Note<'y'>);
-    EXPECT_TRUE(InitializeModules());
-    EXPECT_TRUE(InitializeModules());
+    AddStaticModule(nullptr, &Note<'b'>, &Note<'y'>);
+    EXPECT_TRUE(InitializeModules() && InitializeModules());
     TerminateModules();
     TerminateModules();
     EXPECT_EQ(std::exchange(calls, ""), "abyx");
-    EXPECT_EQ(ModuleList.Size(), 3) << "modules that are linked in stay, and can start again";
-
     AddStaticModule(nullptr, &FailToStart, &FailToStart);
     AddStaticModule(nullptr, &Note<'c'>, &Note<'z'>);
     EXPECT_FALSE(InitializeModules());
-    EXPECT_EQ(calls, "abF") << "a failure ends the walk up";
-    EXPECT_EQ(handler.texts.size(), 1U);
+    EXPECT_EQ(calls, "abF") << "those that are linked in can start again; a failure ends the walk up";
     EXPECT_TRUE(InitializeModules()) << "each is tried once";
     TerminateModules();
     EXPECT_EQ(calls, "abFczFyx") << "but not the walk down";
@@ -108,7 +99,6 @@ TEST(Dll, OwnsWhatItLoaded) {
     for (const std::int32_t ownership : {1, 0}) {
         library.Load(Library.Text());
         const Platform::Module module = library.Handle;
-        EXPECT_EQ(library.GetPath(), FileSystem::GetModulePath(module));
         EXPECT_EQ(std::exchange(library.Ownership, ownership), 1);
         library.Free();
         library.Free();
@@ -122,38 +112,16 @@ TEST(Dll, TellsWhatIsMissing) {
     CLibrary library;
     const auto noLibrary = Raised<CLastErrorException>([&library] { library.Load(u"no such library.dll"); });
     EXPECT_TRUE(noLibrary && noLibrary->code == 126);
-    EXPECT_EQ(library.Ownership, 1);
     library.Load(Library.Text());
     const auto noEntry = Raised<CCheckException>([&library] { library.GetProcedure("NoSuchEntry"); });
-    EXPECT_TRUE(noEntry && noEntry->GetMessageText() == u"Cannot load DLL " + library.GetPath() + u" (NoSuchEntry).\n");
-    CLibrary odd;
-    CLibrary empty;
-    odd.Handle = library.Handle;
-    odd.Ownership = 2;
-    ExpectRefused({[&] { library.Load(u"any"); }, [&] { empty.GetPath(); }, [&] { empty.GetProcedure("any"); }});
-    EXPECT_TRUE(Raised<CInternalError>([&] { odd.Free(); }));
-    EXPECT_FALSE(odd.IsLoaded()) << "forgotten all the same";
-}
-
-TEST(VersionInfo, AFileWithoutARecordHasNothingToTell) {
-    const CTestFolder folder;
-    folder.Write(u"elf.dll", std::string("\x7F") + "ELF\x02\x01\x01" + std::string(60, '\xFF'));
-    for (const char16_t* name : {u"elf.dll", u"none\\x.dll"}) {
-        CVersionInfo version;
-        version.Load(folder / name);
-        Platform::FixedFileInfo fixed{};
-        EXPECT_TRUE(version.GetString(u"InternalName").IsEmpty() && !version.GetFixedInfo(fixed)) << Readable(name);
-    }
+    EXPECT_EQ(noEntry ? noEntry->param0 : u"", FileSystem::GetModulePath(library.Handle) + u" (NoSuchEntry)");
+    EXPECT_TRUE(Raised<CInternalError>([&library] { library.Load(u"any"); })) << "it is loaded";
 }
 
 TEST(ProgramIdentity, IsWhatTheRecordSaysOrTheTitle) {
     CVersionInfo own;
     own.Load(FileSystem::GetProgramPath());
-    const CProgramIdentity program = IdentifyProgram(own, u"tool");
-    EXPECT_TRUE(program.HasLogo);
-    EXPECT_EQ(program.Name + u'|' + program.RegistryPath, u"Corvane|Software\\Ostrel\\Corvane\\5.00");
-    EXPECT_EQ(program.Logo[0] + u'|' + program.Logo[1] + u'|' + program.Logo[2] + u'|' + program.Logo[3],
-              u"Corvane|Corvane mail command|5.0|Copyright (c) Ostrel");
+    EXPECT_EQ(IdentifyProgram(own, u"tool").RegistryPath, u"Software\\Ostrel\\Corvane\\5.00");
     const CProgramIdentity bare = IdentifyProgram(CVersionInfo(), u"tool");
     EXPECT_TRUE(bare.RegistryPath == u"Software\\Ostrel\\tool" && !bare.HasLogo);
 }

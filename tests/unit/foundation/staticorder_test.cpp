@@ -18,12 +18,8 @@ constinit bool failed = false;
 
 // An object of this source: it comes up after all of the foundation's and can use them both ways.
 struct CLateUser {
-    CLateUser() : text(u"  made while static objects are built ") { text.Trim(); }
-    ~CLateUser() {
-        text += u", and used while they go, in a block of its own that is longer than any pool has";
-        failed = failed || text.Length() < 100;
-    }
-    Tsx::CUnicodeString text;
+    ~CLateUser() { failed = failed || (text + u" and used while they go, in a longer block").Length() < 50; }
+    const Tsx::CUnicodeString text{u"made while static objects are built"};
 };
 const CLateUser LateUser;
 

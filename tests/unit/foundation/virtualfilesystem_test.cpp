@@ -11,7 +11,6 @@
 #include "tests/support/recordinghandler.h"
 #include "tests/support/virtualmodel.h"
 #include <atomic>
-#include <cstdlib>
 #include <limits>
 #include <random>
 #include <tuple>
@@ -20,7 +19,6 @@ using namespace Tsx;
 
 namespace {
 
-constexpr std::uint32_t Both = Platform::GenericRead | Platform::GenericWrite;
 constexpr std::uint32_t WriteMode = OM_Write | OM_ShareExclusive | OM_Create;
 constexpr std::int64_t Most = std::numeric_limits<std::int64_t>::max();
 
@@ -36,13 +34,8 @@ CUnicodeString Path(const char16_t* name) {
 struct SFile {
     explicit SFile(std::uint32_t attributes = 128, std::int64_t reserve = 0) : data(u"name", attributes, reserve) {}
     CVirtualFileData data;
-    CVirtualFile file{Both, 3, &data};
+    CVirtualFile file{Platform::GenericRead | Platform::GenericWrite, 3, &data};
 };
-
-/// A handle that no CFile owns.
-CBaseFile* OpenBare(std::uint32_t access, std::uint32_t disposition, Platform::Handle mapping = nullptr) {
-    return System().OpenFile(Path(u"bare"), access, 3, nullptr, disposition, 128, mapping, mapping ? 100 : 0, nullptr);
-}
 
 void WriteAt(CBaseFile& file, std::int64_t position, const std::string& bytes) {
     file.Seek(position, SeekFromStart);
@@ -103,9 +96,8 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
     // What is reserved, the positions that a byte each is written at, and the sizes of the mappings.
     using TRow = std::tuple<std::int64_t, std::vector<std::int64_t>, const char*>;
     for (const auto& [reserve, positions, sizes] :
-         {TRow{1'000'000, {}, ""},
-          {1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
-          {0, {0, 10'000'000}, "65536 9961472 "},
+         {TRow{
+              1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
           {100'000, {500'000}, "131072 393216 "},
           {0, {0, 131'072}, "65536 65536 65536 "}}) { // a jump of whole units ends short
         SFile made(128, reserve);
@@ -141,7 +133,7 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
         EXPECT_EQ(Code([&] { file.Seek(offset, SeekFromEnd); }), 1000U + FC_BadSeek) << offset;
         EXPECT_EQ(file.GetPosition(), 0) << offset;
     }
-    EXPECT_EQ(file.Seek(Most, SeekFromStart), Most) << "beyond the end is allowed";
+    file.Seek(Most, SeekFromStart);
     EXPECT_EQ(Code([&] { file.Write("x", 1); }), 112U) << "more than can be counted";
     EXPECT_EQ(file.GetLength(), 8);
     file.SetLength(Most);
@@ -152,60 +144,37 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
     CMemoryFile other;
     EXPECT_EQ(Code([&] { readOnly.file.Write("x", 1); }), 32U);
     EXPECT_EQ(Code([&] { readOnly.file.LoadFrom(other); }), 32U);
-    ExpectRefused({[&] { file.Write(nullptr, 1); }, [&] { file.Read(nullptr, 1); }, [&] { file.Read(&made, -1); },
-                   [&] { file.Seek(0, 3); }, [&] { file.SetLength(-1); }, [&] { file.GetView(-1); },
-                   [&] { made.data.GetMapping(-1); }});
     file.Close();
-    ExpectRefused({[&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
-}
-
-TEST(VirtualFile, TheViewUsedLongestAgoGoes) {
-    SFile made(128, 20 * ViewSize);
-    for (const std::int64_t unit : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 0, 10, 9}) {
-        WriteAt(made.file, unit * ViewSize, "x");
-    }
-    std::string units;
-    for (const CVirtualView& view : made.file.Views) {
-        units += std::to_string(view.GetStart() / ViewSize) + ' ';
-    }
-    EXPECT_EQ(units, "9 10 0 9 8 7 6 5 4 3 ") << "one that lies behind a later one is missed, and made again";
+    ExpectRefused({[&] { reader.SetLength(-1); }, [&] { file.SetLength(0); }, [&] { file.Write("closed", 6); }});
 }
 
 TEST(VirtualFile, HandlesOnTwoThreads) {
-    CVirtualFileData data(u"name", 128, std::int64_t{0});
-    OnThreads(2, [&](int thread) {
-        CVirtualFile file(Both, 3, &data);
-        for (std::int64_t i = 0; i < 4000; ++i) { // more views than a handle keeps, and a range that grows at first
-            const std::int64_t position = (i % 200 * 2 + thread) * ViewSize;
-            WriteAt(file, position, std::to_string(thread));
-            ASSERT_EQ(ReadAt(file, position, 1), std::to_string(thread)) << position;
-        }
-    });
-    for (const CVirtualMapping* mapping : data.Mappings) {
-        EXPECT_TRUE(mapping->Mapping->Views.IsEmpty());
+    for (int round = 0; round < 60; ++round) { // over one mapping, or a range that grows
+        CVirtualFileData data(u"name", 128, round % 2 * 200 * ViewSize);
+        OnThreads(2, [&data](int thread) {
+            CVirtualFile file(Platform::GenericRead | Platform::GenericWrite, 3, &data);
+            for (std::int64_t i = 0; i < 300; ++i) { // more views than a handle keeps
+                const std::int64_t position = (i % 100 * 2 + thread) * ViewSize;
+                WriteAt(file, position, std::to_string(thread));
+                ASSERT_EQ(ReadAt(file, position, 1), std::to_string(thread)) << position;
+            }
+        });
+        EXPECT_TRUE(data.Mappings[0]->Mapping->Views.IsEmpty());
     }
 }
 
-TEST(VirtualFile, LoadsFromAndSavesToAnyFile) {
-    struct CSlowFile : CMemoryFile {
+TEST(VirtualFile, LoadsFromAnyFile) {
+    struct CCutFile : CMemoryFile {
         using CMemoryFile::CMemoryFile;
-        std::int32_t Read(void* buffer, std::int32_t count) override {
-            return CMemoryFile::Read(buffer, std::min(count, 1000));
-        }
-        std::int64_t GetLength() const override { return 200'001; }
+        std::int64_t GetLength() const override { return 3; }
     };
-    std::string content(200'001, 'c');
-    content.replace(65'535, 3, "xyz");
     SFile made;
-    CSlowFile source(content);
-    CMemoryFile target(std::string(300'000, 't'));
-    source.position = 7;
-    made.file.LoadFrom(source);
-    made.file.Seek(5, SeekFromStart);
-    made.file.SaveTo(target);
-    EXPECT_TRUE(target.bytes == content && source.position == 7 && made.file.GetPosition() == 5);
-    source.bytes.pop_back();
-    EXPECT_EQ(Code([&] { made.file.LoadFrom(source); }), 1000U + FC_EndOfFile) << "instead of waiting for ever";
+    CCutFile whole("abc");
+    CCutFile cut("ab");
+    whole.position = 1;
+    made.file.LoadFrom(whole);
+    EXPECT_EQ(ReadAt(made.file, 0, 9) + std::to_string(whole.position), "abc1");
+    EXPECT_EQ(Code([&] { made.file.LoadFrom(cut); }), 1000U + FC_EndOfFile) << "instead of waiting for ever";
 }
 
 TEST(VirtualModel, RandomOperationsGiveTheSame) {
@@ -221,11 +190,9 @@ TEST(VirtualModel, RandomOperationsGiveTheSame) {
 TEST_F(VirtualFileSystem, OpensByDisposition) {
     constexpr std::uint32_t write = OM_Write | OM_ShareDenyNone;
     // The name, mode and attributes of an opening; its code, and the file's content and attributes behind it.
-    using TRow = std::tuple<const char*, const char16_t*, std::uint32_t, std::uint32_t, const char*>;
     Write(Path(u"old"), "old");
     for (const auto& [name, file, mode, attributes, expected] :
-         {TRow{"existing, missing", u"no", write, 128, "2 (missing) 0"},
-          {"existing", u"old", write, 128, "0 old 160"},
+         {std::tuple("existing, missing", u"no", write, 128U, "2 (missing) 0"),
           {"new, there", u"old", write | OM_CreateNew, 128, "5 old 160"},
           {"new", u"d\\e\\new", write | OM_CreateNew, 128, "0  160"},
           {"always keeping, made", u"kept", write | OM_Create | OM_NoTruncate, 128, "0  128"},
@@ -238,7 +205,6 @@ TEST_F(VirtualFileSystem, OpensByDisposition) {
         EXPECT_EQ(std::to_string(code) + ' ' + Content(path) + ' ' + std::to_string(behind), expected) << name;
     }
     EXPECT_EQ(Listing(u""), u"kept Old r d\\ ") << "in the order of the table, by the latest spelling";
-    EXPECT_TRUE(Raised<CInternalError>([] { OpenBare(Platform::GenericRead, 5); }));
 }
 
 TEST_F(VirtualFileSystem, SharesOneWay) {
@@ -260,17 +226,16 @@ TEST_F(VirtualFileSystem, SharesOneWay) {
     EXPECT_EQ(Code([&] { CFile().Open(path, OM_Write | OM_ShareDenyNone); }), 32U);
     EXPECT_TRUE(System().CheckFile(path, OM_Read | OM_ShareExclusive));
     EXPECT_TRUE(System().TryDeleteFile(path)) << "a question leaves no handle behind";
-    EXPECT_FALSE(System().CheckFile(path, OM_Read | OM_ShareExclusive) || System().CheckFile(u"", FA_Exists));
+    EXPECT_FALSE(System().CheckFile(path, OM_Read | OM_ShareExclusive));
 }
 
 TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     Write(Path(u"a\\b/c\\f.txt"));
     EXPECT_TRUE(System().DirectoryExists(Path(u"A\\B\\")) && !System().DirectoryExists(Path(u"a\\b\\c\\f.txt")));
-    EXPECT_FALSE(System().CheckFile(Path(u"a\\b"), FA_Exists)) << "is no file";
     System().CreateDirectory(Path(u"a\\b\\d"), true);
     System().CreateDirectory(Path(u"a\\b\\d"), true);
     EXPECT_EQ(Code([] { System().RemoveDirectory(Path(u"a\\b")); }), 32U);
-    EXPECT_EQ(Code([] { System().RemoveDirectory(Path(u"a\\none")); }), 0U);
+    System().RemoveDirectory(Path(u"a\\none"));
     System().RemoveDirectory(Path(u"a\\b\\d\\"));
     EXPECT_EQ(Listing(u"a\\b") + Listing(u"none"), u"c\\ ");
 
@@ -284,8 +249,7 @@ TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     System().GetStatus(Path(u"a\\b\\c\\f.txt"), status);
     EXPECT_GT(status.CreationTime, 130'000'000'000'000'000) << "after 2012";
     std::tie(status.CreationTime, status.LastWriteTime, status.LastAccessTime) = std::tuple(4, 5, 6);
-    status.Attributes = 3;
-    status.Size = 77;
+    std::tie(status.Attributes, status.Size) = std::tuple(3, 77);
     System().SetStatus(Path(u"a\\b\\c\\F.TXT"), status);
     System().SetStatus(Path(u"a\\b"), status);
     EXPECT_EQ(told(u"a\\b\\c\\f.txt"), Path(u"a\\b\\c\\f.txt f.txt 3 1 4 5 6")) << "the size stays";
@@ -295,10 +259,6 @@ TEST_F(VirtualFileSystem, DirectoriesAndTheirStatus) {
     EXPECT_EQ(Code([&] { System().GetStatus(Path(u"a\\x"), status); }), 2U);
     EXPECT_EQ(Code([] { System().DeleteFile(Path(u"a")); }), 2U);
     EXPECT_GT(System().GetFreeSpace(Path(u"")), 0);
-    ExpectRefused({[] { System().DirectoryExists(u"C:\\x"); }, [] { System().DirectoryExists(u""); },
-                   [] { System().CheckFile(u"C:\\x", FA_Exists); }, [] { System().TryDeleteFile(u""); },
-                   [] { System().RemoveDirectory(u"C:\\"); }, [] { System().MoveFile(u"C:\\x", u"C:\\y"); },
-                   [] { System().CopyFile(u"C:\\x", u"C:\\y"); }, [] { System().CloseFile(nullptr, true); }});
 }
 
 TEST_F(VirtualFileSystem, MatchesNames) {
@@ -307,7 +267,6 @@ TEST_F(VirtualFileSystem, MatchesNames) {
     }
     for (const auto& [pattern, matching] :
          {std::pair(u"*", u"a.b.c ab.txt ab abc.txt Abd.txt abc abcd d.x\\ "), // needs no match
-          {u"?*", u"ab abc abcd "},
           {u"abc*", u"abcd "},
           {u"a*b", u"abc abcd "},
           {u"a?c.t*", u"abc.txt "},
@@ -320,22 +279,25 @@ TEST_F(VirtualFileSystem, MatchesNames) {
 
 TEST_F(VirtualFileSystem, FilesOverMappingsMadeElsewhere) {
     CMemoryMapping made(1, 100);
+    const auto open = [&](std::uint32_t access, std::uint32_t disposition) {
+        return System().OpenFile(Path(u"f"), access, 3, nullptr, disposition, 128, made.Handle, 100, nullptr);
+    };
     std::memcpy(made.MapView(Platform::FileMapWrite, 0, 0), "elsewhere", 10);
-    EXPECT_EQ(Code([&] { OpenBare(Platform::GenericWrite, Platform::CreateNew, made.Handle); }), 32U);
+    EXPECT_EQ(Code([&] { open(Platform::GenericWrite, Platform::CreateNew); }), 32U);
     CBaseFile* file = nullptr; // failures leave the mapping with its maker, who offers it again
     for (std::int32_t nth = 1; !file; ++nth) {
         EXPECT_EQ(Listing(u""), u"") << nth;
         Platform::ArmFault("allocation", nth, 8, Platform::FaultMode::FromThenOn);
-        Raised<CMemoryException>([&] { file = OpenBare(Platform::GenericRead, Platform::CreateNew, made.Handle); });
+        Raised<CMemoryException>([&] { file = open(Platform::GenericRead, Platform::CreateNew); });
         Platform::DisarmFaults();
     }
     made.Handle = nullptr; // the file's now
     EXPECT_EQ(ReadAt(*file, 0, 200), "elsewhere" + std::string(91, '\0'));
-    EXPECT_EQ(System().GetAttributes(Path(u"bare")), 161U);
+    EXPECT_EQ(System().GetAttributes(Path(u"f")), 161U);
     file->SetLength(0x10000);
     EXPECT_TRUE(Raised<CInternalError>([&] { ReadAt(*file, 0, 0x10000); })) << "the mapping ends before";
     System().CloseFile(file, false);
-    EXPECT_EQ(Code([] { OpenBare(Platform::GenericWrite, Platform::OpenAlways); }), 32U);
+    EXPECT_EQ(Code([&] { open(Platform::GenericWrite, Platform::OpenAlways); }), 32U);
 }
 
 TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
@@ -358,33 +320,10 @@ TEST_F(VirtualFileSystem, TheSweepClosesAndDeletes) {
     stubborn.stays = false;
     EXPECT_EQ(Code([] { System().ReleaseAll(); }), 112U);
     EXPECT_EQ(Listing(u""), u"");
-    CBaseFile* ownerless = OpenBare(Platform::GenericRead, Platform::CreateNew);
-    EXPECT_TRUE(Raised<CInternalError>([] { System().ReleaseAll(); })) << "nobody can close it";
-    System().CloseFile(ownerless, true);
-
-    Write(Path(u"d\\left.txt"));
-    System().CreateDirectory(Path(u"d\\e"), false);
+    Write(Path(u"d\\e\\left.txt"));
     System().SetAttributes(Path(u"d\\e"), 128); // looks like a file
-    testing::internal::CaptureStderr();
     FileSystem::ShutdownFileSystems();
-    const std::string told = R"(Undeleted object in virtual file sustem: \\Ostrel\Tessarix\VirtualFiles$\)";
-    const std::string traced = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(!std::getenv("TESSARIX_DEBUG_OUTPUT") ||
-                traced == told + "bare\n" + told + "d\n" + told + "d\\left.txt\n" + told + "d\\e\n")
-        << traced;
-}
-
-TEST_F(VirtualFileSystem, CloseAndAbortAreCrossed) {
-    CRecordingHandler handler;
-    const CMessageHandlerScope scope(&handler);
-    for (const bool abort : {true, false}) {
-        CBaseFile* file = OpenBare(Platform::GenericWrite, Platform::CreateAlways);
-        file->Write("x", 1);
-        CVirtualView* view = dynamic_cast<CVirtualFile*>(file)->Views.GetFirst();
-        view->Owner->Mapping->UnmapView(view->Data); // closing will not find it
-        EXPECT_EQ(Raised<CInternalError>([&] { System().CloseFile(file, abort); }) != nullptr, abort) << "or shown";
-        EXPECT_TRUE(System().TryDeleteFile(Path(u"bare"))) << "closed and forgotten all the same";
-    }
+    EXPECT_FALSE(System().DirectoryExists(Path(u"d")) || System().DirectoryExists(Path(u"d\\e")));
 }
 
 TEST_F(VirtualFileSystem, OtherThreadsSeeEachOperationWhole) {
@@ -410,76 +349,53 @@ TEST_F(VirtualFileSystem, OtherThreadsSeeEachOperationWhole) {
     });
 }
 
-TEST_F(VirtualFileSystem, CopiesAndMovesAcrossTheBorder) {
+TEST_F(VirtualFileSystem, CopiesAndMovesLoseNothing) {
     const CTestFolder folder;
+    const CUnicodeString native = folder / u"native";
     std::string content(150'000, 'c');
     content.replace(65'530, 10, "0123456789");
-    for (const auto& [source, target, attributes] : {std::tuple(Path(u"d\\source"), Path(u"e\\target"), 1U),
-                                                     {Path(u"d\\source"), folder / u"target", 128U},
-                                                     {folder / u"source", Path(u"e\\target"), 1U}}) {
-        for (const bool move : {false, true}) {
-            Write(source, content);
-            move ? System().MoveFile(target, source) : System().CopyFile(target, source);
-            EXPECT_TRUE(Content(target) == content) << Readable(target.View()) << move;
-            EXPECT_EQ(Content(source) == "(missing)", move);
-            Write(target, "an older content");
-            FileSystem::GetFileSystem(target).SetAttributes(target, attributes); // read-only is of no account here
-        }
-        FileSystem::GetFileSystem(target).DeleteFile(target);
-    }
-    Write(Path(u"f"), "f");
-    System().RenameFile(Path(u"f"), Path(u"g"));
-    EXPECT_EQ(Code([] { System().MoveFileOnVolume(Path(u"g"), Path(u"G")); }), 32U) << "onto itself";
-    EXPECT_EQ(Code([] { System().CopyFile(Path(u"h"), Path(u"f")); }), 2U);
-    EXPECT_EQ(Content(Path(u"g")) + Content(Path(u"h")), "f(missing)");
-}
-
-TEST_F(VirtualFileSystem, FailuresLoseNothing) {
-    const CTestFolder folder;
-    const std::string content(150'000, 'c');
-    const CUnicodeString native = folder / u"native";
-    Write(Path(u"source"), content);
-    for (const auto& [target, code] : {std::pair(native, 1005U), {Path(u"held"), 32U}}) {
+    Write(Path(u"first"), content);
+    for (const auto& [target, code] : {std::pair(folder / u"held", 1005U), {Path(u"held"), 32U}}) {
         Write(target, "old");
         CFile held;
         held.Open(target, OM_Read | OM_ShareExclusive);
-        EXPECT_EQ(Code([&, path = target] { System().MoveFile(path, Path(u"source")); }), code);
+        EXPECT_EQ(Code([&, path = target] { System().MoveFile(path, Path(u"first")); }), code);
         held.Close();
         EXPECT_EQ(Content(target), "old");
     }
-    EXPECT_EQ(Code([&] { System().MoveFile(folder / u"none\\f", Path(u"source")); }), 1003U);
-    EXPECT_TRUE(Content(Path(u"source")) == content);
-    if (!Platform::FaultsAvailable()) {
-        return;
-    }
+    EXPECT_EQ(Code([&] { System().MoveFile(folder / u"none\\f", Path(u"first")); }), 1003U);
+    EXPECT_EQ(Code([] { System().CopyFile(Path(u"h"), Path(u"none")); }), 2U);
+    EXPECT_EQ(Code([] { System().MoveFileOnVolume(Path(u"first"), Path(u"FIRST")); }), 32U) << "onto itself";
+    System().RenameFile(Path(u"first"), Path(u"g"));
+    EXPECT_TRUE(Content(Path(u"g")) == content && Content(Path(u"h")) == "(missing)");
     // The disk is full at the n-th call of any kind, once or from then on; or it takes all but says that it took less.
     using enum Platform::FaultMode;
-    for (const auto& [function, mode] : {std::pair("*", Once),
-                                         {"*", FromThenOn},
-                                         {"WriteFile", FromThenOn},
-                                         {"CloseHandle", Once},
-                                         {"allocation", Once},
-                                         {"allocation", FromThenOn}}) {
-        for (const auto& [source, target] :
-             {std::pair(Path(u"source"), native), {native, Path(u"target")}, {Path(u"source"), Path(u"new\\target")}}) {
-            FileSystem::GetFileSystem(target).TryDeleteFile(target);
-            const auto prepare = [&, from = source](std::int32_t) { Write(from, content); };
+    for (const auto& [function, mode] :
+         {std::pair("*", Once), {"*", FromThenOn}, {"WriteFile", FromThenOn}, {"allocation", FromThenOn}}) {
+        for (const auto& [source, target, attributes] : {std::tuple(Path(u"source"), native, 128U),
+                                                         {native, Path(u"target"), 1U},
+                                                         {Path(u"source"), Path(u"new\\target"), 1U}}) {
+            const auto prepare = [&, from = source, to = target, own = attributes](std::int32_t) {
+                Write(from, content);
+                Write(to, "old");
+                FileSystem::GetFileSystem(to).SetAttributes(to, own); // read-only is of no account here
+            };
             const auto move = [from = source, to = target] { System().MoveFile(to, from); };
             const auto check = [&, from = source, to = target, once = mode == Once](std::int32_t nth) {
                 const std::string left = Content(to);
                 EXPECT_TRUE(left == content || Content(from) == content) << nth << Readable(to.View());
                 // Where every call fails the half file cannot be deleted either; one that could not be opened is empty.
-                EXPECT_TRUE(left == content || left == "(missing)" || left.empty() || !once) << nth;
-                FileSystem::GetFileSystem(to).TryDeleteFile(to);
+                EXPECT_TRUE(left == content || left == "(missing)" || left == "old" || left.empty() || !once) << nth;
             };
             FailEachCall(function, 112, mode, prepare, move, check);
+            EXPECT_TRUE(Content(target) == content && Content(source) == "(missing)") << Readable(target.View());
         }
     }
-    Platform::ArmFault("GlobalMemoryStatusEx", 1, 1450, Once);
-    EXPECT_TRUE(Raised<CInternalError>([] { System().GetFreeSpace(Path(u"")); }));
-    Write(Path(u"source"), "twelve bytes");
-    Platform::ArmShortTransfers(5);
-    System().CopyFile(native, Path(u"source"));
-    Platform::DisarmFaults();
-    EXPECT_EQ(folder.Content(u"native"), "twelve bytes");
+    for (const auto& [source, target] : {std::pair(Path(u"source"), native), {native, Path(u"back")}}) {
+        Write(source, "twelve bytes");
+        Platform::ArmShortTransfers(5);
+        System().CopyFile(target, source);
+        Platform::DisarmFaults();
+        EXPECT_EQ(Content(target) + Content(source), "twelve bytestwelve bytes");
+    }
 }
