@@ -69,17 +69,18 @@ private:
 
 TEST_F(Faults, EachAllocationOfARunFailsInTurn) {
     for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
-        bool failed = true;
-        for (std::int32_t nth = 1; failed; ++nth) {
-            CRun run;
-            Platform::ArmFault("allocation", nth, Platform::ErrorNotEnoughMemory, mode);
-            failed = Raised<CMemoryException>([&] { run.GoOn(); }) != nullptr;
-            const bool reached = Platform::FaultCallsSeen() >= nth;
-            Platform::DisarmFaults();
-            EXPECT_EQ(failed, reached);
-            EXPECT_TRUE(failed || nth > 20) << "the sweep saw the allocations";
-            run.ExpectWhole();
-        }
+        std::unique_ptr<CRun> run;
+        std::int32_t runs = 0;
+        std::int32_t failed = 0;
+        FailEachCall(
+            "allocation", Platform::ErrorNotEnoughMemory, mode,
+            [&](std::int32_t) {
+                run = std::make_unique<CRun>();
+                ++runs;
+            },
+            [&] { failed += Raised<CMemoryException>([&] { run->GoOn(); }) ? 1 : 0; },
+            [&](std::int32_t) { run->ExpectWhole(); });
+        EXPECT_TRUE(failed > 20 && runs == failed + 1) << failed << " of " << runs;
     }
 }
 
