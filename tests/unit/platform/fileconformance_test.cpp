@@ -10,54 +10,46 @@ constexpr std::uint32_t W = GenericWrite;
 
 } // namespace
 
+// A name, an access, and a letter for the disposition: new, always, existing, or always opened, truncated. The last
+// error (0 and 183 are successes) and the file's size afterwards, -1 without one.
 TEST(FileConformance, DispositionsDoWhatTheirNamesSay) {
-    struct Row {
-        std::u16string_view path;
-        std::uint32_t access, disposition, error; // the last error: 0 and 183 are successes
-        std::int64_t size;                        // afterwards, -1: not there
-        const char* claim = "";                   // for what Wine answers otherwise
-    };
-    const auto check = [](const Row& row, std::uint32_t attributes = FileAttributeNormal) {
+    std::uint32_t attributes = FileAttributeNormal;
+    const auto opened = [&](const std::u16string& question) {
         const CScratch scratch;
         for (const char16_t* name : {u"file", u"readonly", u"hidden"}) {
             scratch.Make(name, "abc");
         }
         EXPECT_TRUE(Do(scratch, u"mkdir folder; protect readonly; hide hidden"));
-        Claim(*row.claim ? Wine::Otherwise : Wine::AsWindows, row.claim, [&] {
-            const bool opened = scratch.CanOpen(row.path, row.access, 0, row.disposition, attributes);
-            const std::string name = Readable(row.path) + " " + std::to_string(row.disposition);
-            EXPECT_EQ(GetLastError(), row.error) << name;
-            EXPECT_EQ(opened, row.error == 0 || row.error == ErrorAlreadyExists) << name;
-            EXPECT_EQ(scratch.SizeOf(row.path), row.size) << name;
-        });
+        const std::u16string name = question.substr(0, question.rfind(u','));
+        const char16_t access = question[name.size() + 2];
+        const auto disposition = static_cast<std::uint32_t>(std::u16string_view(u" naeot?").find(question.back()));
+        const bool done = scratch.CanOpen(name,
+                                          access == u'w'   ? W
+                                          : access == u'r' ? R
+                                                           : 0,
+                                          0, disposition, attributes);
+        const std::uint32_t error = GetLastError();
+        EXPECT_EQ(done, error == 0 || error == ErrorAlreadyExists) << Readable(question);
+        return std::to_string(error) + " " + std::to_string(scratch.SizeOf(name));
     };
-    constexpr Row rows[] = {
-        {u"new", W, CreateNew, 0, 0},           {u"file", W, CreateNew, 80, 3},
-        {u"FILE", W, CreateNew, 80, 3},         {u"folder", W, CreateNew, 80, 0},
-        {u"none\\new", W, CreateNew, 3, -1},    {u"file\\new", W, CreateNew, 3, -1},
-        {u"new\\", W, CreateNew, 123, -1},      {u"a?b", W, CreateNew, 123, -1},
-        {u"a\x1F", W, CreateNew, 123, -1},      {u" a..b c", W, CreateNew, 0, 0},
-        {u"\U0001F600", W, CreateNew, 0, 0},    {u"new", W, CreateAlways, 0, 0},
-        {u"file", W, CreateAlways, 183, 0},     {u"file", R, CreateAlways, 183, 0},
-        {u"folder", W, CreateAlways, 5, 0},     {u"FilE", R, OpenExisting, 0, 3},
-        {u"file", 0, OpenExisting, 0, 3},       {u"new", R, OpenExisting, 2, -1},
-        {u"none\\new", R, OpenExisting, 3, -1}, {u"folder", R, OpenExisting, 5, 0},
-        {u"file\\", R, OpenExisting, 123, -1},  {u"readonly", R, OpenExisting, 0, 3},
-        {u"hidden", W, OpenExisting, 0, 3},     {u"a|b", R, OpenExisting, 123, -1},
-        {u"file. .", R, OpenExisting, 0, 3},    {u"folder\\..\\no\\..\\file", R, OpenExisting, 0, 3},
-        {u"new", W, OpenAlways, 0, 0},          {u"file", W, OpenAlways, 183, 3},
-        {u"folder", W, OpenAlways, 5, 0},       {u"file", W, TruncateExisting, 0, 0},
-        {u"new", W, TruncateExisting, 2, -1},   {u"file", R, 6, 87, 3}};
-    for (const Row& row : rows) {
-        check(row);
-    }
-    check({u"hidden", W, CreateAlways, 183, 0}, FileAttributeHidden);
-    check({u"folder", R, OpenExisting, 0, 0}, FileFlagBackupSemantics);
-    check({u"readonly", W, CreateAlways, 5, 3, "always over a read-only file"}); // a root's Wine
-    check({u"hidden", W, CreateAlways, 5, 3, "always over a hidden file"});
-    check({u"folder\\", R, OpenExisting, 3, 0, "existing folder with a closing separator"});
-    check({u"readonly", W, OpenExisting, 5, 3, "existing read-only, to write"});
-    check({u"file", R, TruncateExisting, 87, 3, "empty without writing"});
+    ExpectRows(opened, {u"new, wn -> 0 0", u"file, wn -> 80 3", u"FILE, wn -> 80 3", u"folder, wn -> 80 0",
+                        u"none\\new, wn -> 3 -1", u"file\\new, wn -> 3 -1", u"new\\, wn -> 123 -1",
+                        u"a?b, wn -> 123 -1", u"a\x1F, wn -> 123 -1", u" a..b c, wn -> 0 0", u"\U0001F600, wn -> 0 0"});
+    ExpectRows(opened, {u"new, wa -> 0 0", u"file, wa -> 183 0", u"file, ra -> 183 0", u"folder, wa -> 5 0"});
+    ExpectRows(opened, {u"FilE, re -> 0 3", u"file, -e -> 0 3", u"new, re -> 2 -1", u"none\\new, re -> 3 -1",
+                        u"folder, re -> 5 0", u"file\\, re -> 123 -1", u"readonly, re -> 0 3", u"hidden, we -> 0 3",
+                        u"a|b, re -> 123 -1", u"file. ., re -> 0 3", u"folder\\..\\no\\..\\file, re -> 0 3"});
+    ExpectRows(opened, {u"new, wo -> 0 0", u"file, wo -> 183 3", u"folder, wo -> 5 0", u"file, wt -> 0 0",
+                        u"new, wt -> 2 -1", u"file, r? -> 87 3"});
+    // Wine opens what is hidden or read-only, and empties without writing.
+    ExpectRows(opened,
+               {u"readonly, wa -> 5 3", u"hidden, wa -> 5 3", u"folder\\, re -> 3 0", u"readonly, we -> 5 3",
+                u"file, rt -> 87 3"},
+               Wine::Otherwise);
+    attributes = FileAttributeHidden;
+    ExpectRows(opened, {u"hidden, wa -> 183 0"});
+    attributes = FileFlagBackupSemantics;
+    ExpectRows(opened, {u"folder, re -> 0 0"});
     EXPECT_EQ(ErrorOf([] { return CreateFile(u"", R, 0, nullptr, OpenExisting, 0, nullptr) != InvalidHandle(); }), 3U);
 }
 
