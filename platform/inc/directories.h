@@ -33,10 +33,6 @@ bool CreateDirectory(const char16_t* path, void* security);
 /// Removes an empty folder. Fails with 145 on one that isn't empty, with 267 on a file, with 5 on a read-only one.
 bool RemoveDirectory(const char16_t* path);
 
-/// The current folder, with the protocol of GetFullPathName.
-std::uint32_t GetCurrentDirectory(std::uint32_t size, char16_t* buffer);
-bool SetCurrentDirectory(const char16_t* path);
-
 /// Bytes free to the caller, in all, and free in all, on the volume of a folder. Null arguments are left out; a null
 /// path is the current folder.
 bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::uint64_t* total,

@@ -80,11 +80,9 @@ bool SetEndOfFile(Handle file);
 /// The low word of the size; the high one goes to `*sizeHigh` unless that is null. InvalidFileSize is a failure only if
 /// the last error is not 0.
 std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh);
-bool GetFileSizeEx(Handle file, std::int64_t& size);
 
-/// Times as in FileAttributeData. A null argument leaves that time alone; so does the value 0 in SetFileTime, which
-/// wants a handle with GenericWrite.
-bool GetFileTime(Handle file, std::int64_t* creation, std::int64_t* lastAccess, std::int64_t* lastWrite);
+/// Times as in FileAttributeData. A null argument leaves that time alone, and so does the value 0. Wants a handle with
+/// GenericWrite.
 bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* lastAccess,
                  const std::int64_t* lastWrite);
 

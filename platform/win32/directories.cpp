@@ -46,14 +46,6 @@ bool RemoveDirectory(const char16_t* path) {
     return ::RemoveDirectoryW(Wide(path)) != 0;
 }
 
-std::uint32_t GetCurrentDirectory(std::uint32_t size, char16_t* buffer) {
-    return ::GetCurrentDirectoryW(size, Wide(buffer));
-}
-
-bool SetCurrentDirectory(const char16_t* path) {
-    return ::SetCurrentDirectoryW(Wide(path)) != 0;
-}
-
 bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::uint64_t* total,
                         std::uint64_t* totalFree) {
     ULARGE_INTEGER values[3] = {};

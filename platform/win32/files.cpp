@@ -60,27 +60,6 @@ std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh) {
     return low;
 }
 
-bool GetFileSizeEx(Handle file, std::int64_t& size) {
-    LARGE_INTEGER result{};
-    const bool success = ::GetFileSizeEx(file, &result) != 0;
-    size = result.QuadPart;
-    return success;
-}
-
-bool GetFileTime(Handle file, std::int64_t* creation, std::int64_t* lastAccess, std::int64_t* lastWrite) {
-    FILETIME times[3] = {};
-    if (::GetFileTime(file, &times[0], &times[1], &times[2]) == 0) {
-        return false;
-    }
-    std::int64_t* const results[] = {creation, lastAccess, lastWrite};
-    for (int i = 0; i < 3; ++i) {
-        if (results[i]) {
-            *results[i] = TimeCount(times[i]);
-        }
-    }
-    return true;
-}
-
 bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* lastAccess,
                  const std::int64_t* lastWrite) {
     const std::int64_t* const values[] = {creation, lastAccess, lastWrite};

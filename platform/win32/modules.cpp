@@ -5,6 +5,8 @@
 
 namespace Platform {
 
+static_assert(LoadWithAlteredSearchPath == LOAD_WITH_ALTERED_SEARCH_PATH);
+
 Module LoadLibraryEx(const char16_t* name, std::uint32_t flags) {
     return reinterpret_cast<Module>(::LoadLibraryExW(Wide(name), nullptr, flags));
 }

@@ -19,7 +19,6 @@
 #undef FindResource
 #undef FormatMessage
 #undef GetCommandLine
-#undef GetCurrentDirectory
 #undef GetDiskFreeSpaceEx
 #undef GetDriveType
 #undef GetFileAttributes
@@ -47,7 +46,6 @@
 #undef RemoveDirectory
 #undef ReportEvent
 #undef SearchPath
-#undef SetCurrentDirectory
 #undef SetDllDirectory
 #undef SetFileAttributes
 #undef VerQueryValue

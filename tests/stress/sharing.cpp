@@ -1,6 +1,6 @@
-// sharing SECONDS FOLDER: processes that open, refuse and delete the same files at random, and a judge who looks at
-// what each of them wrote down: two handles that disagree were never open together; whoever was refused had somebody in
-// the way at some time of the call; no name went while it was open.
+// sharing SECONDS FOLDER: processes that open, refuse and delete the same file at random, and a judge who looks at what
+// each of them wrote down: two handles that disagree were never open together; whoever was refused had somebody in the
+// way at some time of the call; no name went while it was open.
 #include "platform/inc/filenames.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
@@ -10,20 +10,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <random>
+#include <span>
 #include <string>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 using namespace Platform;
 
 namespace {
 
-constexpr int Processes = 3;
-constexpr unsigned Files = 2;
-constexpr int RecordsOfEach = 4000; // in a round
+constexpr unsigned Processes = 3;
+constexpr std::size_t RecordsOfEach = 2500; // in a round
 constexpr std::uint32_t Deletion = 0;
 
 struct Record {
@@ -31,39 +30,31 @@ struct Record {
     std::int64_t closing, closed; // the same of its end; those of the answer where nothing was opened
     std::uint32_t uses, allows;   // FileShare bits; uses is Deletion for one
     std::uint32_t error;
-    int process;
 };
 
 struct Shared {
-    std::atomic<int> ready{0};
-    Record records[Processes][RecordsOfEach];
+    std::atomic<unsigned> ready{0};
+    Record records[Processes * RecordsOfEach];
 };
 
 std::int64_t Now() {
     return std::chrono::steady_clock::now().time_since_epoch().count();
 }
 
-// The file of a record alternates, so that the judge knows it.
-void Work(Shared& shared, int process, const std::u16string& folder, unsigned seed) {
+void Work(std::span<Record> records, const char16_t* path, unsigned seed) {
     std::mt19937 random(seed);
-    ++shared.ready;
-    while (shared.ready < Processes) {
-    }
-    unsigned count = 0;
-    for (Record& record : shared.records[process]) {
-        const std::u16string path = folder + u"/" + static_cast<char16_t>(u'a' + count++ % Files);
-        const std::uint32_t uses = random() % 4;
-        const std::uint32_t access =
-            ((uses & FileShareRead) != 0 ? GenericRead : 0) | ((uses & FileShareWrite) != 0 ? GenericWrite : 0);
-        const std::uint32_t allows = random() % 2 == 0 ? 3 : random() % 4;
+    for (Record& record : records) {
+        record.uses = random() % 4;
+        record.allows = random() % 2 == 0 ? 3 : random() % 4;
+        const std::uint32_t access = ((record.uses & FileShareRead) != 0 ? GenericRead : 0) |
+                                     ((record.uses & FileShareWrite) != 0 ? GenericWrite : 0);
         Handle file = InvalidHandle();
         record.asked = Now();
-        if (uses == Deletion) {
-            record.error = DeleteFile(path.c_str()) ? 0 : GetLastError();
-        } else {
-            file = CreateFile(path.c_str(), access, allows, nullptr, OpenAlways, 0, nullptr);
-            record.error = file == InvalidHandle() ? GetLastError() : 0;
-        }
+        const bool done =
+            record.uses == Deletion
+                ? DeleteFile(path)
+                : (file = CreateFile(path, access, record.allows, nullptr, OpenAlways, 0, nullptr)) != InvalidHandle();
+        record.error = done ? 0 : GetLastError();
         record.answered = record.closing = record.closed = Now();
         if (file != InvalidHandle()) {
             std::this_thread::sleep_for(std::chrono::microseconds(random() % 4 == 0 ? random() % 50 : 0));
@@ -71,57 +62,23 @@ void Work(Shared& shared, int process, const std::u16string& folder, unsigned se
             CloseHandle(file);
             record.closed = Now();
         }
-        record.uses = uses;
-        record.allows = allows;
-        record.process = process;
     }
 }
 
-bool IsRight(const Record& record, const std::vector<const Record*>& others) {
-    const auto any = [&](auto condition) {
-        return std::any_of(others.begin(), others.end(), [&](const Record* other) {
-            return other->process != record.process && other->error == 0 && other->uses != Deletion &&
-                   condition(*other);
-        });
-    };
+// A process has no two handles at a time, so that its own records are in nobody's way.
+bool IsRight(const Record& record, std::span<const Record> records) {
     const bool deletion = record.uses == Deletion;
-    const auto disagrees = [&](const Record& other) {
-        return deletion || (record.uses & ~other.allows) != 0 || (other.uses & ~record.allows) != 0;
-    };
-    if (record.error == ErrorSharingViolation) {
-        return any([&](const Record& other) {
-            return other.asked <= record.answered && record.asked <= other.closed && disagrees(other);
-        });
-    }
-    if (record.error != 0) {
-        return deletion && record.error == ErrorFileNotFound;
-    }
-    return !any([&](const Record& other) {
-        return deletion ? other.answered < record.asked && record.answered < other.closing
-                        : other.answered < record.closing && record.answered < other.closing && disagrees(other);
+    const bool refused = record.error == ErrorSharingViolation;
+    const bool isInTheWay = std::any_of(records.begin(), records.end(), [&](const Record& other) {
+        if (&other == &record || other.error != 0 || other.uses == Deletion) {
+            return false;
+        }
+        const bool disagrees = deletion || (record.uses & ~other.allows) != 0 || (other.uses & ~record.allows) != 0;
+        return disagrees && (refused    ? other.asked <= record.answered && record.asked <= other.closed
+                             : deletion ? other.answered < record.asked && record.answered < other.closing
+                                        : other.answered < record.closing && record.answered < other.closing);
     });
-}
-
-// The wrong ones of a round.
-int Judge(const Shared& shared, std::int64_t& refused) {
-    int wrong = 0;
-    for (unsigned file = 0; file < Files; ++file) {
-        std::vector<const Record*> records;
-        for (const auto& list : shared.records) {
-            for (unsigned i = file; i < RecordsOfEach; i += Files) {
-                records.push_back(&list[i]);
-            }
-        }
-        for (const Record* record : records) {
-            refused += record->error == ErrorSharingViolation ? 1 : 0;
-            if (!IsRight(*record, records)) {
-                std::printf("wrong: process %d, file %u, uses %u, allows %u: error %u\n", record->process, file,
-                            record->uses, record->allows, record->error);
-                ++wrong;
-            }
-        }
-    }
-    return wrong;
+    return refused ? isInTheWay : record.error == 0 ? !isInTheWay : deletion && record.error == ErrorFileNotFound;
 }
 
 } // namespace
@@ -132,28 +89,32 @@ int main(int count, char** arguments) {
         std::puts("usage: sharing SECONDS FOLDER");
         return 2;
     }
-    const std::string place = arguments[2];
+    const std::string folder = arguments[2];
+    const std::u16string path = std::u16string(folder.begin(), folder.end()) + u"/shared";
     auto& shared = *new (memory) Shared;
+    const std::span<Record> records(shared.records);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(std::atoi(arguments[1]));
-    unsigned seed = 0;
-    int wrong = 0;
-    std::int64_t refused = 0;
+    unsigned round = 0;
+    std::ptrdiff_t wrong = 0;
+    std::ptrdiff_t refused = 0;
     do {
         shared.ready = 0;
-        for (int process = 0; process < Processes; ++process) {
+        for (unsigned process = 0; process < Processes; ++process) {
             if (fork() == 0) {
-                Work(shared, process, {place.begin(), place.end()}, seed * Processes + static_cast<unsigned>(process));
+                for (++shared.ready; shared.ready < Processes;) {
+                }
+                Work(records.subspan(process * RecordsOfEach, RecordsOfEach), path.c_str(),
+                     round * Processes + process);
                 _exit(0);
             }
         }
-        int ended = 0;
         for (int status = 0; wait(&status) > 0;) {
-            ended += status == 0 ? 1 : 0;
+            wrong += status == 0 ? 0 : 1;
         }
-        wrong += Judge(shared, refused) + Processes - ended;
-        ++seed;
+        wrong += std::ranges::count_if(records, [&](const Record& each) { return !IsRight(each, records); });
+        refused += std::ranges::count(records, ErrorSharingViolation, &Record::error);
+        ++round;
     } while (wrong == 0 && std::chrono::steady_clock::now() < end);
-    std::printf("%d records a process and round, %lld refused, %d wrong, %u rounds\n", RecordsOfEach,
-                static_cast<long long>(refused), wrong, seed);
+    std::printf("%zu records a round, %td refused, %td wrong, %u rounds\n", records.size(), refused, wrong, round);
     return wrong == 0 && refused > 0 ? 0 : 1;
 }

@@ -20,15 +20,6 @@ namespace Platform {
 
 namespace {
 
-Descriptor OpenMetadataHandle(const Location& location, int flags = 0) {
-    return Descriptor(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_CLOEXEC | flags));
-}
-
-// Where a folder is wanted, a file is ERROR_DIRECTORY rather than what the table has for ENOTDIR.
-bool FailAsFolder() {
-    return Fail(errno == ENOTDIR ? ErrorDirectory : WindowsErrorCode(errno));
-}
-
 bool IsCurrentFolder(const struct stat& status) {
     struct stat current {};
     return stat(".", &current) == 0 && FileKey(current) == FileKey(status);
@@ -104,22 +95,6 @@ bool RemoveDirectory(const char16_t* path) {
     return unlinkat(location.folder.Get(), location.name.c_str(), how) == 0 || FailFromErrno();
 }
 
-std::uint32_t GetCurrentDirectory(std::uint32_t size, char16_t* buffer) {
-    PLATFORM_FAULT(GetCurrentDirectory, 0);
-    const std::u16string folder = CurrentFolder();
-    return folder.empty() ? 0 : CopyPath(folder, size, buffer);
-}
-
-bool SetCurrentDirectory(const char16_t* path) {
-    PLATFORM_FAULT(SetCurrentDirectory, false);
-    Location location;
-    if (!LocateExisting(path, location)) {
-        return false;
-    }
-    const Descriptor folder = OpenMetadataHandle(location);
-    return (folder && fchdir(folder.Get()) == 0) || FailAsFolder();
-}
-
 bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::uint64_t* total,
                         std::uint64_t* totalFree) {
     PLATFORM_FAULT(GetDiskFreeSpaceEx, false);
@@ -127,10 +102,11 @@ bool GetDiskFreeSpaceEx(const char16_t* path, std::uint64_t* freeToCaller, std::
     if (!LocateExisting(path ? path : u".", location)) {
         return false;
     }
-    const Descriptor folder = OpenMetadataHandle(location, O_DIRECTORY);
+    const Descriptor folder(openat(location.folder.Get(), location.name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     struct statvfs volume {};
     if (!folder || fstatvfs(folder.Get(), &volume) != 0) {
-        return FailAsFolder();
+        // Where a folder is wanted, a file is ERROR_DIRECTORY rather than what the table has for ENOTDIR.
+        return Fail(errno == ENOTDIR ? ErrorDirectory : WindowsErrorCode(errno));
     }
     const std::pair<std::uint64_t*, std::uint64_t> results[] = {
         {freeToCaller, volume.f_bavail}, {total, volume.f_blocks}, {totalFree, volume.f_bfree}};

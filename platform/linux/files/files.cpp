@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <iterator>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -196,31 +195,6 @@ std::uint32_t GetFileSize(Handle file, std::uint32_t* sizeHigh) {
         *sizeHigh = static_cast<std::uint32_t>(static_cast<std::uint64_t>(size) >> 32);
     }
     return LowWord(size);
-}
-
-bool GetFileSizeEx(Handle file, std::int64_t& size) {
-    PLATFORM_FAULT(GetFileSizeEx, false);
-    return SizeOf(file, size);
-}
-
-bool GetFileTime(Handle file, std::int64_t* creation, std::int64_t* lastAccess, std::int64_t* lastWrite) {
-    PLATFORM_FAULT(GetFileTime, false);
-    const FileObject* object = FileOf(file);
-    if (!object) {
-        return false;
-    }
-    FileAttributeData data;
-    if (!ReadFileInfo(object->descriptor.Get(), {}, data)) {
-        return FailFromErrno();
-    }
-    const std::pair<std::int64_t*, std::int64_t> results[] = {
-        {creation, data.creationTime}, {lastAccess, data.lastAccessTime}, {lastWrite, data.lastWriteTime}};
-    for (const auto& [result, value] : results) {
-        if (result) {
-            *result = value;
-        }
-    }
-    return true;
 }
 
 bool SetFileTime(Handle file, const std::int64_t* creation, const std::int64_t* lastAccess,

@@ -53,10 +53,11 @@ void TakeShare(std::u16string_view& path, FullPath& full) {
 }
 
 bool StartFromCurrentFolder(FullPath& full) {
-    const std::u16string folder = CurrentFolder();
-    if (folder.empty()) {
-        return false;
+    const std::unique_ptr<char, void (*)(void*)> native(getcwd(nullptr, 0), &std::free);
+    if (!native) {
+        return FailFromErrno();
     }
+    const std::u16string folder = WindowsPath(native.get());
     full.root = folder.substr(0, 2);
     full.parts = SplitAsItStands(std::u16string_view(folder).substr(2));
     return true;
@@ -139,11 +140,6 @@ std::vector<std::u16string> SplitAsItStands(std::u16string_view path) {
         path.remove_prefix(std::min(end + 1, path.size()));
     }
     return parts;
-}
-
-std::u16string CurrentFolder() {
-    const std::unique_ptr<char, void (*)(void*)> native(getcwd(nullptr, 0), &std::free);
-    return native ? WindowsPath(native.get()) : FailFromErrno<std::u16string>();
 }
 
 std::uint32_t CopyPath(std::u16string_view path, std::uint32_t size, char16_t* buffer) {

@@ -41,10 +41,6 @@ bool ParseFullPath(std::u16string_view path, FullPath& full);
 /// The components of a path between its backslashes, each as it stands.
 std::vector<std::u16string> SplitAsItStands(std::u16string_view path);
 
-/// The current folder in Windows syntax, without a closing separator unless it is a root; empty with the last error set
-/// on failure.
-std::u16string CurrentFolder();
-
 /// Gives a path to a caller's buffer as GetFullPathName does: the length without the terminator, or the size that is
 /// needed.
 std::uint32_t CopyPath(std::u16string_view path, std::uint32_t size, char16_t* buffer);

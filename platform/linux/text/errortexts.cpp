@@ -1,6 +1,7 @@
 #include "platform/linux/text/errortexts.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 
 namespace Platform {
@@ -151,7 +152,7 @@ constexpr Row Rows[] = {
     {0x8000FFFF, u"Catastrophic failure\r\n"},
     {0x80040154, u"Class not registered\r\n"},
 };
-static_assert(std::ranges::is_sorted(Rows, {}, &Row::code));
+static_assert(std::ranges::adjacent_find(Rows, std::ranges::greater_equal(), &Row::code) == std::end(Rows));
 
 } // namespace
 

@@ -7,23 +7,16 @@
 #include "mapi/MapiProvider.h"
 #include "platform/inc/installer.h"
 #include "platform/inc/modules.h"
+#include "platform/inc/process.h"
 #include "tests/support/folder.h"
-#include "tests/support/text.h"
+#include "tests/support/recordinghandler.h"
 #include <algorithm>
-#include <atomic>
 #include <cctype>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
-#ifdef _WIN32
-#include "platform/win32/windowsapi.h"
-#endif
 
 using namespace Mapi;
 using Platform::RegDword;
@@ -42,41 +35,9 @@ const std::string Library = [] {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }();
 
-#ifdef _WIN32
-constexpr bool HasOwnSystemLibrary = true; // which asks the client's for the path of a component, and notes nothing
-
-void SetVariable(const char* name, const std::string& value) {
-    _putenv_s(name, value.c_str());
-    ::SetEnvironmentVariableA(name, value.c_str());
-}
-
-/// Puts a registry of the test's own in the place of both roots, or takes it away again.
-void ReplaceRegistry(const std::filesystem::path&, bool isReplaced) {
-    for (const std::uint32_t root : {Machine, User}) { // the user's last: both lie there
-        const char16_t* path = root == User ? u"Software\\TessarixTest\\User" : u"Software\\TessarixTest\\Machine";
-        Platform::RegistryKey key = nullptr;
-        if (isReplaced) {
-            Platform::RegCreateKeyEx(Platform::RootKey(User), path, 0, Platform::KeyReadWrite, key);
-        }
-        ::RegOverridePredefKey(static_cast<HKEY>(Platform::RootKey(root)), static_cast<HKEY>(key));
-        Platform::RegCloseKey(key);
-    }
-    if (!isReplaced) {
-        ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TessarixTest");
-    }
-}
-#else
-constexpr bool HasOwnSystemLibrary = false;
-
 void SetVariable(const char* name, const std::string& value) {
     setenv(name, value.c_str(), 1);
 }
-
-void ReplaceRegistry(const std::filesystem::path& folder, bool) {
-    SetVariable("TESSARIX_REGISTRY", folder / "registry");
-    std::filesystem::create_directories(folder / "registry");
-}
-#endif
 
 std::string Lower(std::u16string_view text) {
     std::string narrow(text.begin(), text.end());
@@ -104,23 +65,18 @@ class CFixture {
 public:
     explicit CFixture(const std::vector<Value>& values = {}, const Paths& libraries = {})
         : root((folder / u"").Text()) {
-        ReplaceRegistry(folder.Place(), true);
-        if (!HasOwnSystemLibrary) {
-            std::filesystem::create_directories(TestFilePlace(u"../lib/corvane"));
-            std::ofstream(TestFilePlace(u"../lib/corvane/mapi32.dll"), std::ios::binary) << Library;
-        }
+        std::filesystem::create_directories(TestFilePlace(u"../lib/corvane"));
+        std::ofstream(TestFilePlace(u"../lib/corvane/mapi32.dll"), std::ios::binary) << Library;
         folder.Write(u"notes", "");
-        SetVariable("PROVIDER_NOTES", (folder.Place() / "notes").string());
-        SetVariable("PROVIDER_ROOT", folder.Place().string());
+        SetVariable("TESSARIX_REGISTRY", folder.Place() / "registry");
+        SetVariable("PROVIDER_NOTES", folder.Place() / "notes");
+        SetVariable("PROVIDER_ROOT", folder.Place());
         SetVariable("PROVIDER_COMPONENT", "");
         SetVariable("LC_ALL", "C");
         Set(values);
         std::for_each(libraries.begin(), libraries.end(), [this](const auto* name) { Make(name); });
     }
-    ~CFixture() {
-        installer = nullptr;
-        ReplaceRegistry(folder.Place(), false);
-    }
+    ~CFixture() { installer = nullptr; }
     CFixture(const CFixture&) = delete;
     CFixture& operator=(const CFixture&) = delete;
 
@@ -141,11 +97,6 @@ public:
         }
     }
 
-    std::string Notes() const {
-        const std::string notes = folder.Content(u"notes");
-        return Short(std::u16string(notes.begin(), notes.end()));
-    }
-
     /// In lower case, with short names of folders.
     std::string Short(std::u16string_view paths) const {
         char16_t system[1000] = {};
@@ -157,6 +108,10 @@ public:
             }
         }
         return text;
+    }
+    std::string Notes() const {
+        const std::string notes = folder.Content(u"notes");
+        return Short(std::u16string(notes.begin(), notes.end()));
     }
 
     /// The path of what a search gave, which is unloaded, or the last error.
@@ -208,8 +163,7 @@ std::uint32_t Platform::MsiProvideQualifiedComponent(const char16_t* component, 
 TEST(ProviderSearch, TakesTheFirstOfTheAttemptsInOrder) {
     const Paths client = {u"Client\\ex.dll", u"Client\\plain.dll", u"Office\\olmapi32.dll"};
     const Paths common = {u"Common\\System\\MSMAPI\\1031\\MSMAPI32.DLL", u"Common\\System\\MSMAPI\\1033\\MSMAPI32.DLL"};
-    const std::string own = HasOwnSystemLibrary ? "client\\ex.dll" : "system\\mapi32.dll";
-    const std::string asked = "load " + own + "\ncomponent {id} 1031 260 0\nunload " + own + "\n";
+    const std::string asked = "load system\\mapi32.dll\ncomponent {id} 1031 260 0\nunload system\\mapi32.dll\n";
     const std::string english = "common\\system\\msmapi\\1033\\msmapi32.dll";
     const struct {
         const char* name;
@@ -222,11 +176,10 @@ TEST(ProviderSearch, TakesTheFirstOfTheAttemptsInOrder) {
         // clang-format off
         {"component", client, {DefaultClient, ClientPathEx, ClientComponent, ClientLanguage}, "office\\olmapi32.dll",
             asked, u"Office\\olmapi32.dll"},
-        {"unknown component", client, {DefaultClient, ClientPathEx, ClientComponent, ClientLanguage}, "client\\ex.dll",
-            asked},
+        {"unknown component, first path", client, {DefaultClient, ClientPathEx, ClientPath, ClientComponent,
+            ClientLanguage, OutlookProgram}, "client\\ex.dll", asked},
         {"component without language", client, {DefaultClient, ClientPathEx, ClientComponent}, "client\\ex.dll"},
         {"nothing is known", {}, {}, "system\\mapi32.dll"},
-        {"first path", client, {DefaultClient, ClientPathEx, ClientPath, OutlookProgram}, "client\\ex.dll"},
         {"first path leads nowhere", {u"Client\\plain.dll"}, {DefaultClient, ClientPathEx, ClientPath},
             "client\\plain.dll"},
         {"path with a variable", client, {DefaultClient, {Machine, Client, u"DllPathEx", RegExpandSz,
@@ -264,8 +217,20 @@ TEST(ProviderSearch, TakesTheFirstOfTheAttemptsInOrder) {
     outlookOnly = true;
     EXPECT_EQ(LoadMapiProvider(), nullptr);
     fixture.Set({OutlookProgram});
+    Platform::SetErrorMode(Platform::SemFailCriticalErrors);
     EXPECT_EQ(fixture.Take(LoadMapiProvider()), "office\\olmapi32.dll");
+    EXPECT_EQ(Platform::SetErrorMode(0), 0U);
     outlookOnly = false;
+    fixture.Set({{Machine, Mail, u"", RegSz, u"Gone"}});
+    Platform::ArmFault("SetDllDirectory", 1, Platform::ErrorAccessDenied, Platform::FaultMode::Once);
+    EXPECT_TRUE(!Platform::FaultsAvailable() || !LoadMapiProvider()) << "and no other library is tried";
+    Platform::DisarmFaults();
+    const std::filesystem::path system = TestFilePlace(u"../lib/corvane");
+    std::filesystem::rename(system / "mapi32.dll", system / "mapistub.dll");
+    fixture.Set({DefaultClient, ClientComponent, ClientLanguage});
+    EXPECT_EQ(fixture.Take(LoadMapiProvider()), "client\\ex.dll");
+    EXPECT_NE(fixture.Notes().find("load system\\mapistub.dll\ncomponent {id}"), std::string::npos);
+    std::filesystem::remove(system / "mapistub.dll");
 }
 
 TEST(ProviderSearch, AsksTheInstallerForEachLanguage) {
@@ -386,15 +351,7 @@ TEST(MapiProvider, OneOfSeveralThreadsSetsIt) {
         path = fixture.Whole(u"component.dll");
         return 0U;
     };
-    std::vector<Platform::Module> found(4);
-    std::vector<std::thread> threads;
-    for (Platform::Module& mine : found) {
-        threads.emplace_back([&mine] { mine = LocateMapiModule(); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(found, std::vector<Platform::Module>(4, providerModule));
+    OnThreads(4, [](int) { EXPECT_EQ(LocateMapiModule(), providerModule); });
     EXPECT_EQ(providerGeneration, generation + 4);
     fixture.Take(providerModule.exchange(nullptr));
     EXPECT_EQ(Platform::GetModuleHandle(u"component.dll"), nullptr) << "what was loaded in vain is given back";

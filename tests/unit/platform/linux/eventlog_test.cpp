@@ -3,18 +3,14 @@
 #include "platform/inc/eventlog.h"
 
 #include "foundation/inc/filesystem.h"
-#include "foundation/inc/messagehandlers.h"
 #include "foundation/inc/registrykey.h"
-#include "platform/inc/faults.h"
 #include "platform/inc/lasterror.h"
 #include "tests/support/folder.h"
-#include "tests/support/text.h"
-#include <atomic>
+#include "tests/support/recordinghandler.h"
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <syslog.h>
-#include <thread>
 
 using namespace Tsx;
 
@@ -83,16 +79,12 @@ TEST_F(EventLog, AnEventIsALineOfSyslog) {
     }
     EXPECT_EQ(written, "S\xC3\xB6urce 8 3 title: 100 %s\ndone\nS\xC3\xB6urce 8 4 title: 100 %s\ndone\n"
                        "S\xC3\xB6urce 8 6 title: 100 %s\ndone\nS\xC3\xB6urce 8 6 title: 100 %s\ndone\n");
-    const auto reportMany = [&] {
+    OnThreads(2, [&](int) {
         for (int i = 0; i < 50 && !mixed; ++i) {
             Platform::ReportEvent(source, 1, 0, 1, 2, strings);
         }
-    };
-    std::thread other(reportMany);
-    reportMany();
-    other.join();
-    EXPECT_FALSE(mixed) << "one thread at a time";
-    EXPECT_TRUE(Platform::DeregisterEventSource(source));
+    });
+    EXPECT_TRUE(!mixed && Platform::DeregisterEventSource(source)) << "one thread at a time";
     EXPECT_FALSE(Platform::ReportEvent(nullptr, 1, 0, 1, 2, strings));
     EXPECT_EQ(Platform::GetLastError(), Platform::ErrorInvalidHandle);
     EXPECT_FALSE(Platform::RegisterEventSource(u"\\\\elsewhere", u"x"));
@@ -104,10 +96,9 @@ TEST_F(EventLog, TheHandlerWritesAndRegisters) {
     EXPECT_EQ(handler.ShowMessageBox(nullptr, u"text", u"title", 0x13), 6);
     CLastErrorException exception(5);
     CUserException user;
-    CEventLogMessageHandler named(u"Other");
     handler.ShowException(&exception);
     handler.ShowException(&user);
-    named.ShowException(&exception);
+    CEventLogMessageHandler(u"Other").ShowException(&exception);
     EXPECT_EQ(written, "Application 8 6 title: text\nApplication 8 3 title: text\n"
                        "Application 8 3 Application: Access is denied.\r\n\n"
                        "Application 8 3 Other: Access is denied.\r\n\n");

@@ -5,7 +5,6 @@
 #include "foundation/inc/array.h"
 #include "foundation/inc/debugflags.h"
 #include "foundation/inc/leaflock.h"
-#include "foundation/inc/map.h"
 #include "foundation/inc/pointerarray.h"
 #include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
@@ -25,61 +24,36 @@ protected:
     void TearDown() override { Platform::DisarmFaults(); }
 };
 
-/// A run through the types that allocate, one change at a time, with what each change must leave behind.
-class CRun {
-public:
-    /// Raises CMemoryException where an allocation fails.
-    void GoOn() {
-        for (; done < 40; ++done, step = 0) {
-            text += u"and a bit longer each time ";
-            ++step;
-            array.Append(text);
-            ++step;
-            map.Set(CUnicodeString::FromInt(done), text);
-            ++step;
-            auto number = std::make_unique<int>(done);
-            owned.Append(number.get());
-            static_cast<void>(number.release());
-        }
-    }
-
-    /// The change that failed has left everything as it was; those before it are whole.
-    void ExpectWhole() const {
-        const std::int32_t length = text.Length() / 27;
-        EXPECT_TRUE(length == done + (step > 0) || length == done + 1) << "either before or after the change";
-        EXPECT_EQ(array.Size(), done + (step > 1));
-        EXPECT_EQ(map.GetItemCount(), done + (step > 2));
-        EXPECT_EQ(owned.Size(), done);
-        for (std::int32_t i = 0; i < map.GetItemCount(); ++i) {
-            const CUnicodeString* value = map.Find(CUnicodeString::FromInt(i));
-            EXPECT_TRUE(value && *value == array[i] && value->Length() == 27 * (i + 1)) << i;
-        }
-    }
-
-private:
-    CUnicodeString text;
-    CArray<CUnicodeString> array;
-    CMap<CUnicodeString, CUnicodeString> map;
-    CPointerArray<int> owned;
-    std::int32_t done = 0;
-    int step = 0;
-};
-
 } // namespace
 
-TEST_F(Faults, EachAllocationOfARunFailsInTurn) {
+TEST_F(Faults, EachAllocationThatFailsLeavesTextsAndArraysWhole) {
+    struct CRun {
+        CUnicodeString text;
+        CArray<CUnicodeString> array;
+        CPointerArray<int> owned;
+    };
     for (const FaultMode mode : {FaultMode::Once, FaultMode::FromThenOn}) {
-        bool failed = true;
-        for (std::int32_t nth = 1; failed; ++nth) {
-            CRun run;
-            Platform::ArmFault("allocation", nth, Platform::ErrorNotEnoughMemory, mode);
-            failed = Raised<CMemoryException>([&] { run.GoOn(); }) != nullptr;
-            const bool reached = Platform::FaultCallsSeen() >= nth;
-            Platform::DisarmFaults();
-            EXPECT_EQ(failed, reached);
-            EXPECT_TRUE(failed || nth > 20) << "the sweep saw the allocations";
-            run.ExpectWhole();
-        }
+        std::unique_ptr<CRun> run;
+        const auto change = [&run] {
+            for (int i = 0; i < 40; ++i) {
+                run->text += u"and a bit longer each time ";
+                run->array.Append(run->text);
+                auto number = std::make_unique<int>(i);
+                run->owned.Append(number.get());
+                static_cast<void>(number.release());
+            }
+        };
+        const auto check = [&run](std::int32_t nth) {
+            EXPECT_EQ(run->text.Length() % 27, 0) << nth;
+            const std::int32_t size = run->array.Size();
+            EXPECT_TRUE(run->text.Length() / 27 - size <= 1 && size - run->owned.Size() <= 1) << nth;
+            for (std::int32_t i = 0; i < size; ++i) {
+                EXPECT_EQ(run->array[i], run->text.Left(27 * (i + 1))) << nth;
+            }
+        };
+        EXPECT_GT(FailEachCall(
+                      "allocation", 8, mode, [&](auto) { run = std::make_unique<CRun>(); }, change, check),
+                  20);
     }
 }
 

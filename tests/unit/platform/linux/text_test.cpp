@@ -67,12 +67,12 @@ TEST(CommandLine, SplittingUndoesTheJoining) {
         CArray<CUnicodeString> tokens;
         const std::u16string line = JoinArguments(static_cast<int>(arguments.size()), arguments.data());
         SplitCommandLine(tokens, line.c_str());
-        ASSERT_EQ(tokens.Size(), static_cast<std::int32_t>(words.size())) << "seed " << seed << " round " << round;
+        std::vector<std::string> found;
         for (std::int32_t i = 0; i < tokens.Size(); ++i) {
-            const std::string& word = words[static_cast<std::size_t>(i)];
-            const std::string expected = word.starts_with("@@") ? word.substr(1) : word;
-            ASSERT_EQ(tokens[i].ToNarrow(65001).View(), expected) << "seed " << seed << " round " << round;
+            const bool hadTwoMarks = words.size() > found.size() && words[found.size()].starts_with("@@");
+            found.push_back((hadTwoMarks ? "@" : "") + std::string(tokens[i].ToNarrow(65001).View()));
         }
+        ASSERT_EQ(found, words) << "seed " << seed << " round " << round;
     }
 }
 
@@ -97,9 +97,7 @@ TEST(Locale, LanguagesHaveTheirNumbers) {
 }
 
 TEST(Locale, TheUsersIsThatOfAllCategoriesOrOfTheLetters) {
-    for (const char* name : {"LC_ALL", "LC_CTYPE", "LC_MESSAGES"}) {
-        setenv(name, "", 1);
-    }
+    setenv("LC_MESSAGES", "", 1);
     setenv("LANG", "C.UTF-8", 1);
     for (const auto& [wanted, set] : {std::pair{"", "C.UTF-8"}, {"xx_XX", "C"}}) {
         setenv("LC_TIME", wanted, 1);
