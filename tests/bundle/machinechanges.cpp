@@ -16,7 +16,6 @@ constexpr const wchar_t* Clients = L"Software\\Clients\\Mail";
 constexpr const wchar_t* ClientKey = L"Software\\Clients\\Mail\\CorvaneTest";
 constexpr const wchar_t* ClientName = L"CorvaneTest";
 constexpr const wchar_t* Settings = L"Software\\Ostrel\\Tessarix";
-constexpr const wchar_t* OwnSettings = L"own";
 
 // Whether the system let us.
 bool SetText(HKEY root, const wchar_t* path, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
@@ -76,16 +75,15 @@ std::wstring ReadText(const std::filesystem::path& path) {
 
 CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(std::move(journalPath)) {
     Restore();
-    std::wstring known = L"\n";
     for (HKEY root : Roots) {
         HKEY key = nullptr;
         if (RegOpenKeyExW(root, Settings, 0, KEY_READ, &key) == ERROR_SUCCESS) {
             RegCloseKey(key);
-            known = OwnSettings + std::wstring(L"\n");
-            noSettings = L"this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
+            reason = L"this machine has settings of its own under Software\\Ostrel\\Tessarix, which would be lost";
+            return;
         }
     }
-    known += DefaultClient(HKEY_LOCAL_MACHINE) + L'\n' + DefaultClient(HKEY_CURRENT_USER) + L'\n';
+    const std::wstring known = DefaultClient(Roots[0]) + L'\n' + DefaultClient(Roots[1]) + L'\n';
     std::ofstream file(journal, std::ios::binary);
     file.write(reinterpret_cast<const char*>(known.data()),
                static_cast<std::streamsize>(known.size() * sizeof(wchar_t)));
@@ -94,8 +92,7 @@ CMachineChanges::CMachineChanges(std::filesystem::path journalPath) : journal(st
         throw std::runtime_error("its folder cannot be written, and nothing is changed that could not be restored");
     }
     if (!SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", L"")) { // only the system knows whom it lets
-        noClient = L"it changes the machine's registry: start this from an elevated prompt";
-        noSettings = noClient;
+        reason = L"it changes the machine's registry: start this from an elevated prompt";
     }
 }
 
@@ -123,21 +120,18 @@ void CMachineChanges::SetSettings(const TestCase& row) {
 }
 
 void CMachineChanges::Restore() {
-    std::wistringstream file(ReadText(journal));
-    std::wstring settings;
-    std::wstring clients[2];
-    if (!std::getline(file, settings) || !std::getline(file, clients[0]) || !std::getline(file, clients[1])) {
-        return; // nothing has been changed
-    }
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
     // What the test programs make.
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest");
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TessarixTest");
+    std::wistringstream file(ReadText(journal));
+    std::wstring clients[2];
+    if (!std::getline(file, clients[0]) || !std::getline(file, clients[1])) {
+        return; // nothing else has been changed
+    }
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
     for (std::size_t i = 0; i < std::size(Roots); ++i) {
         RestoreDefaultClient(Roots[i], clients[i]);
-        if (settings != OwnSettings) {
-            RegDeleteTreeW(Roots[i], Settings);
-        }
+        RegDeleteTreeW(Roots[i], Settings);
         for (const wchar_t* path : {Clients, L"Software\\Clients", L"Software\\Ostrel"}) {
             RemoveIfEmpty(Roots[i], path);
         }

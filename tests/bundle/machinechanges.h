@@ -22,11 +22,9 @@ public:
     CMachineChanges(const CMachineChanges&) = delete;
     CMachineChanges& operator=(const CMachineChanges&) = delete;
 
-    /// Why the client cannot be registered; empty if it can. That belongs to the whole machine, so that an elevated
-    /// process is needed.
-    const std::wstring& WhyNoClient() const { return noClient; }
-    /// Why the foundation's settings cannot be changed: nobody's own may be lost.
-    const std::wstring& WhyNoSettings() const { return noSettings; }
+    /// Why nothing can be changed; empty if it can. The client belongs to the whole machine, so that an elevated
+    /// process is needed; and nobody's own settings of the foundation may be lost.
+    const std::wstring& WhyNot() const { return reason; }
 
     /// Makes that the default mail client; `extended` may be empty.
     void RegisterClient(const std::wstring& simple, const std::wstring& extended);
@@ -35,7 +33,7 @@ public:
 
 private:
     const std::filesystem::path journal;
-    std::wstring noClient, noSettings;
+    std::wstring reason;
 
     void Restore();
 };
