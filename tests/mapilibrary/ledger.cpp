@@ -28,15 +28,6 @@ void WriteText(const std::string& text, bool ends) {
     lineIsOpen = !ends;
 }
 
-std::map<const void*, std::string>::iterator Find(const void* thing) {
-    const auto found = Things().find(thing);
-    if (found == Things().end()) {
-        std::fprintf(stderr, "the MAPI library was handed what is not its own, or was given back: %p\n", thing);
-        std::abort();
-    }
-    return found;
-}
-
 std::string Hex(std::string_view bytes) {
     std::string text;
     for (const char c : bytes) {
@@ -81,18 +72,16 @@ RAW void Obey(const std::string& word) {
         static_cast<void>(*nowhere);
     } else if (word == "overflow") {
         Descend(0);
-    } else if (word.starts_with("unlink:")) {
-        std::remove(word.c_str() + word.find(':') + 1);
     }
 }
 
 std::string WordOf(std::string_view call) {
-    static std::vector<std::string> calls; // a map's [] would keep the library loaded
+    static std::vector<std::string> calls;
     calls.emplace_back(call);
-    const auto number = static_cast<std::uint64_t>(std::count(calls.begin(), calls.end(), call));
+    const std::string number = std::to_string(std::count(calls.begin(), calls.end(), call));
     for (const std::string& rule : Words("CORVANE_MAPI_SCRIPT", "")) {
         const std::string name = rule.substr(0, rule.find('='));
-        if (name == call || name == std::string(call) + '#' + Decimal(number)) {
+        if (name == call || name == std::string(call) + '#' + number) {
             return rule.substr(name.size() + 1);
         }
     }
@@ -105,14 +94,6 @@ std::vector<std::string> Words(const char* variable, const char* otherwise) {
     const char* value = std::getenv(variable);
     std::istringstream text(value ? value : otherwise);
     return {std::istream_iterator<std::string>(text), {}};
-}
-
-// Not by the standard library's own conversion, which has a table of which a process keeps one for all libraries: a
-// library that shares it is never unloaded.
-std::string Decimal(std::uint64_t value) {
-    char text[24] = {};
-    std::snprintf(text, sizeof(text), "%llu", static_cast<unsigned long long>(value));
-    return text;
 }
 
 std::string Quoted(const char* text) {
@@ -150,7 +131,7 @@ std::string Shown(const EntryId& id) {
     const std::string_view bytes(static_cast<const char*>(id.bytes), id.bytes ? id.size : 0);
     const bool whole = bytes.size() <= 64;
     const std::string shown = whole ? Hex(bytes) : Hex(bytes.substr(0, 32)) + "..." + Hex(bytes.substr(id.size - 32));
-    return Decimal(id.size) + ':' + (id.bytes ? shown : "null");
+    return std::to_string(id.size) + ':' + (id.bytes ? shown : "null");
 }
 
 std::string Shown(const Mapi::SPropTagArray* tags) {
@@ -209,12 +190,16 @@ void GiveOut(const void* thing, const std::string& name) {
     Things().emplace(thing, name);
 }
 
-std::string NameOf(const void* thing) {
-    return thing ? Find(thing)->second : "null";
+std::string Shown(const void* thing) {
+    const auto found = Things().find(thing);
+    return !thing ? "null" : found == Things().end() ? "given" : found->second;
 }
 
 void TakeBack(const void* thing) {
-    Things().erase(Find(thing));
+    if (Things().erase(thing) == 0) {
+        std::fprintf(stderr, "the MAPI library is given back what is not its own, or was given back: %p\n", thing);
+        std::abort();
+    }
 }
 
 std::uint32_t ThingsOut() {
