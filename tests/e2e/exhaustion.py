@@ -169,7 +169,6 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     for name in ("program", "library", "extended-library", "life-probe", "mail-library", "languages"):
         parser.add_argument(f"--{name}", required=True)
-    parser.set_defaults(extended=False)
     parser.add_argument("--every", type=int, default=1, help="the step from one failing call to the next")
     parser.add_argument("--only", default="", help="a part of the scenarios' names")
     options = parser.parse_args()

@@ -60,9 +60,6 @@ class Place:
                             and not name.startswith(("TESSARIX_", "CORVANE_MAPI_"))}
         self.environment["LC_ALL"] = "C.UTF-8"
 
-    def __exit__(self, *_):
-        pass
-
     def folder(self):
         """The root as the program sees it."""
         return windows_path(self.root)
@@ -87,10 +84,6 @@ class Native(Place):
         self.add_program("recording", options.program, options.library)
         self.programs["extended"] = self.programs["recording"]
 
-    def __enter__(self):
-        self.set_registry(self.options.extended)
-        return self
-
     def set_registry(self, extended, user=None, machine=None):
         """The foundation's settings, and the registered mail client."""
         self.registry.mkdir(exist_ok=True)
@@ -99,9 +92,6 @@ class Native(Place):
             rows = ['"{}"="{}"'.format(name, value.replace("\\", "\\\\")) for name, value in (values or {}).items()]
             text = settings_text([f"[{root}\\Software\\Ostrel\\Tessarix]", *rows, *more])
             (self.registry / f"{root}.reg").write_text(text, encoding="utf-8")
-
-    def library_path(self, native):
-        return native
 
     def start(self, case, folder, stdout=subprocess.PIPE):
         """Runs the case in that folder: the exit code, output, errors, transcript, and the files that it leaves beside the
@@ -115,19 +105,14 @@ class Native(Place):
         there = set(program.parent.iterdir())
         environment = {**self.environment, "CORVANE_TRANSCRIPT": str(folder / ".transcript"), **case.environment}
         command = [*(["sh", "-c", case.shell] if case.shell else []), program, *case.words]
-        with subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=stdout,
-                              stderr=subprocess.PIPE, start_new_session=True) as process:
-            try:
-                streams = process.communicate(timeout=LIMIT)
-            except subprocess.TimeoutExpired:
-                os.killpg(process.pid, signal.SIGKILL)  # whatever is left of it
-                raise
+        ended = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=stdout,
+                               stderr=subprocess.PIPE, timeout=LIMIT, check=False)
         left = {path.name: path.read_bytes() for path in set(program.parent.iterdir()) - there}
         for name in left:
             (program.parent / name).unlink()
         return types.SimpleNamespace(
-            code=process.returncode, output=(streams[0] or b"").decode(errors="replace"),
-            errors=streams[1].decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
+            code=ended.returncode, output=(ended.stdout or b"").decode(errors="replace"),
+            errors=ended.stderr.decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
             left={name: text.decode("utf-16-le" if text.startswith(b"\xff\xfe") else "utf-8", "replace")
                   for name, text in left.items()})
 
@@ -164,27 +149,3 @@ class Windows(Place):
         if word and all("!" <= c <= "~" and c != '"' for c in word):
             return word
         return '"' + word.replace('"', '""') + '"'
-
-
-class Wine(Windows):
-    """The recording library registered in the prefix, for the measurements; the tests under Wine are the bundle's."""
-
-    wine = True
-
-    def __enter__(self):
-        extended = {"DllPathEx": self.options.extended_library} if self.options.extended else {}
-        self.add_program("recording", self.options.program)
-        self.register(client_rows(DLLPath=self.options.library, **extended))
-        return self
-
-    def __exit__(self, *_):
-        # What a new prefix has, also after a run that was killed.
-        self.register([f"[{CLIENTS}]", '@="Native Mail Client"', f"[-{CLIENTS}\\CorvaneTest]"])
-
-    def register(self, rows):
-        file = pathlib.Path(self.root, "settings.reg")
-        file.write_text(settings_text(rows), encoding="utf-16")
-        subprocess.run([self.options.wine, "regedit", "/S", windows_path(file)], env=self.environment, check=True)
-
-    def library_path(self, native):
-        return windows_path(native)
