@@ -194,8 +194,7 @@ private:
     }
 
     std::wstring WhyNotRun(const TestCase& row) const {
-        const bool needsMachine = row.contains(L"client") || ValueOf(row, L"program").ends_with(L"lifeprobe.exe");
-        return row.contains(L"skip") ? ValueOf(row, L"skip") : needsMachine ? machine.WhyNot() : L"";
+        return row.contains(L"skip") ? ValueOf(row, L"skip") : row.contains(L"client") ? machine.WhyNot() : L"";
     }
 
     void Prepare(const TestCase& row) {
@@ -204,8 +203,8 @@ private:
         if (row.contains(L"files")) {
             fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
         }
-        if (row.contains(L"client") && ValueOf(row, L"client") != client) {
-            client = ValueOf(row, L"client");
+        if (const std::wstring wanted = ValueOf(row, L"client"); !wanted.empty() && wanted != client) {
+            client = wanted;
             const fs::path libraries = bundle / "tests" / "mapilibrary";
             machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
                                    client == L"extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");

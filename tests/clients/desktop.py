@@ -8,9 +8,7 @@ import mailbox
 import os
 import pathlib
 import re
-import socketserver
 import subprocess
-import threading
 import time
 
 from accounts import CLIENTS
@@ -32,54 +30,12 @@ FOLDER = "my dir, it's Übung %41 #1"
 CONTENTS = {name: f"This is {name}." for name in (
     "two words.txt", "a,b.txt", "it's.txt", 'say "hi".txt', "50%25 & more.txt", "Übung.txt", "smile 😀.txt")}
 
-# What a server with an empty inbox answers, for clients that open no composer before they have met their server.
-SELECTED = "* FLAGS (\\Draft \\Deleted)\r\n* 0 EXISTS\r\n* 0 RECENT\r\n* OK [UIDVALIDITY 1]\r\n* OK [UIDNEXT 1]"
-ANSWERS = {
-    "CAPABILITY": "* CAPABILITY IMAP4rev1 UIDPLUS",
-    "LIST": '* LIST (\\HasNoChildren) "/" INBOX\r\n* LIST (\\HasNoChildren \\Drafts) "/" Drafts',
-    "STATUS": "* STATUS {folder} (MESSAGES 0 RECENT 0 UNSEEN 0 UIDNEXT 1 UIDVALIDITY 1)",
-    "SELECT": SELECTED, "EXAMINE": SELECTED, "LOGOUT": "* BYE",
-}
-
-
-class ImapSession(socketserver.StreamRequestHandler):
-    """Keeps the messages that it is given in a folder: the drafts."""
-
-    def handle(self):
-        self.say("* OK ready")
-        while line := self.rfile.readline().decode():
-            tag, command, *words = line.split()
-            command = command.upper()
-            if command in ANSWERS:
-                self.say(ANSWERS[command].format(folder=words[0] if words else ""))
-            if command == "APPEND":
-                self.say("+ go on")
-                data = self.rfile.read(int(re.search(r"\{(\d+)", line)[1]))
-                self.rfile.readline()
-                folder = self.server.folder
-                (folder / f"{len(os.listdir(folder))}.eml").write_bytes(data)
-            self.say(f"{tag} OK [READ-WRITE] done" if command == "SELECT" else f"{tag} OK done")
-
-    def say(self, line):
-        self.wfile.write(line.encode() + b"\r\n")
-
-
-def serve_imap(folder):
-    """Serves on the loopback address for as long as this process lives, at the port that it returns."""
-    folder.mkdir()
-    server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), ImapSession)
-    server.folder = folder
-    server.daemon_threads = True
-    threading.Thread(target=server.serve_forever, daemon=True).start()
-    return server.server_address[1]
-
 
 def make_account(client):
     home = pathlib.Path(os.environ["HOME"])
-    port = serve_imap(home / "imap")
-    files = {name: text.replace("{imap}", str(port)) for name, text in client.account.items()}
-    files[".config/mimeapps.list"] = f"[Default Applications]\nx-scheme-handler/mailto={client.entry}\n"
-    for name, text in {**files, **{f"{FOLDER}/{name}": text + "\n" for name, text in CONTENTS.items()}}.items():
+    default = {".config/mimeapps.list": f"[Default Applications]\nx-scheme-handler/mailto={client.entry}\n"}
+    attached = {f"{FOLDER}/{name}": text + "\n" for name, text in CONTENTS.items()}
+    for name, text in {**client.account, **default, **attached}.items():
         (home / name).parent.mkdir(parents=True, exist_ok=True)
         (home / name).write_text(text, encoding="utf-8")
 
@@ -98,7 +54,7 @@ def text_of(part):
     return part.get_payload(decode=True).decode(part.get_content_charset("utf-8")).replace("\r\n", "\n").rstrip()
 
 
-def differences(data, run, dropped):
+def differences(data, run):
     """Which fields of a kept draft aren't as given, and how; empty when all are. Blank ends are the client's own. The
     old policy hands headers over as they are written: the new one repairs them."""
     draft = email.message_from_bytes(data, policy=email.policy.compat32)
@@ -110,9 +66,7 @@ def differences(data, run, dropped):
             found["attachments"][file_name(part)] = text_of(part)
         elif part.get_content_type() == "text/plain":
             found.setdefault("body", text_of(part))
-    taken_out = str.maketrans("", "", dropped)
-    given = {"to": [(name.translate(taken_out), address) for name, address in RECIPIENTS], "subject": SUBJECT,
-             "body": f"{BODY} {run}", "attachments": CONTENTS}
+    given = {"to": RECIPIENTS, "subject": SUBJECT, "body": f"{BODY} {run}", "attachments": CONTENTS}
     return [f"{name} {found.get(name)!r}" for name in given if found.get(name) != given[name]]
 
 
@@ -134,16 +88,6 @@ def awaited(limit, ask):
     while not (answer := ask()) and time.monotonic() < end:
         time.sleep(0.5)
     return answer
-
-
-def new_window(client, before):
-    """The composer, or None; a question that the client asks first is answered."""
-    def look():
-        for window in windows(client.question[0]) if client.question else ():
-            tool("xdotool", "windowactivate", window, "key", *client.question[1:])
-        return windows(client.window) - before
-
-    return max(awaited(WINDOW_LIMIT, look), default=None)
 
 
 def picture(path):
@@ -184,7 +128,7 @@ def open_composer(name, run):
     said = run_program(run)
     if client.terminal and (line := re.search(rf"\b{name} -H .*", said)):
         subprocess.Popen(["xterm", "-T", "terminal", "-fa", "DejaVu Sans Mono", "-e", "sh", "-c", line[0]])
-    window = new_window(client, before)
+    window = max(awaited(WINDOW_LIMIT, lambda: windows(client.window) - before), default=None)
     if window:
         # Large, and without the pointer over it: what it has to say about a button hides a field.
         tool("xdotool", "mousemove", "1279", "1023",
@@ -202,7 +146,7 @@ def verdict(client, run, window):
 
     def all_right():
         nonlocal nearest
-        found = [differences(draft, run, client.drops) for draft in kept(client.drafts)]
+        found = [differences(draft, run) for draft in kept(client.drafts)]
         nearest = min(found, key=len, default=nearest)
         return not nearest
 

@@ -6,7 +6,7 @@ Copies of the program stand in folders in which it finds different libraries:
     missing      no MAPI library at all
     no entry     a MAPI library that cannot send
     own          the product's own; for exhaustion.py alone
-    probe        the probe of the foundation's life in the program's place
+    probe, endings, static    not the program: the probes of the foundation's life and end
 """
 
 import os
@@ -18,7 +18,8 @@ import subprocess
 import types
 
 LIMIT = 90  # seconds
-CRASHED, STOPPED = "crashed", "stopped"  # codes of a case: by a fault, at a breakpoint
+CRASHED, STOPPED, ABORTED = "crashed", "stopped", "aborted"  # codes of a case: by a fault, at a breakpoint
+PROBES = ("probe", "endings", "static")
 CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
 
@@ -118,8 +119,10 @@ class Native(Place):
 
     def ends(self, case, code):
         """Whether that is the case's end. A crash ends by a signal, or with the code of a sanitizer."""
-        return code not in (0, 255) if case.code == CRASHED else code == (
-            -signal.SIGTRAP if case.code == STOPPED else case.code & 0xFF)
+        if case.code == CRASHED:
+            return code not in (0, 255)
+        signals = {STOPPED: -signal.SIGTRAP, ABORTED: -signal.SIGABRT}
+        return code == (signals[case.code] if case.code in signals else case.code & 0xFF)
 
 
 class Windows(Place):
@@ -131,12 +134,12 @@ class Windows(Place):
         """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
         goes once in a run, however many deliveries it has."""
         text = super().transcript(case)
-        if case.mail in ("extended", "probe") or case.mail == "recording" and not case.sends:
+        if case.mail in ("extended", *PROBES) or case.mail == "recording" and not case.sends:
             return text
         return text.replace("end:\n", "") + ("" if case.code == CRASHED else "end:\n")
 
     def exit_code(self, code):
-        return {CRASHED: 0xC0000005, STOPPED: 0x80000003}.get(code) or code & 0xFFFFFFFF
+        return {CRASHED: 0xC0000005, STOPPED: 0x80000003, ABORTED: 3}.get(code) or code & 0xFFFFFFFF
 
     def line(self, case):
         """The whole command line: the case's own, or its words in the quotes that the program undoes. The program's place
