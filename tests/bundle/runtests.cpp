@@ -1,18 +1,14 @@
 // runtests [PART]: runs the bundle that this program lies in, or the runs whose names have that part, and writes what
 // came of it into results.txt beside itself. Nothing else need be installed. Ends with 1 if a run failed.
-#include "tests/bundle/machinechanges.h"
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <exception>
-#include <fstream>
 #include <regex>
-#include <sstream>
 #include <thread>
 #include <vector>
 
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
+#include "tests/bundle/machinechanges.h" // last, for windows.h
 
 namespace {
 
