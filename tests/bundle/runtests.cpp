@@ -165,7 +165,10 @@ public:
         Tell("corvane " VERSION " on " + SystemText());
         for (const TestCase& row : ReadCases(bundle)) {
             const std::wstring name = ValueOf(row, L"case");
-            const std::wstring reason = interrupted ? L"interrupted" : WhyNotRun(row);
+            const std::wstring reason = interrupted               ? L"interrupted"
+                                        : row.contains(L"skip")   ? ValueOf(row, L"skip")
+                                        : row.contains(L"client") ? machine.WhyNot()
+                                                                  : L"";
             if (name.find(part) == std::wstring::npos) {
                 continue;
             }
@@ -189,18 +192,13 @@ private:
         results << line << "\r\n" << std::flush;
     }
 
-    std::wstring WhyNotRun(const TestCase& row) const {
-        return row.contains(L"skip") ? ValueOf(row, L"skip") : row.contains(L"client") ? machine.WhyNot() : L"";
-    }
-
     void Prepare(const TestCase& row) {
         fs::remove_all(work);
         fs::create_directories(work / "folder");
         if (row.contains(L"files")) {
             fs::copy(bundle / "files" / ValueOf(row, L"files"), work / "folder", fs::copy_options::recursive);
         }
-        if (const std::wstring wanted = ValueOf(row, L"client"); !wanted.empty() && wanted != client) {
-            client = wanted;
+        if (const std::wstring client = ValueOf(row, L"client"); !client.empty()) {
             const fs::path libraries = bundle / "tests" / "mapilibrary";
             machine.RegisterClient((libraries / "recordinglibrary.dll").wstring(),
                                    client == L"extended" ? (libraries / "extendedlibrary.dll").wstring() : L"");
@@ -246,7 +244,6 @@ private:
     CMachineChanges machine;
     std::ofstream results;
     int passed = 0, failed = 0, notRun = 0;
-    std::wstring client; // that is registered
 };
 
 } // namespace

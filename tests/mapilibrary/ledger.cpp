@@ -12,10 +12,7 @@ namespace {
 
 bool lineIsOpen = false; // a crash has left it so
 
-std::map<const void*, std::string>& Things() {
-    static std::map<const void*, std::string> things;
-    return things;
-}
+std::map<const void*, std::string> things; // that are given out, with their names
 
 // A transcript with a gap would be believed: the process ends where the file cannot be written.
 void WriteText(const std::string& text, bool ends) {
@@ -40,19 +37,14 @@ std::string Hex(std::string_view bytes) {
 
 // What was not given back is told when the library goes.
 struct EndOfLibrary {
-    EndOfLibrary() { Things(); } // is there before, and goes after
     ~EndOfLibrary() {
         std::string line = lineIsOpen ? "\nend:" : "end:";
-        for (const auto& [thing, name] : Things()) {
+        for (const auto& [thing, name] : things) {
             line += ' ' + name + " not given back;";
         }
         WriteText(line, true);
     }
-    EndOfLibrary(const EndOfLibrary&) = delete;
-    EndOfLibrary& operator=(const EndOfLibrary&) = delete;
-};
-
-const EndOfLibrary End;
+} const end;
 
 // The sanitizers must leave these to the processor.
 #define RAW __attribute__((no_sanitize("address", "undefined"), noinline))
@@ -187,23 +179,23 @@ void Call::EndWithoutResult() {
 }
 
 void GiveOut(const void* thing, const std::string& name) {
-    Things().emplace(thing, name);
+    things.emplace(thing, name);
 }
 
 std::string Shown(const void* thing) {
-    const auto found = Things().find(thing);
-    return !thing ? "null" : found == Things().end() ? "given" : found->second;
+    const auto found = things.find(thing);
+    return !thing ? "null" : found == things.end() ? "given" : found->second;
 }
 
 void TakeBack(const void* thing) {
-    if (Things().erase(thing) == 0) {
+    if (things.erase(thing) == 0) {
         std::fprintf(stderr, "the MAPI library is given back what is not its own, or was given back: %p\n", thing);
         std::abort();
     }
 }
 
 std::uint32_t ThingsOut() {
-    return static_cast<std::uint32_t>(Things().size());
+    return static_cast<std::uint32_t>(things.size());
 }
 
 void FreeBuffer(void* buffer) {
