@@ -148,13 +148,12 @@ def limits(place):
 
 def outputs(place):
     """Where the program's text goes. The unit tests have each kind; a shell starts the native program alone."""
-    text = failure("The argument -é€ is invalid.")
     if not place.windows:
-        for name, shell, output in (
-                ("a new file", '"$0" "$@" > out; code=$?; iconv -f utf-16 out; exit $code', text),
-                # The failure to report ends the run, and the last notice goes to standard error.
-                ("nowhere", 'exec "$0" "$@" 3>&1 >&- 2>&3', "Corvane: The handle is invalid.\r\n\n")):
-            yield fails(f"output into {name}", ["-é€"], output, shell=shell)
+        yield fails("output into a new file", ["-é€"], failure("The argument -é€ is invalid."),
+                    shell='"$0" "$@" > out; code=$?; iconv -f utf-16 out; exit $code')
+        # The failure to report ends the run, and the last notice goes to standard error.
+        yield fails("output nowhere", ["-x"], "Corvane: The handle is invalid.\r\n\n",
+                    shell='exec "$0" "$@" 3>&1 >&- 2>&3')
 
 
 def all_cases(place):

@@ -51,7 +51,6 @@ SCENARIOS = (
     Case("the log", (ANN,), machine={"WriteMessageLog": "on"}),
     Case("lists of messages", (ANN,), user={"SaveAllMessages": "on", "SaveUndefinedMessages": "on"}),
     Case("a language", ("language", "LANGUAGES"), mail="probe"),
-    Case("files in memory", ("files",), mail="probe"),
 )
 # What cannot be converted is an empty text; what cannot be asked about is no file, and is left out like a missing one; an
 # entry that cannot be found is done without. A language whose library cannot be had is shown in English.
