@@ -25,26 +25,20 @@ std::string Utf8(const std::wstring& text) {
     return {bytes.begin(), bytes.end()};
 }
 
-template <class TFunction>
-TFunction NativeFunction(const char* name) {
-    return reinterpret_cast<TFunction>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
-
-// Empty on Windows.
-std::string WineVersion() {
-    const auto version = NativeFunction<const char* (*)()>("wine_get_version");
-    return version ? version() : "";
+bool IsWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
 std::string SystemText() {
-    OSVERSIONINFOW version{};
-    version.dwOSVersionInfoSize = sizeof(version);
-    NativeFunction<LONG(WINAPI*)(OSVERSIONINFOW*)>("RtlGetVersion")(&version);
-    std::ostringstream text;
-    text << "Windows " << version.dwMajorVersion << '.' << version.dwMinorVersion << '.' << version.dwBuildNumber
-         << (WineVersion().empty() ? "" : " as Wine " + WineVersion() + " shows it") << ", code pages " << GetACP()
-         << " and " << GetOEMCP() << ", language " << std::hex << GetUserDefaultUILanguage();
-    return text.str();
+    const auto told = [](const char* name) {
+        char text[100] = {};
+        DWORD size = sizeof(text);
+        RegGetValueA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion", name, RRF_RT_REG_SZ,
+                     nullptr, text, &size);
+        return std::string(text);
+    };
+    return told("ProductName") + (IsWine() ? " as Wine shows it" : "") + ", build " + told("CurrentBuild") +
+           ", code pages " + std::to_string(GetACP()) + " and " + std::to_string(GetOEMCP());
 }
 
 std::wstring ValueOf(const TestCase& row, const std::wstring& key) {
@@ -54,7 +48,7 @@ std::wstring ValueOf(const TestCase& row, const std::wstring& key) {
 
 // The list's fields have the form "KEY VALUE", and a character between them that no text has.
 std::vector<TestCase> ReadCases(const fs::path& bundle) {
-    const fs::path file = bundle / (WineVersion().empty() ? "cases.txt" : "cases-wine.txt");
+    const fs::path file = bundle / (IsWine() ? "cases-wine.txt" : "cases.txt");
     std::vector<TestCase> rows;
     std::wistringstream fields(ReadText(file));
     for (std::wstring field; std::getline(fields, field, L'\uE000');) {
