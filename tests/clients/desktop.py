@@ -18,9 +18,8 @@ PROGRAM = os.path.join(ROOT, "build/linux-release/bin/corvane")
 PICTURES = os.path.join(ROOT, "build/clients")
 WINDOW_LIMIT = 60  # seconds
 DRAFT_LIMIT = 15
-SETTLE_LIMIT = 10
+SETTLE_TIME = 4  # until a client has drawn its window
 ALONE_TIME = 5
-QUIET_PICTURES = 4  # half a second lies between two
 
 # The message that every client is handed.
 RECIPIENTS = [('Lee, Ann "Q"', "ann@example.org"), ("Jürgen O'Neil", "juergen@example.org"), ("", "bare@example.org")]
@@ -90,18 +89,6 @@ def awaited(limit, ask):
     return answer
 
 
-def picture(path):
-    """Taken anew until nothing changes any more: the client has finished drawing."""
-    last = []
-
-    def settled():
-        tool("import", "-window", "root", path)
-        last.append(pathlib.Path(path).read_bytes())
-        return len(last) > QUIET_PICTURES and len(set(last[-QUIET_PICTURES:])) == 1
-
-    awaited(SETTLE_LIMIT, settled)
-
-
 def kept(pattern):
     """The drafts that the client has kept: a file each, or all in one mailbox."""
     found = []
@@ -135,23 +122,18 @@ def open_composer(name, run):
              "windowmove", window, "0", "0", "windowsize", window, "1270", "960")
     else:
         print(f"{name} {run}: the program said: {said}")
-    picture(os.path.join(PICTURES, f"{name}-{run}.png"))
+    time.sleep(SETTLE_TIME)
+    tool("import", "-window", "root", os.path.join(PICTURES, f"{name}-{run}.png"))
     return window
 
 
 def verdict(client, run, window):
     """What is wrong in the draft that a composer keeps; empty if nothing is."""
     tool("xdotool", "windowactivate", "--sync", window, "key", client.save)
-    nearest = ["no draft is kept: look at the picture"]
-
-    def all_right():
-        nonlocal nearest
-        found = [differences(draft, run) for draft in kept(client.drafts)]
-        nearest = min(found, key=len, default=nearest)
-        return not nearest
-
-    awaited(DRAFT_LIMIT, all_right)
-    return "; ".join(nearest)
+    none = ["no draft is kept: look at the picture"]
+    nearest = lambda: min((differences(draft, run) for draft in kept(client.drafts)), key=len, default=none)
+    awaited(DRAFT_LIMIT, lambda: not nearest())
+    return "; ".join(nearest())
 
 
 def look_at(name):
