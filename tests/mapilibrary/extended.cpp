@@ -137,23 +137,21 @@ struct Attachment final : Counted<Attachment, Slots::PropSlots<IAttach, Noted>> 
     Result SaveChanges(Number flags) override { return Call("IAttach::SaveChanges", List(flags)).End(); }
 };
 
-/// GetProps knows the word "odd": values that show whether each goes to its own place in ShowForm, and a class beyond
-/// ASCII.
+/// Its properties show whether each goes to its own place in ShowForm; its class is beyond ASCII.
 struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
     Result GetProps(SPropTagArray* tags, Number flags, Number* count, SPropValue** values) override {
         Call call("IMessage::GetProps", List(tags, flags));
         if (call.Performs()) {
-            static char16_t plainClass[] = u"IPM.Note";
-            static char16_t oddClass[] = u"IPM.N\u00F6te";
+            static char16_t messageClass[] = u"IPM.N\u00F6te";
             *values = AllocateBuffer<SPropValue>(tags->cValues * sizeof(SPropValue), "properties of the message");
             *count = tags->cValues;
             for (Number i = 0; i < *count; ++i) {
                 SPropValue& property = (*values)[i] = {tags->aulPropTag[i], 0, {}};
-                property.Value.ul = call.Is("odd") ? 0x100 + i : 0;
+                property.Value.ul = 0x100 + i;
                 if (property.ulPropTag == TagEntryId) {
                     property = Error(property.ulPropTag, 0x8004010F); // MAPI_E_NOT_FOUND
                 } else if (property.ulPropTag == TagMessageClass) {
-                    property.Value.lpszW = call.Is("odd") ? oddClass : plainClass;
+                    property.Value.lpszW = messageClass;
                 }
             }
         }

@@ -58,7 +58,6 @@ RAW int Descend(int depth) {
     return room[0] + depth;
 }
 
-// Each crashes, or does nothing for a word of the call's own.
 RAW void Obey(const std::string& word) {
     if (word == "read") {
         static_cast<void>(*nowhere);
@@ -157,7 +156,7 @@ Call::Call(std::string_view name, const std::string& arguments, std::string_view
         (name.ends_with("::Release") || name.find("Free") != std::string_view::npos || name == "MAPIUninitialize")) {
         Obey("read");
     }
-    word = WordOf(rule.empty() ? name : rule);
+    std::string word = WordOf(rule.empty() ? name : rule);
     if (const std::size_t end = word.find(":dying"); end != std::string::npos) {
         dying = true;
         word.resize(end);

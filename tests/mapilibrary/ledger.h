@@ -53,15 +53,13 @@ std::string List(const TFirst& first, const T&... more) {
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
 ///   IAttach::SaveChanges=read          dies: read, overflow
 ///   IAttach::SaveChanges=read:dying    dies so, and from then on whenever something is given back
-///   any other word                     is the call's own
 class Call {
 public:
     /// `rule` is what the script calls it, the name as a rule.
     Call(std::string_view name, const std::string& arguments, std::string_view rule = {});
 
-    /// Whether it does what it is for, with its own word.
+    /// Whether it does what it is for.
     bool Performs() const { return performs; }
-    bool Is(std::string_view own) const { return word == own; }
     /// Ends the line with the result of a call that performs, or what the script tells; without one for a call that has
     /// none.
     std::int32_t End(std::int32_t result = 0);
@@ -70,7 +68,6 @@ public:
 private:
     bool performs = true;
     std::int32_t refusal = 0;
-    std::string word;
 };
 
 /// Memory that counts as given out until FreeBuffer.
