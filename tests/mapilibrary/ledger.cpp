@@ -46,24 +46,11 @@ struct EndOfLibrary {
     }
 } const end;
 
-// The sanitizers must leave these to the processor.
-#define RAW __attribute__((no_sanitize("address", "undefined"), noinline))
-
 volatile int* volatile nowhere = reinterpret_cast<volatile int*>(16);
-volatile bool endless = true;
 
-RAW int Descend(int depth) {
-    volatile char room[200] = {};
-    room[0] = static_cast<char>(endless ? Descend(depth + 1) : depth);
-    return room[0] + depth;
-}
-
-RAW void Obey(const std::string& word) {
-    if (word == "read") {
-        static_cast<void>(*nowhere);
-    } else if (word == "overflow") {
-        Descend(0);
-    }
+// The sanitizers must leave this to the processor.
+__attribute__((no_sanitize("address", "undefined"), noinline)) void Crash() {
+    static_cast<void>(*nowhere);
 }
 
 std::string WordOf(std::string_view call) {
@@ -152,19 +139,15 @@ std::string Shown(const Mapi::SPropValue& property) {
 Call::Call(std::string_view name, const std::string& arguments, std::string_view rule) {
     static bool dying = false;
     WriteText((lineIsOpen ? "\n" : "") + std::string(name) + '(' + arguments + ')', false);
-    if (dying &&
-        (name.ends_with("::Release") || name.find("Free") != std::string_view::npos || name == "MAPIUninitialize")) {
-        Obey("read");
-    }
-    std::string word = WordOf(rule.empty() ? name : rule);
-    if (const std::size_t end = word.find(":dying"); end != std::string::npos) {
-        dying = true;
-        word.resize(end);
+    const std::string word = WordOf(rule.empty() ? name : rule);
+    const bool givesBack = name.ends_with("::Release") || name.find("Free") != name.npos || name == "MAPIUninitialize";
+    if (word.starts_with("read") || (dying && givesBack)) {
+        dying = dying || word == "read:dying";
+        Crash();
     }
     char* end = nullptr;
     refusal = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::strtoull(word.c_str(), &end, 16)));
     performs = word != "nothing" && (word.empty() || *end != '\0');
-    Obey(word);
 }
 
 std::int32_t Call::End(std::int32_t result) {

@@ -51,7 +51,7 @@ std::string List(const TFirst& first, const T&... more) {
 /// blanks. Without a rule a call does what it is for.
 ///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
-///   IAttach::SaveChanges=read          dies: read, overflow
+///   IAttach::SaveChanges=read          dies
 ///   IAttach::SaveChanges=read:dying    dies so, and from then on whenever something is given back
 class Call {
 public:
