@@ -2,13 +2,7 @@
 // taken back.
 #pragma once
 
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 
 #define WIN32_LEAN_AND_MEAN
@@ -17,23 +11,11 @@
 /// A run of the bundle: its values by their keys, some of them several times. bundle.py has the keys.
 using TestCase = std::multimap<std::wstring, std::wstring>;
 
-/// A file's content, as bytes and as UTF-16; empty if it can't be read.
-inline std::string ReadBytes(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-inline std::wstring ReadText(const std::filesystem::path& path) {
-    const std::string bytes = ReadBytes(path);
-    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
-    return text;
-}
-
-/// The machine's registry, as it was found, is restored at the end; after a run that was killed, by the next one, which
-/// finds what it left in the file `journal`. Without that file nothing starts: std::runtime_error.
+/// The machine's registry, as it was found, is restored at the end; after a run that was killed, by the next one, for
+/// what was there before lies in the client's own key meanwhile.
 class CMachineChanges {
 public:
-    explicit CMachineChanges(std::filesystem::path journalPath) : journal(std::move(journalPath)) {
+    CMachineChanges() {
         Restore();
         for (HKEY root : Roots) {
             HKEY key = nullptr;
@@ -43,15 +25,10 @@ public:
                 return;
             }
         }
-        const std::wstring known = DefaultClient(Roots[0]) + L'\n' + DefaultClient(Roots[1]) + L'\n';
-        std::ofstream file(journal, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(known.data()),
-                   static_cast<std::streamsize>(known.size() * sizeof(wchar_t)));
-        file.close();
-        if (!file) {
-            throw std::runtime_error("its folder cannot be written, and nothing is changed that could not be restored");
+        for (std::size_t i = 0; i < std::size(Roots); ++i) {
+            Set(HKEY_LOCAL_MACHINE, ClientKey, Former[i], Get(Roots[i], Clients, nullptr));
         }
-        if (!SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", L"")) { // only the system knows whom it lets
+        if (!Set(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", {})) { // only the system knows whom it lets
             reason = L"it changes the machine's registry: start this from an elevated prompt";
         }
     }
@@ -65,14 +42,14 @@ public:
 
     /// Makes that the default mail client; `extended` may be empty.
     void RegisterClient(const std::wstring& simple, const std::wstring& extended) {
-        RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
-        SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", simple);
+        Set(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath", {simple});
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, ClientKey, L"DllPathEx");
         if (!extended.empty()) {
-            SetText(HKEY_LOCAL_MACHINE, ClientKey, L"DllPathEx", extended);
+            Set(HKEY_LOCAL_MACHINE, ClientKey, L"DllPathEx", {extended});
         }
         // The user's choice, if there is one, comes before the machine's.
         for (HKEY root : Roots) {
-            SetText(root, Clients, nullptr, ClientName);
+            Set(root, Clients, nullptr, {ClientName});
         }
     }
 
@@ -83,48 +60,38 @@ public:
             const auto [first, last] = row.equal_range(root == HKEY_CURRENT_USER ? L"user" : L"machine");
             for (auto at = first; at != last; ++at) {
                 const std::size_t sign = at->second.find(L'=');
-                SetText(root, Settings, at->second.substr(0, sign).c_str(), at->second.substr(sign + 1));
+                Set(root, Settings, at->second.substr(0, sign).c_str(), {at->second.substr(sign + 1)});
             }
         }
     }
 
 private:
     static inline const HKEY Roots[] = {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER};
+    static constexpr const wchar_t* Former[] = {L"MachineDefault", L"UserDefault"}; // the default clients before
     static constexpr const wchar_t* Clients = L"Software\\Clients\\Mail";
     static constexpr const wchar_t* ClientKey = L"Software\\Clients\\Mail\\CorvaneTest";
     static constexpr const wchar_t* ClientName = L"CorvaneTest";
     static constexpr const wchar_t* Settings = L"Software\\Ostrel\\Tessarix";
 
-    const std::filesystem::path journal;
     std::wstring reason;
 
-    // Whether the system let us.
-    static bool SetText(HKEY root, const wchar_t* path, const wchar_t* name, const std::wstring& text,
-                        DWORD type = REG_SZ) {
-        const auto size = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
-        return RegSetKeyValueW(root, path, name, type, text.c_str(), size) == ERROR_SUCCESS;
-    }
-
-    // The default mail client of a root, behind the character of its type's number; empty without one.
-    static std::wstring DefaultClient(HKEY root) {
-        wchar_t name[256] = {};
-        DWORD size = sizeof(name);
-        DWORD type = 0;
+    struct Text {
+        std::wstring text;
+        DWORD type = REG_SZ; // or REG_EXPAND_SZ; REG_NONE for no value
+    };
+    static Text Get(HKEY root, const wchar_t* path, const wchar_t* name) {
+        wchar_t text[1000] = {};
+        DWORD size = sizeof(text);
+        DWORD type = REG_NONE;
         constexpr DWORD texts = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND;
-        const LSTATUS status = RegGetValueW(root, Clients, nullptr, texts, &type, name, &size);
-        return status == ERROR_SUCCESS ? static_cast<wchar_t>(type) + std::wstring(name) : L"";
+        const bool found = RegGetValueW(root, path, name, texts, &type, text, &size) == ERROR_SUCCESS;
+        return {text, found ? type : REG_NONE};
     }
-
-    // What somebody else has chosen since stays.
-    static void RestoreDefaultClient(HKEY root, const std::wstring& former) {
-        if (DefaultClient(root) != static_cast<wchar_t>(REG_SZ) + std::wstring(ClientName)) {
-            return;
-        }
-        if (former.empty()) {
-            RegDeleteKeyValueW(root, Clients, nullptr);
-        } else {
-            SetText(root, Clients, nullptr, former.substr(1), former[0]);
-        }
+    /// Whether the system let us.
+    static bool Set(HKEY root, const wchar_t* path, const wchar_t* name, const Text& value) {
+        const auto size = static_cast<DWORD>((value.text.size() + 1) * sizeof(wchar_t));
+        return (value.type == REG_NONE ? RegDeleteKeyValueW(root, path, name)
+                                       : RegSetKeyValueW(root, path, name, value.type, value.text.c_str(), size)) == 0;
     }
 
     // Of a key that is not there the numbers stay, and nothing is removed.
@@ -145,19 +112,20 @@ private:
         // What the test programs make.
         RegDeleteTreeW(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\CorvaneTest");
         RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TessarixTest");
-        std::wistringstream file(ReadText(journal));
-        std::wstring clients[2];
-        if (!std::getline(file, clients[0]) || !std::getline(file, clients[1])) {
+        if (Get(HKEY_LOCAL_MACHINE, ClientKey, L"DLLPath").type == REG_NONE) {
             return; // nothing else has been changed
         }
-        RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
         for (std::size_t i = 0; i < std::size(Roots); ++i) {
-            RestoreDefaultClient(Roots[i], clients[i]);
             RegDeleteTreeW(Roots[i], Settings);
-            for (const wchar_t* path : {Clients, L"Software\\Clients", L"Software\\Ostrel"}) {
-                RemoveIfEmpty(Roots[i], path);
+            RemoveIfEmpty(Roots[i], L"Software\\Ostrel");
+            if (Get(Roots[i], Clients, nullptr).text == ClientName) { // what somebody else has chosen since stays
+                Set(Roots[i], Clients, nullptr, Get(HKEY_LOCAL_MACHINE, ClientKey, Former[i]));
             }
         }
-        DeleteFileW(journal.c_str());
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, ClientKey);
+        for (HKEY root : Roots) {
+            RemoveIfEmpty(root, Clients);
+            RemoveIfEmpty(root, L"Software\\Clients");
+        }
     }
 };

@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <regex>
+#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -39,6 +44,18 @@ std::string SystemText() {
     };
     return told("ProductName") + (IsWine() ? " as Wine shows it" : "") + ", build " + told("CurrentBuild") +
            ", code pages " + std::to_string(GetACP()) + " and " + std::to_string(GetOEMCP());
+}
+
+// A file's content; empty if it can't be read.
+std::string ReadBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+std::wstring ReadText(const std::filesystem::path& path) {
+    const std::string bytes = ReadBytes(path);
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text;
 }
 
 std::wstring ValueOf(const TestCase& row, const std::wstring& key) {
@@ -141,7 +158,7 @@ public:
     explicit CTestRun(fs::path bundleFolder)
         : bundle(std::move(bundleFolder)),
           work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
-          machine(bundle / "to-restore.txt"), results(bundle / "results.txt", std::ios::binary) {
+          results(bundle / "results.txt", std::ios::binary) {
         // What is set for the user's own runs must not reach these.
         for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
             SetEnvironmentVariableA(name, nullptr);
