@@ -1,7 +1,6 @@
 #include "tests/support/standardoutput.h"
 
 #include "platform/linux/files/handles.h"
-#include <array>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -11,8 +10,8 @@
 const bool CStandardOutput::HasTerminals = true;
 
 std::pair<Platform::Handle, Platform::Handle> OpenPipe(bool isTerminal) {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(isTerminal ? openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) : pipe2(ends.data(), O_CLOEXEC), 0);
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(isTerminal ? openpty(&ends[0], &ends[1], nullptr, nullptr, nullptr) : pipe2(ends, O_CLOEXEC), 0);
     termios mode{};
     if (tcgetattr(ends[1], &mode) == 0) {
         cfmakeraw(&mode);
