@@ -151,9 +151,13 @@ def outputs(place):
     if not place.windows:
         yield fails("output into a new file", ["-é€"], failure("The argument -é€ is invalid."),
                     shell='"$0" "$@" > out; code=$?; iconv -f utf-16 out; exit $code')
-        # The failure to report ends the run, and the last notice goes to standard error.
-        yield fails("output nowhere", ["-x"], "Corvane: The handle is invalid.\r\n\n",
-                    shell='exec "$0" "$@" 3>&1 >&- 2>&3')
+        # The failure to report ends the run, and is told on standard error.
+        for name, streams, told in (("nowhere", "3>&1 >&- 2>&3", "Corvane: The handle is invalid.\r\n\n"),
+                                    ("into a full disk", "3>&1 >/dev/full 2>&3",
+                                     "There is not enough space on the disk.\r\n\r\n"),
+                                    ("nowhere, nor errors", ">&- 2>&-", "")):
+            yield fails("output " + name, ["-x"], told, shell=f'exec "$0" "$@" {streams}')
+        yield Case("nothing to put out", ("-r:A <a>",), [Mail("A", "a")], shell='exec "$0" "$@" >&- 2>&-')
 
 
 def all_cases(place):

@@ -94,7 +94,7 @@ class Native(Place):
             text = settings_text([f"[{root}\\Software\\Ostrel\\Tessarix]", *rows, *more])
             (self.registry / f"{root}.reg").write_text(text, encoding="utf-8")
 
-    def start(self, case, folder, stdout=subprocess.PIPE):
+    def start(self, case, folder):
         """Runs the case in that folder: the exit code, output, errors, transcript, and the files that it leaves beside the
         program (name -> text). TimeoutExpired for one without an end."""
         for name, content in {**case.files, ".transcript": b""}.items():
@@ -106,13 +106,13 @@ class Native(Place):
         there = set(program.parent.iterdir())
         environment = {**self.environment, "CORVANE_TRANSCRIPT": str(folder / ".transcript"), **case.environment}
         command = [*(["sh", "-c", case.shell] if case.shell else []), program, *case.words]
-        ended = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=stdout,
-                               stderr=subprocess.PIPE, timeout=LIMIT, check=False)
+        ended = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
+                               timeout=LIMIT, check=False)
         left = {path.name: path.read_bytes() for path in set(program.parent.iterdir()) - there}
         for name in left:
             (program.parent / name).unlink()
         return types.SimpleNamespace(
-            code=ended.returncode, output=(ended.stdout or b"").decode(errors="replace"),
+            code=ended.returncode, output=ended.stdout.decode(errors="replace"),
             errors=ended.stderr.decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
             left={name: text.decode("utf-16-le" if text.startswith(b"\xff\xfe") else "utf-8", "replace")
                   for name, text in left.items()})
