@@ -34,17 +34,6 @@ PROGRAMS = {"recording": "program\\corvane", "extended": "program\\corvane", "pr
             "no entry": "noentry\\noentry", "missing": "missing\\missing"}
 
 
-class Bundle(places.Windows):
-    """A Windows that is not known yet; or Wine, for the rows which that answers in its own way."""
-
-    def __init__(self, wine):
-        super().__init__(None, FOLDER)
-        self.wine = wine
-
-    def folder(self):
-        return self.root
-
-
 def expected(key, wanted):
     """A field of the run's answer: a text, or a pattern in the dialect of the C++ library."""
     if not isinstance(wanted, re.Pattern):
@@ -57,7 +46,8 @@ def expected(key, wanted):
 
 def table_fields(wine, kept):
     """The tables of the end-to-end suite. What the runs' folders have is kept, by the number of the folder."""
-    place = Bundle(wine)
+    place = places.Windows(None, FOLDER)
+    place.wine = wine
     for case in (case for table in (life, cases, extended) for case in table.all_cases(place)):
         yield from (f"case {case.name}", f"program {PROGRAMS[case.mail]}.exe", f"limit {places.LIMIT}",
                     f"line {place.line(case)}")
@@ -82,7 +72,7 @@ def all_fields(build, wine, kept):
         if words[0].startswith(str(build / "tests")) and words[0].endswith(".exe"):
             limit = next(entry["value"] for entry in test["properties"] if entry["name"] == "TIMEOUT")
             program = words[0][len(str(build)) + 1:].replace("/", "\\")
-            line = " ".join(map(Bundle.quote, [program, *words[1:]]))
+            line = " ".join(map(places.Windows.quote, [program, *words[1:]]))
             yield from (f"case {test['name']}", f"program {program}", f"limit {int(limit)}", f"line {line}", "code 0")
     yield from table_fields(wine, kept)
 

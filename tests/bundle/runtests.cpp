@@ -97,16 +97,6 @@ std::string Difference(const TestCase& row, const Answers& answers) {
     return all;
 }
 
-// What ends with its last handle ends whatever the child has left running.
-HANDLE NewJob() {
-    HANDLE job = CreateJobObjectW(nullptr, nullptr);
-    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
-    limits.BasicLimitInformation.LimitFlags =
-        JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_DIE_ON_UNHANDLED_EXCEPTION;
-    SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
-    return job;
-}
-
 // Reads a pipe until its last writer is gone.
 void ReadAll(HANDLE pipe, std::string& content) {
     char piece[0x10000];
@@ -131,23 +121,20 @@ Answers RunProgram(const TestCase& row, const fs::path& program, const fs::path&
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     std::wstring line = ValueOf(row, L"line");
     PROCESS_INFORMATION process{};
-    const bool started = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+    const bool started = CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                         folder.c_str(), &start, &process);
     CloseHandle(start.hStdOutput);
     CloseHandle(start.hStdInput);
     std::thread reader([&] { ReadAll(reading, answers[L"output"]); });
     if (started) {
-        const HANDLE job = NewJob();
-        AssignProcessToJobObject(job, process.hProcess);
-        ResumeThread(process.hThread);
         const auto limit = static_cast<DWORD>(std::stoul(ValueOf(row, L"limit")));
         const bool ended = WaitForSingleObject(process.hProcess, limit * 1000) == WAIT_OBJECT_0;
         DWORD code = 0;
         GetExitCodeProcess(process.hProcess, &code);
         answers[L"code"] = ended ? std::to_string(code) : "none in time";
-        for (const HANDLE handle : {job, process.hThread, process.hProcess}) {
-            CloseHandle(handle);
-        }
+        TerminateProcess(process.hProcess, code);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
     }
     reader.join();
     return answers;

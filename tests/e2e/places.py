@@ -130,6 +130,9 @@ class Windows(Place):
 
     windows = True
 
+    def folder(self):
+        return self.root
+
     def transcript(self, case):
         """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
         goes once in a run, however many deliveries it has."""
