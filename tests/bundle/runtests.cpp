@@ -1,6 +1,5 @@
 // runtests [PART]: runs the bundle that this program lies in, or the runs whose names have that part, and writes what
 // came of it into results.txt beside itself. Nothing else need be installed. Ends with 1 if a run failed.
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
@@ -145,18 +144,11 @@ public:
     explicit CTestRun(fs::path bundleFolder)
         : bundle(std::move(bundleFolder)),
           work(fs::temp_directory_path() / ("corvane tests " + std::to_string(GetCurrentProcessId()))),
-          results(bundle / "results.txt", std::ios::binary) {
-        // What is set for the user's own runs must not reach these.
-        for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
-            SetEnvironmentVariableA(name, nullptr);
-        }
-    }
+          results(bundle / "results.txt", std::ios::binary) {}
     ~CTestRun() {
         std::error_code ignored;
         fs::remove_all(work, ignored);
     }
-    CTestRun(const CTestRun&) = delete;
-    CTestRun& operator=(const CTestRun&) = delete;
 
     /// Whether nothing failed.
     bool Run(const std::wstring& part) {
@@ -207,21 +199,20 @@ private:
     }
 
     Answers Execute(const TestCase& row) const {
-        std::vector<std::wstring> variables{L"CORVANE_TRANSCRIPT=" + (work / "transcript").wstring()};
+        // What is set for the user's own runs, or was for the last one, must not reach this.
+        for (const char* name : {"TESSARIX_REGISTRY", "CORVANE_MAPI_SCRIPT", "CORVANE_MAPI_STORES"}) {
+            SetEnvironmentVariableA(name, nullptr);
+        }
+        SetEnvironmentVariableW(L"CORVANE_TRANSCRIPT", (work / "transcript").c_str());
         const auto [first, last] = row.equal_range(L"env");
-        std::for_each(first, last, [&](const auto& field) { variables.push_back(field.second); });
-        const auto setAll = [&variables](bool given) {
-            for (const std::wstring& text : variables) {
-                const std::size_t sign = text.find(L'=');
-                SetEnvironmentVariableW(text.substr(0, sign).c_str(), given ? text.c_str() + sign + 1 : nullptr);
-            }
-        };
+        for (auto at = first; at != last; ++at) {
+            const std::size_t sign = at->second.find(L'=');
+            SetEnvironmentVariableW(at->second.substr(0, sign).c_str(), at->second.c_str() + sign + 1);
+        }
         const fs::path program = bundle / ValueOf(row, L"program");
         const fs::path log = program.parent_path() / "TessarixLog.txt";
         fs::remove(log);
-        setAll(true);
         Answers answers = RunProgram(row, program, work / "folder");
-        setAll(false);
         answers[L"transcript"] = ReadBytes(work / "transcript");
         answers[L"log"] = ReadBytes(log);
         return answers;
