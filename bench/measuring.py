@@ -2,14 +2,17 @@
 kept."""
 
 import argparse
+import contextlib
 import json
 import os
+import pathlib
+import subprocess
 import sys
 import time
 import types
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "e2e"))
-from places import Native, Wine  # noqa: E402  (found through the line above)
+from places import CLIENTS, Native, Windows, client_rows, settings_text, windows_path  # noqa: E402  (found through the line above)
 
 WORDS = ["-r:Ann <ann@example.org>", "-s:Hello", "-b:Text"]  # a delivery without attachments
 WINE_RUN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools", "wine-run")
@@ -26,16 +29,45 @@ def arguments(description):
     return options
 
 
+class Wine(Windows):
+    """A prefix of Wine, in which the recording library is registered."""
+
+    wine = True
+
+    def register(self, rows):
+        file = pathlib.Path(self.root, "settings.reg")
+        file.write_text(settings_text(rows), encoding="utf-16")
+        subprocess.run([self.options.wine, "regedit", "/S", windows_path(file)], env=self.environment, check=True)
+
+
+@contextlib.contextmanager
 def place(build, root, extended):
     """A place of the end-to-end suites, with one of the recording libraries in it."""
     windows = os.path.exists(os.path.join(build, "bin", "corvane.exe"))
     ending, libraries = ".dll" if windows else ".so", os.path.join(build, "tests", "mapilibrary")
     options = types.SimpleNamespace(
-        program=os.path.join(build, "bin", "corvane.exe" if windows else "corvane"), extended=extended,
+        program=os.path.join(build, "bin", "corvane.exe" if windows else "corvane"),
         library=os.path.join(libraries, ("recordinglibrary" if windows else "mapi32") + ending),
-        extended_library=os.path.join(libraries, "extendedlibrary" + ending),
-        no_entry_library=os.path.join(libraries, "noentry", "mapi32" + ending), wine=os.path.abspath(WINE_RUN))
-    return (Wine if windows else Native)(options, root)
+        extended_library=os.path.join(libraries, "extendedlibrary" + ending), wine=os.path.abspath(WINE_RUN))
+    if not windows:
+        native = Native(options, root)
+        native.set_registry(extended)
+        yield native
+        return
+    wine = Wine(options, root)
+    wine.add_program("recording", options.program)
+    try:
+        wine.register(client_rows(DLLPath=options.library,
+                                  **({"DllPathEx": options.extended_library} if extended else {})))
+        yield wine
+    finally:
+        # What a new prefix has, also after a run that was killed.
+        wine.register([f"[{CLIENTS}]", '@="Native Mail Client"', f"[-{CLIENTS}\\CorvaneTest]"])
+
+
+def seen(where, native):
+    """The path as programs there take it."""
+    return windows_path(native) if where.windows else native
 
 
 def run(command, environment):

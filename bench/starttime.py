@@ -15,7 +15,7 @@ def check_delivery(place, command, environment, root):
     """What is measured must be what is meant: the MAPI library tells that it was handed the message."""
     transcript = os.path.join(root, "transcript")
     open(transcript, "w", encoding="utf-8").close()
-    subprocess.run(command, env={**environment, "CORVANE_TRANSCRIPT": place.library_path(transcript)}, check=True)
+    subprocess.run(command, env={**environment, "CORVANE_TRANSCRIPT": measuring.seen(place, transcript)}, check=True)
     with open(transcript, encoding="utf-8") as stream:
         if "Hello" not in stream.read():
             raise RuntimeError("the MAPI library was not handed the message")

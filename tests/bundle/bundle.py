@@ -4,9 +4,10 @@ files, for Windows and for Wine, which a program of ours reads where there is no
 
 They are in UTF-16: fields `KEY VALUE`, with U+E000 between one and the next. `case NAME` begins a run. How it is made:
 program (a path from the bundle's folder), line (all of it), limit (seconds), client (the recording library that must be
-registered, simple or extended), user and machine (settings of the foundation, NAME=VALUE; there are no others then), env
-(variables), files (the folder below `files` whose content the run's folder has). What is expected: code, output,
-transcript, log; with `~` behind the key of a pattern. claim: Wine answers otherwise. skip: why it cannot be tried.
+registered, simple or extended; empty for any, and without the field nothing of the machine may matter), user and machine
+(settings of the foundation, NAME=VALUE; there are no others then), env (variables), files (the folder below `files`
+whose content the run's folder has). What is expected: code, output, transcript, log; with `~` behind the key of a
+pattern. skip: why it cannot be tried.
 """
 
 import argparse
@@ -18,31 +19,19 @@ import sys
 import zipfile
 
 TESTS = pathlib.Path(__file__).resolve().parents[1]
-sys.path += [str(TESTS / "e2e"), str(TESTS / "endings")]
+sys.path.append(str(TESTS / "e2e"))
 
 import cases
-import endings
 import extended
 import life
 import places
 
 
 FOLDER = "{bundle}"  # the runner puts its own folder there
-ABORTED = 3  # what the run-time's abort ends with
 # By what Wine is told that its own MAPI library is not for these, see check.py.
 PROGRAMS = {"recording": "program\\corvane", "extended": "program\\corvane", "probe": "tests\\lifeprobe",
+            "endings": "tests\\endings", "static": "tests\\staticfailure",
             "no entry": "noentry\\noentry", "missing": "missing\\missing"}
-
-
-class Bundle(places.Windows):
-    """A Windows that is not known yet; or Wine, for the rows which that answers in its own way."""
-
-    def __init__(self, wine):
-        super().__init__(None, FOLDER)
-        self.wine = wine
-
-    def folder(self):
-        return self.root
 
 
 def expected(key, wanted):
@@ -55,40 +44,24 @@ def expected(key, wanted):
     return f"{key}~ {text}"
 
 
-def answer(place, case):
-    """What comes of a case in that place."""
-    return [f"code {place.exit_code(case.code)}", expected("output", case.output),
-            expected("transcript", place.transcript(case)), expected("log", case.left.get("TessarixLog.txt", ""))]
-
-
 def table_fields(wine, kept):
     """The tables of the end-to-end suite. What the runs' folders have is kept, by the number of the folder."""
-    here, there = Bundle(wine), Bundle(not wine)
-    tables = ((case, other) for table in (life, cases, extended)
-              for case, other in zip(table.all_cases(here), table.all_cases(there), strict=True))
-    for case, other in tables:
+    place = places.Windows(None, FOLDER)
+    place.wine = wine
+    for case in (case for table in (life, cases, extended) for case in table.all_cases(place)):
         yield from (f"case {case.name}", f"program {PROGRAMS[case.mail]}.exe", f"limit {places.LIMIT}",
-                    f"line {here.line(case)}")
+                    f"line {place.line(case)}")
         if case.mail == "missing" and not wine:
             yield "skip Windows has a MAPI library of its own"
-        if case.mail != "probe":
-            yield f"client {'extended' if case.mail == 'extended' else 'simple'}"
+        yield f"client {'extended' if case.mail == 'extended' else '' if case.mail in places.PROBES else 'simple'}"
         for key, values in (("env", case.environment), ("user", case.user), ("machine", case.machine)):
             yield from (f"{key} {name}={value}" for name, value in values.items())
         if case.files:
             kept += [] if case.files in kept else [case.files]
             yield f"files {kept.index(case.files)}"
-        yield from answer(here, case)
-        if not wine and answer(here, case) != answer(there, other):
-            yield "claim "
-
-
-def program_fields(name, program, words, limit, code=0, output=None):
-    """A run that needs nothing but its program. Its text is compared with line ends of either kind."""
-    line = " ".join(Bundle.quote(word) for word in [program, *words])
-    yield from (f"case {name}", f"program {program}", f"limit {limit}", f"line {line}", f"code {code}")
-    if output is not None:
-        yield expected("output", re.compile(re.escape(output).replace("\\\n", "\r?\n")))
+        yield from (f"code {place.exit_code(case.code)}", expected("output", case.output),
+                    expected("transcript", place.transcript(case)),
+                    expected("log", case.left.get("TessarixLog.txt", "")))
 
 
 def all_fields(build, wine, kept):
@@ -99,11 +72,8 @@ def all_fields(build, wine, kept):
         if words[0].startswith(str(build / "tests")) and words[0].endswith(".exe"):
             limit = next(entry["value"] for entry in test["properties"] if entry["name"] == "TIMEOUT")
             program = words[0][len(str(build)) + 1:].replace("/", "\\")
-            yield from program_fields(test["name"], program, words[1:], int(limit))
-    for name, program, words, output, code in endings.CASES:
-        program = {"static": "staticfailure"}.get(program, program)
-        code = ABORTED if code == endings.ABORTED else code & 0xFFFFFFFF
-        yield from program_fields(name, f"tests\\{program}.exe", words, endings.LIMIT, code, output)
+            line = " ".join(map(places.Windows.quote, [program, *words[1:]]))
+            yield from (f"case {test['name']}", f"program {program}", f"limit {int(limit)}", f"line {line}", "code 0")
     yield from table_fields(wine, kept)
 
 
@@ -112,9 +82,8 @@ def files(build):
     for pattern in ("*.exe", "*.reg", "providersearch/*.exe", "languages/*.dll", "mapilibrary/**/*.dll"):
         for file in (build / "tests").glob(pattern):
             yield file, str(file.relative_to(build))
-    for name in ("staticfailure", "endings"):
-        yield build / "bin" / f"{name}.exe", f"tests/{name}.exe"
-    yield build / "tests/e2e/life/lifeprobe.exe", "tests/lifeprobe.exe"
+    for file in (build / "tests/e2e/life").glob("*.exe"):
+        yield file, f"tests/{file.name}"
     yield build / "tests/bundle/runtests.exe", "runtests.exe"
     for mail in ("recording", "no entry", "missing"):
         yield build / "bin/corvane.exe", PROGRAMS[mail].replace("\\", "/") + ".exe"

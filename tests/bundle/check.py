@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""Makes the test bundle and runs it under Wine as a stranger would: from a folder with blanks, in a fresh prefix that
+"""usage: check.py BUILD WINE [PART]
+
+Makes the test bundle and runs it under Wine as a stranger would: from a folder with blanks, in a fresh prefix that
 is Windows 10. A first run is killed.
 
-Ends with 1 if a run failed, a path of this machine is in the bundle, or the registry is not as it was in the end."""
+PART is of the names of the runs that are made. Ends with 1 if one failed, a path of this machine is in the bundle, or
+the registry is not as it was in the end.
+"""
 
-import argparse
 import os
 import pathlib
 import re
@@ -37,16 +40,16 @@ def registry(prefix):
     return sorted(LEFT.findall(text)), DEFAULT_CLIENT.findall(text)
 
 
-def problems(options, root):
-    with zipfile.ZipFile(bundle.make(options.build, root)) as content:
+def problems(build, wine_run, part, root):
+    with zipfile.ZipFile(bundle.make(build, root)) as content:
         content.extractall(root / "a path with blanks")
     folder = root / "a path with blanks" / "corvane-tests"
-    yield from named_paths(folder, (SOURCE, options.build, "/usr/src/"))
+    yield from named_paths(folder, (SOURCE, build, "/usr/src/"))
     prefix = root / "prefix"
     environment = {**os.environ, "CORVANE_WINEPREFIX": str(prefix)}
 
     def wine(*words):
-        return subprocess.run([options.wine, *words], cwd=root, env=environment, check=False).returncode
+        return subprocess.run([wine_run, *words], cwd=root, env=environment, check=False).returncode
 
     def stop():
         subprocess.run(["wineserver", "-k"], env={**environment, "WINEPREFIX": str(prefix)}, check=False)
@@ -57,40 +60,34 @@ def problems(options, root):
             wine("reg", "add", key, "/v", "mapi32", "/d", order)
         stop()
         before = registry(prefix)
-        with subprocess.Popen([options.wine, folder / "runtests.exe", "subject"], env=environment,
+        with subprocess.Popen([wine_run, folder / "runtests.exe", "subject"], env=environment,
                               stdout=subprocess.PIPE) as killed:
             while not killed.stdout.readline().startswith(b"passed"):
                 pass  # now it has changed the registry, which the next run restores
             stop()
         if registry(prefix) == before:
             yield "a run did not register its mail client"
-        if wine(folder / "runtests.exe", options.part) != 0:
+        if wine(folder / "runtests.exe", *part) != 0:
             yield "a run failed"
         # What the runner cannot have: a console. `script` has one for its command, and moves its cursor.
-        words = shlex.join([options.wine, str(folder / "program/corvane.exe"), "-\u00e9\u20ac"])
+        words = shlex.join([wine_run, str(folder / "program/corvane.exe"), "-\u00e9\u20ac"])
         screen = subprocess.run(["script", "-qec", words, "/dev/null"], env=environment, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, check=False).stdout.decode()
         if "The argument -\u00e9\u20ac is invalid." not in re.sub(r"\x1b\[[\d;?]*[A-Za-z]", "", screen):
             yield f"a console shows {screen!r}"
     finally:
         stop()
-    if " on Windows 10.0" not in (folder / "results.txt").read_text(errors="replace"):
+    if "Windows 10 " not in (folder / "results.txt").read_text(errors="replace"):
         yield "the runs did not see Windows 10"
     if registry(prefix) != before:
         yield f"the registry was {before} and is {registry(prefix)}"
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.partition("\n\n")[0])
-    parser.add_argument("--build", required=True, type=pathlib.Path)
-    parser.add_argument("--wine", required=True, help="what runs a Windows program")
-    parser.add_argument("part", nargs="?", default="", help="of the names of the runs that are made")
-    options = parser.parse_args()
-    options.build = options.build.resolve()
+    build, wine, *part = sys.argv[1:]
     with tempfile.TemporaryDirectory(prefix="corvane-bundle-") as root:
-        found = list(problems(options, pathlib.Path(root)))
-    for problem in found:
-        print("FAIL", problem)
+        found = list(problems(pathlib.Path(build).resolve(), wine, part, pathlib.Path(root)))
+    print("".join(f"FAIL {problem}\n" for problem in found), end="")
     return 1 if found else 0
 
 

@@ -12,12 +12,9 @@ class Client:
     packages: str  # Debian's
     entry: str  # the desktop entry that is made the default for mailto
     window: str = ""  # the composer's title, a regular expression; none where it must not be started
-    # A path below the home: its text, in which {imap} is the port of a server on this machine.
-    account: dict = dataclasses.field(default_factory=dict)
+    account: dict = dataclasses.field(default_factory=dict)  # a path below the home: its text
     drafts: str = ""  # where the drafts that the client keeps are: a pattern below the home
     save: str = "ctrl+s"  # the key that makes it keep one
-    question: tuple = ()  # the title of a question that comes first, and the keys that answer it
-    drops: str = ""  # what the client itself takes out of the recipients' names, whoever wrote them
     terminal: bool = False  # the client isn't started: the line that is printed is typed into a terminal
 
 
@@ -54,15 +51,6 @@ EVOLUTION_TRANSPORT = sections(("Data Source", "DisplayName=Tester", "Parent=tes
                                ("Mail Transport", "BackendName=smtp"),
                                ("Authentication", "Host=localhost", "Method=none", "Port=25"))
 
-GEARY_ACCOUNT = sections(
-    ("Metadata", "version=1", "status=enabled"),
-    ("Account", "ordinal=1", "label=Tester", "save_drafts=true", "sender_mailboxes=Tester <tester@example.org>;",
-     "service_provider=other"),
-    ("Folders",),
-    ("Incoming", "login=tester", "remember_password=false", "host=localhost", "port={imap}",
-     "transport_security=none", "credentials=custom"),
-    ("Outgoing", "host=localhost", "port=1025", "transport_security=none", "credentials=none"))
-
 KMAIL_IDENTITY = sections(("General", "Default Identity=1"), ("Identity #0", "Email Address=tester@example.org",
                                                               "Identity=Tester", "Name=Tester", "uoid=1"))
 KMAIL_FOLDERS = "akonadi_maildir_resource"
@@ -98,10 +86,6 @@ CLIENTS = {
                  ".config/evolution/sources/tester-identity.source": EVOLUTION_IDENTITY,
                  ".config/evolution/sources/tester-transport.source": EVOLUTION_TRANSPORT},
         drafts=".local/share/evolution/mail/local/.Drafts/cur/*"),
-    "geary": Client(
-        packages="geary", entry="org.gnome.Geary.desktop", window="^Inbox|^It's ",
-        account={".config/geary/account_01/geary.ini": GEARY_ACCOUNT}, question=("^Geary$", "x", "Return"),
-        drafts="imap/*", drops='"'),
     "kmail": Client(
         packages="kmail akonadi-backend-sqlite", entry="org.kde.kmail2.desktop", window="^KMail|^It's ",
         account={".config/emailidentities": KMAIL_IDENTITY,

@@ -8,9 +8,7 @@ import mailbox
 import os
 import pathlib
 import re
-import socketserver
 import subprocess
-import threading
 import time
 
 from accounts import CLIENTS
@@ -20,9 +18,8 @@ PROGRAM = os.path.join(ROOT, "build/linux-release/bin/corvane")
 PICTURES = os.path.join(ROOT, "build/clients")
 WINDOW_LIMIT = 60  # seconds
 DRAFT_LIMIT = 15
-SETTLE_LIMIT = 10
+SETTLE_TIME = 4  # until a client has drawn its window
 ALONE_TIME = 5
-QUIET_PICTURES = 4  # half a second lies between two
 
 # The message that every client is handed.
 RECIPIENTS = [('Lee, Ann "Q"', "ann@example.org"), ("Jürgen O'Neil", "juergen@example.org"), ("", "bare@example.org")]
@@ -32,54 +29,12 @@ FOLDER = "my dir, it's Übung %41 #1"
 CONTENTS = {name: f"This is {name}." for name in (
     "two words.txt", "a,b.txt", "it's.txt", 'say "hi".txt', "50%25 & more.txt", "Übung.txt", "smile 😀.txt")}
 
-# What a server with an empty inbox answers, for clients that open no composer before they have met their server.
-SELECTED = "* FLAGS (\\Draft \\Deleted)\r\n* 0 EXISTS\r\n* 0 RECENT\r\n* OK [UIDVALIDITY 1]\r\n* OK [UIDNEXT 1]"
-ANSWERS = {
-    "CAPABILITY": "* CAPABILITY IMAP4rev1 UIDPLUS",
-    "LIST": '* LIST (\\HasNoChildren) "/" INBOX\r\n* LIST (\\HasNoChildren \\Drafts) "/" Drafts',
-    "STATUS": "* STATUS {folder} (MESSAGES 0 RECENT 0 UNSEEN 0 UIDNEXT 1 UIDVALIDITY 1)",
-    "SELECT": SELECTED, "EXAMINE": SELECTED, "LOGOUT": "* BYE",
-}
-
-
-class ImapSession(socketserver.StreamRequestHandler):
-    """Keeps the messages that it is given in a folder: the drafts."""
-
-    def handle(self):
-        self.say("* OK ready")
-        while line := self.rfile.readline().decode():
-            tag, command, *words = line.split()
-            command = command.upper()
-            if command in ANSWERS:
-                self.say(ANSWERS[command].format(folder=words[0] if words else ""))
-            if command == "APPEND":
-                self.say("+ go on")
-                data = self.rfile.read(int(re.search(r"\{(\d+)", line)[1]))
-                self.rfile.readline()
-                folder = self.server.folder
-                (folder / f"{len(os.listdir(folder))}.eml").write_bytes(data)
-            self.say(f"{tag} OK [READ-WRITE] done" if command == "SELECT" else f"{tag} OK done")
-
-    def say(self, line):
-        self.wfile.write(line.encode() + b"\r\n")
-
-
-def serve_imap(folder):
-    """Serves on the loopback address for as long as this process lives, at the port that it returns."""
-    folder.mkdir()
-    server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), ImapSession)
-    server.folder = folder
-    server.daemon_threads = True
-    threading.Thread(target=server.serve_forever, daemon=True).start()
-    return server.server_address[1]
-
 
 def make_account(client):
     home = pathlib.Path(os.environ["HOME"])
-    port = serve_imap(home / "imap")
-    files = {name: text.replace("{imap}", str(port)) for name, text in client.account.items()}
-    files[".config/mimeapps.list"] = f"[Default Applications]\nx-scheme-handler/mailto={client.entry}\n"
-    for name, text in {**files, **{f"{FOLDER}/{name}": text + "\n" for name, text in CONTENTS.items()}}.items():
+    default = {".config/mimeapps.list": f"[Default Applications]\nx-scheme-handler/mailto={client.entry}\n"}
+    attached = {f"{FOLDER}/{name}": text + "\n" for name, text in CONTENTS.items()}
+    for name, text in {**client.account, **default, **attached}.items():
         (home / name).parent.mkdir(parents=True, exist_ok=True)
         (home / name).write_text(text, encoding="utf-8")
 
@@ -98,7 +53,7 @@ def text_of(part):
     return part.get_payload(decode=True).decode(part.get_content_charset("utf-8")).replace("\r\n", "\n").rstrip()
 
 
-def differences(data, run, dropped):
+def differences(data, run):
     """Which fields of a kept draft aren't as given, and how; empty when all are. Blank ends are the client's own. The
     old policy hands headers over as they are written: the new one repairs them."""
     draft = email.message_from_bytes(data, policy=email.policy.compat32)
@@ -110,9 +65,7 @@ def differences(data, run, dropped):
             found["attachments"][file_name(part)] = text_of(part)
         elif part.get_content_type() == "text/plain":
             found.setdefault("body", text_of(part))
-    taken_out = str.maketrans("", "", dropped)
-    given = {"to": [(name.translate(taken_out), address) for name, address in RECIPIENTS], "subject": SUBJECT,
-             "body": f"{BODY} {run}", "attachments": CONTENTS}
+    given = {"to": RECIPIENTS, "subject": SUBJECT, "body": f"{BODY} {run}", "attachments": CONTENTS}
     return [f"{name} {found.get(name)!r}" for name in given if found.get(name) != given[name]]
 
 
@@ -134,28 +87,6 @@ def awaited(limit, ask):
     while not (answer := ask()) and time.monotonic() < end:
         time.sleep(0.5)
     return answer
-
-
-def new_window(client, before):
-    """The composer, or None; a question that the client asks first is answered."""
-    def look():
-        for window in windows(client.question[0]) if client.question else ():
-            tool("xdotool", "windowactivate", window, "key", *client.question[1:])
-        return windows(client.window) - before
-
-    return max(awaited(WINDOW_LIMIT, look), default=None)
-
-
-def picture(path):
-    """Taken anew until nothing changes any more: the client has finished drawing."""
-    last = []
-
-    def settled():
-        tool("import", "-window", "root", path)
-        last.append(pathlib.Path(path).read_bytes())
-        return len(last) > QUIET_PICTURES and len(set(last[-QUIET_PICTURES:])) == 1
-
-    awaited(SETTLE_LIMIT, settled)
 
 
 def kept(pattern):
@@ -184,30 +115,25 @@ def open_composer(name, run):
     said = run_program(run)
     if client.terminal and (line := re.search(rf"\b{name} -H .*", said)):
         subprocess.Popen(["xterm", "-T", "terminal", "-fa", "DejaVu Sans Mono", "-e", "sh", "-c", line[0]])
-    window = new_window(client, before)
+    window = max(awaited(WINDOW_LIMIT, lambda: windows(client.window) - before), default=None)
     if window:
         # Large, and without the pointer over it: what it has to say about a button hides a field.
         tool("xdotool", "mousemove", "1279", "1023",
              "windowmove", window, "0", "0", "windowsize", window, "1270", "960")
     else:
         print(f"{name} {run}: the program said: {said}")
-    picture(os.path.join(PICTURES, f"{name}-{run}.png"))
+    time.sleep(SETTLE_TIME)
+    tool("import", "-window", "root", os.path.join(PICTURES, f"{name}-{run}.png"))
     return window
 
 
 def verdict(client, run, window):
     """What is wrong in the draft that a composer keeps; empty if nothing is."""
     tool("xdotool", "windowactivate", "--sync", window, "key", client.save)
-    nearest = ["no draft is kept: look at the picture"]
-
-    def all_right():
-        nonlocal nearest
-        found = [differences(draft, run, client.drops) for draft in kept(client.drafts)]
-        nearest = min(found, key=len, default=nearest)
-        return not nearest
-
-    awaited(DRAFT_LIMIT, all_right)
-    return "; ".join(nearest)
+    none = ["no draft is kept: look at the picture"]
+    nearest = lambda: min((differences(draft, run) for draft in kept(client.drafts)), key=len, default=none)
+    awaited(DRAFT_LIMIT, lambda: not nearest())
+    return "; ".join(nearest())
 
 
 def look_at(name):

@@ -148,13 +148,16 @@ def limits(place):
 
 def outputs(place):
     """Where the program's text goes. The unit tests have each kind; a shell starts the native program alone."""
-    text = failure("The argument -é€ is invalid.")
     if not place.windows:
-        for name, shell, output in (
-                ("a new file", '"$0" "$@" > out; code=$?; iconv -f utf-16 out; exit $code', text),
-                # The failure to report ends the run, and the last notice goes to standard error.
-                ("nowhere", 'exec "$0" "$@" 3>&1 >&- 2>&3', "Corvane: The handle is invalid.\r\n\n")):
-            yield fails(f"output into {name}", ["-é€"], output, shell=shell)
+        yield fails("output into a new file", ["-é€"], failure("The argument -é€ is invalid."),
+                    shell='"$0" "$@" > out; code=$?; iconv -f utf-16 out; exit $code')
+        # The failure to report ends the run, and is told on standard error.
+        for name, streams, told in (("nowhere", "3>&1 >&- 2>&3", "Corvane: The handle is invalid.\r\n\n"),
+                                    ("into a full disk", "3>&1 >/dev/full 2>&3",
+                                     "There is not enough space on the disk.\r\n\r\n"),
+                                    ("nowhere, nor errors", ">&- 2>&-", "")):
+            yield fails("output " + name, ["-x"], told, shell=f'exec "$0" "$@" {streams}')
+        yield Case("nothing to put out", ("-r:A <a>",), [Mail("A", "a")], shell='exec "$0" "$@" >&- 2>&-')
 
 
 def all_cases(place):

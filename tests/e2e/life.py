@@ -2,9 +2,9 @@
 
 import re
 
-from cases import Case, fails
+from cases import FAILED, Case, fails
 from expect import failure
-from places import STOPPED
+from places import ABORTED, STOPPED
 
 FLAGS = {"BreakOnMemoryException": 0x20, "EnableHeapSwitching": 0x8, "SaveUndefinedMessages": 0x2, "KeepTempFiles": 0x1,
          "UnloadLibraries": 0x80, "ShowHeapMemoryLeaks": 0x10, "CheckAllResourceModulesExistance": 0x100,
@@ -37,17 +37,42 @@ RUN = ("Debug flags initialized.", "CRT locale changed.", "Application data path
        "Temporary files system terminated.", "Resource base deinitialized.", "Deinitialization complete.")
 
 
-def log(lines):
+STATIC = "Internal Program Error:\nAssertion failed: (  )\nsrc\\broken, 7.\n(  ).\n"
+OUTER = "Internal Program Error:\nAssertion failed: (  )\nsrc\\outer, 1.\n(  )."
+RAISED = "Internal Program Error:\nsrc\\outer, 1."
+DOUBLE = "Double internal error!\nApplication terminated."
+BOX = "box Tessarix: {} 1010\nabort\n"
+TWICE = "".join(f"shown with style 4112: {text}\n" for text in (OUTER, DOUBLE)) + BOX.format(
+    DOUBLE.replace("\n", "\\u000A"))
+
+# What is shown and, where the foundation was not started, logged: an exception as what was raised and as what was shown.
+ENDINGS = {
+    "double": (TWICE, [OUTER, DOUBLE]),  # a failure inside a failure
+    "raising": (TWICE, [OUTER, DOUBLE]),  # and a handler that raises in the end
+    "exception": (TWICE.replace(OUTER, RAISED), [RAISED, RAISED, DOUBLE]),  # inside the report of an exception
+    "pool": ("".join(f"{n} kept\n" for n in range(65)) + BOX.format("Not enough memory!"), []),
+    "purecall": ("box abort\n", None),
+    "uncaught": (BOX.format("Unhandled Internal Error"), None),
+    "silent": ("box abort\n", None),  # the same without boxes
+    "late": ("box abort\n", None),  # the same when the foundation has stopped
+}
+
+
+def log(lines, source="Tessarix: "):
     """A pattern of the log of a whole run."""
-    return "".join(rf"\d\d:\d\d:\d\d ProcessID:\d+ Tessarix: {re.escape(line)}\r\n" for line in lines)
+    return "".join(rf"\d\d:\d\d:\d\d ProcessID:\d+ {source}{re.escape(line)}\r\n" for line in lines)
+
+
+def lines_of(text):
+    """A pattern of the text, with line ends of either kind."""
+    return re.escape(text).replace("\\\n", "\r?\n")
 
 
 def probes(place):
     for user, flags, modes, locale, code in ((*row, *("changed", -1)[len(row) - 3:]) for row in SETTINGS):
         temp = {} if user else {"Temp": "Z:\\elsewhere"}
         # Each system's own text for the failure; where it stops, Wine's debugger reports.
-        told = f"flags {flags:x}, locale {locale}, modes {modes}\ntemp {temp.get('Temp', '')}\n"
-        told = re.escape(told).replace("\\\n", "\r?\n")
+        told = lines_of(f"flags {flags:x}, locale {locale}, modes {modes}\ntemp {temp.get('Temp', '')}\n")
         output = re.compile(f"(?s){told}.*" if code == STOPPED else f"(?s){told}Acc.*ied.*")
         left = {name: re.compile("(?s)" + start + ".*") for key, (name, start) in LISTS.items()
                 if code != STOPPED and user.get(key, "banana").strip() in ("yes", "TRUE")}
@@ -56,9 +81,9 @@ def probes(place):
         "Acc.*\\s+failed, state 3\\s+failed, state 3\\s+state 3\\s+"))
     if not place.windows:
         left = "".join(f"Undeleted object in virtual file sustem: \\\\Ostrel\\Tessarix\\VirtualFiles$\\{name}\n"
-                       for name in ("c.txt", "a", "a\\b.txt"))
-        yield Case("files in memory that are left at the stop", ("files",), mail="probe", shell='exec "$0" "$@" 2>&1',
-                   output=left + "found c.txt 4\nfound a 0\n", environment={"TESSARIX_DEBUG_OUTPUT": "1"})
+                       for name in ("a", "a\\b.txt"))
+        yield Case("a file in memory that is left at the stop", ("files",), mail="probe", shell='exec "$0" "$@" 2>&1',
+                   output=left, environment={"TESSARIX_DEBUG_OUTPUT": "1"})
 
 
 def logs(place):
@@ -77,6 +102,15 @@ def logs(place):
                   shell='printf "earlier\\n" > "${0%/*}/TessarixLog.txt"; exec "$0" "$@"')
 
 
+def endings():
+    yield Case("a static object fails", ("-r:ann",), (), FAILED, re.compile(lines_of(STATIC)), mail="static")
+    for name, (output, logged) in ENDINGS.items():
+        left = {"TessarixLog.txt": re.compile(log(logged, ""))} if logged else {}
+        yield Case("an end: " + name, (name,), (), ABORTED, re.compile(lines_of(output)), left, mail="endings",
+                   machine={} if logged is None else {"WriteMessageLog": " ON "})
+
+
 def all_cases(place):
     yield from probes(place)
+    yield from endings()
     yield from logs(place)

@@ -47,19 +47,9 @@ void FailToStart() {
     std::printf("state %d\n", GetFoundationState());
 }
 
-/// Files in memory: made, copied, listed, and left behind for the stop to sweep.
-void UseMemoryFiles() {
-    const CUnicodeString root = CVirtualFileSystem::GetRootName();
-    CFile file;
-    file.Open(root + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
-    file.Write("text", 4);
-    file.Close();
-    FileSystem::GetFileSystem(root).CopyFile(root + u"c.txt", root + u"a\\b.txt");
-    CArray<CFileStatus> found;
-    FileSystem::GetFileSystem(root).FindFiles(root, found, u"*");
-    for (const CFileStatus& status : found) {
-        Print("found", CUnicodeString::Format(u"%s %d", status.Name, status.Size));
-    }
+/// A file in memory is left behind for the stop to sweep.
+void LeaveMemoryFile() {
+    CFile().Open(CVirtualFileSystem::GetRootName() + u"a\\b.txt", OM_Write | OM_ShareExclusive | OM_Create);
 }
 
 /// A start that fails has been shown and ends as a failure, and so does an action that fails.
@@ -75,7 +65,7 @@ void RunCommand(const CUnicodeString& command, const CUnicodeString& folder) {
     }
     const bool done = RunAndShowFailure([&command] {
         command == u"settings" ? TellSettings()
-        : command == u"files"  ? UseMemoryFiles()
+        : command == u"files"  ? LeaveMemoryFile()
                                : Print("help", GetMessage(MSG_INTERNAL_ERROR));
     });
     DeinitializeFoundation();

@@ -6,7 +6,7 @@ Copies of the program stand in folders in which it finds different libraries:
     missing      no MAPI library at all
     no entry     a MAPI library that cannot send
     own          the product's own; for exhaustion.py alone
-    probe        the probe of the foundation's life in the program's place
+    probe, endings, static    not the program: the probes of the foundation's life and end
 """
 
 import os
@@ -18,7 +18,8 @@ import subprocess
 import types
 
 LIMIT = 90  # seconds
-CRASHED, STOPPED = "crashed", "stopped"  # codes of a case: by a fault, at a breakpoint
+CRASHED, STOPPED, ABORTED = "crashed", "stopped", "aborted"  # codes of a case: by a fault, at a breakpoint
+PROBES = ("probe", "endings", "static")
 CLIENTS = "HKEY_LOCAL_MACHINE\\Software\\Clients\\Mail"
 
 
@@ -60,9 +61,6 @@ class Place:
                             and not name.startswith(("TESSARIX_", "CORVANE_MAPI_"))}
         self.environment["LC_ALL"] = "C.UTF-8"
 
-    def __exit__(self, *_):
-        pass
-
     def folder(self):
         """The root as the program sees it."""
         return windows_path(self.root)
@@ -87,10 +85,6 @@ class Native(Place):
         self.add_program("recording", options.program, options.library)
         self.programs["extended"] = self.programs["recording"]
 
-    def __enter__(self):
-        self.set_registry(self.options.extended)
-        return self
-
     def set_registry(self, extended, user=None, machine=None):
         """The foundation's settings, and the registered mail client."""
         self.registry.mkdir(exist_ok=True)
@@ -100,10 +94,7 @@ class Native(Place):
             text = settings_text([f"[{root}\\Software\\Ostrel\\Tessarix]", *rows, *more])
             (self.registry / f"{root}.reg").write_text(text, encoding="utf-8")
 
-    def library_path(self, native):
-        return native
-
-    def start(self, case, folder, stdout=subprocess.PIPE):
+    def start(self, case, folder):
         """Runs the case in that folder: the exit code, output, errors, transcript, and the files that it leaves beside the
         program (name -> text). TimeoutExpired for one without an end."""
         for name, content in {**case.files, ".transcript": b""}.items():
@@ -115,26 +106,23 @@ class Native(Place):
         there = set(program.parent.iterdir())
         environment = {**self.environment, "CORVANE_TRANSCRIPT": str(folder / ".transcript"), **case.environment}
         command = [*(["sh", "-c", case.shell] if case.shell else []), program, *case.words]
-        with subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=stdout,
-                              stderr=subprocess.PIPE, start_new_session=True) as process:
-            try:
-                streams = process.communicate(timeout=LIMIT)
-            except subprocess.TimeoutExpired:
-                os.killpg(process.pid, signal.SIGKILL)  # whatever is left of it
-                raise
+        ended = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
+                               timeout=LIMIT, check=False)
         left = {path.name: path.read_bytes() for path in set(program.parent.iterdir()) - there}
         for name in left:
             (program.parent / name).unlink()
         return types.SimpleNamespace(
-            code=process.returncode, output=(streams[0] or b"").decode(errors="replace"),
-            errors=streams[1].decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
+            code=ended.returncode, output=ended.stdout.decode(errors="replace"),
+            errors=ended.stderr.decode(errors="replace"), transcript=(folder / ".transcript").read_text("utf-8"),
             left={name: text.decode("utf-16-le" if text.startswith(b"\xff\xfe") else "utf-8", "replace")
                   for name, text in left.items()})
 
     def ends(self, case, code):
         """Whether that is the case's end. A crash ends by a signal, or with the code of a sanitizer."""
-        return code not in (0, 255) if case.code == CRASHED else code == (
-            -signal.SIGTRAP if case.code == STOPPED else case.code & 0xFF)
+        if case.code == CRASHED:
+            return code not in (0, 255)
+        signals = {STOPPED: -signal.SIGTRAP, ABORTED: -signal.SIGABRT}
+        return code == (signals[case.code] if case.code in signals else case.code & 0xFF)
 
 
 class Windows(Place):
@@ -142,16 +130,19 @@ class Windows(Place):
 
     windows = True
 
+    def folder(self):
+        return self.root
+
     def transcript(self, case):
         """The search for Extended MAPI finds the Simple library too, and keeps what it has loaded: that library comes and
         goes once in a run, however many deliveries it has."""
         text = super().transcript(case)
-        if case.mail in ("extended", "probe") or case.mail == "recording" and not case.sends:
+        if case.mail in ("extended", *PROBES) or case.mail == "recording" and not case.sends:
             return text
         return text.replace("end:\n", "") + ("" if case.code == CRASHED else "end:\n")
 
     def exit_code(self, code):
-        return {CRASHED: 0xC0000005, STOPPED: 0x80000003}.get(code) or code & 0xFFFFFFFF
+        return {CRASHED: 0xC0000005, STOPPED: 0x80000003, ABORTED: 3}.get(code) or code & 0xFFFFFFFF
 
     def line(self, case):
         """The whole command line: the case's own, or its words in the quotes that the program undoes. The program's place
@@ -164,27 +155,3 @@ class Windows(Place):
         if word and all("!" <= c <= "~" and c != '"' for c in word):
             return word
         return '"' + word.replace('"', '""') + '"'
-
-
-class Wine(Windows):
-    """The recording library registered in the prefix, for the measurements; the tests under Wine are the bundle's."""
-
-    wine = True
-
-    def __enter__(self):
-        extended = {"DllPathEx": self.options.extended_library} if self.options.extended else {}
-        self.add_program("recording", self.options.program)
-        self.register(client_rows(DLLPath=self.options.library, **extended))
-        return self
-
-    def __exit__(self, *_):
-        # What a new prefix has, also after a run that was killed.
-        self.register([f"[{CLIENTS}]", '@="Native Mail Client"', f"[-{CLIENTS}\\CorvaneTest]"])
-
-    def register(self, rows):
-        file = pathlib.Path(self.root, "settings.reg")
-        file.write_text(settings_text(rows), encoding="utf-16")
-        subprocess.run([self.options.wine, "regedit", "/S", windows_path(file)], env=self.environment, check=True)
-
-    def library_path(self, native):
-        return windows_path(native)

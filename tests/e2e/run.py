@@ -13,7 +13,7 @@ import tempfile
 import cases
 import extended
 import life
-from places import Native
+from places import ABORTED, CRASHED, PROBES, Native
 
 
 def difference(what, wanted, found):
@@ -34,7 +34,7 @@ def check(place, case, folder):
     except subprocess.TimeoutExpired as late:
         return [str(late)]
     problems = [] if place.ends(case, found.code) else [f"exit code {found.code}, expected {case.code}"]
-    problems += difference("standard error", "", found.errors) if case.code != cases.CRASHED else []
+    problems += difference("standard error", "", found.errors) if case.code not in (CRASHED, ABORTED) else []
     problems += difference("standard output", case.output, found.output)
     for name in sorted({*found.left, *case.left}):
         problems += difference(name, case.left.get(name, "(no such file)"), found.left.get(name, "(no such file)"))
@@ -44,7 +44,8 @@ def check(place, case, folder):
 def run_all(options, root):
     failed = count = 0
     place = Native(options, root)
-    place.add_program("probe", options.life_probe)
+    for name, program in zip(PROBES, (options.life_probe, options.endings, options.static_failure), strict=True):
+        place.add_program(name, program)
     place.add_program("missing", options.program)
     place.add_program("no entry", options.program, options.no_entry_library)
     for case in (case for table in (cases, life, extended) for case in table.all_cases(place)):
@@ -61,7 +62,8 @@ def run_all(options, root):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    for name in ("program", "library", "extended-library", "no-entry-library", "life-probe"):
+    for name in ("program", "library", "extended-library", "no-entry-library", "life-probe", "endings",
+                 "static-failure"):
         parser.add_argument(f"--{name}", required=True)
     parser.add_argument("--only", default="", help="a part of the cases' names")
     options = parser.parse_args()

@@ -9,6 +9,7 @@ import email.header
 import email.policy
 import email.utils
 import os
+import pathlib
 import re
 import resource
 import shutil
@@ -270,8 +271,15 @@ class PlaceTest(DraftTest):
         self.file("settings/HKEY_LOCAL_MACHINE.reg", b"Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\"
                   b'SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\OUTLOOK.EXE]\n@=dword:0\n')
         path = self.file("f.txt", b"content")
+        # The kernel gives this one in pieces that are smaller than what is asked for; its process waits.
+        waiting = subprocess.Popen([sys.executable, "-c", "print(flush=True); input()"], stdin=subprocess.PIPE,
+                                   stdout=subprocess.PIPE)
+        self.addCleanup(waiting.communicate)
+        waiting.stdout.readline()
+        maps = pathlib.Path(f"/proc/{waiting.pid}/maps")
         for given, name, content in ((f"x/Shown.txt <{os.path.dirname(path)}/F.TXT>", "Shown.txt", b"content"),
-                                     ("/dev/stdin", "stdin", PIPED.encode())):
+                                     ("/dev/stdin", "stdin", PIPED.encode()),
+                                     (str(maps), "maps", maps.read_bytes())):
             draft = self.saved(ANN, "-s:Hello", "-b:ü", f"-a:{given}", given=PIPED)
             body, part = draft.iter_parts()
             self.assertEqual((mailboxes(draft), draft["Subject"], body.get_content()), (TO_ANN, "Hello", "ü"))

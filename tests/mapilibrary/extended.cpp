@@ -62,7 +62,7 @@ private:
 
     Number Changed(const char* call, Number count) {
         references = count;
-        return static_cast<Number>(Call(NameOf(this) + "::" + call, {}).End(static_cast<Result>(count)));
+        return static_cast<Number>(Call(name + "::" + call, {}).End(static_cast<Result>(count)));
     }
 };
 
@@ -129,7 +129,7 @@ private:
 
 struct Spooler final : Counted<Spooler, Slots::StatusSlots<Noted>> {
     Result FlushQueues(WindowParameter window, Number targetSize, ENTRYID* target, Number flags) override {
-        return Call("IMAPIStatus::FlushQueues", List(window, targetSize, static_cast<void*>(target), flags)).End();
+        return Call("IMAPIStatus::FlushQueues", List(window, targetSize, target, flags)).End();
     }
 };
 
@@ -137,23 +137,21 @@ struct Attachment final : Counted<Attachment, Slots::PropSlots<IAttach, Noted>> 
     Result SaveChanges(Number flags) override { return Call("IAttach::SaveChanges", List(flags)).End(); }
 };
 
-/// GetProps knows the word "odd": values that show whether each goes to its own place in ShowForm, and a class beyond
-/// ASCII.
+/// Its properties show whether each goes to its own place in ShowForm; its class is beyond ASCII.
 struct Message final : Counted<Message, Slots::MessageSlots<Noted>> {
     Result GetProps(SPropTagArray* tags, Number flags, Number* count, SPropValue** values) override {
         Call call("IMessage::GetProps", List(tags, flags));
         if (call.Performs()) {
-            static char16_t plainClass[] = u"IPM.Note";
-            static char16_t oddClass[] = u"IPM.N\u00F6te";
+            static char16_t messageClass[] = u"IPM.N\u00F6te";
             *values = AllocateBuffer<SPropValue>(tags->cValues * sizeof(SPropValue), "properties of the message");
             *count = tags->cValues;
             for (Number i = 0; i < *count; ++i) {
                 SPropValue& property = (*values)[i] = {tags->aulPropTag[i], 0, {}};
-                property.Value.ul = call.Is("odd") ? 0x100 + i : 0;
+                property.Value.ul = 0x100 + i;
                 if (property.ulPropTag == TagEntryId) {
                     property = Error(property.ulPropTag, 0x8004010F); // MAPI_E_NOT_FOUND
                 } else if (property.ulPropTag == TagMessageClass) {
-                    property.Value.lpszW = call.Is("odd") ? oddClass : plainClass;
+                    property.Value.lpszW = messageClass;
                 }
             }
         }
@@ -173,7 +171,6 @@ struct Folder final : Counted<Folder, Slots::FolderSlots<Noted>> {
     }
 };
 
-/// GetReceiveFolder knows the word "root": a null identifier, which stands for the root folder.
 struct Store final : Counted<Store, Slots::StoreSlots<Noted>> {
     Result OpenEntry(Number size, ENTRYID* id, const Guid* interfaceId, Number flags, Number*,
                      IUnknown** object) override {
@@ -183,8 +180,8 @@ struct Store final : Counted<Store, Slots::StoreSlots<Noted>> {
     }
     Result GetReceiveFolder(TextPointer messageClass, Number flags, Number* size, ENTRYID** id,
                             TextPointer* explicitClass) override {
-        Call call("IMsgStore::GetReceiveFolder", List(messageClass, flags, static_cast<void*>(explicitClass)));
-        if (call.Performs() && !call.Is("root")) {
+        Call call("IMsgStore::GetReceiveFolder", List(messageClass, flags, explicitClass));
+        if (call.Performs()) {
             *size = static_cast<Number>(ReceiveId.size());
             *id = AllocateBuffer<ENTRYID>(ReceiveId.size(), "identifier");
             Append(*id, ReceiveId);
@@ -198,7 +195,8 @@ struct AddressBook final : Counted<AddressBook, Slots::AddressBookSlots<Noted>> 
         std::string entries;
         for (Number i = 0; i < list->cEntries; ++i) {
             const ADRENTRY& entry = list->aEntries[i];
-            entries += (i > 0 ? ", {" : "{") + Shown(entry.ulReserved1) + ", " + NameOf(entry.rgPropVals);
+            entries +=
+                (i > 0 ? ", {" : "{") + Shown(entry.ulReserved1) + ", " + Shown(static_cast<void*>(entry.rgPropVals));
             for (Number j = 0; j < entry.cValues; ++j) {
                 entries += ", " + Shown(entry.rgPropVals[j]);
             }
@@ -251,7 +249,7 @@ std::string OleState() {
 // A set of records, each with properties of its own, and the set itself.
 template <class TSet, class TRecord>
 void FreeSet(const char* name, TSet* set, Number TSet::*count, const TRecord* records, SPropValue* TRecord::*values) {
-    Call call(name, NameOf(set));
+    Call call(name, Shown(set));
     for (Number i = 0; set && i < set->*count; ++i) {
         FreeBuffer(records[i].*values);
     }
@@ -280,13 +278,13 @@ PLATFORM_EXPORT Result MAPILogonEx(WindowParameter window, TextPointer profile, 
 PLATFORM_EXPORT Result MAPIAllocateBuffer(Number size, void** buffer) {
     Call call("MAPIAllocateBuffer", List(size));
     if (call.Performs()) {
-        *buffer = AllocateBuffer<void>(size, "buffer of " + Decimal(size));
+        *buffer = AllocateBuffer<void>(size, "buffer of " + std::to_string(size));
     }
     return call.End();
 }
 
 PLATFORM_EXPORT Number MAPIFreeBuffer(void* buffer) {
-    Call call("MAPIFreeBuffer", NameOf(buffer));
+    Call call("MAPIFreeBuffer", Shown(buffer));
     FreeBuffer(buffer);
     call.EndWithoutResult();
     return 0;
@@ -294,8 +292,7 @@ PLATFORM_EXPORT Number MAPIFreeBuffer(void* buffer) {
 
 PLATFORM_EXPORT Result HrQueryAllRows(IMAPITable* table, SPropTagArray* tags, SRestriction* restriction,
                                       SSortOrderSet* order, Result most, SRowSet** rows) {
-    Call call("HrQueryAllRows", List(table, static_cast<void*>(tags), static_cast<void*>(restriction),
-                                     static_cast<void*>(order), static_cast<Number>(most)));
+    Call call("HrQueryAllRows", List(table, static_cast<void*>(tags), restriction, order, static_cast<Number>(most)));
     if (call.Performs()) {
         *rows = static_cast<StoresTable*>(table)->AllRows();
     }

@@ -12,10 +12,7 @@ namespace {
 
 bool lineIsOpen = false; // a crash has left it so
 
-std::map<const void*, std::string>& Things() {
-    static std::map<const void*, std::string> things;
-    return things;
-}
+std::map<const void*, std::string> things; // that are given out, with their names
 
 // A transcript with a gap would be believed: the process ends where the file cannot be written.
 void WriteText(const std::string& text, bool ends) {
@@ -26,15 +23,6 @@ void WriteText(const std::string& text, bool ends) {
         }
     }
     lineIsOpen = !ends;
-}
-
-std::map<const void*, std::string>::iterator Find(const void* thing) {
-    const auto found = Things().find(thing);
-    if (found == Things().end()) {
-        std::fprintf(stderr, "the MAPI library was handed what is not its own, or was given back: %p\n", thing);
-        std::abort();
-    }
-    return found;
 }
 
 std::string Hex(std::string_view bytes) {
@@ -49,50 +37,29 @@ std::string Hex(std::string_view bytes) {
 
 // What was not given back is told when the library goes.
 struct EndOfLibrary {
-    EndOfLibrary() { Things(); } // is there before, and goes after
     ~EndOfLibrary() {
         std::string line = lineIsOpen ? "\nend:" : "end:";
-        for (const auto& [thing, name] : Things()) {
+        for (const auto& [thing, name] : things) {
             line += ' ' + name + " not given back;";
         }
         WriteText(line, true);
     }
-    EndOfLibrary(const EndOfLibrary&) = delete;
-    EndOfLibrary& operator=(const EndOfLibrary&) = delete;
-};
-
-const EndOfLibrary End;
-
-// The sanitizers must leave these to the processor.
-#define RAW __attribute__((no_sanitize("address", "undefined"), noinline))
+} const end;
 
 volatile int* volatile nowhere = reinterpret_cast<volatile int*>(16);
-volatile bool endless = true;
 
-RAW int Descend(int depth) {
-    volatile char room[200] = {};
-    room[0] = static_cast<char>(endless ? Descend(depth + 1) : depth);
-    return room[0] + depth;
-}
-
-// Each crashes, or does nothing for a word of the call's own.
-RAW void Obey(const std::string& word) {
-    if (word == "read") {
-        static_cast<void>(*nowhere);
-    } else if (word == "overflow") {
-        Descend(0);
-    } else if (word.starts_with("unlink:")) {
-        std::remove(word.c_str() + word.find(':') + 1);
-    }
+// The sanitizers must leave this to the processor.
+__attribute__((no_sanitize("address", "undefined"), noinline)) void Crash() {
+    static_cast<void>(*nowhere);
 }
 
 std::string WordOf(std::string_view call) {
-    static std::vector<std::string> calls; // a map's [] would keep the library loaded
+    static std::vector<std::string> calls;
     calls.emplace_back(call);
-    const auto number = static_cast<std::uint64_t>(std::count(calls.begin(), calls.end(), call));
+    const std::string number = std::to_string(std::count(calls.begin(), calls.end(), call));
     for (const std::string& rule : Words("CORVANE_MAPI_SCRIPT", "")) {
         const std::string name = rule.substr(0, rule.find('='));
-        if (name == call || name == std::string(call) + '#' + Decimal(number)) {
+        if (name == call || name == std::string(call) + '#' + number) {
             return rule.substr(name.size() + 1);
         }
     }
@@ -105,14 +72,6 @@ std::vector<std::string> Words(const char* variable, const char* otherwise) {
     const char* value = std::getenv(variable);
     std::istringstream text(value ? value : otherwise);
     return {std::istream_iterator<std::string>(text), {}};
-}
-
-// Not by the standard library's own conversion, which has a table of which a process keeps one for all libraries: a
-// library that shares it is never unloaded.
-std::string Decimal(std::uint64_t value) {
-    char text[24] = {};
-    std::snprintf(text, sizeof(text), "%llu", static_cast<unsigned long long>(value));
-    return text;
 }
 
 std::string Quoted(const char* text) {
@@ -150,7 +109,7 @@ std::string Shown(const EntryId& id) {
     const std::string_view bytes(static_cast<const char*>(id.bytes), id.bytes ? id.size : 0);
     const bool whole = bytes.size() <= 64;
     const std::string shown = whole ? Hex(bytes) : Hex(bytes.substr(0, 32)) + "..." + Hex(bytes.substr(id.size - 32));
-    return Decimal(id.size) + ':' + (id.bytes ? shown : "null");
+    return std::to_string(id.size) + ':' + (id.bytes ? shown : "null");
 }
 
 std::string Shown(const Mapi::SPropTagArray* tags) {
@@ -180,19 +139,15 @@ std::string Shown(const Mapi::SPropValue& property) {
 Call::Call(std::string_view name, const std::string& arguments, std::string_view rule) {
     static bool dying = false;
     WriteText((lineIsOpen ? "\n" : "") + std::string(name) + '(' + arguments + ')', false);
-    if (dying &&
-        (name.ends_with("::Release") || name.find("Free") != std::string_view::npos || name == "MAPIUninitialize")) {
-        Obey("read");
-    }
-    word = WordOf(rule.empty() ? name : rule);
-    if (const std::size_t end = word.find(":dying"); end != std::string::npos) {
-        dying = true;
-        word.resize(end);
+    const std::string word = WordOf(rule.empty() ? name : rule);
+    const bool givesBack = name.ends_with("::Release") || name.find("Free") != name.npos || name == "MAPIUninitialize";
+    if (word.starts_with("read") || (dying && givesBack)) {
+        dying = dying || word == "read:dying";
+        Crash();
     }
     char* end = nullptr;
     refusal = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::strtoull(word.c_str(), &end, 16)));
     performs = word != "nothing" && (word.empty() || *end != '\0');
-    Obey(word);
 }
 
 std::int32_t Call::End(std::int32_t result) {
@@ -206,19 +161,23 @@ void Call::EndWithoutResult() {
 }
 
 void GiveOut(const void* thing, const std::string& name) {
-    Things().emplace(thing, name);
+    things.emplace(thing, name);
 }
 
-std::string NameOf(const void* thing) {
-    return thing ? Find(thing)->second : "null";
+std::string Shown(const void* thing) {
+    const auto found = things.find(thing);
+    return !thing ? "null" : found == things.end() ? "given" : found->second;
 }
 
 void TakeBack(const void* thing) {
-    Things().erase(Find(thing));
+    if (things.erase(thing) == 0) {
+        std::fprintf(stderr, "the MAPI library is given back what is not its own, or was given back: %p\n", thing);
+        std::abort();
+    }
 }
 
 std::uint32_t ThingsOut() {
-    return static_cast<std::uint32_t>(Things().size());
+    return static_cast<std::uint32_t>(things.size());
 }
 
 void FreeBuffer(void* buffer) {

@@ -9,17 +9,15 @@
 #include <string_view>
 #include <vector>
 
-/// What is given out, by what it is called in the transcript. Returning something that is not out, or under no name of
-/// ours, ends the process with a line on standard error.
+/// What is given out, by what it is called in the transcript. Returning something that is not out ends the process with
+/// a line on standard error.
 void GiveOut(const void* thing, const std::string& name);
-std::string NameOf(const void* thing);
 void TakeBack(const void* thing);
 std::uint32_t ThingsOut();
 
 /// The words of an environment variable, or of another text without it.
 std::vector<std::string> Words(const char* variable, const char* otherwise);
 
-std::string Decimal(std::uint64_t value);
 /// A terminated text in quotes, controls, quotes and backslashes as "\x0A"; "null" for null. Narrow text is in the ANSI
 /// code page.
 std::string Quoted(const char* text);
@@ -36,17 +34,8 @@ std::string Shown(std::uint64_t number);
 std::string Shown(const EntryId& id);
 std::string Shown(const Mapi::SPropTagArray* tags);
 std::string Shown(const Mapi::SPropValue& property);
-/// "null", or "given": addresses differ from run to run.
-inline std::string Shown(const void* pointer) {
-    return pointer ? "given" : "null";
-}
-/// Objects and lists by their names.
-inline std::string Shown(const Mapi::IUnknown* object) {
-    return NameOf(object);
-}
-inline std::string Shown(const Mapi::ADRLIST* list) {
-    return NameOf(list);
-}
+/// "null", or a thing's name, or "given" for what is not the library's.
+std::string Shown(const void* thing);
 inline std::string Shown(const std::string& text) {
     return text;
 }
@@ -62,18 +51,15 @@ std::string List(const TFirst& first, const T&... more) {
 /// blanks. Without a rule a call does what it is for.
 ///   IMAPISession::ShowForm=80040113    fails with that code, in hexadecimal digits
 ///   MAPILogonEx#2=nothing              succeeds and gives nothing
-///   IAttach::SaveChanges=read          dies: read, overflow
+///   IAttach::SaveChanges=read          dies
 ///   IAttach::SaveChanges=read:dying    dies so, and from then on whenever something is given back
-///   IMAPIFolder::CreateMessage=unlink:x.txt    removes that file and goes on
-///   any other word                     is the call's own
 class Call {
 public:
     /// `rule` is what the script calls it, the name as a rule.
     Call(std::string_view name, const std::string& arguments, std::string_view rule = {});
 
-    /// Whether it does what it is for, with its own word.
+    /// Whether it does what it is for.
     bool Performs() const { return performs; }
-    bool Is(std::string_view own) const { return word == own; }
     /// Ends the line with the result of a call that performs, or what the script tells; without one for a call that has
     /// none.
     std::int32_t End(std::int32_t result = 0);
@@ -82,7 +68,6 @@ public:
 private:
     bool performs = true;
     std::int32_t refusal = 0;
-    std::string word;
 };
 
 /// Memory that counts as given out until FreeBuffer.

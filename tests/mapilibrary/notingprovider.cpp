@@ -1,14 +1,11 @@
 // A MAPI library that the search may find: under whatever name it is copied to, it notes in the file that
 // PROVIDER_NOTES names when it is loaded and unloaded, and what its entries are handed.
-#include "mapi/MapiInterfaces.h"
 #include "platform/inc/memory.h"
 #include "platform/inc/modules.h"
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
-
-using namespace Mapi;
 
 namespace {
 
@@ -20,8 +17,9 @@ void Note(const std::string& line) {
     }
 }
 
-class CPresence {
-public:
+struct CPresence {
+    std::string path;
+
     CPresence() {
         char16_t name[1000] = {};
         Platform::GetModuleFileName(Platform::QueryAddress(this).module, name, 1000);
@@ -31,24 +29,10 @@ public:
         Note("load " + path);
     }
     ~CPresence() { Note("unload " + path); }
-    CPresence(const CPresence&) = delete;
-    CPresence& operator=(const CPresence&) = delete;
+} const presence;
 
-private:
-    std::string path;
-};
-
-const CPresence presence;
-
-// Not by std::to_string, which has an object that must be the process's only one: the library could not be unloaded.
-std::string Shown(std::uintptr_t argument) {
-    char text[30] = {};
-    std::snprintf(text, sizeof(text), " %zu", argument);
-    return text;
-}
-
-std::int32_t Handed(const char* entry, const void* argument) {
-    Note(entry + Shown(reinterpret_cast<std::uintptr_t>(argument)));
+std::int32_t Handed(const std::string& entry, const void* argument) {
+    Note(entry + ' ' + std::to_string(reinterpret_cast<std::uintptr_t>(argument)));
     return 77;
 }
 
@@ -58,21 +42,17 @@ extern "C" {
 
 PLATFORM_EXPORT std::int32_t FGetComponentPath(const char* component, const char* qualifier, char* path,
                                                std::uint32_t size, std::int32_t install) {
-    Note(std::string("component ") + component + " " + qualifier + Shown(size) +
-         Shown(static_cast<std::uint32_t>(install)));
+    Note(std::string("component ") + component + ' ' + qualifier + ' ' + std::to_string(size) + ' ' +
+         std::to_string(install));
     const char* answer = std::getenv("PROVIDER_COMPONENT");
     std::strncpy(path, answer ? answer : "", size);
     return path[0] != '\0';
 }
-
 PLATFORM_EXPORT std::int32_t MAPIInitialize(void* options) {
     return Handed("MAPIInitialize", options);
 }
-PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* buffer) {
-    return static_cast<std::uint32_t>(Handed("MAPIFreeBuffer", buffer));
-}
-PLATFORM_EXPORT void FreeProws(SRowSet* rows) {
-    Handed("FreeProws", rows);
+PLATFORM_EXPORT std::int32_t MAPIFreeBuffer(void* buffer) {
+    return Handed("MAPIFreeBuffer", buffer);
 }
 
 } // extern "C"

@@ -14,13 +14,13 @@ std::string Record(const MapiRecipDesc& one) {
 
 std::string Record(const MapiFileDesc& one) {
     return List(one.ulReserved, one.flFlags, one.nPosition, Quoted(one.lpszPathName), Quoted(one.lpszFileName),
-                static_cast<const void*>(one.lpFileType));
+                one.lpFileType);
 }
 
 // The records of an array that is there at all, whatever the count says.
 template <class TRecord>
 std::string Records(std::uint32_t count, const TRecord* records) {
-    std::string text = Decimal(count) + (records ? "" : " null");
+    std::string text = std::to_string(count) + (records ? "" : " null");
     for (std::uint32_t i = 0; records && i < count; ++i) {
         text += " {" + Record(records[i]) + '}';
     }
@@ -29,9 +29,8 @@ std::string Records(std::uint32_t count, const TRecord* records) {
 
 std::string Record(const MapiMessage& one) {
     return List(one.ulReserved, Quoted(one.lpszSubject), Quoted(one.lpszNoteText), Quoted(one.lpszMessageType),
-                Quoted(one.lpszDateReceived), Quoted(one.lpszConversationID), one.flFlags,
-                static_cast<const void*>(one.lpOriginator), Records(one.nRecipCount, one.lpRecips),
-                Records(one.nFileCount, one.lpFiles));
+                Quoted(one.lpszDateReceived), Quoted(one.lpszConversationID), one.flFlags, one.lpOriginator,
+                Records(one.nRecipCount, one.lpRecips), Records(one.nFileCount, one.lpFiles));
 }
 
 } // namespace

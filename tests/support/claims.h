@@ -7,9 +7,8 @@
 
 enum class Wine { AsWindows, Otherwise, Ends }; // Ends: the process would not outlive the question
 
-/// Runs the checks of a row. One that Wine answers otherwise is asked there too, but cannot fail. On Windows and Wine
-/// alike a line on standard output tells what became of such a row, for whoever runs the tests on a Windows that we
-/// have not seen.
+/// Runs the checks of a row, under Wine only if that answers as Windows does. A failure names the row, and says of one
+/// that no system has borne out here that it was claimed.
 void Claim(Wine wine, std::string_view row, const std::function<void()>& checks);
 
 /// Whether a check is to be made here that stands outside such a row.

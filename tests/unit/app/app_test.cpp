@@ -3,9 +3,8 @@
 
 #include "app/CorvaneApplication.h"
 #include "platform/inc/console.h"
-#include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
-#include "tests/support/folder.h"
+#include "tests/support/standardoutput.h"
 #include "tests/support/text.h"
 #include <string>
 #include <thread>
@@ -15,84 +14,56 @@ using namespace Console;
 
 namespace {
 
-/// A text into a new file, as the bytes of UTF-16.
+/// A text in a new file: the bytes of UTF-16.
 std::string Wide(std::u16string_view text) {
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
 }
 
-const std::string Mark = "\xFF\xFE";
-
-/// Puts a handle in the place of the standard output for a block.
-class CHandleScope {
-public:
-    explicit CHandleScope(Platform::Handle handle) : before(Platform::GetStdHandle(Platform::StdOutputHandle)) {
-        Platform::SetStdHandle(Platform::StdOutputHandle, handle);
-    }
-    ~CHandleScope() { Platform::SetStdHandle(Platform::StdOutputHandle, before); }
-    CHandleScope(const CHandleScope&) = delete;
-    CHandleScope& operator=(const CHandleScope&) = delete;
-
-private:
-    Platform::Handle before;
-};
-
 // A missing handle raises, and what was decided for the one before is gone, also where the next one has its value.
 void ForgetHandle() {
-    const CHandleScope none(nullptr);
+    const CStandardOutput none(EOutput::Missing);
     Platform::SetLastError(Platform::ErrorInvalidHandle);
     const auto failure = Raised<CLastErrorException>([] { ConsoleWrite(u"x"); });
     ASSERT_TRUE(failure);
     EXPECT_EQ(failure->code, Platform::ErrorInvalidHandle);
 }
 
-Platform::Handle Open(const CUnicodeString& path) {
-    return Platform::CreateFile(path.Text(), Platform::GenericWrite, Platform::FileShareRead, nullptr,
-                                Platform::OpenAlways, Platform::FileAttributeNormal, nullptr);
+void WriteLine() {
+    ConsoleWrite(u"a");
+    ConsoleWrite(u"");
+    ConsolePrintf(u"%s", u"\u00E4\n");
 }
 
 } // namespace
 
 TEST(ConsoleTools, EachNewHandleIsDecidedAnew) {
-    const CTestFolder folder;
-    const Platform::Handle fresh = Open(folder / u"fresh");
-    const Platform::Handle old = Open(folder.Write(u"old", "old"));
-    std::int64_t position = 0;
-    ASSERT_TRUE(Platform::SetFilePointerEx(old, 0, position, Platform::FileEnd));
-    ForgetHandle(); // a closed one may have had the value of one of these
-    for (const Platform::Handle handle : {fresh, old, fresh}) {
-        const CHandleScope scope(handle);
-        ConsoleWrite(u"a");
-        ConsoleWrite(u"");
-        ConsolePrintf(u"%s", u"\u00E4\n");
-    }
-    ForgetHandle();
-    EXPECT_TRUE(Platform::CloseHandle(fresh) && Platform::CloseHandle(old));
-    // A file that was left has content when it comes back, and so goes on in bytes.
     const std::string bytes =
-        "a" + std::string(CUnicodeString(u"\u00E4").ToNarrow(Platform::GetConsoleOutputCP()).Text());
-    EXPECT_EQ(folder.Content(u"fresh"), Mark + Wide(u"a\u00E4\r\n") + bytes + "\r\n");
-    EXPECT_EQ(folder.Content(u"old"), "old" + bytes + "\r\n");
+        "a" + std::string(CUnicodeString(u"\u00E4").ToNarrow(Platform::GetConsoleOutputCP()).Text()) + "\r\n";
+    ForgetHandle(); // a closed one may have had the value of one of these
+    CStandardOutput fresh(EOutput::File);
+    WriteLine();
+    CStandardOutput old(EOutput::File, "old");
+    WriteLine();
+    EXPECT_EQ(old.Finish(), "old" + bytes);
+    WriteLine(); // a file that was left has content when it comes back, and so goes on in bytes
+    EXPECT_EQ(fresh.Finish(), Wide(u"\uFEFFa\u00E4\r\n") + bytes);
+    ForgetHandle();
 }
 
 TEST(ConsoleTools, LongTextsOfTwoThreadsDoNotMix) {
-    const CTestFolder folder;
-    const Platform::Handle file = Open(folder / u"file");
-    {
-        const CHandleScope scope(file);
-        const auto write = [](char16_t letter) {
-            for (int i = 0; i < 20; ++i) {
-                ConsoleWrite(std::u16string(10'000, letter).c_str()); // several writes long
-            }
-        };
-        std::thread other(write, u'a');
-        write(u'b');
-        other.join();
-    }
-    Platform::CloseHandle(file);
+    CStandardOutput output(EOutput::File);
+    const auto write = [](char16_t letter) {
+        for (int i = 0; i < 20; ++i) {
+            ConsoleWrite(std::u16string(10'000, letter).c_str()); // several writes long
+        }
+    };
+    std::thread other(write, u'a');
+    write(u'b');
+    other.join();
+    const std::string content = output.Finish();
     ForgetHandle();
-    const std::string content = folder.Content(u"file");
-    EXPECT_EQ(content.size(), Mark.size() + 800'000);
-    for (std::size_t at = Mark.size(); at < content.size(); at += 20'000) {
+    EXPECT_EQ(content.size(), 2 + 800'000);
+    for (std::size_t at = 2; at < content.size(); at += 20'000) {
         const auto letter = static_cast<char16_t>(content[at]);
         ASSERT_EQ(content.compare(at, 20'000, Wide(std::u16string(10'000, letter))), 0) << at;
     }
