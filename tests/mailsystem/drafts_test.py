@@ -272,7 +272,7 @@ class PlaceTest(DraftTest):
                   b'SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\App Paths\\OUTLOOK.EXE]\n@=dword:0\n')
         path = self.file("f.txt", b"content")
         # The kernel gives this one in pieces that are smaller than what is asked for; its process waits.
-        waiting = subprocess.Popen([sys.executable, "-c", "print(flush=True); input()"], stdin=subprocess.PIPE,
+        waiting = subprocess.Popen([sys.executable, "-c", "print(flush=True); open(0).read()"], stdin=subprocess.PIPE,
                                    stdout=subprocess.PIPE)
         self.addCleanup(waiting.communicate)
         waiting.stdout.readline()

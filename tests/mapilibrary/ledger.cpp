@@ -140,7 +140,8 @@ Call::Call(std::string_view name, const std::string& arguments, std::string_view
     static bool dying = false;
     WriteText((lineIsOpen ? "\n" : "") + std::string(name) + '(' + arguments + ')', false);
     const std::string word = WordOf(rule.empty() ? name : rule);
-    const bool givesBack = name.ends_with("::Release") || name.find("Free") != name.npos || name == "MAPIUninitialize";
+    const bool givesBack =
+        name.ends_with("::Release") || name.find("Free") != std::string_view::npos || name == "MAPIUninitialize";
     if (word.starts_with("read") || (dying && givesBack)) {
         dying = dying || word == "read:dying";
         Crash();

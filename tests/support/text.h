@@ -5,6 +5,7 @@
 #include "foundation/inc/errors.h"
 #include "foundation/inc/unicodestring.h"
 #include "platform/inc/faults.h"
+#include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
 #include <initializer_list>
@@ -13,14 +14,24 @@
 #include <string>
 #include <string_view>
 
+/// A text readable in a failure message, whatever it holds.
+inline std::string Readable(std::u16string_view text) {
+    std::string out;
+    for (const char16_t c : text) {
+        char shown[8] = {};
+        std::snprintf(shown, sizeof(shown), c >= u' ' && c < 0x7F ? "%c" : "\\u%04X", static_cast<unsigned>(c));
+        out += shown;
+    }
+    return out;
+}
+
 namespace Tsx {
 
-void PrintTo(const CUnicodeString& text, std::ostream* stream);
+inline void PrintTo(const CUnicodeString& text, std::ostream* stream) {
+    *stream << '"' << Readable(text.View()) << '"';
+}
 
 } // namespace Tsx
-
-/// A text readable in a failure message, whatever it holds.
-std::string Readable(std::u16string_view text);
 
 /// The first line of a test that makes functions fail: without the hook it has nothing to do.
 #define SKIP_WITHOUT_FAULTS()                                                                                          \
