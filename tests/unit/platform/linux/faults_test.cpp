@@ -4,13 +4,10 @@
 #include "foundation/inc/alloc.h"
 #include "foundation/inc/array.h"
 #include "foundation/inc/debugflags.h"
-#include "foundation/inc/leaflock.h"
 #include "foundation/inc/pointerarray.h"
-#include "platform/inc/files.h"
 #include "platform/inc/lasterror.h"
 #include "tests/support/recordinghandler.h"
 #include "tests/support/text.h"
-#include <ctime>
 
 using namespace Tsx;
 using Platform::FaultMode;
@@ -100,18 +97,4 @@ TEST_F(Faults, NothingLeavesADestructor) {
     }
     SetDebugFlag(DebugWalkHeapForLeaks, false);
     EXPECT_EQ(handler.texts.size(), 5U);
-}
-
-TEST(LeafLock, WhoeverWaitsForItSleepsInTheEnd) {
-    CLeafLock lock;
-    lock.Enter();
-    timespec used{};
-    std::thread waiter([&] {
-        const CLeafLockGuard guard(lock);
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    lock.Leave();
-    waiter.join();
-    EXPECT_TRUE(used.tv_sec == 0 && used.tv_nsec < 60'000'000) << used.tv_nsec;
 }

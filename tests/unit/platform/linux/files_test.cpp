@@ -4,15 +4,14 @@
 #include "platform/inc/shell.h"
 #include "platform/linux/files/fileinfo.h"
 #include "platform/linux/files/paths.h"
+#include "tests/support/recordinghandler.h"
 #include "tests/unit/platform/scratchfolder.h"
-#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <thread>
 #include <unistd.h>
 using namespace Platform;
 namespace fs = std::filesystem;
@@ -213,13 +212,9 @@ TEST(LinuxFiles, PositionsEndAtTheLargestNumber) {
 TEST(LinuxFiles, OneOfManyMakesTheName) {
     const CScratch scratch;
     for (int round = 0; round < 50; ++round) {
-        std::atomic<int> made{0};
-        const auto make = [&] { made += scratch.CanOpen(u"new", GenericWrite, 7, CreateNew) ? 1 : 0; };
-        std::thread other(make);
-        make();
-        other.join();
-        ASSERT_EQ(made, 1);
-        ASSERT_TRUE(DeleteFile(scratch(u"new")));
+        std::atomic<int> made = 0;
+        OnThreads(2, [&](int) { made += scratch.CanOpen(u"new", GenericWrite, 7, CreateNew) ? 1 : 0; });
+        ASSERT_TRUE(made == 1 && DeleteFile(scratch(u"new"))) << made;
     }
 }
 
