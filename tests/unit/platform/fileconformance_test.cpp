@@ -86,12 +86,6 @@ TEST(FileConformance, HandlesShareAFileOnlyIfBothAgree) {
         EXPECT_TRUE(scratch.CanOpen(u"file", 0)) << "questions are free";
         EXPECT_TRUE(CloseHandle(file) && DeleteFile(scratch(u"file")));
     }
-    scratch.Make(u"file", "abc");
-    Claim(Wine::Otherwise, "whoever empties a file writes it", [&] {
-        const Handle file = scratch.Open(u"file", R, FileShareRead);
-        EXPECT_EQ(ErrorOf([&] { return scratch.CanOpen(u"file", R, 7, CreateAlways); }), ErrorSharingViolation);
-        CloseHandle(file);
-    });
 }
 
 TEST(FileConformance, WhatIsOpenKeepsItsName) {

@@ -2,7 +2,6 @@
 #include "tests/unit/platform/scratchfolder.h"
 
 using namespace Platform;
-using namespace std::literals;
 
 TEST(SearchConformance, PatternsFindWhatWindowsFinds) {
     const CScratch scratch;
@@ -35,23 +34,6 @@ TEST(SearchConformance, ASearchGoesOnOverWhatChanges) {
     EXPECT_TRUE(Do(scratch, u"delete 1.x") && FindNextFile(search, data) && FindClose(search));
     EXPECT_EQ(Readable(data.name), "2.x");
 }
-TEST(SearchConformance, PathsLongerThanTheOldLimitTakeThePrefix) {
-    const CScratch scratch;
-    char16_t full[1000] = {};
-    ASSERT_GT(GetFullPathName(scratch(u"1"), 1000, full, nullptr), 0U);
-    CPath path(u"\\\\?\\" + std::u16string(full));
-    for (const char16_t letter : u"abcde"sv) {
-        ASSERT_TRUE(CreateDirectory(path, nullptr)) << GetLastError();
-        path += u'\\' + std::u16string(80, letter);
-    }
-    ASSERT_TRUE(CloseHandle(CreateFile(path, GenericWrite, 0, nullptr, CreateNew, 0, nullptr))) << GetLastError();
-    EXPECT_EQ(Found(CPath(path.substr(0, path.size() - 80) + u"*")), ". .. " + std::string(80, 'e'));
-    EXPECT_TRUE(DeleteFile(path));
-    while (path.resize(path.size() - 81), path.ends_with(u"aa")) { // what the C++ library cannot remove everywhere
-        EXPECT_TRUE(RemoveDirectory(path));
-    }
-}
-
 TEST(SearchConformance, DrivesAndTheirTypes) {
     EXPECT_TRUE(GetDriveType(u"\\") == DriveFixed && GetDriveType(nullptr) == DriveFixed);
     for (const char16_t* none : {u"Q:\\", u"\\\\none\\none\\", u"\\no such folder\\"}) {

@@ -155,7 +155,6 @@ TEST(RegFile, AChangeLeavesAllElseAsItStands) {
         {u"", "K@=\"y\n; z\"\n\n;", "K@=\"x\"\n\n;"},
         {u"\"\n\\", "K@=\"y\" ; c\n; d\n\n[HKEY_USERS]\n",
          "K@=\"y\" ; c\n\"\\\"\\n\\\\\"=\"x\"\n; d\n\n[HKEY_USERS]\n"},
-        {u"v", "K[HKEY_USERS]", "K\"v\"=\"x\"\n[HKEY_USERS]"},
         {u"v", "; c\r\n[HKEY_USERS]", "; c\r\n[HKEY_USERS]\r\n\r\n[HKEY_USERS\\K]\r\n\"v\"=\"x\"\r\n"},
         {u"v", "K\"v\"=\"y\"\n[-HKEY_USERS\\K]\n", "K\"v\"=\"y\"\n[-HKEY_USERS\\K]\n\nK\"v\"=\"x\"\n"},
         {u"v", "K\"v\"=hex:01,\\ ; c\n; d\n  02 ; \xE4\n", "K\"v\"=\"x\" ; \xE4\n; c\n; d\n"},

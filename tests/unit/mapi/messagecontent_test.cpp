@@ -1,10 +1,8 @@
-// What no run against the recording MAPI library shows of the way of a message: failures of our own in its midst, files
-// that change, and the growth of records.
-#include "mapi/ExtendedMapi.h"
-
+// What no run against the recording MAPI library shows of a message's content: files that change, and the growth of
+// records.
 #include "mapi/AttachmentContent.h"
+
 #include "mapi/SimpleMapiMessage.h"
-#include "platform/inc/modules.h"
 #include "tests/support/folder.h"
 #include "tests/support/memoryfile.h"
 #include "tests/support/text.h"
@@ -12,69 +10,8 @@
 using namespace Tsx;
 using namespace Mapi;
 
-namespace {
-
-/// What the library has given out and not got back. It has a name that the search finds among the loaded ones, and
-/// stays loaded to the end.
-std::uint32_t ThingsOut() {
-    static const Platform::Module library = Platform::LoadLibraryEx(TestFile(RECORDING_LIBRARY).Text(), 0);
-    return reinterpret_cast<std::uint32_t (*)()>(Platform::GetProcAddress(library, "CorvaneThingsOut"))();
-}
-
-struct CMail {
-    CTestFolder folder;
-    CArray<CNamedAddress> recipients;
-    CArray<CUnicodeString> paths;
-
-    CMail() {
-        for (std::int32_t i = 0; i < 9; ++i) {
-            recipients.Append({u"Ann", u"ann@example.org"});
-        }
-        paths.Append(folder.Write(u"x.txt"));
-    }
-    std::int32_t Send(CMapiContext& context) const {
-        return SendThroughExtendedMapi(context, u"subject", u"body", recipients, paths);
-    }
-};
-
-std::string Bytes(const SBinary& data) {
+static std::string Bytes(const SBinary& data) {
     return data.lpb ? std::string(reinterpret_cast<const char*>(data.lpb), data.cb) : "(null)";
-}
-
-} // namespace
-
-TEST(ExtendedMapi, TheContextIsFilledOnceAndEmptiedByTheSend) {
-    EXPECT_EQ(ThingsOut(), 0U);
-    CMapiContext context;
-    context.Open();
-    const CMapiSession* session = context.Session.Get();
-    context.Open();
-    EXPECT_EQ(context.Session.Get(), session);
-    EXPECT_EQ(ThingsOut(), 5U) << "session, store, two folders, address book";
-    EXPECT_EQ(CMail().Send(context), 0);
-    EXPECT_TRUE(context.Library.IsEmpty() && context.Session.IsEmpty() && context.AddressBook.IsEmpty());
-    EXPECT_EQ(ThingsOut(), 0U);
-}
-
-// Whatever of ours fails on the way (memory, a file, a text): the library gets back all that it gave.
-TEST(ExtendedMapi, NothingStaysOutWhateverFails) {
-    SKIP_WITHOUT_FAULTS();
-    const CMail mail;
-    CMapiContext first; // binds the entries: what gives back must be known before anything is given out
-    ASSERT_EQ(mail.Send(first), 0);
-    for (const char* function : {"allocation", "*"}) {
-        std::int32_t result = 0;
-        std::int32_t last = 0;
-        const auto send = [&] {
-            result = 1;
-            CMapiContext context;
-            result = mail.Send(context);
-        };
-        const int raised = FailEachCall(
-            function, 8, Platform::FaultMode::Once, [&](std::int32_t nth) { last = nth; }, send,
-            [&](std::int32_t nth) { EXPECT_EQ(ThingsOut(), 0U) << function << ' ' << nth; });
-        EXPECT_TRUE(result == 0 && raised < last && last > 15) << function << ": the last run is not disturbed";
-    }
 }
 
 TEST(AttachmentContent, NobodyWritesToAFileThatIsHeld) {
