@@ -137,7 +137,7 @@ TEST(MessageHandlers, ShowTheTextsOfThreadsOneByOne) {
     const CMessageHandlerScope scope(&handler);
     SetApplicationName(std::u16string(100, u'a').c_str());
     OnThreads(4, [](int thread) {
-        for (std::size_t i = 0; i < 500; ++i) {
+        for (std::size_t i = 0; i < 150; ++i) {
             if (thread % 2 == 0) {
                 SetApplicationName(std::u16string(100 + i, u"ab"[i % 2]).c_str());
             }
