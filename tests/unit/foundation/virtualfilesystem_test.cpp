@@ -96,8 +96,7 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
     // What is reserved, the positions that a byte each is written at, and the sizes of the mappings.
     using TRow = std::tuple<std::int64_t, std::vector<std::int64_t>, const char*>;
     for (const auto& [reserve, positions, sizes] :
-         {TRow{
-              1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
+         {TRow{1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then by half
           {100'000, {500'000}, "131072 393216 "},
           {0, {0, 131'072}, "65536 65536 65536 "}}) { // a jump of whole units ends short
         SFile made(128, reserve);
