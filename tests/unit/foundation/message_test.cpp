@@ -10,14 +10,10 @@ using namespace Tsx;
 
 TEST(Message, SubstitutesByPosition) {
     const char16_t* const parameters[] = {u"a", u"b"};
-    for (const auto& [text, expected] : {std::pair(u"%1 of %0%0", u"b of aa"),
-                                         {u"50% off", u"50% off"},
-                                         {u"[%7]", u"[]"},
-                                         {u"%%0", u"%a"},
-                                         {u"%99999999999", u"%99999999999"},
-                                         {u"%2147483647|", u"|"},
-                                         {u"%01", u"b"},
-                                         {u"%-1%", u"%-1%"}}) {
+    constexpr std::pair<const char16_t*, const char16_t*> rows[] = {
+        {u"%1 of %0%0", u"b of aa"},        {u"50% off", u"50% off"}, {u"[%7]", u"[]"}, {u"%%0", u"%a"},
+        {u"%99999999999", u"%99999999999"}, {u"%2147483647|", u"|"},  {u"%01", u"b"},   {u"%-1%", u"%-1%"}};
+    for (const auto& [text, expected] : rows) {
         EXPECT_EQ(SubstituteParams(text, parameters, 2), expected) << Readable(text);
     }
     EXPECT_EQ(FormatMessage(ERR_FILE_NOT_FOUND, u"x.txt"), u"x.txt was not found.");

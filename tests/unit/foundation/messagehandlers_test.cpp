@@ -125,23 +125,22 @@ TEST(MessageHandlers, ThreadsThatWriteAtOnceWriteBehindWhatIsThere) {
 
 TEST(MessageHandlers, ShowTheTextsOfThreadsOneByOne) {
     struct COverlapHandler : CMessageHandler {
-        std::atomic<int> inside = 0, overlaps = 0, strangers = 0;
+        std::atomic<int> inside = 0, shown = 0, overlaps = 0, strangers = 0;
         std::int32_t ShowMessageBox(Platform::Window, const char16_t*, const char16_t* title, std::uint32_t) override {
             overlaps += inside++;
             std::this_thread::yield();
             const std::u16string_view name(title);
             strangers += name.find_first_not_of(name[0]) != std::u16string_view::npos || name.size() < 100;
+            ++shown;
             return --inside;
         }
     } handler;
     const CMessageHandlerScope scope(&handler);
-    SetApplicationName(std::u16string(100, u'a').c_str());
-    OnThreads(4, [](int thread) {
-        for (std::size_t i = 0; i < 500; ++i) {
-            if (thread % 2 == 0) {
-                SetApplicationName(std::u16string(100 + i, u"ab"[i % 2]).c_str());
-            }
-            DisplayMessage(u"text", 0);
+    const auto nameIt = [](int i) { SetApplicationName(std::u16string(5000, u"ab"[i % 2]).c_str()); };
+    nameIt(0);
+    OnThreads(3, [&](int thread) {
+        for (int i = 0; thread == 0 ? handler.shown < 600 : i < 300; ++i) {
+            thread == 0 ? nameIt(i) : static_cast<void>(DisplayMessage(u"text", 0));
         }
     });
     SetApplicationName(u"");

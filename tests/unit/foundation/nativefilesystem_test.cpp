@@ -141,7 +141,8 @@ TEST_F(NativeFiles, MakesAllLevelsAndDeletesTrees) {
     files.CreateDirectory(folder / u"a\\b\\c", false);
     const CUnicodeString guarded = folder.Write(u"a\\b\\c\\guarded");
     files.SetAttributes(guarded, ReadOnly);
-    files.SetAttributes(folder / u"a\\b", ReadOnly);
+    files.CreateDirectory(folder / u"a\\guarded", true);
+    files.SetAttributes(folder / u"a\\guarded", ReadOnly);
     const auto refused = Raised<CFileException>([&] { files.DeleteTree(folder / u"a", false); });
     EXPECT_EQ(refused ? refused->fileName : u"", guarded);
     files.DeleteTree(folder / u"a", true);

@@ -96,8 +96,7 @@ TEST(VirtualFile, TheRangeGrowsByItsRules) {
     // What is reserved, the positions that a byte each is written at, and the sizes of the mappings.
     using TRow = std::tuple<std::int64_t, std::vector<std::int64_t>, const char*>;
     for (const auto& [reserve, positions, sizes] :
-         {TRow{
-              1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then half of what there is
+         {TRow{1'000'000, {0, 1'048'576, 1'572'864}, "1048576 524288 786432 "}, // rounded up, then by half
           {100'000, {500'000}, "131072 393216 "},
           {0, {0, 131'072}, "65536 65536 65536 "}}) { // a jump of whole units ends short
         SFile made(128, reserve);
@@ -265,14 +264,11 @@ TEST_F(VirtualFileSystem, MatchesNames) {
     for (const char16_t* name : {u"ab", u"abc", u"abcd", u"a.b.c", u"ab.txt", u"abc.txt", u"Abd.txt", u"d.x\\f"}) {
         Write(Path(name));
     }
-    for (const auto& [pattern, matching] :
-         {std::pair(u"*", u"a.b.c ab.txt ab abc.txt Abd.txt abc abcd d.x\\ "), // needs no match
-          {u"abc*", u"abcd "},
-          {u"a*b", u"abc abcd "},
-          {u"a?c.t*", u"abc.txt "},
-          {u"x\\ab.tx?", u"ab.txt "},
-          {u"a.b.?", u"a.b.c "},
-          {u"", u""}}) {
+    EXPECT_EQ(Listing(u""), u"a.b.c ab.txt ab abc.txt Abd.txt abc abcd d.x\\ ") << "all, as they lie in the table";
+    constexpr std::pair<const char16_t*, const char16_t*> rows[] = {
+        {u"abc*", u"abcd "},        {u"a*b", u"abc abcd "}, {u"a?c.t*", u"abc.txt "},
+        {u"x\\ab.tx?", u"ab.txt "}, {u"a.b.?", u"a.b.c "},  {u"", u""}};
+    for (const auto& [pattern, matching] : rows) {
         EXPECT_EQ(Listing(u"", pattern), matching) << Readable(pattern);
     }
 }
