@@ -162,7 +162,6 @@ def header_flags(folder):
     """The flags of a product source: what a header of the same platform is compiled with."""
     entry = compile_commands(folder)["foundation/src/errors.cpp"]
     words = shlex.split(entry["command"])
-    words = words[1:] if os.path.basename(words[0]) == "ccache" else words
     cut = words.index("-MD") if "-MD" in words else words.index("-o")
     return words[:cut]
 
