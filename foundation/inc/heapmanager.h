@@ -28,7 +28,9 @@ public:
     std::int32_t FreeUncounted(void* block) const noexcept;
     void Count(std::int32_t blocks, std::int32_t bytes) {
         BlockCount += blocks;
-        TotalBytes += bytes;
+        // More than 2 GiB may be out: the sum then wraps, and comes back as they are given back.
+        TotalBytes =
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(TotalBytes) + static_cast<std::uint32_t>(bytes));
     }
 
     /// Turns on the low-fragmentation mode where the system has it: the NT family from 5.1 on.

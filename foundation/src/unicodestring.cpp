@@ -41,21 +41,6 @@ std::int32_t CountAtEnd(std::u16string_view text, const CUnicodeCharSet& set) {
     return count;
 }
 
-constexpr std::int32_t LongText = 0x10000;
-
-// What a long text should need in a code page, by its beginning and with an eighth to spare.
-std::int64_t EstimatedSize(std::uint32_t page, std::uint32_t flags, const char16_t* text, std::int32_t count) {
-    constexpr std::int32_t sample = 0x1000;
-    const std::int64_t size = Platform::WideCharToMultiByte(page, flags, text, sample, nullptr, 0);
-    return size * count / sample * 9 / 8;
-}
-
-// A block that is more than a fifth larger than its text, which growth would not have taken either, is given back.
-template <class TString>
-TString WithoutSlack(const TString& text, std::int32_t room) {
-    return room - text.Length() > text.Length() / 5 ? TString(text.Text(), text.Length()) : text;
-}
-
 } // namespace
 
 CString CString::FromWide(const char16_t* text, std::int32_t count, std::uint32_t codePage) {
@@ -65,25 +50,14 @@ CString CString::FromWide(const char16_t* text, std::int32_t count, std::uint32_
     }
     const std::uint32_t page = ResolveCodePage(codePage);
     const std::uint32_t flags = TakesNoFlags(page) ? 0 : ToBytesFlags;
-    const auto convert = [&](std::int32_t room) {
-        char* buffer = room > 0 ? result.GetBuffer(room) : nullptr;
-        return Platform::WideCharToMultiByte(page, flags, text, count, buffer, room);
-    };
-    // A long text is converted at once, without asking for its size.
-    const std::int64_t estimate = count >= LongText ? EstimatedSize(page, flags, text, count) : 0;
-    std::int32_t size =
-        estimate <= std::numeric_limits<std::int32_t>::max() / 2 ? static_cast<std::int32_t>(estimate) : 0;
-    std::int32_t written = size > 0 ? convert(size) : 0;
-    if (written == 0) {
-        size = convert(0);
-        written = size > 0 ? convert(size) : 0;
+    const std::int32_t size = Platform::WideCharToMultiByte(page, flags, text, count, nullptr, 0);
+    if (size > 0) {
+        char* buffer = result.GetBuffer(size);
+        const std::int32_t written = Platform::WideCharToMultiByte(page, flags, text, count, buffer, size);
+        buffer[written] = '\0';
+        result.FinishAtTerminator();
     }
-    if (written == 0) {
-        return {};
-    }
-    result.block->Characters[written] = '\0';
-    result.FinishAtTerminator();
-    return WithoutSlack(result, size);
+    return result;
 }
 
 CString CString::FromInt(std::int32_t value) {
@@ -131,9 +105,10 @@ CUnicodeString CUnicodeString::FromNarrow(const char* text, std::int32_t count, 
                                                    static_cast<std::size_t>(count)));
     }
     // A long text is converted at once into the most that it can become, without asking for its size.
+    constexpr std::int32_t longText = 0x10000;
     std::int32_t size = 0;
     std::int32_t written = 0;
-    if (count >= LongText) {
+    if (count >= longText) {
         size = count;
         written = Platform::MultiByteToWideChar(page, flags, text, count, result.GetBuffer(size), size);
     }
@@ -146,7 +121,9 @@ CUnicodeString CUnicodeString::FromNarrow(const char* text, std::int32_t count, 
     }
     const std::u16string_view converted(result.Text(), static_cast<std::size_t>(written));
     result.SetLength(isUtf8 ? written : static_cast<std::int32_t>(std::min(converted.find(u'\0'), converted.size())));
-    return WithoutSlack(result, size);
+    // What growth would not have taken either, more than a fifth over, is given back.
+    const std::int32_t length = result.Length();
+    return size - length > length / 5 ? CUnicodeString(result.Text(), length) : result;
 }
 
 CUnicodeString CUnicodeString::FormatList(const char16_t* format, std::initializer_list<CFormatArgument> arguments) {
