@@ -148,7 +148,7 @@ TEST(VirtualFile, EndsOfTheRangeAndMisuse) {
 }
 
 TEST(VirtualFile, HandlesOnTwoThreads) {
-    for (int round = 0; round < 60; ++round) { // over one mapping, or a range that grows
+    for (std::int64_t round = 0; round < 60; ++round) { // over one mapping, or a range that grows
         CVirtualFileData data(u"name", 128, round % 2 * 200 * ViewSize);
         OnThreads(2, [&data](int thread) {
             CVirtualFile file(Platform::GenericRead | Platform::GenericWrite, 3, &data);
