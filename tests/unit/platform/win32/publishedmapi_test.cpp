@@ -68,17 +68,16 @@ TEST(PublishedMapi, Slots) {
                AdminServices, ShowForm, PrepareForm);
 }
 
-#define SAME_FIELD(record, field) SAME_FIELD_OF(Mapi::record, record, field)
-#define SAME_SIMPLE_FIELD(record, field) SAME_FIELD_OF(record, record, field)
-#define SAME_FIELD_OF(ours, record, field)                                                                             \
-    static_assert(offsetof(ours, field) == offsetof(Published::record, field) &&                                       \
-                  sizeof(ours::field) == sizeof(Published::record::field));
+namespace Mapi {
+using ::MapiFileDesc, ::MapiMessage, ::MapiRecipDesc;
+} // namespace Mapi
+
+#define SAME_FIELD(record, field)                                                                                      \
+    static_assert(offsetof(Mapi::record, field) == offsetof(Published::record, field) &&                               \
+                  sizeof(Mapi::record::field) == sizeof(Published::record::field));
 #define SAME_RECORD(record, ...)                                                                                       \
     static_assert(sizeof(Mapi::record) == sizeof(Published::record));                                                  \
     EACH(SAME_FIELD, record, __VA_ARGS__)
-#define SAME_SIMPLE_RECORD(record, ...)                                                                                \
-    static_assert(sizeof(record) == sizeof(Published::record));                                                        \
-    EACH(SAME_SIMPLE_FIELD, record, __VA_ARGS__)
 #define SAME_VALUE(record, member)                                                                                     \
     static_assert(sizeof(Mapi::record{}.Value.member) == sizeof(Published::record{}.Value.member));
 // NOLINTBEGIN(bugprone-sizeof-expression): of a field that is a pointer, the size of the pointer is what is meant.
@@ -91,10 +90,10 @@ SAME_RECORD(ADRENTRY, ulReserved1, cValues, rgPropVals);
 SAME_RECORD(ADRLIST, cEntries, aEntries);
 SAME_RECORD(SRow, ulAdrEntryPad, cValues, lpProps);
 SAME_RECORD(SRowSet, cRows, aRow);
-SAME_SIMPLE_RECORD(MapiRecipDesc, ulReserved, ulRecipClass, lpszName, lpszAddress, ulEIDSize, lpEntryID);
-SAME_SIMPLE_RECORD(MapiFileDesc, ulReserved, flFlags, nPosition, lpszPathName, lpszFileName, lpFileType);
-SAME_SIMPLE_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived,
-                   lpszConversationID, flFlags, lpOriginator, nRecipCount, lpRecips, nFileCount, lpFiles);
+SAME_RECORD(MapiRecipDesc, ulReserved, ulRecipClass, lpszName, lpszAddress, ulEIDSize, lpEntryID);
+SAME_RECORD(MapiFileDesc, ulReserved, flFlags, nPosition, lpszPathName, lpszFileName, lpFileType);
+SAME_RECORD(MapiMessage, ulReserved, lpszSubject, lpszNoteText, lpszMessageType, lpszDateReceived, lpszConversationID,
+            flFlags, lpOriginator, nRecipCount, lpRecips, nFileCount, lpFiles);
 // NOLINTEND(bugprone-sizeof-expression)
 static_assert(sizeof(Platform::FixedFileInfo) == sizeof(VS_FIXEDFILEINFO));
 EACH(SAME_VALUE, SPropValue, l, ul, b, li, lpszA, lpszW, bin, err);
