@@ -79,7 +79,7 @@ def all_fields(build, wine, kept):
 
 def files(build):
     """The built files, each with its place in the bundle."""
-    for pattern in ("*.exe", "*.reg", "providersearch/*.exe", "languages/*.dll", "mapilibrary/**/*.dll"):
+    for pattern in ("*.exe", "languages/*.dll", "mapilibrary/**/*.dll"):
         for file in (build / "tests").glob(pattern):
             yield file, str(file.relative_to(build))
     for file in (build / "tests/e2e/life").glob("*.exe"):

@@ -321,9 +321,4 @@ PLATFORM_EXPORT Result HrSetOneProp(IMAPIProp* object, SPropValue* property) {
     return Call("HrSetOneProp", List(object, *property)).End();
 }
 
-// For tests that live in the same process: how much is given out at the moment.
-PLATFORM_EXPORT Number CorvaneThingsOut() {
-    return ThingsOut();
-}
-
 } // extern "C"

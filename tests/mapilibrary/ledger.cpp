@@ -177,10 +177,6 @@ void TakeBack(const void* thing) {
     }
 }
 
-std::uint32_t ThingsOut() {
-    return static_cast<std::uint32_t>(things.size());
-}
-
 void FreeBuffer(void* buffer) {
     if (buffer) {
         TakeBack(buffer);

@@ -13,7 +13,6 @@
 /// a line on standard error.
 void GiveOut(const void* thing, const std::string& name);
 void TakeBack(const void* thing);
-std::uint32_t ThingsOut();
 
 /// The words of an environment variable, or of another text without it.
 std::vector<std::string> Words(const char* variable, const char* otherwise);
