@@ -86,7 +86,7 @@ def run(options, scenario, fault=""):
         outcome.failed = "".join(name for _, name in calls if name != "none")
         outcome.calls = max((int(number) for number, _ in calls), default=0)
         outcome.delivered = [line for line in outcome.transcript.splitlines() if line != "end:"]
-        for path in pathlib.Path(folder).glob("home/corvane/drafts/*"):
+        for path in pathlib.Path(folder).glob("home/corvane/drafts/*.eml"):
             message = email.message_from_bytes(path.read_bytes(), policy=email.policy.default)
             outcome.delivered += [f"{name}: {message[name]}" for name in ("To", "Subject")]
             outcome.delivered += [f"{part.get_filename()}: {part.get_payload(decode=True)}" for part in message.walk()]

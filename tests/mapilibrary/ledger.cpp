@@ -146,9 +146,9 @@ Call::Call(std::string_view name, const std::string& arguments, std::string_view
         dying = dying || word == "read:dying";
         Crash();
     }
-    char* end = nullptr;
-    refusal = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::strtoull(word.c_str(), &end, 16)));
-    performs = word != "nothing" && (word.empty() || *end != '\0');
+    char* rest = nullptr;
+    refusal = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::strtoull(word.c_str(), &rest, 16)));
+    performs = word != "nothing" && (word.empty() || *rest != '\0');
 }
 
 std::int32_t Call::End(std::int32_t result) {

@@ -51,8 +51,8 @@ PLATFORM_EXPORT std::int32_t FGetComponentPath(const char* component, const char
 PLATFORM_EXPORT std::int32_t MAPIInitialize(void* options) {
     return Handed("MAPIInitialize", options);
 }
-PLATFORM_EXPORT std::int32_t MAPIFreeBuffer(void* buffer) {
-    return Handed("MAPIFreeBuffer", buffer);
+PLATFORM_EXPORT std::uint32_t MAPIFreeBuffer(void* buffer) {
+    return static_cast<std::uint32_t>(Handed("MAPIFreeBuffer", buffer));
 }
 
 } // extern "C"

@@ -41,13 +41,16 @@ std::string FileBytes(const char16_t* name) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// Puts one text, wide or narrow, in the place of another of the same length.
+/// Puts one text, wide or narrow, in the place of another of the same length, wherever that stands: code may have it too.
 template <class TText>
 std::string Patched(std::string bytes, TText from, TText to) {
     const auto raw = [](TText text) {
         return std::string_view(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(text[0]));
     };
-    return bytes.replace(bytes.find(raw(from)), raw(to).size(), raw(to));
+    for (std::size_t at = bytes.find(raw(from)); at != std::string::npos; at = bytes.find(raw(from), at)) {
+        bytes.replace(at, raw(to).size(), raw(to));
+    }
+    return bytes;
 }
 
 class ResourceBaseTest : public testing::Test {
