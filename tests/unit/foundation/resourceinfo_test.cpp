@@ -41,7 +41,7 @@ std::string FileBytes(const char16_t* name) {
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// Puts one text, wide or narrow, in the place of another of the same length, wherever that stands: code may have it too.
+/// Puts a text in the place of one of the same length, wherever that stands: code may have it too.
 template <class TText>
 std::string Patched(std::string bytes, TText from, TText to) {
     const auto raw = [](TText text) {

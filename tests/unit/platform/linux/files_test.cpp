@@ -166,7 +166,7 @@ TEST(LinuxFiles, PermissionsBindAUserWhoIsNotRoot) {
     fs::create_symlink("sticky", scratch.Place() / "link");
     const auto asUser = [](const auto& question) {
         EXPECT_EQ(setresuid(65534, 65534, 0), 0);
-        const std::string answer = question();
+        std::string answer = question();
         EXPECT_EQ(setresuid(0, 0, 0), 0);
         return answer;
     };
