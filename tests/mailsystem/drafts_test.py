@@ -83,6 +83,18 @@ ATTACHMENTS = [
 PIPED = "x" * 100000  # more than a pipe holds
 
 
+def setUpModule():
+    """The user nobody starts it too, who may not enter the folder of every build."""
+    global PROGRAM
+    place = tempfile.TemporaryDirectory()
+    unittest.addModuleCleanup(place.cleanup)
+    os.chmod(place.name, 0o755)
+    build = os.path.dirname(os.path.dirname(PROGRAM))
+    shutil.copytree(os.path.join(build, "lib", "corvane"), os.path.join(place.name, "lib", "corvane"))
+    os.mkdir(os.path.join(place.name, "bin"), 0o755)
+    PROGRAM = shutil.copy(PROGRAM, os.path.join(place.name, "bin"))
+
+
 def mailboxes(draft):
     """The To field. This Python's own decoder of address fields leaves a space between encoded words."""
     fields = [value for name, value in draft.raw_items() if name == "To"]
