@@ -98,3 +98,19 @@ if(CORVANE_SANITIZERS)
     add_compile_options(-fsanitize=${CORVANE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
     add_link_options(-fsanitize=${CORVANE_SANITIZERS})
 endif()
+
+# precompile_library(TARGET): what nearly every source reads of the C++ library is read once. With gcc 12 that library
+# would then no longer be exempt from what the compiler wrongly warns of.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
+    add_library(precompiled OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/precompiled.cpp)
+    target_link_libraries(precompiled PRIVATE corvane_settings)
+    target_precompile_headers(precompiled PRIVATE
+        <algorithm> <array> <atomic> <bit> <cstring> <functional> <limits> <memory> <mutex> <optional> <span> <string>
+        <string_view> <utility> <vector>)
+endif()
+function(precompile_library target)
+    if(TARGET precompiled)
+        target_precompile_headers(${target} REUSE_FROM precompiled)
+    endif()
+endfunction()
