@@ -32,8 +32,6 @@ def arguments(description):
 class Wine(Windows):
     """A prefix of Wine, in which the recording library is registered."""
 
-    wine = True
-
     def register(self, rows):
         file = pathlib.Path(self.root, "settings.reg")
         file.write_text(settings_text(rows), encoding="utf-16")
